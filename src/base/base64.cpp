@@ -1,0 +1,1 @@
+#include "base/base64.h"

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/bytes.h"
+
+namespace tembrix {
+
+// RFC 4648 with padding.
+std::string base64Encode(BytesView bytes);
+
+// Strict: absent unless the text is exactly what an encoder writes.
+std::optional<Bytes> base64Decode(std::string_view text);
+
+}  // namespace tembrix

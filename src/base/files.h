@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "base/bytes.h"
+#include "base/result.h"
+
+namespace tembrix {
+
+// Reads a whole file. Errors: domain "file", code = errno.
+Result<Bytes> readFile(const std::filesystem::path& path);
+
+// Replaces a file whole: written beside, synced, renamed, so that a reader or a killed process sees
+// the old content or the new one. Missing parent folders are not made. On failure the old file
+// stays and nothing is left beside it. Errors: domain "file", code = errno.
+Result<void> replaceFile(const std::filesystem::path& path, BytesView content);
+
+// Makes a folder with its parents; an existing one is a success.
+Result<void> makeFolder(const std::filesystem::path& path);
+
+// A path as UTF-8 text and back.
+std::string pathText(const std::filesystem::path& path);
+std::filesystem::path pathFromText(std::string_view utf8);
+
+}  // namespace tembrix

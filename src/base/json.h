@@ -1,0 +1,355 @@
+#pragma once
+
+// Strict JSON for records. One field table per record drives reading and writing:
+//
+//     template <> struct JsonFields<Tag> {
+//         static constexpr auto fields = std::make_tuple(
+//             required("id", &Tag::id), optional("primaryID", &Tag::primaryID), ...);
+//     };
+//
+// Required keys must be present and of the right type; an absent or null optional key gives an
+// absent value and is left out on writing; unknown keys are ignored. The first failure ends the
+// decoding of the whole document and names its coding path, for example "stamps[3].labels[0]".
+//
+// This header pulls in RapidJSON: include it from .cpp files that define codecs, not from headers.
+
+#include <map>
+#include <optional>
+#include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "base/base64.h"
+#include "base/bytes.h"
+#include "base/cow.h"
+#include "base/date.h"
+#include "base/geometry.h"
+#include "base/json_style.h"
+#include "base/result.h"
+#include "base/uuid.h"
+
+namespace tembrix {
+
+template <class Record>
+struct JsonFields;  // specialised beside each codec
+
+namespace json {
+
+enum class Presence { required, optional };
+
+template <class Record, class Member, Presence presence_>
+struct Field {
+    const char* key;
+    Member Record::*member;
+    static constexpr Presence presence = presence_;
+};
+
+template <class Record, class Member>
+constexpr auto required(const char* key, Member Record::*member) {
+    return Field<Record, Member, Presence::required>{key, member};
+}
+template <class Record, class Member>
+constexpr auto optional(const char* key, std::optional<Member> Record::*member) {
+    return Field<Record, std::optional<Member>, Presence::optional>{key, member};
+}
+
+using Value = rapidjson::Value;
+
+// Where decoding stands; the steps are written out only when it fails.
+class Path {
+  public:
+    void push(const char* key) { steps_.emplace_back(key); }
+    void push(std::size_t index) { steps_.emplace_back("[" + std::to_string(index) + "]"); }
+    void push(std::string key) { steps_.push_back(std::move(key)); }
+
+    // The steps are pushed innermost first, on the way out of a failure.
+    std::string text() const {
+        std::string text;
+        for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
+            if (!text.empty() && step->front() != '[')
+                text += '.';
+            text += *step;
+        }
+        return text.empty() ? "the document" : text;
+    }
+
+  private:
+    std::vector<std::string> steps_;
+};
+
+struct Failure {
+    Path path;
+    std::string reason;
+
+    bool fail(const char* why) {
+        reason = why;
+        return false;
+    }
+};
+
+inline bool read(const Value& v, std::string& out, Failure& f) {
+    if (!v.IsString())
+        return f.fail("expected text");
+    out.assign(v.GetString(), v.GetStringLength());
+    return true;
+}
+inline bool read(const Value& v, double& out, Failure& f) {
+    if (!v.IsNumber())
+        return f.fail("expected a number");
+    out = v.GetDouble();
+    return true;
+}
+inline bool read(const Value& v, int& out, Failure& f) {
+    if (!v.IsInt())
+        return f.fail("expected an integer");
+    out = v.GetInt();
+    return true;
+}
+inline bool read(const Value& v, bool& out, Failure& f) {
+    if (!v.IsBool())
+        return f.fail("expected true or false");
+    out = v.GetBool();
+    return true;
+}
+inline bool read(const Value& v, Uuid& out, Failure& f) {
+    if (!v.IsString())
+        return f.fail("expected a UUID");
+    const auto id = Uuid::parse({v.GetString(), v.GetStringLength()});
+    if (!id)
+        return f.fail("expected a UUID");
+    out = *id;
+    return true;
+}
+inline bool read(const Value& v, Bytes& out, Failure& f) {
+    if (!v.IsString())
+        return f.fail("expected Base64 text");
+    auto bytes = base64Decode({v.GetString(), v.GetStringLength()});
+    if (!bytes)
+        return f.fail("expected Base64 text");
+    out = std::move(*bytes);
+    return true;
+}
+inline bool read(const Value& v, Date& out, Failure& f) {
+    if (!v.IsNumber())
+        return f.fail("expected a date");
+    out.secondsSince1970 = v.GetDouble() + Date::epoch2001;
+    return true;
+}
+inline bool read(const Value& v, Point& out, Failure& f) {
+    if (!v.IsArray() || v.Size() != 2 || !v[0].IsNumber() || !v[1].IsNumber())
+        return f.fail("expected a point [x, y]");
+    out = {v[0].GetDouble(), v[1].GetDouble()};
+    return true;
+}
+inline bool read(const Value& v, std::map<std::string, std::string>& out, Failure& f) {
+    if (!v.IsObject())
+        return f.fail("expected an object of texts");
+    for (const auto& member : v.GetObject()) {
+        std::string text;
+        if (!read(member.value, text, f)) {
+            f.path.push(std::string(member.name.GetString(), member.name.GetStringLength()));
+            return false;
+        }
+        out.insert_or_assign(std::string(member.name.GetString(), member.name.GetStringLength()),
+                             std::move(text));
+    }
+    return true;
+}
+
+template <class T>
+bool read(const Value& v, std::vector<T>& out, Failure& f);
+template <class T>
+bool read(const Value& v, Cow<T>& out, Failure& f);
+template <class Record>
+requires requires {
+    JsonFields<Record>::fields;
+}
+bool read(const Value& v, Record& out, Failure& f);
+
+template <class T>
+bool read(const Value& v, std::vector<T>& out, Failure& f) {
+    if (!v.IsArray())
+        return f.fail("expected an array");
+    out.clear();
+    out.reserve(v.Size());
+    for (rapidjson::SizeType i = 0; i < v.Size(); ++i) {
+        if (!read(v[i], out.emplace_back(), f)) {
+            f.path.push(std::size_t{i});
+            return false;
+        }
+    }
+    return true;
+}
+
+template <class T>
+bool read(const Value& v, Cow<T>& out, Failure& f) {
+    return read(v, out.write(), f);
+}
+
+template <class Record, class FieldType>
+bool readField(const Value& object, Record& out, const FieldType& field, Failure& f) {
+    const auto found = object.FindMember(field.key);
+    const bool present = found != object.MemberEnd();
+    if constexpr (FieldType::presence == Presence::optional) {
+        auto& member = out.*field.member;
+        if (!present || found->value.IsNull()) {
+            member.reset();
+            return true;
+        }
+        if (read(found->value, member.emplace(), f))
+            return true;
+    } else {
+        if (present ? read(found->value, out.*field.member, f) : f.fail("required key is missing"))
+            return true;
+    }
+    f.path.push(field.key);
+    return false;
+}
+
+template <class Record>
+requires requires {
+    JsonFields<Record>::fields;
+}
+bool read(const Value& v, Record& out, Failure& f) {
+    if (!v.IsObject())
+        return f.fail("expected an object");
+    return std::apply([&](const auto&... field) { return (readField(v, out, field, f) && ...); },
+                      JsonFields<Record>::fields);
+}
+
+template <class Writer>
+void write(Writer& w, const std::string& text) {
+    w.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+template <class Writer>
+void write(Writer& w, double number) {
+    w.Double(number);
+}
+template <class Writer>
+void write(Writer& w, int number) {
+    w.Int(number);
+}
+template <class Writer>
+void write(Writer& w, bool flag) {
+    w.Bool(flag);
+}
+template <class Writer>
+void write(Writer& w, const Uuid& id) {
+    write(w, id.text());
+}
+template <class Writer>
+void write(Writer& w, const Bytes& bytes) {
+    write(w, base64Encode(bytes));
+}
+template <class Writer>
+void write(Writer& w, const Date& date) {
+    w.Double(date.secondsSince1970 - Date::epoch2001);
+}
+template <class Writer>
+void write(Writer& w, const Point& point) {
+    w.StartArray();
+    w.Double(point.x);
+    w.Double(point.y);
+    w.EndArray();
+}
+template <class Writer>
+void write(Writer& w, const std::map<std::string, std::string>& texts) {
+    w.StartObject();
+    for (const auto& [key, text] : texts) {
+        w.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+        write(w, text);
+    }
+    w.EndObject();
+}
+
+template <class Writer, class T>
+void write(Writer& w, const std::vector<T>& list);
+template <class Writer, class T>
+void write(Writer& w, const Cow<T>& value);
+template <class Writer, class Record>
+requires requires {
+    JsonFields<Record>::fields;
+}
+void write(Writer& w, const Record& record);
+
+template <class Writer, class T>
+void write(Writer& w, const std::vector<T>& list) {
+    w.StartArray();
+    for (const auto& element : list)
+        write(w, element);
+    w.EndArray();
+}
+
+template <class Writer, class T>
+void write(Writer& w, const Cow<T>& value) {
+    write(w, *value);
+}
+
+template <class Writer, class Record, class FieldType>
+void writeField(Writer& w, const Record& record, const FieldType& field) {
+    const auto& member = record.*field.member;
+    if constexpr (FieldType::presence == Presence::optional) {
+        if (!member)
+            return;
+        w.Key(field.key);
+        write(w, *member);
+    } else {
+        w.Key(field.key);
+        write(w, member);
+    }
+}
+
+template <class Writer, class Record>
+requires requires {
+    JsonFields<Record>::fields;
+}
+void write(Writer& w, const Record& record) {
+    w.StartObject();
+    std::apply([&](const auto&... field) { (writeField(w, record, field), ...); },
+               JsonFields<Record>::fields);
+    w.EndObject();
+}
+
+}  // namespace json
+
+// Errors: domain "json", the text names the coding path and what was expected there.
+template <class T>
+Result<T> decodeJson(BytesView bytes) {
+    rapidjson::Document document;
+    // Full precision: a double that was written must come back bit for bit.
+    document.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag>(
+        reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (document.HasParseError())
+        return Error{"json", 1,
+                     std::string(rapidjson::GetParseError_En(document.GetParseError())) +
+                         " At byte " + std::to_string(document.GetErrorOffset()) + "."};
+    T value{};
+    json::Failure failure;
+    if (!json::read(static_cast<const json::Value&>(document), value, failure))
+        return Error{"json", 2, failure.path.text() + ": " + failure.reason};
+    return value;
+}
+
+template <class T>
+Bytes encodeJson(const T& value, JsonStyle style) {
+    rapidjson::StringBuffer buffer;
+    if (style == JsonStyle::pretty) {
+        rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+        writer.SetIndent(' ', 2);
+        json::write(writer, value);
+    } else {
+        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+        json::write(writer, value);
+    }
+    const auto* begin = reinterpret_cast<const std::uint8_t*>(buffer.GetString());
+    return Bytes(begin, begin + buffer.GetSize());
+}
+
+}  // namespace tembrix

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace tembrix {
+
+enum class JsonStyle { compact, pretty };
+
+}  // namespace tembrix

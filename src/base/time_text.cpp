@@ -1,0 +1,1 @@
+#include "base/time_text.h"

@@ -1,0 +1,1 @@
+#include "base/utf8_text.h"

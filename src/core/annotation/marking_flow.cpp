@@ -1,0 +1,1 @@
+#include "core/annotation/marking_flow.h"

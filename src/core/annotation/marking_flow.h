@@ -1,0 +1,112 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+
+#include "core/annotation/playhead.h"
+#include "core/annotation/timeline_data_manager.h"
+
+namespace tembrix {
+
+// Asks for a place on the field map. The answer is a point in the range 0 to 1; closing the map
+// gives none.
+class FieldMapQuestion {
+  public:
+    virtual ~FieldMapQuestion() = default;
+    virtual void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
+                                       std::function<void(Point)> chosen) = 0;
+};
+
+// An interval tag that is open: in memory only.
+struct ActiveIntervalTag {
+    std::string id;
+    Tag tag;
+    double startTime = 0;  // video time of the first press
+};
+
+// An interval on the video, seconds.
+struct StampTimes {
+    double start = 0;
+    double finish = 0;
+    bool operator==(const StampTimes&) const = default;
+};
+
+StampTimes ordinaryStampTimes(const Tag& tag, double now, double maxDuration);
+StampTimes intervalStampTimes(const Tag& tag, double openTime, double now, double maxDuration);
+
+// From a press of a tag to a stamp: the logic of the tag panel. Lives as long as the panel. Main
+// thread only.
+class MarkingFlow {
+  public:
+    static constexpr double resumeDelay = 0.1;  // seconds from the stamp to playback
+
+    MarkingFlow(TimelineDataManager& timeline, TagLibraryManager& tagLibrary,
+                MarkupModeStore& markupModes, CollectionServices& collections, Playhead& playhead,
+                FieldMapQuestion& fieldMap, Scheduler& scheduler, EventBus& events);
+    ~MarkingFlow();
+
+    // The panel appears: subscribes, loads the collection list, reads the mode, counts the stamps.
+    void appear();
+
+    Published<MarkupMode> markupMode;
+    Published<std::optional<Tag>> selectedTag;
+    Published<bool> showLabelSheet{false};
+    Published<std::vector<ActiveIntervalTag>> activeIntervalTags;
+    Published<std::map<std::string, int>> tagCounts;
+    Published<bool> isEditorModeActive{false};
+    Published<bool> isLoadingCollections{false};
+    Published<std::vector<std::string>> expandedGroups;
+
+    void handleTagTap(const Tag& tag);     // the mouse
+    void handleTagHotkey(const Tag& tag);  // the keyboard
+    void handleTimeEventTap(const std::string& id);
+
+    // What the label sheet shows, decided when it appears.
+    enum class SheetContent { noTimeline, addingTag, selection };
+    SheetContent sheetContent() const;
+    void completeSheet(const std::vector<std::string>& labels);
+    void cancelSheet();
+
+    bool asksForLabels(const Tag& tag) const;
+    bool isIntervalOpen(const std::string& tagId) const;
+    void refreshTagCounts();
+
+    // A switch of collection from the panel.
+    void switchToStandardCollection(const std::string& name);
+    void switchToUserCollection(const std::string& name);
+
+  private:
+    void press(const Tag& tag, bool fromMouse);
+    void closeInterval(const Tag& tag);
+    void processTag(const Tag& tag, const std::vector<std::string>& labels,
+                    std::optional<StampTimes> times);
+    void askForPlace(const Tag& tag, const std::vector<std::string>& labels,
+                     std::optional<StampTimes> times);
+    void createStamp(const Tag& tag, const std::vector<std::string>& labels,
+                     std::optional<StampTimes> times, std::optional<Point> point);
+    void resumeSoon();
+
+    TimelineDataManager& timeline_;
+    TagLibraryManager& tagLibrary_;
+    MarkupModeStore& markupModes_;
+    CollectionServices& collections_;
+    Playhead& playhead_;
+    FieldMapQuestion& fieldMap_;
+    Scheduler& scheduler_;
+    EventBus& events_;
+    std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
+    std::vector<std::unique_ptr<Timer>> timers_;
+    std::vector<Subscription> subscriptions_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

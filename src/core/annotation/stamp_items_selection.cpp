@@ -1,0 +1,1 @@
+#include "core/annotation/stamp_items_selection.h"

@@ -1,0 +1,1 @@
+#include "core/annotation/stamp_layout.h"

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include "base/geometry.h"
+
+#include "core/annotation/timeline_axis.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// For each stamp the number of stamps before it in the line that overlap it. n log n.
+std::vector<int> overlapLevels(const Stamps& stamps);
+
+// Where a stamp is drawn in its row, the row's top at 0.
+Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis);
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/annotation/timeline_data_manager.h"

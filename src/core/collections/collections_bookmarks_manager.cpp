@@ -1,0 +1,1 @@
+#include "core/collections/collections_bookmarks_manager.h"

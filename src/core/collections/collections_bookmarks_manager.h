@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/log.h"
+
+#include "ports/bookmarks.h"
+#include "ports/keychain.h"
+#include "ports/scheduler.h"
+
+#include "core/notifications/event_bus.h"
+#include "core/storage/in_memory_storage_manager.h"
+
+namespace tembrix {
+
+// The index of user collections: which exist, under which id and display name. Kept in one small
+// file and saved in bursts. Safe from any thread, except where told otherwise.
+class CollectionsBookmarksManager final : public CollectionIndexStorage {
+  public:
+    static constexpr double saveDelay = 2.0;
+
+    CollectionsBookmarksManager(InMemoryStorageManager& storage, Bookmarks& bookmarks,
+                                Keychain& keychain, Scheduler& scheduler, EventBus& events,
+                                Log& log);
+    ~CollectionsBookmarksManager() override;
+
+    std::vector<CollectionInfo> collections() override;
+    void addOrUpdateCollection(const std::string& id, const std::string& name);
+    void removeCollection(const std::string& id);
+    std::vector<CollectionBookmark> loadBookmarks();
+    // The one-off merge of numbered duplicate folders.
+    void cleanUpDuplicateCollections();
+    // Copies the older list in the preferences into an empty index; once per installation.
+    void migrateSavedCollections();
+
+    void applicationWillTerminate();
+    void saveNow() override { applicationWillTerminate(); }
+
+    std::filesystem::path indexFile() const;
+
+  private:
+    std::vector<CollectionInfo> readIndex() const;
+    void scheduleSave();
+    void write();
+    std::optional<CollectionBookmark> makeBookmark(const CollectionInfo& info) const;
+
+    InMemoryStorageManager& storage_;
+    Bookmarks& bookmarks_;
+    Keychain& keychain_;
+    Scheduler& scheduler_;
+    EventBus& events_;
+    Log& log_;
+    std::mutex cacheLock_;
+    std::vector<CollectionInfo> collectionsCache_;
+    bool pendingSave_ = false;  // main thread only, like the timer
+    std::unique_ptr<Timer> saveTimer_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

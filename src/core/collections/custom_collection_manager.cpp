@@ -1,0 +1,1 @@
+#include "core/collections/custom_collection_manager.h"

@@ -1,0 +1,1 @@
+#include "core/collections/hot_key_manager.h"

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+
+#include "core/collections/hot_key_codes.h"
+#include "core/collections/tag_library_manager.h"
+#include "core/notifications/event_bus.h"
+
+namespace tembrix {
+
+// True while a text field of the program has the keyboard.
+struct FocusStateManager {
+    Published<bool> isAnyTextFieldFocused{false};
+};
+
+// Which windows have the keyboard; implemented by the window orchestration.
+class KeyWindows {
+  public:
+    virtual ~KeyWindows() = default;
+    virtual bool isControlOrLibraryKey() const = 0;
+    virtual bool isProjectWindowActive() const = 0;
+    virtual bool isViewerActive() const = 0;  // a viewer exists and is active
+};
+
+// The player as the keyboard uses it.
+class KeyTransport {
+  public:
+    virtual ~KeyTransport() = default;
+    virtual void togglePlayPause() = 0;
+    virtual double transportTime() const = 0;
+    virtual void seek(double seconds) = 0;
+};
+
+// The one place where key presses are looked at before any view gets them. Turns a press into a tag
+// press, a label pick, a transport command or an editor command, and holds back when something else
+// has the keyboard. Main thread only.
+class HotKeyManager final : public HotkeyRegistry {
+  public:
+    static constexpr double seekStep = 3.0;  // seconds
+
+    struct LabelHotkey {
+        std::string labelId;
+        std::string tagId;
+        bool operator==(const LabelHotkey&) const = default;
+    };
+
+    HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
+                  KeyTransport& transport);
+
+    void setKeyWindows(const KeyWindows* windows) { windows_ = windows; }
+
+    void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) override;
+    void clearHotkeys();
+
+    void startMonitoring() { monitoring_ = true; }
+    void stopMonitoring() { monitoring_ = false; }
+
+    // The monitor's handler. True swallows the press, false lets it go on to the views.
+    bool handleKeyDown(const KeyPress& press);
+
+    Published<bool> isEnabled{true};
+    Published<std::optional<std::string>> hotKeySelectedLabelId;
+    Published<bool> isLabelHotkeyMode{false};
+    Published<bool> blockedSheetActive{false};
+
+    const std::map<std::string, Tag>& registeredHotkeys() const { return registeredHotkeys_; }
+    const std::map<std::string, LabelHotkey>& registeredLabelHotkeys() const {
+        return registeredLabelHotkeys_;
+    }
+    const TagCollection& activeCollection() const { return activeCollection_; }
+
+  private:
+    bool lookUp(const KeyPress& press);
+
+    EventBus& events_;
+    Scheduler& scheduler_;
+    FocusStateManager& focus_;
+    KeyTransport& transport_;
+    const KeyWindows* windows_ = nullptr;
+    bool monitoring_ = true;
+    bool isEditorModeActive_ = false;
+    bool isEditingTextBox_ = false;
+    TagCollection activeCollection_;
+    std::map<std::string, Tag> registeredHotkeys_;
+    std::map<std::string, LabelHotkey> registeredLabelHotkeys_;
+    std::vector<Subscription> subscriptions_;
+};
+
+// Whether a hot key is taken, by exact text, for the warnings of an editor.
+bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,
+                  const std::optional<std::string>& exceptTagId = {});
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/collections/key_capture.h"

@@ -1,0 +1,1 @@
+#include "core/collections/standard_collections.h"

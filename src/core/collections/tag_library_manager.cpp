@@ -1,0 +1,1 @@
+#include "core/collections/tag_library_manager.h"

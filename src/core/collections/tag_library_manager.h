@@ -1,0 +1,91 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/texts.h"
+
+#include "core/collections/custom_collection_manager.h"
+#include "core/collections/standard_collections.h"
+
+namespace tembrix {
+
+// Takes the tags of the active collection whenever they change: the hot keys.
+class HotkeyRegistry {
+  public:
+    virtual ~HotkeyRegistry() = default;
+    virtual void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) = 0;
+};
+
+// The process-wide store of what a user can mark with: one active collection, and merged lists of
+// everything from all collections, which serve every lookup by id. Published lists change on the
+// main thread only.
+class TagLibraryManager {
+  public:
+    // `resources` holds names.json and the standard collections.
+    TagLibraryManager(CollectionServices& services, const std::filesystem::path& resources,
+                      const Locale& locale);
+    ~TagLibraryManager();
+
+    // Takes the tags now and on every later change. The registry must outlive the manager or be
+    // reset.
+    void setHotkeyRegistry(HotkeyRegistry* registry);
+
+    Published<CollectionLists> active;  // tags, tagGroups, labelGroups, labels, timeEvents
+    Published<CollectionLists> merged;  // allTags, allTagGroups, ... of all collections
+    Published<std::set<std::string>> selectedTimeEvents;
+    Published<TagCollection> currentCollectionType;
+    Published<std::vector<StandardCollection>> standardCollections;
+    Published<std::optional<std::string>> selectedStandardCollectionName;
+
+    void selectStandardCollection(const std::string& name);
+    // From the tag panel. Ignored while collections load or `intervalOpen`, for standard
+    // collections.
+    void selectUserCollection(const std::string& name);
+    void deleteUserCollection(const CollectionInfo& collection);
+    void restoreLastSelectedCollection();
+    void refreshAllLists();
+    void rebuildHotkeys();
+    std::optional<CollectionLists> collectionData(const std::string& name);  // any thread
+    std::vector<CollectionInfo> userCollections();
+    bool isLoadingCollections() const { return loadingCollections_; }
+    void toggleTimeEvent(const std::string& id);
+    // Adds a tag group to the active lists in memory only, as the drawings timeline needs.
+    void addTransientTagGroup(const TagGroup& group);
+
+    const Tag* tagById(const std::string& id) const;  // valid until the merged lists change
+    const Label* labelById(const std::string& id) const;
+    const LabelGroupData* labelGroupContaining(const std::string& labelId) const;
+    std::vector<Label> labelsForTag(const Tag& tag) const;
+
+  private:
+    void handleTagUpdated(const events::TagUpdated& event);
+    void handleCollectionDataChanged(const events::CollectionDataChanged& event);
+    void applyUserCollection(const std::string& name, const CollectionLists& lists);
+    void mergeActiveLists();
+    void loadAllCollections();
+
+    CollectionServices& services_;
+    HotkeyRegistry* hotkeys_ = nullptr;
+    std::mutex cacheLock_;
+    std::map<std::string, CollectionLists> loadedCollectionsCache_;
+    std::shared_ptr<SerialQueue> collectionLoadingQueue_;
+    std::map<std::string, std::size_t> tagIndex_;  // id to place in merged.tags
+    std::map<std::string, std::size_t> labelIndex_;
+    bool isReloadingCollections_ = false;
+    bool loadingCollections_ = false;
+    std::size_t lastCollectionCount_ = 0;
+    Subscription tagUpdated_;
+    Subscription collectionDataChanged_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

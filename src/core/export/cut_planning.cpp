@@ -1,0 +1,1 @@
+#include "core/export/cut_planning.h"

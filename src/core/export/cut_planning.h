@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/log.h"
+
+#include "ports/texts.h"
+
+#include "core/annotation/timeline_data_manager.h"
+#include "core/export/cut_records.h"
+
+namespace tembrix {
+
+// What planning reads. `videoDuration` is the open video's length in seconds, 0 without one.
+struct CutPlanInput {
+    const TimelineLines& lines;
+    std::optional<Uuid> selectedLineID;
+    const CollectionLists& library;  // the merged lists
+    double videoDuration = 0;
+};
+
+// The cuts of an export, sorted by start; stable, never merged. Empty means that nothing matched.
+std::vector<ExportSegment> getSegmentsForExport(const CutsExportType& type,
+                                                const CutPlanInput& input, Log& log);
+
+std::vector<OverlayLabelGroupItem> labelGroupsForStamp(const TimelineStamp& stamp,
+                                                       const CollectionLists& library);
+
+// The stamp's tag, or a substitute for a drawing; absent means no overlay.
+std::optional<Tag> overlayTag(const TimelineStamp& stamp, const CollectionLists& library);
+
+// Choices that the selection sheets offer.
+std::vector<Tag> tagsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
+std::vector<Label> labelsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
+std::vector<Label> labelsOfTag(const TimelineLines& lines, const CollectionLists& library,
+                               const Tag& tag);
+std::vector<Tag> tagsOfLabel(const TimelineLines& lines, const CollectionLists& library,
+                             const Label& label);
+std::vector<TimeEvent> eventsOnTimelines(const TimelineLines& lines,
+                                         const CollectionLists& library);
+
+// Names of the products. `position` is the 1-based place of the cut in the run.
+std::string filmFileName(const CutsExportType& type, const std::vector<ExportSegment>& segments,
+                         const Texts& texts);
+std::string clipFileName(const CutsExportType& type, const ExportSegment& segment,
+                         std::size_t position, const CollectionLists& library, const Texts& texts);
+
+}  // namespace tembrix

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/geometry.h"
+
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// What is exported.
+namespace cuts {
+struct TagCuts {
+    Tag selectedTag;
+};
+struct TimeEventCuts {
+    TimeEvent selectedEvent;
+};
+struct LabelCuts {
+    Label selectedLabel;
+};
+struct TagWithLabels {
+    Tag selectedTag;
+    std::vector<Label> selectedLabels;
+};
+struct LabelWithTags {
+    Label selectedLabel;
+    std::vector<Tag> selectedTags;
+};
+struct CurrentTimeline {};
+struct AllTimelines {};
+struct Screenshots {};
+struct DrawingsTimeline {};
+}  // namespace cuts
+
+// The order of the cases is fixed; other rules speak of their numbers.
+using CutsExportType = std::variant<cuts::TagCuts, cuts::TimeEventCuts, cuts::LabelCuts,
+                                    cuts::TagWithLabels, cuts::LabelWithTags, cuts::CurrentTimeline,
+                                    cuts::AllTimelines, cuts::Screenshots, cuts::DrawingsTimeline>;
+
+// One film with all cuts in a row, or one file per cut in an archive.
+enum class ExportMode { film, playlist };
+
+// A media time: a whole number of 1/600 seconds.
+struct MediaTime {
+    long long ticks = 0;
+    static MediaTime fromSeconds(
+        double seconds);  // truncated towards zero after rounding off noise below 1e-9
+    double seconds() const { return static_cast<double>(ticks) / 600.0; }
+    auto operator<=>(const MediaTime&) const = default;
+};
+
+struct MediaTimeRange {
+    MediaTime start;
+    MediaTime duration;
+    bool operator==(const MediaTimeRange&) const = default;
+};
+
+// One cut of the control window's export.
+struct ExportSegment {
+    TimelineStamp stamp;
+    std::string tagName;
+    MediaTimeRange timeRange;
+    std::optional<std::string> lineName;
+    std::optional<std::string> groupName;
+    std::optional<std::string> labelGroupName;
+    std::optional<Label> selectedLabel;
+    std::optional<Uuid> stampId;
+};
+
+// The labels of one group that a stamp carries.
+struct OverlayLabelGroupItem {
+    LabelGroupData group;
+    std::vector<Label> selectedLabels;
+    bool operator==(const OverlayLabelGroupItem& other) const {
+        return group.id == other.group.id && selectedLabels == other.selectedLabels;
+    }
+};
+
+// What one cut shows on screen in the film.
+struct OverlayItem {
+    Tag tag;
+    TimelineStamp stamp;
+    std::vector<OverlayLabelGroupItem> selectedLabelGroups;
+    MediaTime start;
+    MediaTime duration;
+    std::optional<Size> videoSize;
+};
+
+}  // namespace tembrix

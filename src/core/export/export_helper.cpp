@@ -1,0 +1,1 @@
+#include "core/export/export_helper.h"

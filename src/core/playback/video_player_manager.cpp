@@ -1,0 +1,1 @@
+#include "core/playback/video_player_manager.h"

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "base/log.h"
+#include "base/published.h"
+
+#include "ports/player.h"
+
+#include "core/annotation/playhead.h"
+#include "core/collections/hot_key_manager.h"
+
+namespace tembrix {
+
+// Owner of the one player: the current time that every window reads, the speed, and the transport.
+// Without a player every operation does nothing. Main thread only.
+class VideoPlayerManager final : public Playhead, public KeyTransport {
+  public:
+    static constexpr double observerInterval = 0.1;  // seconds
+    static constexpr std::array<double, 8> speeds{0.1, 0.25, 0.5, 0.75, 1.0, 1.5, 2.0, 5.0};
+
+    VideoPlayerManager(PlayerFactory& players, Log& log);
+    ~VideoPlayerManager() override;
+
+    // The player of the open video, null without one. Told after it changed.
+    Player* player() const { return player_.get(); }
+    Published<bool> hasPlayer{false};
+    Published<double> playbackSpeedValue{1.0};
+    Published<double> currentTimeValue{0.0};  // all windows read this, not the player
+    Published<bool> isResizingTag{false};
+    Published<PlayerStatus> status{PlayerStatus::paused};
+    Signal<Error> failed;  // the video broke off or could not be opened
+    bool isVideoPlayerInEditorMode = false;
+
+    // Opening a video: makes the player, plays, observes time and status.
+    void open(const std::filesystem::path& file);
+    void cleanup();
+
+    void seek(double seconds) override;
+    void togglePlayPause() override;
+    void setPlaybackSpeed(double speed);
+    double videoDuration() const override;
+    std::optional<std::filesystem::path> currentVideoURL() const;
+    void addTimeObserver();
+
+    // The transport bar: from the player's own time.
+    void seekBy(double seconds);
+
+    double currentTime() const override { return currentTimeValue.get(); }
+    double playbackSpeed() const override { return playbackSpeedValue.get(); }
+    void play() override;
+    void pause() override;
+    void setResizingTag(bool resizing) override { isResizingTag.set(resizing); }
+    double transportTime() const override { return currentTimeValue.get(); }
+
+  private:
+    PlayerFactory& players_;
+    Log& log_;
+    std::unique_ptr<Player> player_;
+    Subscription timeObserver_;
+    Subscription statusObserver_;
+    Subscription failureObserver_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/records/annotation_records.h"

@@ -1,0 +1,1 @@
+#include "core/records/markup_mode.h"

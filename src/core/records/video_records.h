@@ -1,0 +1,56 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/bytes.h"
+#include "base/date.h"
+#include "base/image.h"
+
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// One entry of the video library.
+struct VideosData {
+    Bytes bookmark;
+    std::string id;  // 32 upper-case hexadecimal characters
+    std::optional<std::string> customName;
+    std::optional<bool> isFavorite;
+    bool operator==(const VideosData&) const = default;
+};
+
+// The earlier form of an entry, which carried its timeline.
+struct VideosDataOldFormat {
+    Bytes bookmark;
+    std::string id;
+    TimelineLines timelines;
+    std::optional<std::string> customName;
+    std::optional<bool> isFavorite;
+    bool operator==(const VideosDataOldFormat&) const = default;
+};
+
+// An entry with its preview picture, which is not stored.
+struct FilesFile {
+    VideosData videoData;
+    std::shared_ptr<const ImageBuffer> preview;
+    bool operator==(const FilesFile&) const = default;
+};
+
+// What the user enters about a match.
+struct VideoMetadata {
+    std::string team1;
+    std::string team2;
+    std::string score;
+    Date dateTime;
+    std::optional<std::string> urlString;  // file URL of the video
+    bool operator==(const VideoMetadata&) const = default;
+
+    // Teams, score and date joined by "_", blanks replaced. `fileStamp` prints the date.
+    std::string videoName(const std::function<std::string(Date)>& fileStamp) const;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/shell/videos_view_model.h"

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/bookmarks.h"
+#include "ports/panels.h"
+#include "ports/scheduler.h"
+#include "ports/texts.h"
+
+#include "core/records/video_records.h"
+#include "core/shell/windows_manager.h"
+#include "core/storage/video_files_manager.h"
+#include "core/storage/videos_preview_manager.h"
+
+namespace tembrix {
+
+enum class VideoFilter { all, recent, favorites };
+
+// What the list window shows; changed by the model only.
+struct VideosState {
+    std::vector<FilesFile> files;
+    bool showHUD = false;
+    bool showError = false;
+    std::string errorTitle;
+    bool showFilesDownloadAlert = false;
+    bool showFilesDownloadingAlert = false;
+    bool showMetadataSheet = false;
+    VideoMetadata videoMetadata;
+    bool showRenameSheet = false;
+    std::optional<FilesFile> fileToRename;
+    std::string newFileName;
+    bool showRebindAlert = false;
+    std::optional<FilesFile> fileToRebind;
+};
+
+namespace videos {
+struct OpenVideo {
+    std::string id;
+};
+struct DeleteFile {
+    FilesFile file;
+};
+struct ShowError {
+    std::string title;
+};
+struct SaveVideoMetadata {
+    std::optional<std::filesystem::path> url;
+    std::string team1;
+    std::string team2;
+    std::string score;
+    Date date;
+};
+struct CancelMetadata {};
+struct ShowRenameSheet {
+    FilesFile file;
+};
+struct RenameVideo {
+    FilesFile file;
+    std::string team1;
+    std::string team2;
+    std::string score;
+};
+struct RenameSimpleVideo {
+    FilesFile file;
+    std::string name;
+};
+struct CancelRename {};
+struct ToggleFavorite {
+    FilesFile file;
+};
+struct ShowRebindAlert {
+    FilesFile file;
+};
+struct PickRebindFile {};  // the alert's "select new video"
+struct CancelRebind {};
+struct RebindVideo {
+    FilesFile file;
+    std::filesystem::path url;
+};
+struct DismissError {};
+struct OpenFiles {};
+struct OpenGuide {};
+struct RefreshFiles {};
+}  // namespace videos
+
+using VideosAction =
+    std::variant<videos::OpenVideo, videos::DeleteFile, videos::ShowError,
+                 videos::SaveVideoMetadata, videos::CancelMetadata, videos::ShowRenameSheet,
+                 videos::RenameVideo, videos::RenameSimpleVideo, videos::CancelRename,
+                 videos::ToggleFavorite, videos::ShowRebindAlert, videos::PickRebindFile,
+                 videos::CancelRebind, videos::RebindVideo, videos::DismissError, videos::OpenFiles,
+                 videos::OpenGuide, videos::RefreshFiles>;
+
+// The store behind the list window: one state, one stream of actions, one reducer. Main thread
+// only.
+class VideosViewModel {
+  public:
+    VideosViewModel(VideoFilesManager& files, VideosPreviewManager& previews,
+                    WindowsManager& windows, Panels& panels, Scheduler& scheduler,
+                    const Texts& texts, const Locale& locale);
+    ~VideosViewModel();
+
+    Published<VideosState> state;
+    void send(VideosAction action);
+
+    // What the list shows for a search text and a filter, by display name and last access.
+    std::vector<FilesFile> filteredFiles(const std::string& searchText, VideoFilter filter) const;
+    // When the file was last read, now for one that cannot be told.
+    Date lastAccess(const FilesFile& file) const;
+    std::string displayName(const FilesFile& file) const;
+    std::optional<std::filesystem::path> videoPath(
+        const FilesFile& file) const;  // absent: unavailable
+    std::filesystem::path previewFile(const std::filesystem::path& video) const;
+
+  private:
+    void filePicked(const std::filesystem::path& file);
+    void saveMatch(const VideoMetadata& metadata, const std::optional<std::filesystem::path>& file);
+
+    VideoFilesManager& files_;
+    VideosPreviewManager& previews_;
+    WindowsManager& windows_;
+    Panels& panels_;
+    Scheduler& scheduler_;
+    const Texts& texts_;
+    const Locale& locale_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/geometry.h"
+
+#include "core/annotation/marking_flow.h"
+#include "core/collections/hot_key_manager.h"
+#include "core/playback/video_player_manager.h"
+
+namespace tembrix {
+
+enum class WindowKind { video, control, tagLibrary };
+
+// One window of an open project as the orchestration sees it. Destroying it closes it without
+// asking.
+class ProjectWindow {
+  public:
+    virtual ~ProjectWindow() = default;
+    virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
+    virtual void show() = 0;
+    virtual void setTakesMouse(bool takes) = 0;
+    virtual void raise() = 0;
+};
+
+// Makes real windows. Callbacks of a window never come after it was destroyed.
+class WindowFactory {
+  public:
+    struct Callbacks {
+        std::function<bool()> shouldClose;  // false refuses
+        std::function<void()> willClose;
+        std::function<void(bool)> keyChanged;  // became or resigned key
+    };
+    virtual ~WindowFactory() = default;
+    virtual std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
+                                                Callbacks callbacks) = 0;
+    // The frame of the main screen; absent without one.
+    virtual std::optional<Rect> mainScreenFrame() const = 0;
+};
+
+// Where the three windows of a project stand: the control window over the lower 40 percent, above
+// it the tag panel on the left third and the video on the right two thirds, 40 points left free at
+// the top.
+struct ProjectFrames {
+    Rect control;
+    Rect tagLibrary;
+    Rect video;
+};
+ProjectFrames projectFrames(const Rect& screen);
+
+// Opens, tracks and closes the windows of a project and knows which video is open; one project at a
+// time. Main thread only.
+class WindowsManager final : public KeyWindows, public FieldMapQuestion {
+  public:
+    WindowsManager(VideoFilesManager& library, InMemoryStorageManager& storage,
+                   TimelineDataManager& timeline, VideoPlayerManager& player,
+                   HotKeyManager& hotkeys, TagLibraryManager& tagLibrary, WindowFactory& windows,
+                   Scheduler& scheduler, EventBus& events, const Texts& texts);
+    ~WindowsManager() override;
+
+    void openProject(const std::string& videoId);
+    void closeAll();
+    bool isClosing() const { return isClosing_; }  // true: no project is open
+    const std::string& currentVideoId() const { return currentVideoId_; }
+
+    bool isControlOrLibraryKey() const override;
+    bool isProjectWindowActive() const override;
+    bool isViewerActive() const override { return false; }
+
+    // Without a map window the marking goes on by the rule for a question that was closed.
+    void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
+                               std::function<void(Point)> chosen) override;
+
+  private:
+    std::unique_ptr<ProjectWindow> makeWindow(WindowKind kind);
+    void windowWillClose(WindowKind kind);
+
+    VideoFilesManager& library_;
+    InMemoryStorageManager& storage_;
+    TimelineDataManager& timeline_;
+    VideoPlayerManager& player_;
+    HotKeyManager& hotkeys_;
+    TagLibraryManager& tagLibrary_;
+    WindowFactory& windows_;
+    Scheduler& scheduler_;
+    EventBus& events_;
+    const Texts& texts_;
+    std::string currentVideoId_;
+    bool isClosing_ = true;
+    std::optional<WindowKind> currentActiveWindow_;
+    std::unique_ptr<ProjectWindow> videoWindow_;
+    std::unique_ptr<ProjectWindow> controlWindow_;
+    std::unique_ptr<ProjectWindow> tagLibraryWindow_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/storage/in_memory_storage_manager.h"

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/log.h"
+
+#include "ports/directories.h"
+#include "ports/scheduler.h"
+#include "ports/user_defaults.h"
+
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// What the storage asks of the collection index, which stands above it.
+class CollectionIndexStorage {
+  public:
+    virtual ~CollectionIndexStorage() = default;
+    virtual std::vector<CollectionInfo> collections() = 0;  // any thread
+    virtual void saveNow() = 0;  // writes a pending change in the background
+};
+
+// The two-level store of timelines and collections. The user defaults hold the working copy,
+// written at once on every change; files under Documents hold the durable copy, written at most
+// once per 30 seconds and at the end. Edits on the main thread; the flush runs in the background.
+class InMemoryStorageManager {
+  public:
+    static constexpr double saveToDiskInterval = 30.0;
+
+    InMemoryStorageManager(UserDefaults& defaults, Scheduler& scheduler, Directories directories,
+                           Log& log);
+    ~InMemoryStorageManager();
+
+    // The index comes up after the storage; without one the flush removes no folder at all.
+    void setCollectionIndex(CollectionIndexStorage* index);
+
+    void saveTimeline(const TimelineLines& lines, const std::string& videoId);
+    TimelineLines loadTimeline(const std::string& videoId);  // the worst case is empty
+    void deleteTimelineFile(const std::string& videoId);
+
+    void saveCollection(const CollectionData& collection);
+    std::optional<CollectionData> loadCollection(const std::string& id);  // any thread
+    void deleteCollection(const std::string& id);  // the folder goes with the next flush
+
+    void scheduleSaveToDisk();
+    void applicationWillTerminate();
+    // Runs the flush on the calling thread, whether or not a change waits; for the backup.
+    void flushNow();
+
+    UserDefaults& userDefaults() { return defaults_; }
+
+    std::filesystem::path dataFolder() const;  // Documents/Tembrix-Stat
+    std::filesystem::path timelinesFolder() const;
+    std::filesystem::path collectionsFolder() const;
+    std::filesystem::path timelineFile(const std::string& videoId) const;
+    std::filesystem::path screenshotsFolder(const std::string& videoId) const;
+
+  private:
+    struct Encoder;
+    void flush();
+    void saveTimelinesToDisk();
+    void saveCollectionsToDisk();
+    void writeCollection(const CollectionData& collection);
+    std::optional<CollectionData> readCollectionFolder(const std::string& id) const;
+
+    UserDefaults& defaults_;
+    Scheduler& scheduler_;
+    Directories directories_;
+    Log& log_;
+    CollectionIndexStorage* index_ = nullptr;
+    std::unique_ptr<Encoder> encoder_;
+    std::unique_ptr<Timer> saveToDiskTimer_;
+    bool pendingSave_ = false;
+    std::mutex flushMutex_;  // two flushes never write the same file at once
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/storage/video_files_manager.h"

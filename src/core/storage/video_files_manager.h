@@ -1,0 +1,82 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/log.h"
+
+#include "ports/bookmarks.h"
+#include "ports/directories.h"
+#include "ports/texts.h"
+#include "ports/user_defaults.h"
+
+#include "core/records/video_records.h"
+#include "core/storage/in_memory_storage_manager.h"
+
+namespace tembrix {
+
+// Keeps the timeline of a video that is about to leave the library.
+class DeletedTimelineKeeper {
+  public:
+    virtual ~DeletedTimelineKeeper() = default;
+    virtual void saveTimelineBeforeDeletion(const VideosData& video,
+                                            const TimelineLines& timelines) = 0;
+};
+
+// The library: the list of videos that the user added, its storage, migration and clean-ups. A
+// video is never copied; the id of its entry is the key of everything that belongs to it. Main
+// thread only.
+class VideoFilesManager {
+  public:
+    VideoFilesManager(InMemoryStorageManager& storage, Bookmarks& bookmarks,
+                      Directories directories, const Texts& texts, Log& log);
+
+    // Makes the folders and loads the list. Called once, before anything else.
+    void start();
+    void setDeletedTimelineKeeper(DeletedTimelineKeeper* keeper) { keeper_ = keeper; }
+
+    const std::vector<FilesFile>& files() const { return files_; }
+    const std::vector<VideosData>& videosData() const { return videosData_; }
+    // Called with the list after every change.
+    void setUpdateFiles(std::function<void(const std::vector<FilesFile>&)> callback);
+
+    std::optional<FilesFile> addVideo(const std::filesystem::path& file);
+    std::optional<FilesFile> addVideoNamed(const std::filesystem::path& file,
+                                           const std::string& name);
+    void appendFile(const FilesFile& file);
+    std::vector<FilesFile> reloadFiles();
+    void deleteVideo(const FilesFile& file);
+    void renameVideo(const FilesFile& file, const std::string& name);
+    void toggleFavorite(const std::string& videoId);
+    bool rebindVideo(const std::string& videoId, const std::filesystem::path& file);
+    void saveVideosData();
+    void setPreview(const std::string& videoId, std::shared_ptr<const ImageBuffer> preview);
+
+    const VideosData* findById(const std::string& videoId) const;
+    const VideosData* findByBookmark(
+        const Bytes& bookmark) const;  // byte equality is the only test
+    std::optional<std::filesystem::path> resolveVideoURL(const Bytes& bookmark) const;
+    std::string displayName(const FilesFile& file) const;
+
+  private:
+    void loadVideosData();
+    void migrate(const std::vector<VideosDataOldFormat>& old);
+    std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
+    void removeDuplicateFiles();
+    void publish();
+
+    InMemoryStorageManager& storage_;
+    Bookmarks& bookmarks_;
+    Directories directories_;
+    const Texts& texts_;
+    Log& log_;
+    DeletedTimelineKeeper* keeper_ = nullptr;
+    std::vector<FilesFile> files_;
+    std::vector<VideosData> videosData_;
+    std::function<void(const std::vector<FilesFile>&)> updateFiles_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,1 @@
+#include "core/storage/videos_preview_manager.h"

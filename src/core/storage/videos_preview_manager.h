@@ -1,0 +1,39 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ports/directories.h"
+#include "ports/images.h"
+#include "ports/media.h"
+#include "ports/scheduler.h"
+
+namespace tembrix {
+
+// Preview pictures of videos: one PNG each in the temporary folder, which may vanish at any time.
+class VideosPreviewManager {
+  public:
+    using Completion = std::function<void(Result<std::shared_ptr<const ImageBuffer>>)>;
+
+    VideosPreviewManager(Media& media, ImageCodec& images, Scheduler& scheduler,
+                         Directories directories);
+
+    // Grabs the frame at 1.0 seconds, 200 by 200 at most, in the background, stores it and
+    // completes on the main thread.
+    void makePreview(const std::filesystem::path& video, Completion completion);
+    std::filesystem::path previewFile(const std::filesystem::path& video) const;
+
+    static std::string thumbnailName(const std::filesystem::path& video);
+    static std::string uniqueName(const std::filesystem::path& folder, const std::string& name);
+    static bool isEmptyFile(const std::filesystem::path& file);
+
+  private:
+    Media& media_;
+    ImageCodec& images_;
+    Scheduler& scheduler_;
+    Directories directories_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tembrix {
+
+struct OpenPanelRequest {
+    std::string title;
+    std::string message;
+    std::vector<std::string> extensions;  // without dots, lower case; empty allows all
+    std::string kindName;                 // what the extensions are called, for the filter
+    bool multiple = false;
+    bool folders = false;
+};
+
+struct SavePanelRequest {
+    std::string title;
+    std::string defaultName;
+    std::string extension;  // without dot; appended if the user types none
+};
+
+// Questions to the user. Always asynchronous: a call returns at once and its answer comes later on
+// the main thread, exactly once. Cancelled gives an empty answer.
+class Panels {
+  public:
+    virtual ~Panels() = default;
+    virtual void open(const OpenPanelRequest& request,
+                      std::function<void(std::vector<std::filesystem::path>)> answer) = 0;
+    virtual void save(const SavePanelRequest& request,
+                      std::function<void(std::optional<std::filesystem::path>)> answer) = 0;
+    virtual void alert(const std::string& title, const std::string& message,
+                       std::function<void()> closed = {}) = 0;
+    virtual void confirm(const std::string& title, const std::string& message,
+                         const std::string& confirmText, std::function<void(bool)> answer) = 0;
+    // Shows a folder in the system's file browser, or a page in its web browser.
+    virtual void reveal(const std::filesystem::path& folder) = 0;
+    virtual void browse(const std::string& url) = 0;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "base/result.h"
+
+namespace tembrix {
+
+struct ProcessOutcome {
+    int exitStatus = 0;
+    std::string output;  // standard output and standard error in one stream
+};
+
+// Runs programs. Errors: domain "process", the program could not be started.
+class ProcessRunner {
+  public:
+    virtual ~ProcessRunner() = default;
+    // Blocks until the program ends; from a background thread.
+    virtual Result<ProcessOutcome> run(const std::string& program,
+                                       const std::vector<std::string>& arguments) = 0;
+};
+
+}  // namespace tembrix

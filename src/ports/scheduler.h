@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "base/date.h"
+
+namespace tembrix {
+
+// A pending timer. Destroying it cancels it, so an owner that holds its timers holds them weakly in
+// turn: no call reaches an owner that is gone.
+class Timer {
+  public:
+    virtual ~Timer() = default;
+};
+
+// Runs tasks one after the other on a background thread, in the order given.
+class SerialQueue {
+  public:
+    virtual ~SerialQueue() = default;
+    virtual void async(std::function<void()> task) = 0;
+};
+
+enum class Priority { utility, userInitiated };
+
+// Time and threads as a dependency. Tests run on a virtual one.
+class Scheduler {
+  public:
+    using Task = std::function<void()>;
+
+    virtual ~Scheduler() = default;
+
+    virtual Date now() const = 0;          // wall clock
+    virtual double monotonic() const = 0;  // seconds, never set back
+
+    virtual bool isMain() const = 0;
+    virtual void onMain(Task task) = 0;  // asynchronous, in order; from any thread
+    // Runs the task on the main thread and waits for it; at once if already there.
+    virtual void onMainAndWait(Task task) = 0;
+
+    // From the main thread only; the task runs there.
+    [[nodiscard]] virtual std::unique_ptr<Timer> after(double seconds, Task task) = 0;
+    [[nodiscard]] virtual std::unique_ptr<Timer> every(double seconds, Task task) = 0;
+
+    virtual void background(Priority priority, Task task) = 0;
+    virtual std::shared_ptr<SerialQueue> serialQueue(const std::string& label) = 0;
+};
+
+}  // namespace tembrix
