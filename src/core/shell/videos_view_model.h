@@ -103,7 +103,7 @@ class VideosViewModel {
   public:
     VideosViewModel(VideoFilesManager& files, VideosPreviewManager& previews,
                     WindowsManager& windows, Panels& panels, Scheduler& scheduler,
-                    const Texts& texts, const Locale& locale);
+                    const Texts& texts, const Locale& locale, std::filesystem::path guides);
     ~VideosViewModel();
 
     Published<VideosState> state;
@@ -119,8 +119,16 @@ class VideosViewModel {
     std::filesystem::path previewFile(const std::filesystem::path& video) const;
 
   private:
+    void openVideo(const std::string& videoId);
+    void showError(const std::string& title);
+    void showRebindAlert(const FilesFile& file);
+    void pickVideo();
     void filePicked(const std::filesystem::path& file);
-    void saveMatch(const VideoMetadata& metadata, const std::optional<std::filesystem::path>& file);
+    void saveMatch(const videos::SaveVideoMetadata& action);
+    void pickRebindFile();
+    void rebind(const FilesFile& file, const std::filesystem::path& url);
+    void openGuide();
+    std::string videoName(const VideoMetadata& match) const;
 
     VideoFilesManager& files_;
     VideosPreviewManager& previews_;
@@ -129,6 +137,7 @@ class VideosViewModel {
     Scheduler& scheduler_;
     const Texts& texts_;
     const Locale& locale_;
+    std::filesystem::path guides_;  // folder of the user's guide, one page per language
     std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 

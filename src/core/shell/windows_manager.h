@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,9 @@ namespace tembrix {
 
 enum class WindowKind { video, control, tagLibrary };
 
+// Whether a window has the keyboard, itself or through a sheet on it.
+enum class KeyState { none, window, sheet };
+
 // One window of an open project as the orchestration sees it. Destroying it closes it without
 // asking.
 class ProjectWindow {
@@ -22,8 +26,8 @@ class ProjectWindow {
     virtual ~ProjectWindow() = default;
     virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
     virtual void show() = 0;
-    virtual void setTakesMouse(bool takes) = 0;
-    virtual void raise() = 0;
+    // Ends its subscriptions and its callbacks, so that closing it tells nobody.
+    virtual void detach() = 0;
 };
 
 // Makes real windows. Callbacks of a window never come after it was destroyed.
@@ -32,7 +36,7 @@ class WindowFactory {
     struct Callbacks {
         std::function<bool()> shouldClose;  // false refuses
         std::function<void()> willClose;
-        std::function<void(bool)> keyChanged;  // became or resigned key
+        std::function<void(KeyState)> keyChanged;
     };
     virtual ~WindowFactory() = default;
     virtual std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
@@ -75,7 +79,9 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
                                std::function<void(Point)> chosen) override;
 
   private:
-    std::unique_ptr<ProjectWindow> makeWindow(WindowKind kind);
+    std::unique_ptr<ProjectWindow> makeWindow(WindowKind kind, const char* titleKey);
+    bool videoWindowShouldClose();
+    void keyChanged(WindowKind kind, KeyState state);
     void windowWillClose(WindowKind kind);
 
     VideoFilesManager& library_;
@@ -85,16 +91,15 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     HotKeyManager& hotkeys_;
     TagLibraryManager& tagLibrary_;
     WindowFactory& windows_;
-    Scheduler& scheduler_;
     EventBus& events_;
     const Texts& texts_;
     std::string currentVideoId_;
     bool isClosing_ = true;
     std::optional<WindowKind> currentActiveWindow_;
+    KeyState keyState_ = KeyState::none;
     std::unique_ptr<ProjectWindow> videoWindow_;
     std::unique_ptr<ProjectWindow> controlWindow_;
     std::unique_ptr<ProjectWindow> tagLibraryWindow_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 
 }  // namespace tembrix
