@@ -62,7 +62,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     WindowsManager(VideoFilesManager& library, InMemoryStorageManager& storage,
                    TimelineDataManager& timeline, VideoPlayerManager& player,
                    HotKeyManager& hotkeys, TagLibraryManager& tagLibrary, WindowFactory& windows,
-                   Scheduler& scheduler, EventBus& events, const Texts& texts);
+                   EventBus& events, const Texts& texts);
     ~WindowsManager() override;
 
     void openProject(const std::string& videoId);
