@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ports/process_runner.h"
+
+namespace tembrix {
+
+// Answers each call through `behaviour`, which may make the files that the program would make, and
+// keeps the calls. Programs succeed silently unless the test says otherwise.
+class FakeProcessRunner final : public ProcessRunner {
+  public:
+    struct Call {
+        std::string program;
+        std::vector<std::string> arguments;
+        bool operator==(const Call&) const = default;
+    };
+
+    Result<ProcessOutcome> run(const std::string& program,
+                               const std::vector<std::string>& arguments) override {
+        const Call call{program, arguments};
+        {
+            const std::lock_guard lock(mutex_);
+            calls_.push_back(call);
+        }
+        return behaviour(call);
+    }
+
+    std::vector<Call> calls() const {
+        const std::lock_guard lock(mutex_);
+        return calls_;
+    }
+
+    std::function<Result<ProcessOutcome>(const Call&)> behaviour = [](const Call&) {
+        return Result<ProcessOutcome>(ProcessOutcome{});
+    };
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<Call> calls_;
+};
+
+}  // namespace tembrix
