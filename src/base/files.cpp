@@ -1,1 +1,130 @@
 #include "base/files.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+#include "base/uuid.h"
+
+namespace tembrix {
+
+namespace {
+
+Error fileError(int code, const std::filesystem::path& path) {
+    return {"file", code, pathText(path) + ": " + std::strerror(code)};
+}
+
+class FileDescriptor {
+  public:
+    explicit FileDescriptor(int number) : number_(number) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+
+    bool open() const { return number_ >= 0; }
+    int number() const { return number_; }
+
+    // Closes now, since some file systems report a failed write only here.
+    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+bool writeAll(int descriptor, BytesView content) {
+    while (!content.empty()) {
+        const ssize_t written = ::write(descriptor, content.data(), content.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return false;
+        content = content.subspan(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// Makes a rename in the folder durable. Best effort: some file systems know no such thing.
+void syncFolder(const std::filesystem::path& folder) {
+    const FileDescriptor descriptor(
+        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.open())
+        ::fsync(descriptor.number());
+}
+
+}  // namespace
+
+Result<Bytes> readFile(const std::filesystem::path& path) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.open())
+        return fileError(errno, path);
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0)
+        return fileError(errno, path);
+    if (S_ISDIR(status.st_mode))
+        return fileError(EISDIR, path);
+    Bytes content(static_cast<std::size_t>(status.st_size) + 1);
+    std::size_t size = 0;
+    for (;;) {
+        if (size == content.size())
+            content.resize(content.size() * 2);
+        const ssize_t count = ::read(file.number(), content.data() + size, content.size() - size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return fileError(errno, path);
+        if (count == 0)
+            break;
+        size += static_cast<std::size_t>(count);
+    }
+    content.resize(size);
+    return content;
+}
+
+Result<void> replaceFile(const std::filesystem::path& path, BytesView content) {
+    // A short name of its own: beside a file whose name is as long as names may be, too.
+    const auto beside = path.parent_path() / (".new-" + freshId());
+    FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.open())
+        return fileError(errno, path);
+    struct stat old {};
+    const bool replaces = ::stat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    const bool written = (!replaces || ::fchmod(file.number(), old.st_mode & 07777) == 0) &&
+                         writeAll(file.number(), content) && ::fsync(file.number()) == 0 &&
+                         file.close() && ::rename(beside.c_str(), path.c_str()) == 0;
+    if (!written) {
+        const int code = errno;
+        ::unlink(beside.c_str());
+        return fileError(code, path);
+    }
+    syncFolder(path.parent_path());
+    return {};
+}
+
+Result<void> makeFolder(const std::filesystem::path& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    if (error)
+        return fileError(error.value(), path);
+    if (!std::filesystem::is_directory(path, error))
+        return fileError(ENOTDIR, path);
+    return {};
+}
+
+std::string pathText(const std::filesystem::path& path) {
+    const auto text = path.u8string();
+    return {reinterpret_cast<const char*>(text.data()), text.size()};
+}
+
+std::filesystem::path pathFromText(std::string_view utf8) {
+    return std::filesystem::path(
+        std::u8string_view(reinterpret_cast<const char8_t*>(utf8.data()), utf8.size()));
+}
+
+}  // namespace tembrix

@@ -33,6 +33,7 @@
 #include "base/geometry.h"
 #include "base/json_style.h"
 #include "base/result.h"
+#include "base/utf8_text.h"
 #include "base/uuid.h"
 
 namespace tembrix {
@@ -225,8 +226,17 @@ bool read(const Value& v, Record& out, Failure& f) {
 }
 
 template <class Writer>
-void write(Writer& w, const std::string& text) {
+void writeText(Writer& w, const std::string& text) {
     w.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+// A document with one broken character would not decode again, so such bytes are replaced here.
+template <class Writer>
+void write(Writer& w, const std::string& text) {
+    if (isUtf8(text))
+        writeText(w, text);
+    else
+        writeText(w, sanitizedUtf8(text));
 }
 template <class Writer>
 void write(Writer& w, double number) {
@@ -242,11 +252,11 @@ void write(Writer& w, bool flag) {
 }
 template <class Writer>
 void write(Writer& w, const Uuid& id) {
-    write(w, id.text());
+    writeText(w, id.text());
 }
 template <class Writer>
 void write(Writer& w, const Bytes& bytes) {
-    write(w, base64Encode(bytes));
+    writeText(w, base64Encode(bytes));
 }
 template <class Writer>
 void write(Writer& w, const Date& date) {
@@ -263,7 +273,7 @@ template <class Writer>
 void write(Writer& w, const std::map<std::string, std::string>& texts) {
     w.StartObject();
     for (const auto& [key, text] : texts) {
-        w.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+        write(w, key);  // a key is a text in its place
         write(w, text);
     }
     w.EndObject();
@@ -337,17 +347,48 @@ Result<T> decodeJson(BytesView bytes) {
     return value;
 }
 
+namespace json {
+
+// A writer that remembers a number that JSON cannot hold.
+template <class Base>
+class FiniteWriter : public Base {
+  public:
+    using Base::Base;
+    bool Double(double number) {
+        finite_ = Base::Double(number) && finite_;
+        return finite_;
+    }
+    bool finite() const { return finite_; }
+
+  private:
+    bool finite_ = true;
+};
+using CompactWriter = FiniteWriter<rapidjson::Writer<rapidjson::StringBuffer>>;
+using PrettyWriter = FiniteWriter<rapidjson::PrettyWriter<rapidjson::StringBuffer>>;
+
+inline Error notFinite() {
+    return {"json", 3, "a number is not finite"};
+}
+
+}  // namespace json
+
+// Fails only if a number is not finite. Errors: domain "json".
 template <class T>
-Bytes encodeJson(const T& value, JsonStyle style) {
+Result<Bytes> encodeJson(const T& value, JsonStyle style) {
     rapidjson::StringBuffer buffer;
+    bool finite = true;
     if (style == JsonStyle::pretty) {
-        rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+        json::PrettyWriter writer(buffer);
         writer.SetIndent(' ', 2);
         json::write(writer, value);
+        finite = writer.finite();
     } else {
-        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+        json::CompactWriter writer(buffer);
         json::write(writer, value);
+        finite = writer.finite();
     }
+    if (!finite)
+        return json::notFinite();
     const auto* begin = reinterpret_cast<const std::uint8_t*>(buffer.GetString());
     return Bytes(begin, begin + buffer.GetSize());
 }

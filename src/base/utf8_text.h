@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,12 @@ namespace tembrix {
 
 // Without leading and trailing white space and line breaks, in the Unicode sense.
 std::string trimmed(std::string_view text);
+
+// Without leading and trailing characters that are neither letters nor digits.
+std::string strippedToAlphanumerics(std::string_view text);
+
+// Number of code points; a byte that is not UTF-8 counts as one.
+std::size_t characterCount(std::string_view text);
 
 std::string replaced(std::string_view text, std::string_view from, std::string_view to);
 
@@ -20,6 +27,8 @@ std::string firstUpperCased(std::string_view text);
 // case.
 std::string caseFolded(std::string_view text);
 bool containsIgnoringCase(std::string_view text, std::string_view part);
+
+bool isUtf8(std::string_view text);
 
 // Bytes that are not UTF-8 become U+FFFD, so that a broken file name can be shown and stored.
 std::string sanitizedUtf8(std::string_view text);
