@@ -29,11 +29,12 @@ class Player {
     virtual void setRate(double rate) = 0;  // above 0 starts playback at that rate; 0 pauses
 
     // Frame-exact: shows the frame whose time span holds `seconds`, clamped to the video. A newer
-    // seek overtakes an older one, whose completion then gets false. Every completion is called
-    // once.
+    // seek overtakes an older one, whose completion then gets false; so does the end of the player.
+    // Every completion is called once, and until then the current time stands still.
     virtual void seek(double seconds, std::function<void(bool finished)> completion) = 0;
 
-    // Calls back with the current time every `interval` seconds of playback.
+    // Calls back with the current time every `interval` seconds of playback, and when playback
+    // stops.
     virtual Subscription observeTime(double interval, std::function<void(double)> observer) = 0;
     // Calls back at once with the present status and then at each change of status or rate.
     virtual Subscription observeStatus(std::function<void(PlayerStatus)> observer) = 0;

@@ -1,0 +1,188 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/signal.h"
+
+#include "ports/player.h"
+
+namespace tembrix {
+
+// A player whose clock and seeks the test moves by hand. A seek stays pending, and the time where
+// it was, until finishSeek(), as with a real player; `finishSeeksAtOnce` shortens that for tests to
+// which it does not matter.
+class FakePlayer final : public Player {
+  public:
+    FakePlayer(std::filesystem::path file, double duration)
+        : file_(std::move(file)), duration_(duration) {}
+
+    ~FakePlayer() override {
+        overtake();
+        if (destroyed)
+            destroyed();
+    }
+
+    // What the test drives.
+    bool finishSeeksAtOnce = false;
+    std::function<void()> destroyed;  // called at the end of the life of the player
+
+    // Playback goes on to `seconds`: every observer is called for each interval passed. Reaching
+    // the end pauses there. Also moves a paused player, without ticks.
+    void advanceTo(double seconds) {
+        const double target = clamp(seconds);
+        if (status_ != PlayerStatus::playing) {
+            time_ = target;
+            return;
+        }
+        const double from = time_;
+        for (const auto& [id, ticker] : std::map(*tickers_)) {
+            const auto first = static_cast<long>(std::floor(from / ticker.interval + 1e-9)) + 1;
+            const auto last = static_cast<long>(std::floor(target / ticker.interval + 1e-9));
+            for (long tick = first; tick <= last && tickers_->contains(id); ++tick) {
+                time_ = static_cast<double>(tick) * ticker.interval;
+                ticker.observer(time_);
+            }
+        }
+        time_ = target;
+        if (duration_ > 0 && target >= duration_)
+            pause();
+    }
+    void advanceBy(double seconds) { advanceTo(time_ + seconds); }
+
+    // Calls every time observer with a time of the test's choice, such as a late one.
+    void tick(double seconds) {
+        for (const auto& [id, ticker] : std::map(*tickers_))
+            if (tickers_->contains(id))
+                ticker.observer(seconds);
+    }
+
+    bool isSeeking() const { return pendingSeek_.has_value(); }
+    double seekTarget() const { return pendingSeek_ ? pendingSeek_->first : time_; }
+    // The pending seek ends: at its place, or (false) where the player was.
+    void finishSeek(bool finished = true) {
+        if (!pendingSeek_)
+            return;
+        auto [target, completion] = *std::exchange(pendingSeek_, std::nullopt);
+        if (finished)
+            time_ = target;
+        if (completion)
+            completion(finished);
+    }
+
+    void setStatus(PlayerStatus status) { change(status, rate_); }
+    void setDuration(double duration) { duration_ = duration; }
+    void fail(const Error& error) { failure_.emit(error); }
+
+    // What the test looks at.
+    std::vector<double> seeks;  // as asked, before clamping
+    std::vector<double> rates;  // every rate set by play, pause and setRate
+    std::size_t timeObserverCount() const { return tickers_->size(); }
+
+    std::filesystem::path file() const override { return file_; }
+    double duration() const override { return duration_; }
+    double currentTime() const override { return time_; }
+    PlayerStatus status() const override { return status_; }
+    double rate() const override { return rate_; }
+
+    void play() override { setRate(1.0); }
+    void pause() override { setRate(0); }
+    void setRate(double rate) override {
+        rates.push_back(rate);
+        const bool stops = rate <= 0 && rate_ > 0;
+        change(rate > 0 ? PlayerStatus::playing : PlayerStatus::paused, rate);
+        if (stops)
+            tick(time_);
+    }
+
+    void seek(double seconds, std::function<void(bool finished)> completion) override {
+        seeks.push_back(seconds);
+        overtake();
+        pendingSeek_.emplace(clamp(seconds), std::move(completion));
+        if (finishSeeksAtOnce)
+            finishSeek();
+    }
+
+    Subscription observeTime(double interval, std::function<void(double)> observer) override {
+        const int id = nextTicker_++;
+        tickers_->emplace(id, Ticker{interval, std::move(observer)});
+        return Subscription([weak = std::weak_ptr(tickers_), id] {
+            if (auto tickers = weak.lock())
+                tickers->erase(id);
+        });
+    }
+    Subscription observeStatus(std::function<void(PlayerStatus)> observer) override {
+        auto subscription = statusChanged_.observe(observer);
+        observer(status_);
+        return subscription;
+    }
+    Subscription observeFailure(std::function<void(const Error&)> observer) override {
+        return failure_.observe(std::move(observer));
+    }
+
+  private:
+    struct Ticker {
+        double interval;
+        std::function<void(double)> observer;
+    };
+
+    double clamp(double seconds) const {
+        return std::max(0.0, duration_ > 0 ? std::min(seconds, duration_) : seconds);
+    }
+
+    void overtake() { finishSeek(false); }
+
+    void change(PlayerStatus status, double rate) {
+        if (status == status_ && rate == rate_)
+            return;
+        status_ = status;
+        rate_ = rate;
+        statusChanged_.emit(status_);
+    }
+
+    std::filesystem::path file_;
+    double duration_;
+    double time_ = 0;
+    double rate_ = 0;
+    PlayerStatus status_ = PlayerStatus::paused;
+    std::optional<std::pair<double, std::function<void(bool)>>> pendingSeek_;
+    std::shared_ptr<std::map<int, Ticker>> tickers_ = std::make_shared<std::map<int, Ticker>>();
+    int nextTicker_ = 0;
+    Signal<PlayerStatus> statusChanged_;
+    Signal<Error> failure_;
+};
+
+// Makes fake players; the test sets what the next video is like and finds the last one open.
+class FakePlayerFactory final : public PlayerFactory {
+  public:
+    double duration = 60;  // seconds, of the videos opened from now on
+    bool finishSeeksAtOnce = false;
+    std::vector<std::filesystem::path> opened;
+
+    // The last player opened, null before the first and once it is gone.
+    FakePlayer* player() const { return *player_; }
+
+    std::unique_ptr<Player> open(const std::filesystem::path& file) override {
+        auto player = std::make_unique<FakePlayer>(file, duration);
+        player->finishSeeksAtOnce = finishSeeksAtOnce;
+        player->destroyed = [slot = player_, self = player.get()] {
+            if (*slot == self)
+                *slot = nullptr;
+        };
+        *player_ = player.get();
+        opened.push_back(file);
+        return player;
+    }
+
+  private:
+    std::shared_ptr<FakePlayer*> player_ = std::make_shared<FakePlayer*>(nullptr);
+};
+
+}  // namespace tembrix
