@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <map>
+
+#include "core/shell/windows_manager.h"
+
+class QWidget;
+class QWindow;
+
+namespace tembrix {
+
+// Makes the top-level windows of a project and follows which of them has the keyboard. What a
+// window holds comes from the composition root.
+class QtWindowFactory final : public QObject, public WindowFactory {
+    Q_OBJECT
+
+  public:
+    using MakeContent = std::function<QWidget*(WindowKind kind, QWidget* parent)>;
+
+    explicit QtWindowFactory(MakeContent makeContent);
+
+    std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
+                                        Callbacks callbacks) override;
+    std::optional<Rect> mainScreenFrame() const override;
+
+  private:
+    class Shell;
+    class Handle;
+    void followKeyboard(QWindow* focused);
+
+    MakeContent makeContent_;
+    QPointer<Shell> keyShell_;
+};
+
+}  // namespace tembrix
