@@ -1,0 +1,123 @@
+#include "core/shell/videos_view_model.h"
+
+#include <gtest/gtest.h>
+
+#include "fakes/core_project.h"
+#include "fakes/fake_images.h"
+#include "fakes/fake_media.h"
+
+namespace tembrix {
+namespace {
+
+class NoWindows final : public WindowFactory {
+  public:
+    struct Window final : ProjectWindow {
+        void setFrame(const Rect&) override {}
+        void show() override {}
+        void setTakesMouse(bool) override {}
+        void detach() override {}
+    };
+    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
+        return std::make_unique<Window>();
+    }
+    std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }
+};
+
+struct VideosViewModelTest : testing::Test {
+    CoreProject project;
+    NoWindows noWindows;
+    WindowsManager windows{project.library, project.storage, project.timeline,
+                           project.player,  project.hotkeys, project.tagLibrary,
+                           noWindows,       project.events,  project.texts};
+    FakeMedia media;
+    FakeImageCodec images;
+    VideosPreviewManager previews{media, images, project.scheduler, project.folder.directories()};
+    VideosViewModel model{project.library,   previews,      windows,        project.panels,
+                          project.scheduler, project.texts, project.locale, "/guides"};
+
+    std::vector<std::string> names(const std::string& search, VideoFilter filter) {
+        std::vector<std::string> result;
+        for (const auto& file : model.filteredFiles(search, filter))
+            result.push_back(model.displayName(file));
+        return result;
+    }
+};
+
+TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
+    const auto video = project.folder.write("final.mp4", "bytes");
+    model.send(videos::OpenFiles{});
+    project.panels.answerOpen({video});
+    ASSERT_TRUE(model.state->showMetadataSheet);
+    EXPECT_EQ(model.state->videoMetadata.dateTime, project.scheduler.now());
+
+    model.send(videos::CancelMetadata{});
+    EXPECT_FALSE(model.state->showMetadataSheet);
+    EXPECT_TRUE(model.state->files.empty());
+
+    model.send(
+        videos::SaveVideoMetadata{video, " Red Lions ", "Blue Foxes", "2-1", Date{1714588200}});
+    ASSERT_EQ(model.state->files.size(), 1U);
+    EXPECT_FALSE(model.state->showMetadataSheet);
+    EXPECT_EQ(model.displayName(model.state->files.front()),
+              "Red_Lions_Blue_Foxes_2-1_2024-05-01_18-30");
+    EXPECT_EQ(names("LIONS", VideoFilter::all).size(), 1U);
+    EXPECT_TRUE(names("tigers", VideoFilter::all).empty());
+}
+
+TEST_F(VideosViewModelTest, AnEmptyOrVanishedFileIsRefusedWithAText) {
+    const auto empty = project.folder.write("empty.mp4", "");
+    for (const auto& file : {empty, project.folder.path() / "gone.mp4"}) {
+        model.send(videos::SaveVideoMetadata{file, "A", "B", "", project.scheduler.now()});
+        EXPECT_TRUE(model.state->showError) << file;
+        EXPECT_EQ(model.state->errorTitle, "alertsFileErrorTitle");
+        model.send(videos::DismissError{});
+        EXPECT_FALSE(model.state->showError);
+    }
+    EXPECT_TRUE(model.state->files.empty());
+}
+
+TEST_F(VideosViewModelTest, AMovedVideoAsksToBeBoundAgainAndThenOpensWithItsId) {
+    const auto id = project.addVideo("old.mp4");
+    std::filesystem::remove(project.folder.path() / "old.mp4");
+    model.send(videos::OpenVideo{id});
+    EXPECT_TRUE(windows.isClosing());
+    ASSERT_TRUE(model.state->showRebindAlert);
+
+    model.send(videos::PickRebindFile{});
+    EXPECT_FALSE(model.state->showRebindAlert);
+    project.panels.answerOpen({project.folder.path() / "nowhere.mp4"});
+    EXPECT_EQ(model.state->errorTitle, "Не удалось перепривязать видео");
+
+    const auto moved = project.folder.write("new place/old.mp4", "bytes");
+    model.send(videos::RebindVideo{*model.state->fileToRebind, moved});
+    EXPECT_FALSE(windows.isClosing());
+    EXPECT_EQ(windows.currentVideoId(), id);
+    EXPECT_EQ(project.players.opened.back(), moved);
+    EXPECT_EQ(model.state->files.size(), 1U);
+}
+
+TEST_F(VideosViewModelTest, FiltersByFavouriteAndByLastAccess) {
+    const auto a = project.addVideo("alpha.mp4");
+    project.addVideo("beta.mp4");
+    model.send(videos::ToggleFavorite{model.state->files.front()});
+    EXPECT_EQ(names("", VideoFilter::favorites), std::vector<std::string>{"alpha.mp4"});
+    EXPECT_TRUE(names("beta", VideoFilter::favorites).empty());
+
+    // An entry whose file cannot be looked at counts as now, so it comes first.
+    std::filesystem::remove(project.folder.path() / "beta.mp4");
+    project.scheduler.setWallClock(Date{4102444800});
+    EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"beta.mp4", "alpha.mp4"}));
+}
+
+TEST_F(VideosViewModelTest, RenamesThroughTheSheet) {
+    project.addVideo("raw.mp4");
+    model.send(videos::ShowRenameSheet{model.state->files.front()});
+    EXPECT_TRUE(model.state->showRenameSheet);
+    EXPECT_EQ(model.state->newFileName, "raw.mp4");
+    model.send(videos::RenameSimpleVideo{*model.state->fileToRename, "Derby"});
+    EXPECT_FALSE(model.state->showRenameSheet);
+    EXPECT_EQ(names("", VideoFilter::all), std::vector<std::string>{"Derby"});
+}
+
+}  // namespace
+}  // namespace tembrix

@@ -1,0 +1,153 @@
+#include "core/shell/windows_manager.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+
+#include "fakes/core_project.h"
+
+namespace tembrix {
+namespace {
+
+// Windows that stand in a list; the test presses their close buttons.
+class FakeWindows final : public WindowFactory {
+  public:
+    struct Window {
+        WindowKind kind;
+        Callbacks callbacks;
+        Rect frame;
+        bool detached = false;
+    };
+
+    std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string&,
+                                        Callbacks callbacks) override {
+        auto window = std::make_shared<Window>(Window{kind, std::move(callbacks), {}});
+        open[kind] = window;
+        made.push_back(kind);
+        return std::make_unique<Handle>(*this, window);
+    }
+    std::optional<Rect> mainScreenFrame() const override { return screen; }
+
+    // As the user would: asks, then tells. The callbacks may close this very window.
+    bool pressClose(WindowKind kind) {
+        const auto window = open.at(kind);
+        if (!window->callbacks.shouldClose())
+            return false;
+        window->callbacks.willClose();
+        return true;
+    }
+
+    std::optional<Rect> screen = Rect{0, 0, 1500, 1000};
+    std::map<WindowKind, std::shared_ptr<Window>> open;
+    std::vector<WindowKind> made;
+    std::vector<WindowKind> shown;
+
+  private:
+    struct Handle final : ProjectWindow {
+        Handle(FakeWindows& o, std::shared_ptr<Window> w) : owner(o), window(std::move(w)) {}
+        ~Handle() override { owner.open.erase(window->kind); }
+        void setFrame(const Rect& frame) override { window->frame = frame; }
+        void show() override { owner.shown.push_back(window->kind); }
+        void setTakesMouse(bool) override {}
+        void detach() override { window->detached = true; }
+        FakeWindows& owner;
+        std::shared_ptr<Window> window;
+    };
+};
+
+struct WindowsManagerTest : testing::Test {
+    CoreProject project;
+    FakeWindows fake;
+    WindowsManager windows{project.library,
+                           project.storage,
+                           project.timeline,
+                           project.player,
+                           project.hotkeys,
+                           project.tagLibrary,
+                           fake,
+                           project.events,
+                           project.texts};
+};
+
+TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
+    const auto id = project.addVideo();
+    project.defaults.setText("editingStampID", "left over");
+    windows.openProject(id);
+
+    const std::vector order{WindowKind::video, WindowKind::control, WindowKind::tagLibrary};
+    EXPECT_EQ(fake.made, order);
+    EXPECT_EQ(fake.shown, order);
+    EXPECT_EQ(fake.open.at(WindowKind::control)->frame, (Rect{0, 600, 1500, 400}));
+    EXPECT_EQ(fake.open.at(WindowKind::tagLibrary)->frame, (Rect{0, 40, 500, 560}));
+    EXPECT_EQ(fake.open.at(WindowKind::video)->frame, (Rect{500, 40, 1000, 560}));
+    EXPECT_EQ(project.defaults.text("editingStampID"), "");
+    EXPECT_EQ(project.players.player()->status(), PlayerStatus::playing);
+    ASSERT_FALSE(project.timeline.lines->empty());
+    EXPECT_EQ(project.timeline.lines->front()->id, drawingsLineId());
+    EXPECT_FALSE(project.hotkeys.registeredHotkeys().empty());
+}
+
+TEST_F(WindowsManagerTest, RefusesASecondProjectAndAMissingVideo) {
+    const auto first = project.addVideo("first.mp4");
+    const auto second = project.addVideo("second.mp4");
+    windows.openProject("UNKNOWN");
+    EXPECT_TRUE(windows.isClosing());
+    windows.openProject(first);
+    windows.openProject(second);
+    EXPECT_EQ(fake.made.size(), 3U);
+    EXPECT_EQ(project.players.opened.size(), 1U);
+    EXPECT_EQ(windows.currentVideoId(), second);
+}
+
+TEST_F(WindowsManagerTest, ClosingAnyOfTheThreeClosesTheProjectAndANewOneOpens) {
+    const auto id = project.addVideo();
+    for (const auto kind : {WindowKind::video, WindowKind::control, WindowKind::tagLibrary}) {
+        bool viewerStopped = false;
+        const auto stopped = project.events.observe<events::StopViewerPlayer>(
+            [&](const auto&) { viewerStopped = true; });
+        windows.openProject(id);
+        ASSERT_FALSE(windows.isClosing());
+        ASSERT_FALSE(project.hotkeys.registeredHotkeys().empty());
+        EXPECT_TRUE(fake.pressClose(kind));
+        EXPECT_TRUE(fake.open.empty());
+        EXPECT_TRUE(windows.isClosing());
+        EXPECT_TRUE(viewerStopped);
+        EXPECT_FALSE(project.player.player());
+        EXPECT_TRUE(project.hotkeys.registeredHotkeys().empty());
+        EXPECT_FALSE(windows.isProjectWindowActive());
+    }
+}
+
+TEST_F(WindowsManagerTest, TheVideoWindowEndsTheDrawingEditorFirst) {
+    windows.openProject(project.addVideo());
+    project.player.isVideoPlayerInEditorMode = true;
+    std::optional<bool> editor;
+    const auto mode = project.events.observe<events::EditorModeChanged>(
+        [&](const events::EditorModeChanged& event) { editor = event.active; });
+    EXPECT_FALSE(fake.pressClose(WindowKind::video));
+    EXPECT_EQ(editor, false);
+    EXPECT_FALSE(windows.isClosing());
+    project.player.isVideoPlayerInEditorMode = false;
+    EXPECT_TRUE(fake.pressClose(WindowKind::video));
+    EXPECT_TRUE(windows.isClosing());
+}
+
+TEST_F(WindowsManagerTest, FollowsWhichWindowHasTheKeyboard) {
+    windows.openProject(project.addVideo());
+    const auto say = [&](WindowKind kind, KeyState state) {
+        fake.open.at(kind)->callbacks.keyChanged(state);
+    };
+    say(WindowKind::video, KeyState::window);
+    EXPECT_TRUE(windows.isProjectWindowActive());
+    EXPECT_FALSE(windows.isControlOrLibraryKey());
+    say(WindowKind::video, KeyState::none);
+    EXPECT_FALSE(windows.isProjectWindowActive());
+    say(WindowKind::tagLibrary, KeyState::window);
+    EXPECT_TRUE(windows.isControlOrLibraryKey());
+    say(WindowKind::tagLibrary, KeyState::sheet);  // label keys go on, the blank is the sheet's
+    EXPECT_TRUE(windows.isProjectWindowActive());
+    EXPECT_FALSE(windows.isControlOrLibraryKey());
+}
+
+}  // namespace
+}  // namespace tembrix
