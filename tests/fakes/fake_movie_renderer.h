@@ -1,0 +1,84 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "ports/movie_renderer.h"
+#include "ports/scheduler.h"
+
+namespace tembrix {
+
+// Takes jobs and ends them when the test says how. Completions come from the scheduler's
+// background, as a real renderer's come from its own threads.
+class FakeMovieRenderer final : public MovieRenderer {
+  public:
+    class Session final : public MovieSession {
+      public:
+        Session(Scheduler& scheduler, MovieJob work, Completion completion)
+            : job(std::move(work)), scheduler_(scheduler), completion_(std::move(completion)) {}
+
+        const MovieJob job;
+
+        float progress() const override { return progress_; }
+        void cancel() override {
+            if (completion_)
+                cancelled_ = true;
+            end(Error{"Export", 999, "Cancelled"});
+        }
+        bool cancelled() const { return cancelled_; }
+        bool ended() const { return !completion_; }
+
+        void setProgress(float value) { progress_ = value; }
+        // Leaves a small file at the target and ends the run.
+        void succeed() {
+            if (ended())
+                return;
+            std::ofstream(job.target, std::ios::binary) << "film";
+            progress_ = 1;
+            end(job.target);
+        }
+        void fail(Error error) { end(std::move(error)); }
+
+      private:
+        void end(Result<std::filesystem::path> result) {
+            if (auto completion = std::exchange(completion_, nullptr))
+                scheduler_.background(Priority::userInitiated,
+                                      [completion, result] { completion(result); });
+        }
+
+        Scheduler& scheduler_;
+        Completion completion_;
+        float progress_ = 0;
+        bool cancelled_ = false;
+    };
+
+    explicit FakeMovieRenderer(Scheduler& scheduler) : scheduler_(scheduler) {}
+
+    std::vector<std::shared_ptr<Session>> sessions;  // every run so far, in order
+    std::optional<Error> startError;                 // what start() gives instead of a session
+    std::optional<Error> runError;                   // how runs end with endAtOnce; absent: success
+    bool endAtOnce = false;                          // runs end by themselves
+
+    Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override {
+        if (startError)
+            return *startError;
+        if (job.pieces.empty())
+            return Error{"Export", -1, "The film has no pieces"};
+        if (std::filesystem::exists(job.target))
+            return Error{"Export", -1, "The target exists: " + job.target.string()};
+        sessions.push_back(
+            std::make_shared<Session>(scheduler_, std::move(job), std::move(completion)));
+        if (endAtOnce)
+            runError ? sessions.back()->fail(*runError) : sessions.back()->succeed();
+        return std::static_pointer_cast<MovieSession>(sessions.back());
+    }
+
+  private:
+    Scheduler& scheduler_;
+};
+
+}  // namespace tembrix
