@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -58,6 +59,29 @@ void syncFolder(const std::filesystem::path& folder) {
         ::fsync(descriptor.number());
 }
 
+// Writes a new file through `fill` beside the path, then puts it in its place. `fill` gives false
+// with errno set.
+Result<void> replaceThrough(const std::filesystem::path& path,
+                            const std::function<bool(int descriptor)>& fill) {
+    // A short name of its own: beside a file whose name is as long as names may be, too.
+    const auto beside = path.parent_path() / (".new-" + freshId());
+    FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.open())
+        return fileError(errno, path);
+    struct stat old {};
+    const bool replaces = ::stat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    const bool written = (!replaces || ::fchmod(file.number(), old.st_mode & 07777) == 0) &&
+                         fill(file.number()) && ::fsync(file.number()) == 0 && file.close() &&
+                         ::rename(beside.c_str(), path.c_str()) == 0;
+    if (!written) {
+        const int code = errno;
+        ::unlink(beside.c_str());
+        return fileError(code, path);
+    }
+    syncFolder(path.parent_path());
+    return {};
+}
+
 }  // namespace
 
 Result<Bytes> readFile(const std::filesystem::path& path) {
@@ -88,23 +112,34 @@ Result<Bytes> readFile(const std::filesystem::path& path) {
 }
 
 Result<void> replaceFile(const std::filesystem::path& path, BytesView content) {
-    // A short name of its own: beside a file whose name is as long as names may be, too.
-    const auto beside = path.parent_path() / (".new-" + freshId());
-    FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.open())
-        return fileError(errno, path);
-    struct stat old {};
-    const bool replaces = ::stat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
-    const bool written = (!replaces || ::fchmod(file.number(), old.st_mode & 07777) == 0) &&
-                         writeAll(file.number(), content) && ::fsync(file.number()) == 0 &&
-                         file.close() && ::rename(beside.c_str(), path.c_str()) == 0;
-    if (!written) {
-        const int code = errno;
-        ::unlink(beside.c_str());
-        return fileError(code, path);
-    }
-    syncFolder(path.parent_path());
-    return {};
+    return replaceThrough(path, [&](int descriptor) { return writeAll(descriptor, content); });
+}
+
+Result<void> replaceFileByCopy(const std::filesystem::path& path,
+                               const std::filesystem::path& source,
+                               const std::function<bool()>& goOn) {
+    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!original.open())
+        return fileError(errno, source);
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, source, ignored))
+        return {};
+    return replaceThrough(path, [&](int descriptor) {
+        Bytes chunk(std::size_t{4} << 20);
+        for (;;) {
+            if (goOn && !goOn()) {
+                errno = ECANCELED;
+                return false;
+            }
+            const ssize_t count = ::read(original.number(), chunk.data(), chunk.size());
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count <= 0)
+                return count == 0;
+            if (!writeAll(descriptor, {chunk.data(), static_cast<std::size_t>(count)}))
+                return false;
+        }
+    });
 }
 
 Result<void> makeFolder(const std::filesystem::path& path) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,13 @@ Result<Bytes> readFile(const std::filesystem::path& path);
 // the old content or the new one. Missing parent folders are not made. On failure the old file
 // stays and nothing is left beside it. Errors: domain "file", code = errno.
 Result<void> replaceFile(const std::filesystem::path& path, BytesView content);
+
+// Replaces a file whole by a copy of another, which may be too large for memory. `goOn` is asked
+// every few megabytes; an answer of false ends the copying with the code ECANCELED. On failure the
+// old file stays and nothing is left beside it. A copy onto itself changes nothing.
+Result<void> replaceFileByCopy(const std::filesystem::path& path,
+                               const std::filesystem::path& source,
+                               const std::function<bool()>& goOn = {});
 
 // Makes a folder with its parents; an existing one is a success.
 Result<void> makeFolder(const std::filesystem::path& path);

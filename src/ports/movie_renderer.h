@@ -25,13 +25,16 @@ struct StillPiece {
 };
 
 // A picture blended over the film from `start` for `duration` seconds of the film. Placed by its
-// top left corner in pixels of the render size.
+// top left corner in pixels of the render size. A film of many cuts gives `paint` in place of the
+// image, so that no more pictures are held than show: it is called once, on a thread of the
+// renderer's, shortly before the overlay shows. It may give an empty picture, which shows nothing.
 struct MovieOverlay {
     ImageBuffer image;
     int x = 0;
     int y = 0;
     double start = 0;
     double duration = 0;
+    std::function<ImageBuffer()> paint;  // used if `image` is empty
 };
 
 struct MovieJob {
