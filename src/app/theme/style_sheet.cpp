@@ -1,0 +1,179 @@
+#include "app/theme/style_sheet.h"
+
+#include <QColor>
+#include <utility>
+
+#include "app/theme/theme.h"
+
+namespace tembrix::theme {
+namespace {
+
+// Values stand in as @name.
+constexpr auto sheet = R"(
+QToolTip { color: @text; background: @raised; border: 1px solid @line; padding: 4px 6px; }
+QLabel { background: transparent; }
+QLabel[look="secondary"] { color: @secondaryText; }
+QLabel[look="caption"] { color: @secondaryText; font-size: @captionSize; }
+QLabel[look="title"] { font-size: @titleSize; font-weight: 600; }
+QLabel[look="warning"] { color: @warning; }
+
+QPushButton {
+    color: @text; background: @raised; border: 1px solid @line; border-radius: @corner;
+    min-height: 26px; padding: 0 12px;
+}
+QPushButton:hover { background: @hovered; }
+QPushButton:pressed { background: @line; }
+QPushButton:focus { border-color: @accent; }
+QPushButton:disabled { color: @disabledText; }
+QPushButton:checked { background: @accent; border-color: @accent; color: @onAccent; }
+QPushButton:checked:focus { border-color: @text; }
+QPushButton[look="accented"] {
+    background: @accent; border-color: @accent; color: @onAccent; font-weight: 600;
+}
+QPushButton[look="accented"]:hover { background: @accentPressed; }
+QPushButton[look="accented"]:focus { border-color: @text; }
+QPushButton[look="accented"]:disabled {
+    background: @raised; border-color: @line; color: @disabledText;
+}
+QPushButton[look="destructive"] { color: @destructive; }
+QPushButton[look="destructive"]:focus { border-color: @destructive; }
+QPushButton[look="destructive"]:disabled { color: @disabledText; }
+
+QToolButton {
+    color: @text; background: transparent; border: 1px solid transparent;
+    border-radius: @corner; padding: 4px;
+}
+QToolButton:hover { background: @hovered; }
+QToolButton:pressed { background: @line; }
+QToolButton:focus { border-color: @accent; }
+QToolButton:checked { background: @accent; color: @onAccent; }
+QToolButton:checked:focus { border-color: @text; }
+QToolButton:disabled { color: @disabledText; }
+QToolButton[popupMode="2"] { padding-right: 16px; }
+QToolButton::menu-indicator {
+    subcontrol-origin: padding; subcontrol-position: center right; right: 3px;
+}
+QToolButton[segment="first"] { border-top-right-radius: 0; border-bottom-right-radius: 0; }
+QToolButton[segment="middle"] { border-radius: 0; }
+QToolButton[segment="last"] { border-top-left-radius: 0; border-bottom-left-radius: 0; }
+QToolButton[segment="first"], QToolButton[segment="middle"], QToolButton[segment="last"] {
+    background: @raised; border: 1px solid @line; padding: 0 12px; min-height: 26px;
+}
+QToolButton[segment="first"], QToolButton[segment="middle"] { border-right: none; }
+QToolButton[segment]:hover { background: @hovered; }
+QToolButton[segment]:checked { background: @accent; color: @onAccent; }
+QToolButton[segment]:focus { border: 1px solid @text; }
+
+QLineEdit, QPlainTextEdit, QTextEdit, QSpinBox, QDoubleSpinBox, QDateEdit, QTimeEdit {
+    color: @text; background: @background; border: 1px solid @line; border-radius: @corner;
+    padding: 0 8px; selection-background-color: @accent; selection-color: @onAccent;
+}
+QLineEdit, QSpinBox, QDoubleSpinBox, QDateEdit, QTimeEdit { min-height: 26px; }
+QPlainTextEdit, QTextEdit { padding: 4px 6px; }
+QLineEdit:focus, QPlainTextEdit:focus, QTextEdit:focus, QSpinBox:focus, QDoubleSpinBox:focus,
+QDateEdit:focus, QTimeEdit:focus { border-color: @accent; }
+QLineEdit:disabled, QPlainTextEdit:disabled, QTextEdit:disabled { color: @disabledText; }
+
+QComboBox {
+    color: @text; background: @raised; border: 1px solid @line; border-radius: @corner;
+    min-height: 26px; padding: 0 24px 0 10px;
+}
+QComboBox:hover { background: @hovered; }
+QComboBox:focus { border-color: @accent; }
+QComboBox:disabled { color: @disabledText; }
+QComboBox::drop-down { border: none; width: 22px; }
+QComboBox QAbstractItemView {
+    color: @text; background: @raised; border: 1px solid @line; outline: none;
+    selection-background-color: @accent; selection-color: @onAccent;
+}
+
+QMenu { color: @text; background: @raised; border: 1px solid @line; padding: 4px; }
+QMenu::item { padding: 5px 20px 5px 12px; border-radius: 4px; }
+QMenu::item:selected { background: @accent; color: @onAccent; }
+QMenu::item:disabled { color: @disabledText; background: transparent; }
+QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
+QMenuBar { color: @text; background: @background; }
+QMenuBar::item { padding: 4px 8px; background: transparent; border-radius: 4px; }
+QMenuBar::item:selected { background: @hovered; }
+
+QListView, QTreeView, QTableView {
+    color: @text; background: @panel; alternate-background-color: @background;
+    border: 1px solid @line; border-radius: @corner; outline: none;
+    selection-background-color: @selection; selection-color: @text;
+}
+QListView:focus, QTreeView:focus, QTableView:focus { border-color: @accent; }
+QHeaderView::section {
+    color: @secondaryText; background: @panel; border: none; border-bottom: 1px solid @line;
+    padding: 4px 8px;
+}
+QScrollArea { background: transparent; border: none; }
+QScrollBar { background: transparent; border: none; margin: 0; }
+QScrollBar:vertical { width: 10px; }
+QScrollBar:horizontal { height: 10px; }
+QScrollBar::handle { background: @line; border-radius: 3px; margin: 2px; }
+QScrollBar::handle:vertical { min-height: 28px; }
+QScrollBar::handle:horizontal { min-width: 28px; }
+QScrollBar::handle:hover { background: @disabledText; }
+QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
+QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
+
+QCheckBox, QRadioButton { color: @text; background: transparent; spacing: 8px; }
+QCheckBox:disabled, QRadioButton:disabled { color: @disabledText; }
+
+QProgressBar {
+    background: @raised; border: none; border-radius: 3px; max-height: 6px; color: transparent;
+}
+QProgressBar::chunk { background: @accent; border-radius: 3px; }
+QSlider::groove:horizontal { height: 4px; background: @line; border-radius: 2px; }
+QSlider::sub-page:horizontal { background: @accent; border-radius: 2px; }
+QSlider::handle:horizontal {
+    width: 14px; height: 14px; margin: -5px 0; border-radius: 7px; background: @text;
+}
+QSlider::handle:horizontal:focus { background: @accent; }
+QSplitter::handle { background: @line; }
+QSplitter::handle:horizontal { width: 1px; }
+QSplitter::handle:vertical { height: 1px; }
+
+QFrame[look="panel"] { background: @panel; border: none; }
+QFrame[look="card"] { background: @raised; border: 1px solid @line; border-radius: @corner; }
+QFrame[look="separator"] { background: @line; border: none; }
+)";
+
+}  // namespace
+
+QString styleSheet() {
+    const auto hex = [](const QColor& c) {
+        return QString("rgba(%1,%2,%3,%4)")
+            .arg(c.red())
+            .arg(c.green())
+            .arg(c.blue())
+            .arg(c.alphaF());
+    };
+    const auto pixels = [](int size) { return QString::number(size) + "px"; };
+    // A name that begins with another one stands before it.
+    const std::pair<const char*, QString> values[] = {
+        {"@background", hex(background)},
+        {"@panel", hex(panel)},
+        {"@raised", hex(raised)},
+        {"@hovered", hex(hovered)},
+        {"@line", hex(line)},
+        {"@text", hex(text)},
+        {"@secondaryText", hex(secondaryText)},
+        {"@disabledText", hex(disabledText)},
+        {"@accentPressed", hex(accentPressed)},
+        {"@accent", hex(accent)},
+        {"@onAccent", hex(onAccent)},
+        {"@destructive", hex(destructive)},
+        {"@warning", hex(warning)},
+        {"@selection", hex(selection)},
+        {"@corner", pixels(corner)},
+        {"@captionSize", pixels(captionSize)},
+        {"@titleSize", pixels(titleSize)},
+    };
+    QString result = sheet;
+    for (const auto& [name, value] : values)
+        result.replace(name, value);
+    return result;
+}
+
+}  // namespace tembrix::theme

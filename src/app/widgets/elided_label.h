@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QLabel>
+
+namespace tembrix {
+
+// One line of text that ends in an ellipsis where there is no room; the whole text is then its
+// help. What a screen reader tells is always the whole text.
+class ElidedLabel final : public QLabel {
+    Q_OBJECT
+  public:
+    explicit ElidedLabel(const QString& text = {}, QWidget* parent = nullptr);
+
+    void setFullText(const QString& text);
+    const QString& fullText() const { return full_; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void elide();
+
+    QString full_;
+};
+
+}  // namespace tembrix

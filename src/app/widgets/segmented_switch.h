@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+#include <initializer_list>
+#include <string_view>
+
+#include "ports/texts.h"
+
+class QButtonGroup;
+
+namespace tembrix {
+
+// A row of joined buttons of which exactly one is chosen: a filter, a mode.
+class SegmentedSwitch final : public QWidget {
+    Q_OBJECT
+  public:
+    // One segment per text key; the first is chosen.
+    SegmentedSwitch(const Texts& texts, std::initializer_list<std::string_view> keys,
+                    QWidget* parent = nullptr);
+
+    int chosen() const;
+    void choose(int index);  // tells nobody
+
+  Q_SIGNALS:
+    void chosenByUser(int index);
+
+  private:
+    QButtonGroup* group_;
+};
+
+}  // namespace tembrix
