@@ -1,0 +1,95 @@
+#include "app/library/video_card_delegate.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include "app/library/videos_list_model.h"
+#include "app/theme/theme.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr int captionHeight = 52;
+constexpr int markSize = 44;
+
+void paintPicture(QPainter& painter, const QRect& frame, const QPixmap& picture, bool available) {
+    QPainterPath rounded;
+    rounded.addRoundedRect(frame, theme::corner, theme::corner);
+    painter.save();
+    painter.setClipPath(rounded);
+    painter.fillRect(frame, theme::raised);
+    if (!picture.isNull() && available) {
+        const QSize filled = picture.size().scaled(frame.size(), Qt::KeepAspectRatioByExpanding);
+        QRect target(QPoint(), filled);
+        target.moveCenter(frame.center());
+        painter.drawPixmap(target, picture);
+    } else {
+        const QString name =
+            available ? QStringLiteral("video-x-generic") : QStringLiteral("dialog-warning");
+        QRect place(0, 0, markSize, markSize);
+        place.moveCenter(frame.center());
+        theme::icon(name, available ? theme::disabledText : theme::warning).paint(&painter, place);
+    }
+    painter.restore();
+}
+
+void paintMark(QPainter& painter, const QRect& frame, bool available) {
+    QRect disc(0, 0, markSize, markSize);
+    disc.moveCenter(frame.center());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(available ? theme::accent : theme::warning);
+    painter.drawEllipse(disc);
+    const QString name =
+        available ? QStringLiteral("media-playback-start") : QStringLiteral("view-refresh");
+    const int inset = markSize / 4;
+    theme::icon(name, theme::onAccent).paint(&painter, disc.adjusted(inset, inset, -inset, -inset));
+}
+
+}  // namespace
+
+VideoCardDelegate::VideoCardDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+
+QSize VideoCardDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
+    return {cardWidth_, (cardWidth_ - gap) * 9 / 16 + captionHeight + gap};
+}
+
+void VideoCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const {
+    painter->save();
+    painter->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const QRect card = option.rect.adjusted(gap / 2, gap / 2, -gap / 2, -gap / 2);
+    const QRect picture(card.topLeft(), QSize(card.width(), card.width() * 9 / 16));
+    const bool available = index.data(VideosListModel::availableRole).toBool();
+    const bool focused = option.state.testFlag(QStyle::State_HasFocus) ||
+                         (option.state.testFlag(QStyle::State_Selected) &&
+                          option.state.testFlag(QStyle::State_Active));
+
+    paintPicture(*painter, picture, index.data(VideosListModel::previewRole).value<QPixmap>(),
+                 available);
+    if (option.state.testFlag(QStyle::State_MouseOver) || focused)
+        paintMark(*painter, picture, available);
+    if (index.data(VideosListModel::favoriteRole).toBool()) {
+        const QRect star(picture.right() - 28, picture.top() + theme::spacing, 20, 20);
+        theme::icon(QStringLiteral("rating"), theme::star).paint(painter, star);
+    }
+    if (focused) {
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(QPen(theme::accent, 2));
+        painter->drawRoundedRect(picture.adjusted(1, 1, -1, -1), theme::corner, theme::corner);
+    }
+
+    const QRect nameLine(card.left(), picture.bottom() + theme::spacing, card.width(), 20);
+    painter->setFont(theme::font(theme::textSize, QFont::DemiBold));
+    painter->setPen(available ? theme::text : theme::secondaryText);
+    const QString name = index.data(Qt::DisplayRole).toString();
+    painter->drawText(nameLine, Qt::AlignLeft | Qt::AlignVCenter,
+                      painter->fontMetrics().elidedText(name, Qt::ElideMiddle, nameLine.width()));
+    painter->setFont(theme::font(theme::captionSize));
+    painter->setPen(theme::secondaryText);
+    painter->drawText(nameLine.translated(0, 20), Qt::AlignLeft | Qt::AlignVCenter,
+                      index.data(VideosListModel::dateRole).toString());
+    painter->restore();
+}
+
+}  // namespace tembrix

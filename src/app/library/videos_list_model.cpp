@@ -1,0 +1,88 @@
+#include "app/library/videos_list_model.h"
+
+#include <QFile>
+#include <algorithm>
+
+namespace tembrix {
+
+VideosListModel::VideosListModel(const VideosViewModel& viewModel, const Locale& locale,
+                                 const Texts& texts, QObject* parent)
+    : QAbstractListModel(parent), viewModel_(viewModel), locale_(locale), texts_(texts) {}
+
+void VideosListModel::show(const std::string& searchText, VideoFilter filter) {
+    beginResetModel();
+    cards_.clear();
+    for (auto& file : viewModel_.filteredFiles(searchText, filter)) {
+        Card card;
+        card.file = std::move(file);
+        cards_.push_back(std::move(card));
+    }
+    endResetModel();
+}
+
+const FilesFile& VideosListModel::file(const QModelIndex& index) const {
+    return cards_.at(static_cast<std::size_t>(index.row())).file;
+}
+
+QModelIndex VideosListModel::indexOf(const std::string& videoId) const {
+    const auto found = std::find_if(cards_.begin(), cards_.end(), [&](const Card& card) {
+        return card.file.videoData.id == videoId;
+    });
+    return found == cards_.end() ? QModelIndex() : index(static_cast<int>(found - cards_.begin()));
+}
+
+int VideosListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(cards_.size());
+}
+
+const VideosListModel::Card& VideosListModel::look(int row) const {
+    Card& card = cards_.at(static_cast<std::size_t>(row));
+    if (card.looked)
+        return card;
+    card.looked = true;
+    card.name = QString::fromStdString(viewModel_.displayName(card.file));
+    // The date on a card is always in the one style that the printed match sheets use.
+    card.date =
+        QString::fromStdString(locale_.shortDate(viewModel_.lastAccess(card.file), "ru_RU"));
+    const auto video = viewModel_.videoPath(card.file);
+    card.available = video.has_value();
+    if (card.file.preview) {
+        const ImageBuffer& image = *card.file.preview;
+        card.preview = QPixmap::fromImage(QImage(image.pixels.data(), image.width, image.height,
+                                                 static_cast<int>(image.stride()),
+                                                 QImage::Format_RGBA8888_Premultiplied));
+    } else if (video) {
+        card.preview.load(QFile::decodeName(viewModel_.previewFile(*video).c_str()));
+    }
+    return card;
+}
+
+QVariant VideosListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid())
+        return {};
+    const Card& card = look(index.row());
+    switch (role) {
+        case Qt::DisplayRole:
+        case Qt::ToolTipRole:
+            return card.name;
+        case Qt::AccessibleTextRole: {
+            QString text = card.name + QStringLiteral(", ") + card.date;
+            if (!card.available)
+                text +=
+                    QStringLiteral(", ") + QString::fromStdString(texts_.text("videoUnavailable"));
+            return text;
+        }
+        case previewRole:
+            return card.preview;
+        case availableRole:
+            return card.available;
+        case favoriteRole:
+            return card.file.videoData.isFavorite == true;
+        case dateRole:
+            return card.date;
+        default:
+            return {};
+    }
+}
+
+}  // namespace tembrix

@@ -1,0 +1,284 @@
+#include "app/library/videos_view.h"
+
+#include <QContextMenuEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include "base/files.h"
+
+#include "app/library/match_sheet.h"
+#include "app/library/video_card_delegate.h"
+#include "app/library/videos_list_model.h"
+#include "app/theme/theme.h"
+#include "app/widgets/controls.h"
+#include "app/widgets/qt_text.h"
+#include "app/widgets/segmented_switch.h"
+#include "app/widgets/text_focus.h"
+
+namespace tembrix {
+
+VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services, QWidget* parent)
+    : QWidget(parent),
+      viewModel_(viewModel),
+      services_(services),
+      model_(new VideosListModel(viewModel, services.locale, services.texts, this)),
+      cards_(new VideoCardDelegate(this)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeTopBar());
+    layout->addWidget(makeSeparator(Qt::Horizontal));
+    pages_ = new QStackedWidget;
+    pages_->addWidget(makeGrid());
+    pages_->addWidget(makeEmptyPage());
+    layout->addWidget(pages_, 1);
+
+    state_ = viewModel_.state.observe([this](const VideosState& state) { showState(state); });
+    showState(*viewModel_.state);
+}
+
+QWidget* VideosView::makeTopBar() {
+    const Texts& texts = services_.texts;
+    auto* bar = new QWidget;
+    auto* row = new QHBoxLayout(bar);
+    row->setContentsMargins(theme::margin, theme::margin, theme::margin, theme::margin);
+    row->setSpacing(theme::spacing);
+
+    search_ = new FocusAwareLineEdit(services_.focus);
+    search_->setPlaceholderText(qtext(texts.text("searchVideos")));
+    search_->setClearButtonEnabled(true);
+    search_->setMinimumWidth(180);
+    search_->setMaximumWidth(360);
+    nameControl(search_, texts, "searchVideos");
+    connect(search_, &QLineEdit::textChanged, this, [this] { showList(); });
+    row->addWidget(search_, 1);
+
+    filter_ = new SegmentedSwitch(
+        texts, {"videosFilterAll", "videosFilterRecent", "videosFilterFavorites"});
+    nameControl(filter_, texts, "videosFilterTitle");
+    connect(filter_, &SegmentedSwitch::chosenByUser, this, [this] { showList(); });
+    row->addWidget(filter_);
+    row->addStretch(1);
+
+    auto* guide = makeButton(texts, "openGuide");
+    connect(guide, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenGuide{}); });
+    row->addWidget(guide);
+    auto* add = makeButton(texts, "addVideoTitle", ButtonLook::accented);
+    connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
+    row->addWidget(add);
+    return bar;
+}
+
+QWidget* VideosView::makeGrid() {
+    list_ = new QListView;
+    nameControl(list_, "videosList", qtext(services_.texts.text("videosListTitle")));
+    list_->setModel(model_);
+    list_->setItemDelegate(cards_);
+    list_->setViewMode(QListView::IconMode);
+    list_->setMovement(QListView::Static);
+    list_->setResizeMode(QListView::Adjust);
+    list_->setUniformItemSizes(true);
+    list_->setMouseTracking(true);
+    list_->setFrameShape(QFrame::NoFrame);
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list_->setContextMenuPolicy(Qt::CustomContextMenu);
+    list_->installEventFilter(this);
+    connect(list_, &QListView::clicked, this, &VideosView::open);
+    connect(list_, &QListView::customContextMenuRequested, this, [this](const QPoint& place) {
+        const QModelIndex index = list_->indexAt(place);
+        if (index.isValid())
+            openMenu(index, list_->viewport()->mapToGlobal(place));
+    });
+    return list_;
+}
+
+QWidget* VideosView::makeEmptyPage() {
+    auto* page = new QWidget;
+    auto* column = new QVBoxLayout(page);
+    column->addStretch();
+    emptyTitle_ = makeLabel(services_.texts, "noVideos", LabelLook::title);
+    emptyHint_ = makeLabel(services_.texts, "noVideosHint", LabelLook::secondary);
+    for (QLabel* label : {emptyTitle_, emptyHint_}) {
+        label->setAlignment(Qt::AlignCenter);
+        column->addWidget(label);
+    }
+    column->addSpacing(theme::margin);
+    auto* add = makeButton(services_.texts, "addVideoTitle", ButtonLook::accented);
+    add->setObjectName(QStringLiteral("addVideoTitle.empty"));
+    connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
+    column->addWidget(add, 0, Qt::AlignCenter);
+    column->addStretch();
+    return page;
+}
+
+void VideosView::showState(const VideosState& state) {
+    showList();
+    showSheets(state);
+}
+
+void VideosView::showList() {
+    const QModelIndex before = list_->currentIndex();
+    const std::string chosen = before.isValid() ? model_->file(before).videoData.id : std::string();
+    model_->show(utf8Text(search_->text()), static_cast<VideoFilter>(filter_->chosen()));
+    QModelIndex current = model_->indexOf(chosen);
+    if (!current.isValid())
+        current = model_->index(0);
+    list_->setCurrentIndex(current);
+
+    const bool noVideos = viewModel_.state->files.empty();
+    const char* title = noVideos ? "noVideos" : "nothingFound";
+    const char* hint = noVideos ? "noVideosHint" : "nothingFoundHint";
+    emptyTitle_->setText(qtext(services_.texts.text(title)));
+    emptyHint_->setText(qtext(services_.texts.text(hint)));
+    pages_->setCurrentIndex(model_->rowCount() > 0 ? 0 : 1);
+}
+
+void VideosView::open(const QModelIndex& index) {
+    const FilesFile file = model_->file(index);
+    if (viewModel_.videoPath(file))
+        viewModel_.send(videos::OpenVideo{file.videoData.id});
+    else
+        viewModel_.send(videos::ShowRebindAlert{file});
+}
+
+void VideosView::openMenu(const QModelIndex& index, const QPoint& globalPlace) {
+    const FilesFile file = model_->file(index);
+    const bool favorite = file.videoData.isFavorite == true;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [&](const char* key, VideosAction action) {
+        auto* item = menu->addAction(qtext(services_.texts.text(key)));
+        item->setObjectName(QLatin1String(key));
+        connect(item, &QAction::triggered, this,
+                [this, action = std::move(action)] { viewModel_.send(action); });
+    };
+    add("rebindVideo", videos::ShowRebindAlert{file});
+    add(favorite ? "removeFromFavorites" : "addToFavorites", videos::ToggleFavorite{file});
+    add("renameButtonTitle", videos::ShowRenameSheet{file});
+    menu->addSeparator();
+    add("deleteButtonTitle", videos::DeleteFile{file});
+    menu->popup(globalPlace);
+}
+
+bool VideosView::eventFilter(QObject* watched, QEvent* event) {
+    const QModelIndex current = list_->currentIndex();
+    if (event->type() == QEvent::KeyPress && current.isValid()) {
+        const int pressed = static_cast<QKeyEvent*>(event)->key();
+        if (pressed == Qt::Key_Return || pressed == Qt::Key_Enter) {
+            open(current);
+            return true;
+        }
+        if (pressed == Qt::Key_F2) {
+            viewModel_.send(videos::ShowRenameSheet{model_->file(current)});
+            return true;
+        }
+    }
+    if (event->type() == QEvent::ContextMenu && current.isValid() &&
+        static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
+        openMenu(current, list_->viewport()->mapToGlobal(list_->visualRect(current).center()));
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void VideosView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitCards();
+}
+
+void VideosView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    fitCards();
+    list_->setFocus();
+}
+
+void VideosView::fitCards() {
+    const int room = width() - list_->verticalScrollBar()->sizeHint().width() - theme::unit;
+    const int columns = qMax(1, room / (VideoCardDelegate::smallestCard + VideoCardDelegate::gap));
+    cards_->setCardWidth(room / columns);
+    list_->doItemsLayout();
+}
+
+void VideosView::showSheets(const VideosState& state) {
+    if (sheet_)
+        return;
+    if (state.showError)
+        presentError(state.errorTitle);
+    else if (state.showMetadataSheet)
+        presentMatchSheet(state);
+    else if (state.showRenameSheet)
+        presentRenameSheet(state);
+    else if (state.showRebindAlert)
+        presentRebindAlert();
+}
+
+void VideosView::presentMatchSheet(const VideosState& state) {
+    const VideoMetadata match = state.videoMetadata;
+    auto* sheet = new MatchSheet(this, services_.texts, services_.focus, match);
+    connect(sheet, &QDialog::finished, this, [this, sheet, match](int result) {
+        sheet_ = nullptr;
+        if (result != QDialog::Accepted) {
+            viewModel_.send(videos::CancelMetadata{});
+            return;
+        }
+        std::optional<std::filesystem::path> file;
+        if (match.urlString)
+            file = pathFromText(*match.urlString);
+        viewModel_.send(videos::SaveVideoMetadata{file, sheet->team1(), sheet->team2(),
+                                                  sheet->score(), sheet->date()});
+    });
+    sheet_ = sheet;
+    sheet->present();
+}
+
+void VideosView::presentRenameSheet(const VideosState& state) {
+    auto* sheet = new RenameSheet(this, services_.texts, services_.focus, state.newFileName);
+    connect(sheet, &QDialog::finished, this, [this, sheet, file = state.fileToRename](int result) {
+        sheet_ = nullptr;
+        if (result == QDialog::Accepted && file)
+            viewModel_.send(videos::RenameSimpleVideo{*file, sheet->name()});
+        else
+            viewModel_.send(videos::CancelRename{});
+    });
+    sheet_ = sheet;
+    sheet->present();
+}
+
+void VideosView::presentRebindAlert() {
+    auto* sheet = new Sheet(this, services_.texts, "videoUnavailable");
+    sheet->content()->addWidget(
+        makeLabel(services_.texts, "videoUnavailableMessage", LabelLook::secondary));
+    sheet->addCancelButton("cancelButtonTitle");
+    sheet->addAcceptButton("selectNewVideo");
+    connect(sheet, &QDialog::finished, this, [this](int result) {
+        sheet_ = nullptr;
+        if (result == QDialog::Accepted)
+            viewModel_.send(videos::PickRebindFile{});
+        else
+            viewModel_.send(videos::CancelRebind{});
+    });
+    sheet_ = sheet;
+    sheet->present();
+}
+
+void VideosView::presentError(const std::string& title) {
+    auto* sheet = new Sheet(this, services_.texts, "alertsFileErrorTitle");
+    sheet->setTitle(qtext(title));
+    sheet->addAcceptButton("okButtonTitle");
+    connect(sheet, &QDialog::finished, this, [this] {
+        sheet_ = nullptr;
+        viewModel_.send(videos::DismissError{});
+    });
+    sheet_ = sheet;
+    sheet->present();
+}
+
+}  // namespace tembrix

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+#include "app/services.h"
+#include "core/shell/videos_view_model.h"
+
+class QLabel;
+class QLineEdit;
+class QListView;
+class QMenu;
+class QStackedWidget;
+
+namespace tembrix {
+
+class SegmentedSwitch;
+class Sheet;
+class VideoCardDelegate;
+class VideosListModel;
+
+// The first window's content: the list of videos with search and filter, and the sheets of adding,
+// renaming and binding anew. Shows the model's state and sends actions; changes nothing itself.
+class VideosView final : public QWidget {
+    Q_OBJECT
+
+  public:
+    VideosView(VideosViewModel& viewModel, const AppServices& services, QWidget* parent = nullptr);
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    QWidget* makeTopBar();
+    QWidget* makeGrid();
+    QWidget* makeEmptyPage();
+    void showState(const VideosState& state);
+    void showList();
+    void showSheets(const VideosState& state);
+    void fitCards();
+    void open(const QModelIndex& index);
+    void openMenu(const QModelIndex& index, const QPoint& globalPlace);
+    void presentMatchSheet(const VideosState& state);
+    void presentRenameSheet(const VideosState& state);
+    void presentRebindAlert();
+    void presentError(const std::string& title);
+
+    VideosViewModel& viewModel_;
+    const AppServices& services_;
+    VideosListModel* model_;
+    VideoCardDelegate* cards_;
+    QLineEdit* search_ = nullptr;
+    SegmentedSwitch* filter_ = nullptr;
+    QStackedWidget* pages_ = nullptr;
+    QListView* list_ = nullptr;
+    QLabel* emptyTitle_ = nullptr;
+    QLabel* emptyHint_ = nullptr;
+    QPointer<Sheet> sheet_;  // one at a time
+    Subscription state_;
+};
+
+}  // namespace tembrix
