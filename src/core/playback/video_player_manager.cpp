@@ -30,11 +30,10 @@ void VideoPlayerManager::open(const std::filesystem::path& file) {
         if (!player_)
             return;
         if (now == PlayerStatus::playing &&
-            static_cast<float>(player_->rate()) != static_cast<float>(playbackSpeedValue.get())) {
+            static_cast<float>(player_->rate()) != static_cast<float>(playbackSpeedValue.get()))
             player_->setRate(playbackSpeedValue.get());
-            return;  // the change of rate has told the status
-        }
-        status.set(now);
+        if (player_ && status.get() != player_->status())
+            status.set(player_->status());
     });
     hasPlayer.set(true);
 }
@@ -64,11 +63,15 @@ void VideoPlayerManager::addTimeObserver() {
 void VideoPlayerManager::seek(double seconds) {
     if (!player_)
         return;
-    // No late tick may overwrite the new position while the seek is under way.
+    // No late tick may overwrite the new position while a seek is under way; a seek that a newer
+    // one has overtaken does not bring the observer back.
     timeObserver_.reset();
+    ++seeksUnderWay_;
     player_->seek(seconds, [this, seconds](bool) {
+        --seeksUnderWay_;
         currentTimeValue.set(player_ ? player_->currentTime() : seconds);
-        addTimeObserver();
+        if (seeksUnderWay_ == 0)
+            addTimeObserver();
     });
 }
 

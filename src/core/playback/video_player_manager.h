@@ -60,6 +60,7 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     PlayerFactory& players_;
     Log& log_;
     std::unique_ptr<Player> player_;
+    int seeksUnderWay_ = 0;
     Subscription timeObserver_;
     Subscription statusObserver_;
     Subscription failureObserver_;

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+struct mpv_event;
+struct mpv_handle;
+
+namespace tembrix {
+
+// One libmpv core, set up for this program: no configuration files, no keys, no on-screen display,
+// exact seeks, sound on whatever the system has. Nothing here waits for the core: commands and
+// properties go to it without waiting, and its events come back on the main thread.
+class MpvCore final : public QObject {
+    Q_OBJECT
+  public:
+    // The handler may destroy the core.
+    explicit MpvCore(std::function<void(const mpv_event&)> handler);
+    ~MpvCore() override;
+
+    bool works() const { return handle_ != nullptr; }
+    mpv_handle* handle() const { return handle_; }
+
+    // Replies carry `id` as their user data.
+    void command(std::uint64_t id, std::initializer_list<std::string> words);
+    void set(const char* property, bool value);
+    void set(const char* property, double value);
+    void request(std::uint64_t id, const char* property, int format);
+    void observe(std::uint64_t id, const char* property, int format);
+
+  private:
+    static void wake(void* core);
+    Q_INVOKABLE void drain();
+
+    std::shared_ptr<std::function<void(const mpv_event&)>> handler_;
+    mpv_handle* handle_ = nullptr;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QObject>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "base/signal.h"
+
+#include "ports/media.h"
+#include "ports/player.h"
+
+struct mpv_event;
+
+namespace tembrix {
+
+class MpvCore;
+class MpvRenderer;
+class MpvSeeker;
+class MpvStage;
+
+// Why a player reports a failure: the codes of the domain "player". Failures of looking into the
+// file come as the media port gave them.
+enum class PlayerFailure {
+    coreMissing = 1,  // the playback library does not start
+    noVideo,          // the file holds no pictures
+    cannotPlay,       // the playback library gave the file up
+    vanished,         // moved or deleted while open; what was open plays on
+};
+
+// The open video on libmpv. The media port says which frame belongs to a time, so that the picture
+// after a seek is the one that a frame grab gives. Main thread only.
+class MpvPlayer final : public QObject, public Player {
+    Q_OBJECT
+  public:
+    MpvPlayer(std::filesystem::path file, Media& media, std::shared_ptr<MpvStage> stage);
+    ~MpvPlayer() override;
+
+    std::filesystem::path file() const override { return file_; }
+    double duration() const override { return info_.duration; }
+    double currentTime() const override { return time_; }
+    PlayerStatus status() const override;
+    double rate() const override { return rate_; }
+
+    void play() override { setRate(1.0); }
+    void pause() override { setRate(0); }
+    void setRate(double rate) override;
+    void seek(double seconds, std::function<void(bool finished)> completion) override;
+
+    Subscription observeTime(double interval, std::function<void(double)> observer) override;
+    Subscription observeStatus(std::function<void(PlayerStatus)> observer) override;
+    Subscription observeFailure(std::function<void(const Error&)> observer) override;
+
+  private:
+    struct Ticker {
+        double interval = 0;
+        double last = 0;
+        std::function<void(double)> observer;
+    };
+    using Tickers = std::map<int, Ticker>;
+
+    void load();
+    void handle(const mpv_event& event);
+    void propertyChanged(const mpv_event& event);
+    void movedTo(double containerTime);
+    void landedAt(double seconds);
+    void reachedEnd();
+    void change(double rate);
+    void tellStatus();
+    void tick(bool always);
+    void fail(Error error);                  // tells later, when the observers stand
+    double frameTime(double seconds) const;  // any thread
+
+    std::filesystem::path file_;
+    Media& media_;
+    std::shared_ptr<MpvStage> stage_;
+    MediaInfo info_;
+    double time_ = 0;
+    double rate_ = 0;
+    bool started_ = false;  // the first picture is on show
+    bool stalled_ = false;
+    bool atEnd_ = false;
+    bool failed_ = false;
+    PlayerStatus toldStatus_ = PlayerStatus::paused;
+    double toldRate_ = 0;
+    std::shared_ptr<Tickers> tickers_ = std::make_shared<Tickers>();
+    int nextTicker_ = 0;
+    Signal<PlayerStatus> statusChanged_;
+    Signal<Error> failure_;
+    QFileSystemWatcher watcher_;
+    std::unique_ptr<MpvCore> core_;
+    std::unique_ptr<MpvRenderer> renderer_;
+    std::unique_ptr<MpvSeeker> seeker_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QOpenGLTextureBlitter>
+#include <QOpenGLWidget>
+#include <memory>
+
+#include "base/signal.h"
+
+namespace tembrix {
+
+class MpvStage;
+
+// Shows the pictures of the stage's player, fitted on black. It paints a finished texture, and only
+// when there is a new one.
+class MpvVideoSurface final : public QOpenGLWidget {
+    Q_OBJECT
+  public:
+    explicit MpvVideoSurface(std::shared_ptr<MpvStage> stage, QWidget* parent = nullptr);
+    ~MpvVideoSurface() override;
+
+  protected:
+    void initializeGL() override;
+    void resizeGL(int width, int height) override;
+    void paintGL() override;
+
+  private:
+    QSize pixels() const;
+    void releaseGL();
+
+    std::shared_ptr<MpvStage> stage_;
+    QOpenGLTextureBlitter blitter_;
+    Subscription changes_;
+};
+
+}  // namespace tembrix
