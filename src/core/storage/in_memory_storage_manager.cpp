@@ -1,1 +1,325 @@
 #include "core/storage/in_memory_storage_manager.h"
+
+#include <algorithm>
+#include <mutex>
+#include <set>
+#include <system_error>
+
+#include "base/files.h"
+
+#include "core/records/codec.h"
+#include "core/storage/set_aside.h"
+#include "core/storage/timeline_encoder.h"
+
+namespace tembrix {
+
+namespace {
+
+const std::string timelinePrefix = "timeline_";
+const std::string collectionPrefix = "collection_";
+
+// Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
+bool isFileName(const std::string& id) {
+    return !id.empty() && id != "." && id != ".." && id.find('/') == std::string::npos &&
+           id.find('\\') == std::string::npos && id.find('\0') == std::string::npos;
+}
+
+template <class Record>
+std::optional<Record> readRecord(const std::filesystem::path& file) {
+    const auto content = readFile(file);
+    if (!content)
+        return std::nullopt;
+    return decode<Record>(*content).optional();
+}
+
+bool fileHolds(const std::filesystem::path& file, BytesView content) {
+    std::error_code error;
+    if (std::filesystem::file_size(file, error) != content.size() || error)
+        return false;
+    const auto present = readFile(file);
+    return present && std::equal(present->begin(), present->end(), content.begin(), content.end());
+}
+
+}  // namespace
+
+// Lets one flush run at a time, and none after the storage is gone.
+struct InMemoryStorageManager::Gate {
+    std::mutex mutex;
+    bool open = true;
+};
+
+InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler& scheduler,
+                                               Directories directories, Log& log)
+    : defaults_(defaults),
+      scheduler_(scheduler),
+      directories_(std::move(directories)),
+      log_(log),
+      encoder_(std::make_unique<TimelineEncoder>()),
+      gate_(std::make_shared<Gate>()) {}
+
+InMemoryStorageManager::~InMemoryStorageManager() {
+    const std::lock_guard lock(gate_->mutex);
+    gate_->open = false;
+}
+
+void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
+    const std::lock_guard lock(gate_->mutex);
+    index_ = index;
+}
+
+void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
+    const auto encoded = encoder_->encode(lines);
+    if (!encoded) {
+        log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
+        return;
+    }
+    defaults_.setData(timelinePrefix + videoId, *encoded);
+    scheduleSaveToDisk();
+}
+
+TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
+    const std::string key = timelinePrefix + videoId;
+    const auto cached = defaults_.data(key);
+    if (cached) {
+        if (auto lines = decode<TimelineLines>(*cached))
+            return std::move(lines).value();
+        setAside(defaults_, log_, key, *cached);
+    }
+    if (!isFileName(videoId))
+        return {};
+    const auto stored = readFile(timelineFile(videoId));
+    if (!stored)
+        return {};
+    auto lines = decode<TimelineLines>(*stored);
+    if (!lines) {
+        log_.line("❌ Storage: Error reading timeline file " + videoId + " - " + lines.error().text);
+        if (!cached)
+            setAside(defaults_, log_, key, *stored);
+        return {};
+    }
+    defaults_.setData(key, *stored);
+    return std::move(lines).value();
+}
+
+void InMemoryStorageManager::deleteTimelineFile(const std::string& videoId) {
+    std::error_code ignored;
+    if (isFileName(videoId))
+        std::filesystem::remove(timelineFile(videoId), ignored);
+}
+
+void InMemoryStorageManager::saveCollection(const CollectionData& collection) {
+    const auto encoded = encode(collection);
+    if (!encoded) {
+        log_.line("❌ Storage: Error encoding collection " + collection.id + " - " +
+                  encoded.error().text);
+        return;
+    }
+    defaults_.setData(collectionPrefix + collection.id, *encoded);
+    scheduleSaveToDisk();
+}
+
+std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::string& id) {
+    const std::string key = collectionPrefix + id;
+    if (const auto cached = defaults_.data(key)) {
+        if (auto collection = decode<CollectionData>(*cached))
+            return std::move(collection).value();
+        setAside(defaults_, log_, key, *cached);
+    }
+    auto collection = readCollectionFolder(id);
+    if (collection) {
+        if (const auto encoded = encode(*collection))
+            defaults_.setData(key, *encoded);
+    }
+    return collection;
+}
+
+std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
+    const std::string& id) const {
+    if (!isFileName(id))
+        return std::nullopt;
+    const auto folder = collectionsFolder() / pathFromText(id);
+    auto tagGroups = readRecord<TagGroupsData>(folder / "tagGroups.json");
+    auto tags = readRecord<TagsData>(folder / "tags.json");
+    auto labelGroups = readRecord<LabelGroupsData>(folder / "labelGroups.json");
+    auto labels = readRecord<LabelsData>(folder / "labels.json");
+    if (!tagGroups || !tags || !labelGroups || !labels)
+        return std::nullopt;
+    auto timeEvents = readRecord<TimeEventsData>(folder / "timeEvents.json");
+    CollectionData collection;
+    collection.id = id;
+    collection.tagGroups = std::move(tagGroups->tagGroups);
+    collection.tags = std::move(tags->tags);
+    collection.labelGroups = std::move(labelGroups->labelGroups);
+    collection.labels = std::move(labels->labels);
+    if (timeEvents)
+        collection.timeEvents = std::move(timeEvents->events);
+    collection.playField = readRecord<PlayField>(folder / "playField.json");
+    return collection;
+}
+
+void InMemoryStorageManager::deleteCollection(const std::string& id) {
+    defaults_.remove(collectionPrefix + id);
+    scheduleSaveToDisk();
+}
+
+void InMemoryStorageManager::scheduleSaveToDisk() {
+    if (pendingSave_)
+        return;  // the timer already armed carries this change too
+    pendingSave_ = true;
+    // The timer is held here, so it cannot fire after the manager is gone.
+    saveToDiskTimer_ = scheduler_.after(saveToDiskInterval, [this] { flush(); });
+}
+
+void InMemoryStorageManager::applicationWillTerminate() {
+    saveToDiskTimer_.reset();
+    flush();
+    if (index_)
+        index_->saveNow();
+}
+
+void InMemoryStorageManager::flush() {
+    if (!pendingSave_)
+        return;
+    pendingSave_ = false;
+    scheduler_.background(Priority::utility, [this, gate = gate_] {
+        const std::lock_guard lock(gate->mutex);
+        if (gate->open)
+            writeAll();
+    });
+}
+
+void InMemoryStorageManager::flushNow() {
+    const std::lock_guard lock(gate_->mutex);
+    writeAll();
+}
+
+void InMemoryStorageManager::writeAll() {
+    saveTimelinesToDisk();
+    saveCollectionsToDisk();
+}
+
+void InMemoryStorageManager::saveTimelinesToDisk() {
+    if (const auto made = makeFolder(timelinesFolder()); !made) {
+        log_.line("❌ Storage: Error making the timelines folder - " + made.error().text);
+        return;
+    }
+    for (const auto& key : defaults_.keys(timelinePrefix)) {
+        const std::string id = key.substr(timelinePrefix.size());
+        const auto value = defaults_.data(key);
+        if (!value || !isFileName(id) || fileHolds(timelineFile(id), *value))
+            continue;
+        // A damaged working copy must not replace the good file that will heal it.
+        if (const auto lines = decode<TimelineLines>(*value); !lines) {
+            log_.line("❌ Storage: Unreadable timeline " + id + " not written - " +
+                      lines.error().text);
+            continue;
+        }
+        if (const auto written = replaceFile(timelineFile(id), *value); !written)
+            log_.line("❌ Storage: Error writing timeline " + id + " - " + written.error().text);
+        // A video deleted meanwhile had its file removed before this one came.
+        const auto still = defaults_.keys(key);
+        if (still.empty() || still.front() != key)
+            deleteTimelineFile(id);
+    }
+}
+
+void InMemoryStorageManager::saveCollectionsToDisk() {
+    std::vector<std::string> ids;
+    for (const auto& key : defaults_.keys(collectionPrefix))
+        ids.push_back(key.substr(collectionPrefix.size()));
+    removeDeletedCollections(ids);
+    for (const auto& id : ids) {
+        const auto value = defaults_.data(collectionPrefix + id);
+        if (!value || !isFileName(id))
+            continue;
+        auto collection = decode<CollectionData>(*value).optional();
+        if (!collection)
+            continue;
+        collection->id = id;  // the key names the folder
+        writeCollection(*collection);
+    }
+}
+
+// An empty list counts only when the index file says so itself: a lost or damaged index reads as
+// empty too, and would take every collection with it.
+std::optional<std::vector<CollectionInfo>> InMemoryStorageManager::indexedCollections() {
+    if (!index_)
+        return std::nullopt;
+    auto listed = index_->collections();
+    if (!listed.empty())
+        return listed;
+    return readRecord<std::vector<CollectionInfo>>(dataFolder() / "CollectionsBookmarks.json");
+}
+
+void InMemoryStorageManager::removeDeletedCollections(const std::vector<std::string>& cachedIds) {
+    const auto listed = indexedCollections();
+    if (!listed)
+        return;
+    std::set<std::string> kept(cachedIds.begin(), cachedIds.end());
+    for (const auto& collection : *listed)
+        kept.insert(collection.id);
+    std::error_code error;
+    std::vector<std::filesystem::path> removed;
+    for (std::filesystem::directory_iterator entry(collectionsFolder(), error), end;
+         !error && entry != end; entry.increment(error)) {
+        std::error_code unreadable;
+        if (entry->is_directory(unreadable) && !kept.contains(pathText(entry->path().filename())))
+            removed.push_back(entry->path());
+    }
+    if (error)
+        return;
+    for (const auto& folder : removed) {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+}
+
+template <class Record>
+void InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& file,
+                                                 const Record& record) {
+    const auto encoded = encode(record, JsonStyle::pretty);
+    if (!encoded || fileHolds(file, *encoded))
+        return;
+    if (const auto written = replaceFile(file, *encoded); !written)
+        log_.line("❌ Storage: Error writing collection file - " + written.error().text);
+}
+
+void InMemoryStorageManager::writeCollection(const CollectionData& collection) {
+    const auto folder = collectionsFolder() / pathFromText(collection.id);
+    if (const auto made = makeFolder(folder); !made) {
+        log_.line("❌ Storage: Error making the collection folder - " + made.error().text);
+        return;
+    }
+    writeCollectionFile(folder / "tagGroups.json", TagGroupsData{collection.tagGroups});
+    writeCollectionFile(folder / "tags.json", TagsData{collection.tags});
+    writeCollectionFile(folder / "labelGroups.json", LabelGroupsData{collection.labelGroups});
+    writeCollectionFile(folder / "labels.json", LabelsData{collection.labels});
+    // An earlier file stays where a collection lost its events or its field: the working copy wins
+    // on reading.
+    if (!collection.timeEvents.empty())
+        writeCollectionFile(folder / "timeEvents.json", TimeEventsData{collection.timeEvents});
+    if (collection.playField)
+        writeCollectionFile(folder / "playField.json", *collection.playField);
+}
+
+std::filesystem::path InMemoryStorageManager::dataFolder() const {
+    return directories_.documents / "Tembrix-Stat";
+}
+
+std::filesystem::path InMemoryStorageManager::timelinesFolder() const {
+    return dataFolder() / "Timelines";
+}
+
+std::filesystem::path InMemoryStorageManager::collectionsFolder() const {
+    return dataFolder() / "Collections";
+}
+
+std::filesystem::path InMemoryStorageManager::timelineFile(const std::string& videoId) const {
+    return timelinesFolder() / pathFromText(videoId + ".json");
+}
+
+std::filesystem::path InMemoryStorageManager::screenshotsFolder(const std::string& videoId) const {
+    return directories_.documents / "Screenshots" / pathFromText(videoId);
+}
+
+}  // namespace tembrix

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +17,8 @@
 #include "core/records/timeline_records.h"
 
 namespace tembrix {
+
+class TimelineEncoder;
 
 // What the storage asks of the collection index, which stands above it.
 class CollectionIndexStorage {
@@ -64,23 +64,28 @@ class InMemoryStorageManager {
     std::filesystem::path screenshotsFolder(const std::string& videoId) const;
 
   private:
-    struct Encoder;
+    struct Gate;
+
     void flush();
+    void writeAll();
     void saveTimelinesToDisk();
     void saveCollectionsToDisk();
+    void removeDeletedCollections(const std::vector<std::string>& cachedIds);
+    std::optional<std::vector<CollectionInfo>> indexedCollections();
     void writeCollection(const CollectionData& collection);
+    template <class Record>
+    void writeCollectionFile(const std::filesystem::path& file, const Record& record);
     std::optional<CollectionData> readCollectionFolder(const std::string& id) const;
 
     UserDefaults& defaults_;
     Scheduler& scheduler_;
     Directories directories_;
     Log& log_;
-    CollectionIndexStorage* index_ = nullptr;
-    std::unique_ptr<Encoder> encoder_;
+    CollectionIndexStorage* index_ = nullptr;  // read and set through the gate
+    std::unique_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
-    std::mutex flushMutex_;  // two flushes never write the same file at once
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    std::shared_ptr<Gate> gate_;
 };
 
 }  // namespace tembrix

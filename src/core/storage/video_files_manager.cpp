@@ -1,1 +1,306 @@
 #include "core/storage/video_files_manager.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "base/files.h"
+#include "base/utf8_text.h"
+#include "base/uuid.h"
+
+#include "core/records/codec.h"
+#include "core/storage/set_aside.h"
+
+namespace tembrix {
+
+namespace {
+
+const std::string videosDataKey = "videosData";
+const std::string cleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
+using VideoList = std::vector<VideosData>;
+
+VideosData& entryOf(VideosData& video) {
+    return video;
+}
+
+VideosData& entryOf(FilesFile& file) {
+    return file.videoData;
+}
+
+// Changes the entries that `matches` accepts in a list of videos or of files; true if there was
+// one.
+template <class List, class Matches, class Change>
+bool changeEntries(List& list, const Matches& matches, const Change& change) {
+    bool found = false;
+    for (auto& element : list) {
+        VideosData& video = entryOf(element);
+        if (matches(video)) {
+            change(video);
+            found = true;
+        }
+    }
+    return found;
+}
+
+auto hasBookmark(const Bytes& bookmark) {
+    return [&bookmark](const VideosData& video) { return video.bookmark == bookmark; };
+}
+
+}  // namespace
+
+VideoFilesManager::VideoFilesManager(InMemoryStorageManager& storage, Bookmarks& bookmarks,
+                                     Directories directories, const Texts& texts, Log& log)
+    : storage_(storage),
+      bookmarks_(bookmarks),
+      directories_(std::move(directories)),
+      texts_(texts),
+      log_(log) {}
+
+void VideoFilesManager::start() {
+    for (const auto& folder : {directories_.documents, directories_.temporary / "Preview"}) {
+        if (const auto made = makeFolder(folder); !made)
+            log_.line("❌ Storage: Error making a folder - " + made.error().text);
+    }
+    const bool readable = loadVideosData();
+    rebuildFiles();
+    // A list that cannot be read is left as it is: writing here would replace it by an empty one.
+    if (readable && !storage_.userDefaults().boolean(cleanupDoneKey)) {
+        saveVideosData();
+        storage_.userDefaults().setBoolean(cleanupDoneKey, true);
+    }
+}
+
+void VideoFilesManager::setUpdateFiles(
+    std::function<void(const std::vector<FilesFile>&)> callback) {
+    updateFiles_ = std::move(callback);
+}
+
+void VideoFilesManager::publish() {
+    if (updateFiles_)
+        updateFiles_(files_);
+}
+
+bool VideoFilesManager::loadVideosData() {
+    UserDefaults& defaults = storage_.userDefaults();
+    auto stored = defaults.data(videosDataKey);
+    if (!stored) {
+        videosData_.clear();
+        return true;
+    }
+    if (const auto old = decode<std::vector<VideosDataOldFormat>>(*stored); old && !old->empty()) {
+        migrate(*old);
+        stored = defaults.data(videosDataKey);
+        if (!stored)
+            return true;
+    }
+    auto decoded = decode<VideoList>(*stored);
+    if (!decoded) {
+        log_.line(texts_.text("videosDataLoadError") + " " + decoded.error().text);
+        setAside(defaults, log_, videosDataKey, *stored);
+        return false;
+    }
+    VideoList list = *decoded;
+    for (auto& video : list) {
+        if (!video.isFavorite)
+            video.isFavorite = false;
+    }
+    videosData_ = withoutDuplicates(list);
+    if (videosData_ != *decoded)
+        saveVideosData();
+    return true;
+}
+
+void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
+    log_.line("🔄 Migrating timelines...");
+    VideoList videos;
+    for (const auto& entry : old) {
+        if (!entry.timelines.empty())
+            storage_.saveTimeline(entry.timelines, entry.id);
+        videos.push_back({entry.bookmark, entry.id, entry.customName, entry.isFavorite});
+    }
+    const auto encoded = encode(videos);
+    if (!encoded) {
+        log_.line("❌ Error during migration: " + encoded.error().text);
+        return;
+    }
+    storage_.userDefaults().setData(videosDataKey, *encoded);
+    log_.line("✅ Migration completed: " + std::to_string(old.size()) + " videos migrated");
+}
+
+// An entry whose file cannot be found stays: a video on an absent disk is not lost.
+std::vector<VideosData> VideoFilesManager::withoutDuplicates(
+    const std::vector<VideosData>& list) const {
+    VideoList kept;
+    std::set<std::string> ids;
+    std::set<std::filesystem::path> paths;
+    for (const auto& video : list) {
+        if (!ids.insert(video.id).second)
+            continue;
+        const auto path = resolveVideoURL(video.bookmark);
+        if (path && !paths.insert(*path).second)
+            continue;
+        kept.push_back(video);
+    }
+    return kept;
+}
+
+// Makes the screens' list follow the stored one; previews already made stay with their entries.
+void VideoFilesManager::rebuildFiles() {
+    std::vector<FilesFile> files;
+    for (const auto& video : videosData_) {
+        const auto before = std::find_if(files_.begin(), files_.end(), [&](const FilesFile& file) {
+            return file.videoData.id == video.id;
+        });
+        files.push_back({video, before != files_.end() ? before->preview : nullptr});
+    }
+    files_ = std::move(files);
+}
+
+void VideoFilesManager::saveVideosData() {
+    auto unique = withoutDuplicates(videosData_);
+    if (unique.size() != videosData_.size()) {
+        videosData_ = std::move(unique);
+        rebuildFiles();
+    }
+    const auto encoded = encode(videosData_);
+    if (!encoded) {
+        log_.line(texts_.text("videosDataSaveError") + " " + encoded.error().text);
+        return;
+    }
+    storage_.userDefaults().setData(videosDataKey, *encoded);
+}
+
+std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path& file) {
+    const auto bookmark = bookmarks_.make(file);
+    if (!bookmark)
+        return std::nullopt;
+    if (const auto known = fileWith(hasBookmark(*bookmark)))
+        return known;
+    const VideosData video{*bookmark, replaced(freshId(), "-", ""), std::nullopt, false};
+    videosData_.push_back(video);
+    files_.push_back({video, nullptr});
+    saveVideosData();
+    publish();
+    if (const auto added = fileWith([&](const VideosData& v) { return v.id == video.id; }))
+        return added;
+    // Saving dropped the new entry: another bookmark leads to the same file, and its entry stays.
+    const auto path = resolveVideoURL(*bookmark);
+    return fileWith([&](const VideosData& v) { return resolveVideoURL(v.bookmark) == path; });
+}
+
+std::optional<FilesFile> VideoFilesManager::addVideoNamed(const std::filesystem::path& file,
+                                                          const std::string& name) {
+    const auto added = addVideo(file);
+    if (!added)
+        return std::nullopt;
+    renameVideo(*added, name);
+    return fileWith(hasBookmark(added->videoData.bookmark));
+}
+
+void VideoFilesManager::appendFile(const FilesFile& file) {
+    files_.push_back(file);
+    videosData_.push_back(file.videoData);
+    saveVideosData();
+    publish();
+}
+
+std::vector<FilesFile> VideoFilesManager::reloadFiles() {
+    loadVideosData();
+    rebuildFiles();
+    publish();
+    return files_;
+}
+
+void VideoFilesManager::deleteVideo(const FilesFile& file) {
+    const Bytes bookmark = file.videoData.bookmark;
+    const VideosData* found = findByBookmark(bookmark);
+    if (!found)
+        return;
+    const VideosData video = *found;
+    if (keeper_) {
+        const auto timelines = storage_.loadTimeline(video.id);
+        if (!timelines.empty())
+            keeper_->saveTimelineBeforeDeletion(video, timelines);
+    }
+    storage_.userDefaults().remove("timeline_" + video.id);
+    storage_.deleteTimelineFile(video.id);
+    std::erase_if(videosData_, hasBookmark(bookmark));
+    rebuildFiles();
+    saveVideosData();
+    publish();
+}
+
+void VideoFilesManager::renameVideo(const FilesFile& file, const std::string& name) {
+    const Bytes bookmark = file.videoData.bookmark;
+    change(hasBookmark(bookmark), [&](VideosData& video) { video.customName = name; });
+}
+
+void VideoFilesManager::toggleFavorite(const std::string& videoId) {
+    change([&](const VideosData& video) { return video.id == videoId; },
+           [](VideosData& video) { video.isFavorite = !video.isFavorite.value_or(false); });
+}
+
+bool VideoFilesManager::rebindVideo(const std::string& videoId, const std::filesystem::path& file) {
+    const auto bookmark = bookmarks_.make(file);
+    return bookmark && change([&](const VideosData& video) { return video.id == videoId; },
+                              [&](VideosData& video) { video.bookmark = *bookmark; });
+}
+
+template <class Matches, class Change>
+bool VideoFilesManager::change(const Matches& matches, const Change& edit) {
+    if (!changeEntries(videosData_, matches, edit))
+        return false;
+    changeEntries(files_, matches, edit);
+    saveVideosData();
+    publish();
+    return true;
+}
+
+void VideoFilesManager::setPreview(const std::string& videoId,
+                                   std::shared_ptr<const ImageBuffer> preview) {
+    for (auto& file : files_) {
+        if (file.videoData.id == videoId) {
+            file.preview = std::move(preview);
+            publish();
+            return;
+        }
+    }
+}
+
+template <class Matches>
+std::optional<FilesFile> VideoFilesManager::fileWith(const Matches& matches) const {
+    const auto found = std::find_if(files_.begin(), files_.end(),
+                                    [&](const FilesFile& file) { return matches(file.videoData); });
+    if (found == files_.end())
+        return std::nullopt;
+    return *found;
+}
+
+const VideosData* VideoFilesManager::findById(const std::string& videoId) const {
+    const auto found = std::find_if(videosData_.begin(), videosData_.end(),
+                                    [&](const VideosData& video) { return video.id == videoId; });
+    return found == videosData_.end() ? nullptr : &*found;
+}
+
+const VideosData* VideoFilesManager::findByBookmark(const Bytes& bookmark) const {
+    const auto found = std::find_if(videosData_.begin(), videosData_.end(), hasBookmark(bookmark));
+    return found == videosData_.end() ? nullptr : &*found;
+}
+
+std::optional<std::filesystem::path> VideoFilesManager::resolveVideoURL(
+    const Bytes& bookmark) const {
+    const auto resolved = bookmarks_.resolve(bookmark);
+    if (!resolved)
+        return std::nullopt;
+    return resolved->path;
+}
+
+std::string VideoFilesManager::displayName(const FilesFile& file) const {
+    if (file.videoData.customName && !file.videoData.customName->empty())
+        return *file.videoData.customName;
+    if (const auto path = resolveVideoURL(file.videoData.bookmark))
+        return pathText(path->filename());
+    return "Видео недоступно";
+}
+
+}  // namespace tembrix

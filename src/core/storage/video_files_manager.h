@@ -62,11 +62,16 @@ class VideoFilesManager {
     std::string displayName(const FilesFile& file) const;
 
   private:
-    void loadVideosData();
+    bool loadVideosData();  // false if there is a list that cannot be read
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
-    void removeDuplicateFiles();
+    void rebuildFiles();
     void publish();
+    // Edits the matching entries of both lists, saves and publishes; false if there are none.
+    template <class Matches, class Change>
+    bool change(const Matches& matches, const Change& edit);
+    template <class Matches>
+    std::optional<FilesFile> fileWith(const Matches& matches) const;
 
     InMemoryStorageManager& storage_;
     Bookmarks& bookmarks_;

@@ -34,6 +34,7 @@ class VideosPreviewManager {
     ImageCodec& images_;
     Scheduler& scheduler_;
     Directories directories_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 
 }  // namespace tembrix
