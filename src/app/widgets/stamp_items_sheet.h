@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/widgets/sheet.h"
+#include "core/annotation/stamp_items_selection.h"
+
+class QAbstractButton;
+
+namespace tembrix {
+
+// Chooses the labels or the time events of one stamp, by mouse, keyboard or label hot key. Ends as
+// any sheet does; after accepted() the owner reads ids().
+class StampItemsSheet final : public Sheet {
+    Q_OBJECT
+  public:
+    StampItemsSheet(QWidget* parent, const Texts& texts, StampEditSheetType type,
+                    std::unique_ptr<StampItemsSelection> selection);
+    ~StampItemsSheet() override;
+
+    std::vector<std::string> ids() const { return selection_->ids(); }
+
+  private:
+    QWidget* makeSections();
+    void showSelection();
+
+    std::unique_ptr<StampItemsSelection> selection_;
+    std::multimap<std::string, QAbstractButton*> buttons_;  // by the item's id
+    Subscription selected_;
+};
+
+}  // namespace tembrix
