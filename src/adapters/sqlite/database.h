@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <sqlite3.h>
+#include <string>
+#include <string_view>
+
+#include "base/bytes.h"
+#include "base/result.h"
+
+namespace tembrix::sqlite {
+
+// A damaged file, or one that is no database of ours.
+bool isDamage(int code);
+
+enum class Access {
+    readWrite,   // makes the file if it is missing
+    asItStands,  // reads a file that nobody may change, in a folder that nobody may write
+};
+
+// A connection; without a file, a database in memory.
+class Database {
+  public:
+    static Result<Database> open(const std::filesystem::path& file, Access access);
+    static Database inMemory();
+
+    // Runs statements without results; SQLITE_OK or the code of the failure.
+    int run(const char* sql);
+    std::string lastError() const { return sqlite3_errmsg(handle_.get()); }
+    sqlite3* handle() const { return handle_.get(); }
+
+  private:
+    struct Close {
+        void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
+    };
+    explicit Database(sqlite3* handle) : handle_(handle) {}
+    std::unique_ptr<sqlite3, Close> handle_;
+};
+
+// A prepared statement. Parameters count from 1, columns from 0. Bound texts and bytes must live
+// until the statement has run.
+class Statement {
+  public:
+    Statement() = default;
+    Statement(const Database& database, std::string_view sql);
+
+    // Ready for new parameters. Also the end of a read, which would otherwise hold back
+    // checkpoints.
+    void reset();
+    void bind(int parameter, std::string_view text);
+    void bind(int parameter, BytesView bytes);
+    void bind(int parameter, double number);
+    void bind(int parameter, std::int64_t number);
+    int step();  // SQLITE_ROW, SQLITE_DONE or the code of a failure, that of preparing included
+
+    int type(int column) const { return sqlite3_column_type(handle_.get(), column); }
+    std::int64_t integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }
+    double real(int column) const { return sqlite3_column_double(handle_.get(), column); }
+    std::string text(int column) const;
+    BytesView bytes(int column) const;  // valid until the next step
+    sqlite3_stmt* handle() const { return handle_.get(); }
+
+  private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
+    };
+    std::unique_ptr<sqlite3_stmt, Finalize> handle_;
+    int prepared_ = SQLITE_MISUSE;
+};
+
+}  // namespace tembrix::sqlite
