@@ -152,6 +152,22 @@ Result<void> makeFolder(const std::filesystem::path& path) {
     return {};
 }
 
+std::optional<Date> creationDate(const std::filesystem::path& path) {
+#ifdef __APPLE__
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    const auto& made = status.st_birthtimespec;
+#else
+    struct statx status {};
+    if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &status) != 0 ||
+        !(status.stx_mask & STATX_BTIME))
+        return std::nullopt;
+    const auto& made = status.stx_btime;
+#endif
+    return Date{static_cast<double>(made.tv_sec) + static_cast<double>(made.tv_nsec) * 1e-9};
+}
+
 std::string pathText(const std::filesystem::path& path) {
     const auto text = path.u8string();
     return {reinterpret_cast<const char*>(text.data()), text.size()};

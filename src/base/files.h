@@ -2,10 +2,12 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/bytes.h"
+#include "base/date.h"
 #include "base/result.h"
 
 namespace tembrix {
@@ -27,6 +29,9 @@ Result<void> replaceFileByCopy(const std::filesystem::path& path,
 
 // Makes a folder with its parents; an existing one is a success.
 Result<void> makeFolder(const std::filesystem::path& path);
+
+// When the file or folder was made; absent where the file system does not tell.
+std::optional<Date> creationDate(const std::filesystem::path& path);
 
 // A path as UTF-8 text and back.
 std::string pathText(const std::filesystem::path& path);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
+#include <filesystem>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +33,7 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     void addOrUpdateCollection(const std::string& id, const std::string& name);
     void removeCollection(const std::string& id);
     std::vector<CollectionBookmark> loadBookmarks();
-    // The one-off merge of numbered duplicate folders.
+    // The one-off merge of numbered duplicate folders that older data left behind; any thread.
     void cleanUpDuplicateCollections();
     // Copies the older list in the preferences into an empty index; once per installation.
     void migrateSavedCollections();
@@ -42,9 +44,11 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     std::filesystem::path indexFile() const;
 
   private:
-    std::vector<CollectionInfo> readIndex() const;
-    void scheduleSave();
-    void write();
+    struct Index;  // the cached list and its file, which a background write shares
+
+    void changed();
+    void armTimer();
+    void startWrite();
     std::optional<CollectionBookmark> makeBookmark(const CollectionInfo& info) const;
 
     InMemoryStorageManager& storage_;
@@ -53,10 +57,9 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     Scheduler& scheduler_;
     EventBus& events_;
     Log& log_;
-    std::mutex cacheLock_;
-    std::vector<CollectionInfo> collectionsCache_;
-    bool pendingSave_ = false;  // main thread only, like the timer
-    std::unique_ptr<Timer> saveTimer_;
+    std::shared_ptr<Index> index_;
+    std::atomic<bool> pendingSave_ = false;
+    std::unique_ptr<Timer> saveTimer_;  // main thread only
     std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 

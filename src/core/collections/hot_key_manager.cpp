@@ -1,1 +1,135 @@
 #include "core/collections/hot_key_manager.h"
+
+#include <algorithm>
+
+namespace tembrix {
+
+HotKeyManager::HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
+                             KeyTransport& transport)
+    : events_(events), scheduler_(scheduler), focus_(focus), transport_(transport) {
+    const auto on = [&]<class Event>(std::function<void(const Event&)> handler) {
+        subscriptions_.push_back(events_.observe<Event>(std::move(handler)));
+    };
+    on(std::function([this](const events::CollectionEditorOpened&) { isEnabled.set(false); }));
+    on(std::function([this](const events::CollectionEditorClosed&) { isEnabled.set(true); }));
+    on(std::function([this](const events::EditorModeChanged& event) {
+        isEditorModeActive_ = event.active.value_or(isEditorModeActive_);
+    }));
+    on(std::function([this](const events::TextBoxEditingChanged& event) {
+        isEditingTextBox_ = event.active.value_or(isEditingTextBox_);
+    }));
+    on(std::function(
+        [this](const events::AddLineSheetAppeared&) { blockedSheetActive.set(true); }));
+    on(std::function(
+        [this](const events::EditTimelineSheetAppeared&) { blockedSheetActive.set(true); }));
+    on(std::function([this](const events::SheetDismissed&) { blockedSheetActive.set(false); }));
+}
+
+void HotKeyManager::registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) {
+    clearHotkeys();
+    activeCollection_ = collection;
+    for (const auto& tag : tags) {
+        if (tag.hotkey && !tag.hotkey->empty())
+            registeredHotkeys_.insert_or_assign(canonicalHotkey(*tag.hotkey), tag);
+        if (!tag.labelHotkeys)
+            continue;
+        for (const auto& [labelId, hotkey] : *tag.labelHotkeys)
+            if (!hotkey.empty())
+                registeredLabelHotkeys_.insert_or_assign(canonicalHotkey(hotkey),
+                                                         LabelHotkey{labelId, tag.id});
+    }
+}
+
+void HotKeyManager::clearHotkeys() {
+    registeredHotkeys_.clear();
+    registeredLabelHotkeys_.clear();
+}
+
+bool HotKeyManager::handleKeyDown(const KeyPress& press) {
+    if (!monitoring_)
+        return false;
+    if (isEditorModeActive_ && !isEditingTextBox_) {
+        if (press.code == key::returnKey) {
+            events_.post(events::EditorEnterKeyPressed{});
+            return true;
+        }
+        if (press.modifiers.command) {
+            switch (press.code) {
+                case key::c:
+                    events_.post(events::EditorCopyKeyPressed{});
+                    return true;
+                case key::v:
+                    events_.post(events::EditorPasteKeyPressed{});
+                    return true;
+                case key::z:
+                    events_.post(events::EditorUndoKeyPressed{});
+                    return true;
+                default:
+                    break;
+            }
+        }
+    }
+    if (press.code == key::space && windows_ && windows_->isControlOrLibraryKey() &&
+        windows_->isProjectWindowActive() && *isEnabled && !*blockedSheetActive) {
+        transport_.togglePlayPause();
+        return true;
+    }
+    return *isEnabled && !*blockedSheetActive && !isEditorModeActive_ &&
+           !*focus_.isAnyTextFieldFocused && lookUp(press);
+}
+
+bool HotKeyManager::lookUp(const KeyPress& press) {
+    if (!windows_ || (!windows_->isProjectWindowActive() && !windows_->isViewerActive()))
+        return false;
+    const bool viewerMode = windows_->isViewerActive();
+    if (press.code == key::space) {
+        if (isEditingTextBox_)
+            return false;
+        if (viewerMode)
+            events_.post(events::ToggleViewerPlayer{});
+        else
+            transport_.togglePlayPause();
+        return true;
+    }
+    if (press.modifiers.shift && press.code == key::right) {
+        if (viewerMode)
+            events_.post(events::SeekViewerPlayerForward{});
+        else
+            transport_.seek(transport_.transportTime() + seekStep);
+        return true;
+    }
+    if (press.modifiers.shift && press.code == key::left) {
+        if (viewerMode)
+            events_.post(events::SeekViewerPlayerBackward{});
+        else
+            transport_.seek(transport_.transportTime() - seekStep);
+        return true;
+    }
+    const auto text = keyString(press);
+    if (*isLabelHotkeyMode) {
+        const auto found = registeredLabelHotkeys_.find(text);
+        if (found == registeredLabelHotkeys_.end())
+            return false;
+        const auto label = found->second;  // an observer may register anew
+        hotKeySelectedLabelId.set(label.labelId);
+        events_.post(events::LabelHotkeyPressed{label.labelId, label.tagId});
+        return true;
+    }
+    const auto found = registeredHotkeys_.find(text);
+    if (found == registeredHotkeys_.end())
+        return false;
+    // Two turns of the main queue later, after everything that this very press has set off.
+    scheduler_.onMain([&scheduler = scheduler_, &events = events_, tag = found->second] {
+        scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
+    });
+    return true;
+}
+
+bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,
+                  const std::optional<std::string>& exceptTagId) {
+    return hotkey && !hotkey->empty() && std::any_of(tags.begin(), tags.end(), [&](const Tag& tag) {
+               return tag.hotkey == hotkey && tag.id != exceptTagId;
+           });
+}
+
+}  // namespace tembrix

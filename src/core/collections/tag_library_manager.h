@@ -1,9 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -47,8 +47,7 @@ class TagLibraryManager {
     Published<std::optional<std::string>> selectedStandardCollectionName;
 
     void selectStandardCollection(const std::string& name);
-    // From the tag panel. Ignored while collections load or `intervalOpen`, for standard
-    // collections.
+    // At once if the collection was read before, otherwise as soon as it has been read.
     void selectUserCollection(const std::string& name);
     void deleteUserCollection(const CollectionInfo& collection);
     void restoreLastSelectedCollection();
@@ -56,7 +55,7 @@ class TagLibraryManager {
     void rebuildHotkeys();
     std::optional<CollectionLists> collectionData(const std::string& name);  // any thread
     std::vector<CollectionInfo> userCollections();
-    bool isLoadingCollections() const { return loadingCollections_; }
+    bool isLoadingCollections() const { return isReloadingCollections_; }
     void toggleTimeEvent(const std::string& id);
     // Adds a tag group to the active lists in memory only, as the drawings timeline needs.
     void addTransientTagGroup(const TagGroup& group);
@@ -67,22 +66,25 @@ class TagLibraryManager {
     std::vector<Label> labelsForTag(const Tag& tag) const;
 
   private:
+    struct Shared;  // what the background load and collectionData() share
+
     void handleTagUpdated(const events::TagUpdated& event);
     void handleCollectionDataChanged(const events::CollectionDataChanged& event);
-    void applyUserCollection(const std::string& name, const CollectionLists& lists);
-    void mergeActiveLists();
+    void activate(const TagCollection& collection, const CollectionLists& lists);
+    void switchToUserCollection(const std::string& name, const CollectionLists& lists);
+    void refreshActiveCollection(const std::string& name, const CollectionLists& lists);
+    void setMerged(CollectionLists lists);
     void loadAllCollections();
 
     CollectionServices& services_;
     HotkeyRegistry* hotkeys_ = nullptr;
-    std::mutex cacheLock_;
-    std::map<std::string, CollectionLists> loadedCollectionsCache_;
+    std::shared_ptr<Shared> shared_;
     std::shared_ptr<SerialQueue> collectionLoadingQueue_;
-    std::map<std::string, std::size_t> tagIndex_;  // id to place in merged.tags
-    std::map<std::string, std::size_t> labelIndex_;
+    std::map<std::string, std::size_t, std::less<>> tagIndex_;  // id to place in merged.tags
+    std::map<std::string, std::size_t, std::less<>> labelIndex_;
+    std::map<std::string, std::size_t, std::less<>> groupOfLabel_;  // label id to its first group
     bool isReloadingCollections_ = false;
-    bool loadingCollections_ = false;
-    std::size_t lastCollectionCount_ = 0;
+    int switches_ = 0;  // a collection that was read too late gives way to a later choice
     Subscription tagUpdated_;
     Subscription collectionDataChanged_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();

@@ -1,0 +1,99 @@
+// The play field of a collection: its picture and its record in the program's own folder.
+
+#include <system_error>
+
+#include "base/files.h"
+#include "base/utf8_text.h"
+#include "base/uuid.h"
+
+#include "core/collections/custom_collection_manager.h"
+#include "core/records/codec.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr double defaultWidth = 100.0;
+constexpr double defaultHeight = 60.0;
+
+// A display name as a file name: it must not lead out of the folder.
+std::string fileName(const std::string& collectionName, const char* extension) {
+    return replaced(collectionName, "/", "_") + extension;
+}
+
+}  // namespace
+
+std::filesystem::path CustomCollectionManager::fieldFolder() const {
+    return services_.storage.dataFolder() / "PlayFields";
+}
+
+bool CustomCollectionManager::setFieldImage(const std::filesystem::path& image) {
+    const auto failed = [&](const std::string& why) {
+        services_.log.line("❌ Error setting field image: " + why);
+        return false;
+    };
+    const auto name = fileName(collectionName_, ".png");
+    const auto target = fieldFolder() / pathFromText(name);
+    if (const auto made = makeFolder(fieldFolder()); !made)
+        return failed(made.error().text);
+    if (const auto copied = replaceFileByCopy(target, image); !copied)
+        return failed(copied.error().text);
+    const auto bookmark = services_.bookmarks.make(target);
+    if (!bookmark)
+        return failed("failed to create bookmark");
+
+    auto field = playField_.value_or(
+        PlayField{freshId(), "Field", {}, defaultWidth, defaultHeight, std::nullopt});
+    field.imagePath = name;
+    field.imageBookmark = *bookmark;
+    if (!writeFieldRecord(field))
+        return false;
+    playField_ = std::move(field);
+    changed_.emit();
+    return saveCollection();
+}
+
+bool CustomCollectionManager::writeFieldRecord(const PlayField& field) const {
+    const auto json = encode(field, JsonStyle::pretty);
+    const auto written =
+        json ? replaceFile(fieldFolder() / pathFromText(fileName(collectionName_, ".json")), *json)
+             : Result<void>(json.error());
+    if (!written)
+        services_.log.line("❌ Error setting field image: " + written.error().text);
+    return written.ok();
+}
+
+void CustomCollectionManager::removeField() {
+    if (!playField_)
+        return;
+    const auto image = playField_->imagePath.empty()
+                           ? std::filesystem::path{}
+                           : fieldFolder() / pathFromText(playField_->imagePath).filename();
+    services_.scheduler.background(
+        Priority::userInitiated,
+        [this, image, &scheduler = services_.scheduler, alive = std::weak_ptr(alive_)] {
+            std::error_code ignored;
+            if (!image.empty())
+                std::filesystem::remove(image, ignored);
+            scheduler.onMain([this, alive] {
+                if (alive.expired())
+                    return;
+                for (auto& tag : lists_.tags)
+                    if (tag.mapEnabled == true)
+                        tag.mapEnabled = false;
+                playField_.reset();
+                changed_.emit();
+                saveCollection();
+            });
+        });
+}
+
+void CustomCollectionManager::setFieldSize(double width, double height) {
+    if (!playField_)
+        return;
+    playField_->width = width;
+    playField_->height = height;
+    changed_.emit();
+}
+
+}  // namespace tembrix
