@@ -27,10 +27,13 @@ std::vector<ExportSegment> getSegmentsForExport(const CutsExportType& type,
 std::vector<OverlayLabelGroupItem> labelGroupsForStamp(const TimelineStamp& stamp,
                                                        const CollectionLists& library);
 
+// A number as log lines write it: the shortest text that reads back, with ".0" on whole numbers.
+std::string logNumber(double value);
+
 // The stamp's tag, or a substitute for a drawing; absent means no overlay.
 std::optional<Tag> overlayTag(const TimelineStamp& stamp, const CollectionLists& library);
 
-// Choices that the selection sheets offer.
+// Choices that the selection sheets offer: what stamps of any timeline carry, by name.
 std::vector<Tag> tagsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
 std::vector<Label> labelsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
 std::vector<Label> labelsOfTag(const TimelineLines& lines, const CollectionLists& library,
@@ -40,7 +43,10 @@ std::vector<Tag> tagsOfLabel(const TimelineLines& lines, const CollectionLists& 
 std::vector<TimeEvent> eventsOnTimelines(const TimelineLines& lines,
                                          const CollectionLists& library);
 
-// Names of the products. `position` is the 1-based place of the cut in the run.
+// Names of the products, each good for any file system: a slash or a control character becomes "-",
+// and a name too long for a file system loses characters before its ending, never the ending
+// itself, so that the names of one run stay apart. `segments` is not empty; a screenshots export
+// has no such names. `position` is the 1-based place of the cut in the run.
 std::string filmFileName(const CutsExportType& type, const std::vector<ExportSegment>& segments,
                          const Texts& texts);
 std::string clipFileName(const CutsExportType& type, const ExportSegment& segment,

@@ -48,15 +48,18 @@ enum class ExportMode { film, playlist };
 // A media time: a whole number of 1/600 seconds.
 struct MediaTime {
     long long ticks = 0;
-    static MediaTime fromSeconds(
-        double seconds);  // truncated towards zero after rounding off noise below 1e-9
+    // Truncated towards zero, after rounding off noise below 1e-9.
+    static MediaTime fromSeconds(double seconds);
     double seconds() const { return static_cast<double>(ticks) / 600.0; }
+    MediaTime operator+(MediaTime other) const { return {ticks + other.ticks}; }
+    MediaTime operator-(MediaTime other) const { return {ticks - other.ticks}; }
     auto operator<=>(const MediaTime&) const = default;
 };
 
 struct MediaTimeRange {
     MediaTime start;
     MediaTime duration;
+    MediaTime end() const { return start + duration; }
     bool operator==(const MediaTimeRange&) const = default;
 };
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "base/result.h"
+
+#include "ports/process_runner.h"
+#include "ports/texts.h"
+
+namespace tembrix {
+
+// Packs files side by side, without their folders, into a zip archive; an older archive of that
+// name goes. On failure no archive stays. Blocks; from a background thread.
+Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
+                                          const std::vector<std::filesystem::path>& files,
+                                          ProcessRunner& processes, const Texts& texts);
+
+}  // namespace tembrix

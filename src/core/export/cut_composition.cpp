@@ -1,0 +1,217 @@
+#include "core/export/cut_composition.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/files.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr int framesPerSecond = 30;
+constexpr double nearStart = 0.1;         // seconds
+constexpr double wholeVideoShare = 0.99;  // a cut that reaches beyond counts as the whole video
+
+// Lays cuts one after the other. Sums in ticks, so that thousands of cuts do not drift.
+class Composer {
+  public:
+    Composer(const ExportSnapshot& snapshot, const ComposingTools& tools)
+        : snapshot_(snapshot), tools_(tools) {}
+
+    void insert(const ExportSegment& segment) {
+        const auto drawings = snapshot_.withFreezeFrames
+                                  ? screenshotsForSegment(segment, snapshot_.drawings)
+                                  : std::vector<ExportDrawing>();
+        if (drawings.empty())
+            insertSource(segment.timeRange.start, segment.timeRange.end());
+        else
+            insertWithFreezeFrames(segment, drawings);
+    }
+
+    MediaTime insertionTime() const { return insertionTime_; }
+    std::vector<std::variant<SourcePiece, StillPiece>> takePieces() { return std::move(pieces_); }
+
+  private:
+    void insertSource(MediaTime from, MediaTime to) {
+        if (from >= to)
+            return;
+        pieces_.emplace_back(SourcePiece{from.seconds(), (to - from).seconds()});
+        insertionTime_ = insertionTime_ + (to - from);
+    }
+
+    void insertWithFreezeFrames(const ExportSegment& segment,
+                                const std::vector<ExportDrawing>& drawings) {
+        if (!snapshot_.drawingsFolder)
+            return;
+        auto position = segment.timeRange.start;
+        for (const auto& drawing : drawings) {
+            const auto time = MediaTime::fromSeconds(drawing.videoTime);
+            insertSource(position, time);
+            position = std::max(position, time);
+            auto image = tools_.drawings->picture(*snapshot_.drawingsFolder /
+                                                  pathFromText(drawing.fileName()));
+            if (!image)
+                continue;
+            tools_.log.line("📸 Экспорт скриншота '" + drawing.screenshotName +
+                            "' с длительностью " + logNumber(drawing.displayDuration) + " секунд");
+            const auto frames =
+                static_cast<long long>(std::ceil(drawing.displayDuration * framesPerSecond));
+            if (frames <= 0)
+                continue;
+            pieces_.emplace_back(StillPiece{std::move(image).value(),
+                                            static_cast<double>(frames) / framesPerSecond});
+            insertionTime_ = insertionTime_ + MediaTime{frames * 600 / framesPerSecond};
+        }
+        insertSource(position, segment.timeRange.end());
+    }
+
+    const ExportSnapshot& snapshot_;
+    const ComposingTools& tools_;
+    std::vector<std::variant<SourcePiece, StillPiece>> pieces_;
+    MediaTime insertionTime_;
+};
+
+// The overlay of a cut in the film, absent without a tag.
+std::optional<OverlayItem> overlayItem(const ExportSegment& segment, MediaTime start,
+                                       MediaTime duration, const ExportSnapshot& snapshot) {
+    auto tag = overlayTag(segment.stamp, snapshot.library);
+    if (!tag)
+        return std::nullopt;
+    return OverlayItem{
+        std::move(*tag), segment.stamp, labelGroupsForStamp(segment.stamp, snapshot.library),
+        start,           duration,      renderSizeOf(snapshot.info)};
+}
+
+MovieOverlay movieOverlay(const RichText& text, MediaTime start, MediaTime duration, Size size,
+                          const ComposingTools& tools) {
+    auto bar = overlayBar(text, size, tools.textMeasure);
+    MovieOverlay overlay;
+    overlay.y = bar.top;
+    overlay.start = start.seconds();
+    overlay.duration = duration.seconds();
+    overlay.paint = [&pictures = tools.pictures, picture = std::move(bar.picture)] {
+        return pictures.render(picture);
+    };
+    return overlay;
+}
+
+bool coversVideo(const MediaTimeRange& range, double videoDuration) {
+    return range.start.seconds() < nearStart &&
+           range.end().seconds() > videoDuration * wholeVideoShare;
+}
+
+void logSkipped(std::string_view where, const MediaTimeRange& range, double videoDuration,
+                Log& log) {
+    log.line("Пропущен сегмент" + std::string(where) +
+             ", который равен всему видео: start=" + logNumber(range.start.seconds()) +
+             ", duration=" + logNumber(range.duration.seconds()) +
+             ", videoDuration=" + logNumber(videoDuration));
+}
+
+std::optional<Error> checkSource(const ExportSnapshot& snapshot) {
+    if (snapshot.segments.empty())
+        return Error{"Export", -1, "No segments to export"};
+    if (!snapshot.info.hasVideo)
+        return Error{"Export", 0, "Video track not found"};
+    return std::nullopt;
+}
+
+MovieJob jobFor(const ExportSnapshot& snapshot, const std::string& name) {
+    MovieJob job;
+    job.source = snapshot.source;
+    job.renderSize = renderSizeOf(snapshot.info);
+    job.framesPerSecond = framesPerSecond;
+    job.target = snapshot.temporary / pathFromText(name);
+    return job;
+}
+
+}  // namespace
+
+std::vector<ExportDrawing> screenshotsForSegment(const ExportSegment& segment,
+                                                 const std::vector<ExportDrawing>& drawings) {
+    const double start = segment.timeRange.start.seconds();
+    const double end = segment.timeRange.end().seconds();
+    std::vector<ExportDrawing> result;
+    for (const auto& drawing : drawings) {
+        const auto& stamps = drawing.relatedStampIds;
+        const bool related = !segment.stampId || std::find(stamps.begin(), stamps.end(),
+                                                           *segment.stampId) != stamps.end();
+        if (related && start <= drawing.videoTime && drawing.videoTime <= end)
+            result.push_back(drawing);
+    }
+    std::stable_sort(
+        result.begin(), result.end(),
+        [](const ExportDrawing& a, const ExportDrawing& b) { return a.videoTime < b.videoTime; });
+    return result;
+}
+
+Size renderSizeOf(const MediaInfo& info) {
+    const auto even = [](double side) {
+        return std::max(2.0, 2.0 * std::floor(std::round(std::abs(side)) / 2.0));
+    };
+    return {even(info.size.width), even(info.size.height)};
+}
+
+Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools) {
+    if (const auto error = checkSource(snapshot))
+        return *error;
+    const double videoDuration = snapshot.info.duration;
+    const StampNumbers numbers(snapshot.lines);
+    auto job = jobFor(snapshot, filmFileName(snapshot.type, snapshot.segments, tools.texts));
+    Composer composer(snapshot, tools);
+    for (const auto& segment : snapshot.segments) {
+        if (coversVideo(segment.timeRange, videoDuration)) {
+            logSkipped("", segment.timeRange, videoDuration, tools.log);
+            continue;
+        }
+        const auto start = composer.insertionTime();
+        composer.insert(segment);
+        const auto duration = composer.insertionTime() - start;
+        const auto item = overlayItem(segment, start, duration, snapshot);
+        const auto text = item && duration > MediaTime{}
+                              ? overlayText(*item, numbers, snapshot.library, snapshot.timeEvents)
+                              : std::nullopt;
+        if (text)
+            job.overlays.push_back(movieOverlay(*text, start, duration, job.renderSize, tools));
+    }
+    if (composer.insertionTime() == MediaTime{})
+        return Error{"Export", -2, "No valid segments to export"};
+    job.pieces = composer.takePieces();
+    return job;
+}
+
+Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
+                                           const ComposingTools& tools) {
+    if (const auto error = checkSource(snapshot))
+        return *error;
+    const double videoDuration = snapshot.info.duration;
+    const StampNumbers numbers(snapshot.lines);
+    std::vector<MovieJob> jobs;
+    std::size_t position = 0;
+    for (const auto& segment : snapshot.segments) {
+        ++position;
+        if (coversVideo(segment.timeRange, videoDuration)) {
+            logSkipped(" в плейлисте", segment.timeRange, videoDuration, tools.log);
+            continue;
+        }
+        Composer composer(snapshot, tools);
+        composer.insert(segment);
+        const auto duration = composer.insertionTime();
+        if (duration == MediaTime{})
+            continue;
+        auto job = jobFor(snapshot, clipFileName(snapshot.type, segment, position, snapshot.library,
+                                                 tools.texts));
+        // A clip without a text still has its bar, as low as bars are.
+        if (const auto item = overlayItem(segment, {}, duration, snapshot))
+            job.overlays.push_back(
+                movieOverlay(overlayText(*item, numbers, snapshot.library, snapshot.timeEvents)
+                                 .value_or(RichText{}),
+                             {}, duration, job.renderSize, tools));
+        job.pieces = composer.takePieces();
+        jobs.push_back(std::move(job));
+    }
+    return jobs;
+}
+
+}  // namespace tembrix

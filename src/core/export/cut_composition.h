@@ -1,0 +1,59 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+#include "base/log.h"
+#include "base/result.h"
+
+#include "ports/images.h"
+#include "ports/media.h"
+#include "ports/movie_renderer.h"
+
+#include "core/export/cut_planning.h"
+#include "core/export/export_drawings.h"
+#include "core/export/overlay_bar.h"
+
+namespace tembrix {
+
+// All that composing reads, copied at the start of a run, so that it can go on beside the user's
+// work.
+struct ExportSnapshot {
+    CutsExportType type = cuts::CurrentTimeline{};
+    std::vector<ExportSegment> segments;
+    TimelineLines lines;
+    CollectionLists library;            // merged
+    std::vector<TimeEvent> timeEvents;  // of the active collection
+    bool withFreezeFrames = false;
+    std::vector<ExportDrawing> drawings;
+    std::optional<std::filesystem::path> drawingsFolder;
+    std::filesystem::path source;
+    std::filesystem::path temporary;  // folder of the products
+    MediaInfo info;                   // of the source
+};
+
+// The parts that composing works with. Safe from any thread.
+struct ComposingTools {
+    const PictureRenderer& pictures;
+    const TextMeasure& textMeasure;
+    const ExportDrawings* drawings;
+    const Texts& texts;
+    Log& log;
+};
+
+// The drawings that fall into a cut, both ends included.
+std::vector<ExportDrawing> screenshotsForSegment(const ExportSegment& segment,
+                                                 const std::vector<ExportDrawing>& drawings);
+
+// The upright size of the source in even numbers, as the encoder wants them.
+Size renderSizeOf(const MediaInfo& info);
+
+// One job with all cuts in a row. Cuts as long as the whole video are skipped with a log line.
+Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools);
+
+// A job per cut, in order, with the same rule for whole videos.
+Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
+                                           const ComposingTools& tools);
+
+}  // namespace tembrix
