@@ -1,0 +1,148 @@
+#include "adapters/ffmpeg/frame_reader.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+namespace tembrix {
+
+namespace {
+
+// A hole of more than this, left by packets that cannot be decoded, is an error and not a frame
+// that stays.
+constexpr double longestHole = 1.0;
+// A decoder that fails so often without a frame in between will not recover.
+constexpr int hopeless = 100000;
+// The next frame wanted is reached by decoding on, unless it lies further away than this.
+constexpr double worthSeeking = 0.5;
+
+Error damagedAt(double seconds) {
+    return mediaError(MediaFault::undecodable,
+                      fmt::format("the video is damaged at {:.1f} seconds", seconds));
+}
+
+}  // namespace
+
+Result<std::unique_ptr<FrameReader>> FrameReader::open(VideoFile& file) {
+    const MediaSource& source = *file.source;
+    if (!source.info().hasVideo)
+        return mediaError(MediaFault::noVideo, "the file holds no video");
+    std::unique_ptr<FrameReader> reader(new FrameReader(file));
+    const auto* parameters = source.stream()->codecpar;
+    const AVCodec* codec = avcodec_find_decoder(parameters->codec_id);
+    if (!codec)
+        return mediaError(MediaFault::undecodable,
+                          fmt::format("the video's format is not known: {}",
+                                      avcodec_get_name(parameters->codec_id)));
+    reader->decoder_.reset(avcodec_alloc_context3(codec));
+    auto& decoder = *reader->decoder_;
+    int code = avcodec_parameters_to_context(&decoder, parameters);
+    decoder.pkt_timebase = source.stream()->time_base;
+    decoder.thread_count = 0;  // as many as it likes
+    if (code >= 0)
+        code = avcodec_open2(&decoder, codec, nullptr);
+    if (code < 0)
+        return mediaError(MediaFault::undecodable, avText(code));
+    return reader;
+}
+
+Result<const AVFrame*> FrameReader::at(double seconds) {
+    const double target = std::max(0.0, seconds);
+    const double position = next_.present ? next_.start : current_.start;
+    const bool back = !current_.present || !hasStarted(current_.start, target);
+    const bool leap =
+        !ended_ && target - position > worthSeeking && source().hasKeyBetween(position, target);
+    if (back || leap) {
+        if (auto restarted = restart(target); !restarted)
+            return restarted.error();
+    }
+    while (!ended_ && (!next_.present || hasStarted(next_.start, target))) {
+        // The first frame stays for all earlier times, so it is taken whenever it starts.
+        if (next_.present) {
+            std::swap(current_, next_);
+            next_.present = false;
+            faults_ = 0;
+        }
+        if (auto decoded = decodeNext(); !decoded)
+            return decoded.error();
+        if (!current_.present && next_.present) {
+            std::swap(current_, next_);
+            next_.present = false;
+        }
+    }
+    if (!current_.present || current_.start > target + longestHole)
+        return damagedAt(target);
+    const double holeEnd = next_.present ? next_.start : source().info().duration;
+    if (faults_ > 0 && holeEnd - current_.start > longestHole &&
+        target - current_.start > longestHole / 2)
+        return damagedAt(target);
+    return static_cast<const AVFrame*>(current_.frame.get());
+}
+
+Result<void> FrameReader::restart(double seconds) {
+    current_.present = next_.present = ended_ = draining_ = false;
+    faults_ = 0;
+    decodingTimes_ = {};
+    avcodec_flush_buffers(decoder_.get());
+    const auto start = file_.frameStart(seconds);
+    if (!start)
+        return start.error();
+    wantedStart_ = *start;
+    return source().seek(seconds);
+}
+
+Result<void> FrameReader::decodeNext() {
+    while (faults_ < hopeless) {
+        const int code = avcodec_receive_frame(decoder_.get(), next_.frame.get());
+        if (code == AVERROR_EOF) {
+            ended_ = true;
+            return {};
+        }
+        if (code == AVERROR(EAGAIN)) {
+            if (auto fed = feed(); !fed)
+                return fed;
+            continue;
+        }
+        if (code < 0) {
+            ++faults_;
+            continue;
+        }
+        next_.start = startOf(*next_.frame);
+        if (!hasStarted(0, next_.start) || (current_.present && next_.start <= current_.start))
+            continue;
+        next_.present = true;
+        return {};
+    }
+    return damagedAt(current_.start);
+}
+
+Result<void> FrameReader::feed() {
+    auto packet = source().read();
+    if (!packet)
+        return packet.error();
+    if (!*packet) {
+        if (std::exchange(draining_, true))
+            return mediaError(MediaFault::undecodable, "the decoder does not end");
+        avcodec_send_packet(decoder_.get(), nullptr);
+        return {};
+    }
+    const double time = source().time(**packet);
+    if (source().ordersByDecoding())
+        decodingTimes_.push(time);
+    else
+        decoder_->skip_frame = time < wantedStart_ ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+    if (avcodec_send_packet(decoder_.get(), *packet) < 0)
+        ++faults_;
+    return {};
+}
+
+double FrameReader::startOf(const AVFrame& frame) {
+    if (source().ordersByDecoding() && !decodingTimes_.empty()) {
+        const double time = decodingTimes_.top();
+        decodingTimes_.pop();
+        return time;
+    }
+    return source().seconds(frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp);
+}
+
+}  // namespace tembrix

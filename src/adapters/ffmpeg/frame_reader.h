@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <queue>
+#include <vector>
+
+#include "adapters/ffmpeg/frame_times.h"
+
+namespace tembrix {
+
+// Decodes the frame that shows at a time. Times that ascend in small steps cost one frame each;
+// others start anew at a key frame. Belongs to one thread at a time.
+class FrameReader {
+  public:
+    // The file must outlive the reader, and nobody else may read from it meanwhile.
+    static Result<std::unique_ptr<FrameReader>> open(VideoFile& file);
+
+    // The frame that shows at `seconds`, clamped to the video. Valid until the next call; take a
+    // reference to keep it longer.
+    Result<const AVFrame*> at(double seconds);
+
+  private:
+    struct Shown {
+        FrameHandle frame = newFrame();
+        double start = 0;
+        bool present = false;
+    };
+
+    explicit FrameReader(VideoFile& file) : file_(file) {}
+    MediaSource& source() { return *file_.source; }
+    Result<void> restart(double seconds);
+    // Decodes the next frame in showing order into next_; next_.present is false at the end.
+    Result<void> decodeNext();
+    Result<void> feed();
+    double startOf(const AVFrame& frame);
+
+    VideoFile& file_;
+    CodecHandle decoder_;
+    Shown current_;
+    Shown next_;
+    double wantedStart_ = 0;  // frames before this one are decoded only if others need them
+    bool ended_ = false;      // the decoder has given its last frame
+    bool draining_ = false;
+    int faults_ = 0;  // packets that could not be decoded since the last frame
+    // Times of decoding whose frames are still to come, where packets carry nothing else.
+    std::priority_queue<double, std::vector<double>, std::greater<>> decodingTimes_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "base/geometry.h"
+#include "base/image.h"
+
+#include "adapters/ffmpeg/av_handles.h"
+
+namespace tembrix {
+
+// How a video's numbers stand for colours.
+struct ColourCoding {
+    AVColorSpace matrix = AVCOL_SPC_BT709;
+    bool fullRange = false;
+    bool operator==(const ColourCoding&) const = default;
+};
+
+// The frame's own coding; a frame that does not say follows the custom for its size.
+ColourCoding colourCoding(const AVFrame& frame);
+
+// Tells the scaler the codings of both sides. Sides in RGB are always full range.
+void setColours(SwsContext& scaler, ColourCoding from, ColourCoding to);
+
+// `content` fitted whole into `bounds`, never larger than `largest` times its size.
+Size fittedInto(Size content, Size bounds, double largest = 1e9);
+
+// The frame as pixels of `size` (before it is turned), then turned clockwise by 0, 90, 180 or 270
+// degrees.
+Result<ImageBuffer> toImage(const AVFrame& frame, Size size, int rotation);
+
+}  // namespace tembrix
