@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -57,6 +58,8 @@ class MarkingFlow {
     // The panel appears: subscribes, loads the collection list, reads the mode, counts the stamps.
     void appear();
 
+    Published<std::vector<CollectionInfo>> userCollections;
+
     Published<MarkupMode> markupMode;
     Published<std::optional<Tag>> selectedTag;
     Published<bool> showLabelSheet{false};
@@ -85,15 +88,24 @@ class MarkingFlow {
     void switchToUserCollection(const std::string& name);
 
   private:
+    void subscribe();
     void press(const Tag& tag, bool fromMouse);
-    void closeInterval(const Tag& tag);
+    void closeInterval(const std::string& entryId, const Tag& tag, const StampTimes& times);
+    void openSheet();
+    void pausePlayer();
+    void dropIntervals(const std::string& tagId);
+    // Without times the press counts at the moment when the stamp is made.
     void processTag(const Tag& tag, const std::vector<std::string>& labels,
                     std::optional<StampTimes> times);
+    void loadPlayField(const std::string& name, std::function<void(std::optional<PlayField>)> done);
     void askForPlace(const Tag& tag, const std::vector<std::string>& labels,
                      std::optional<StampTimes> times);
     void createStamp(const Tag& tag, const std::vector<std::string>& labels,
                      std::optional<StampTimes> times, std::optional<Point> point);
+    void addStamp(const Tag& tag, TimelineStamp stamp);
     void resumeSoon();
+    void expandNewGroups();
+    bool isSelectedLineKnown() const;
 
     TimelineDataManager& timeline_;
     TagLibraryManager& tagLibrary_;
@@ -104,7 +116,10 @@ class MarkingFlow {
     Scheduler& scheduler_;
     EventBus& events_;
     std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
-    std::vector<std::unique_ptr<Timer>> timers_;
+    bool playFieldIsStale_ = false;  // a collection changed since the field was loaded
+    std::set<std::string> knownGroups_;
+    std::unique_ptr<Timer> resumeTimer_;
+    std::unique_ptr<Timer> hideSheetTimer_;
     std::vector<Subscription> subscriptions_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();
 };

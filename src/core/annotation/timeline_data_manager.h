@@ -2,12 +2,16 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "base/published.h"
 
 #include "ports/texts.h"
 
+#include "core/annotation/timeline_changes.h"
 #include "core/collections/tag_library_manager.h"
 #include "core/notifications/event_bus.h"
 #include "core/records/timeline_records.h"
@@ -22,6 +26,8 @@ class DrawingLinks {
     virtual ~DrawingLinks() = default;
     virtual void deleteDrawingFiles(const std::string& drawingName) = 0;
     virtual void checkLinksAfterResize(const Uuid& stampId, double start, double finish) = 0;
+    // Whether the drawing's files are there, so that a stamp of it may come back.
+    virtual bool drawingExists(const std::string&) const { return false; }
 };
 
 // Reads and writes the stored markup mode.
@@ -35,6 +41,15 @@ class MarkupModeStore {
   private:
     UserDefaults& defaults_;
     EventBus& events_;
+};
+
+// One gesture of the user on the timelines: the changes that take it back, in their order.
+struct TimelineEdit {
+    std::string_view name;  // text key
+    std::vector<TimelineChange> changes;
+    // The selection of the line before and after the gesture.
+    std::optional<Uuid> selectionBefore;
+    std::optional<Uuid> selectionAfter;
 };
 
 // The single owner of the timelines of the open video. Every change of a line or a stamp goes
@@ -54,12 +69,19 @@ class TimelineDataManager {
     Published<std::optional<Uuid>> selectedStampID;
     std::optional<Bytes> currentBookmark;
 
+    Signal<TimelineEdit> edited;                  // after each gesture that changed something
+    Signal<> replaced;                            // another timeline took the place of this one
+    Signal<std::string, std::string> tagRenamed;  // tag id, its name from now on
+
     // Opening a project: bookmark, lines, selection by mode, then the drawings timeline.
     void openTimeline(const Bytes& bookmark, TimelineLines loaded);
+    // Puts another timeline in place of this video's, for an import or a rescue, and saves.
+    void replaceLines(TimelineLines lines);
 
     void selectLine(const Uuid& line);
     void addLine(const std::string& name);
     Uuid lineForTag(const Tag& tag);  // made if missing; does not save
+    // The drawings timeline can be neither deleted, renamed nor moved from its first place.
     void deleteLine(const Uuid& line);
     void renameLine(const Uuid& line, const std::string& name);
     // Moves a line directly above another; does not save by itself.
@@ -77,6 +99,10 @@ class TimelineDataManager {
     void saveLines();
     Uuid ensureDrawingsTimeline();
 
+    // Takes an edit back and saves; gives the edit that does it again. Stamps of drawings come back
+    // only if their drawing is there. Without changes in the result nothing was left to take back.
+    TimelineEdit takeBack(const TimelineEdit& edit);
+
     // Null for an unknown id; valid until the lines change.
     const TimelineLine* findLine(const Uuid& line) const;
     struct Found {
@@ -87,6 +113,12 @@ class TimelineDataManager {
 
   private:
     void handleTagUpdated(const events::TagUpdated& event);
+    // Makes the changes and tells the observers of the lines once; gives what takes them back.
+    std::vector<TimelineChange> change(const std::vector<TimelineChange>& changes);
+    void addToStep(std::vector<TimelineChange> inverses);
+    void endStep(std::string_view name, std::optional<Uuid> selectionBefore);
+    void store();
+    std::vector<TimelineChange> withDrawingsThatExist(std::vector<TimelineChange> changes) const;
 
     InMemoryStorageManager& storage_;
     VideoFilesManager& library_;
@@ -95,6 +127,10 @@ class TimelineDataManager {
     EventBus& events_;
     const Texts& texts_;
     DrawingLinks* drawingLinks_ = nullptr;
+    std::vector<TimelineChange> openStep_;  // taken into the gesture that is being made
+    mutable std::unordered_map<Uuid, std::pair<std::size_t, std::size_t>> stampPlaces_;
+    mutable bool stampPlacesValid_ = false;
+    Subscription linesChanged_;
     Subscription tagUpdated_;
 };
 
