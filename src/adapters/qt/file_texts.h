@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "base/log.h"
+
+#include "ports/texts.h"
+
+namespace tembrix {
+
+// Texts from <folder>/<language>.json, an object of texts by key.
+class FileTexts final : public Texts {
+  public:
+    // A file that cannot be read is logged and leaves its keys as their own texts.
+    FileTexts(const std::filesystem::path& folder, const std::string& language, Log& log);
+
+    std::string text(std::string_view key) const override;
+
+  private:
+    std::map<std::string, std::string, std::less<>> texts_;
+};
+
+}  // namespace tembrix

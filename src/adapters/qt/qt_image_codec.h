@@ -1,0 +1,16 @@
+#pragma once
+
+#include "ports/images.h"
+
+namespace tembrix {
+
+// PNG and JPEG through Qt. Decoding applies a photo's orientation and converts to sRGB.
+class QtImageCodec final : public ImageCodec {
+  public:
+    Result<ImageBuffer> decode(BytesView file) const override;
+    Result<Bytes> encodePng(const ImageBuffer& image) const override;
+    // Transparent pixels come out on black.
+    Result<Bytes> encodeJpeg(const ImageBuffer& image, int quality) const override;
+};
+
+}  // namespace tembrix
