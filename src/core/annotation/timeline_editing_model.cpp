@@ -55,9 +55,12 @@ void TimelineEditingModel::disappear() {
 
 void TimelineEditingModel::takeLines(const TimelineLines& lines) {
     const auto changed = rows_.update(lines);
-    // A gesture on a stamp that is gone has nothing left to do.
-    const auto gone = [&](const Uuid& stamp) { return !rows_.findStamp(stamp); };
-    if ((resize() && gone(resize()->stamp())) || (move() && gone(move()->info().stampID)))
+    // A gesture whose stamp is gone, or whose row is another now, has nothing left to do.
+    const bool lost = resize() ? !rows_.findStamp(resize()->stamp())
+                      : move() ? move()->row() >= rows_.size() ||
+                                     !rows_[move()->row()].stampIndex(move()->info().stampID)
+                               : false;
+    if (lost)
         cancelGesture();
     rowsChanged.emit(changed);
 }
