@@ -13,6 +13,7 @@
 
 #include "base/files.h"
 
+#include "app/library/data_management_sheet.h"
 #include "app/library/match_sheet.h"
 #include "app/library/video_card_delegate.h"
 #include "app/library/videos_list_model.h"
@@ -24,10 +25,12 @@
 
 namespace tembrix {
 
-VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services, QWidget* parent)
+VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services,
+                       DataSyncManager& dataSync, QWidget* parent)
     : QWidget(parent),
       viewModel_(viewModel),
       services_(services),
+      dataSync_(dataSync),
       model_(new VideosListModel(viewModel, services.locale, services.texts, this)),
       cards_(new VideoCardDelegate(this)) {
     auto* layout = new QVBoxLayout(this);
@@ -70,6 +73,12 @@ QWidget* VideosView::makeTopBar() {
     auto* guide = makeButton(texts, "openGuide");
     connect(guide, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenGuide{}); });
     row->addWidget(guide);
+    auto* data = makeButton(texts, "dataManagementTitle");
+    connect(data, &QPushButton::clicked, this, [this] {
+        auto* sheet = new DataManagementSheet(this, services_, dataSync_);
+        sheet->present();
+    });
+    row->addWidget(data);
     auto* add = makeButton(texts, "addVideoTitle", ButtonLook::accented);
     connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
     row->addWidget(add);

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "app/services.h"
+#include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 
 class QLabel;
@@ -25,7 +26,8 @@ class VideosView final : public QWidget {
     Q_OBJECT
 
   public:
-    VideosView(VideosViewModel& viewModel, const AppServices& services, QWidget* parent = nullptr);
+    VideosView(VideosViewModel& viewModel, const AppServices& services, DataSyncManager& dataSync,
+               QWidget* parent = nullptr);
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -49,6 +51,7 @@ class VideosView final : public QWidget {
 
     VideosViewModel& viewModel_;
     const AppServices& services_;
+    DataSyncManager& dataSync_;
     VideosListModel* model_;
     VideoCardDelegate* cards_;
     QLineEdit* search_ = nullptr;

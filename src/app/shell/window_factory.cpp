@@ -68,10 +68,6 @@ class QtWindowFactory::Handle final : public ProjectWindow {
         shell_->activateWindow();
     }
 
-    void setTakesMouse(bool takes) override {
-        shell_->setAttribute(Qt::WA_TransparentForMouseEvents, !takes);
-    }
-
     void detach() override { shell_->detach(); }
 
   private:

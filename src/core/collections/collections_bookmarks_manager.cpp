@@ -176,6 +176,18 @@ void CollectionsBookmarksManager::applicationWillTerminate() {
         startWrite();
 }
 
+void CollectionsBookmarksManager::flushNow() {
+    if (pendingSave_.exchange(false))
+        index_->writeCache();
+}
+
+void CollectionsBookmarksManager::rereadIndex() {
+    pendingSave_ = false;
+    const std::lock_guard lock(index_->cacheLock);
+    index_->cache.clear();
+    index_->ahead = false;
+}
+
 void CollectionsBookmarksManager::startWrite() {
     scheduler_.background(Priority::utility, [index = index_] { index->writeCache(); });
 }

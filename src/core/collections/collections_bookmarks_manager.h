@@ -41,6 +41,11 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     void applicationWillTerminate();
     void saveNow() override { applicationWillTerminate(); }
 
+    // Writes a pending change on the calling thread; for the backup. Any thread.
+    void flushNow();
+    // Forgets the cached list, because the file was replaced from outside. Any thread.
+    void rereadIndex();
+
     std::filesystem::path indexFile() const;
 
   private:

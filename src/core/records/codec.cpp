@@ -3,6 +3,7 @@
 #include "base/json.h"
 
 #include "core/records/annotation_records.h"
+#include "core/records/orphaned_timeline.h"
 #include "core/records/record_fields.h"
 #include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
@@ -48,6 +49,7 @@ TEMBRIX_CODEC(std::vector<VideosData>)
 TEMBRIX_CODEC(VideosDataOldFormat)
 TEMBRIX_CODEC(std::vector<VideosDataOldFormat>)
 TEMBRIX_CODEC(VideoMetadata)
+TEMBRIX_CODEC(OrphanedTimeline)
 
 #undef TEMBRIX_CODEC
 

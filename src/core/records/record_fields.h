@@ -6,6 +6,7 @@
 #include "base/json.h"
 
 #include "core/records/annotation_records.h"
+#include "core/records/orphaned_timeline.h"
 #include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
 
@@ -177,6 +178,17 @@ struct JsonFields<VideoMetadata> {
                         json::required("score", &VideoMetadata::score),
                         json::required("dateTime", &VideoMetadata::dateTime),
                         json::optional("urlString", &VideoMetadata::urlString));
+};
+
+template <>
+struct JsonFields<OrphanedTimeline> {
+    static constexpr auto fields =
+        std::make_tuple(json::required("videoId", &OrphanedTimeline::videoId),
+                        json::optional("videoName", &OrphanedTimeline::videoName),
+                        json::required("timelines", &OrphanedTimeline::timelines),
+                        json::optional("customName", &OrphanedTimeline::customName),
+                        json::optional("isFavorite", &OrphanedTimeline::isFavorite),
+                        json::required("backupDate", &OrphanedTimeline::backupDate));
 };
 
 }  // namespace tembrix

@@ -14,7 +14,6 @@ class NoWindows final : public WindowFactory {
     struct Window final : ProjectWindow {
         void setFrame(const Rect&) override {}
         void show() override {}
-        void setTakesMouse(bool) override {}
         void detach() override {}
     };
     std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {

@@ -48,7 +48,6 @@ class FakeWindows final : public WindowFactory {
         ~Handle() override { owner.open.erase(window->kind); }
         void setFrame(const Rect& frame) override { window->frame = frame; }
         void show() override { owner.shown.push_back(window->kind); }
-        void setTakesMouse(bool) override {}
         void detach() override { window->detached = true; }
         FakeWindows& owner;
         std::shared_ptr<Window> window;

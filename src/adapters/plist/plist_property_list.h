@@ -1,0 +1,14 @@
+#pragma once
+
+#include "ports/property_list.h"
+
+namespace tembrix {
+
+// Property lists by libplist.
+class PlistPropertyList final : public PropertyList {
+  public:
+    Result<Bytes> encode(const std::map<std::string, Bytes>& values) const override;
+    Result<std::map<std::string, Bytes>> decode(BytesView file) const override;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,152 @@
+#include "app/library/data_management_sheet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "base/files.h"
+
+#include "ports/panels.h"
+#include "ports/scheduler.h"
+
+#include "app/theme/theme.h"
+#include "app/widgets/qt_text.h"
+
+namespace tembrix {
+
+namespace {
+constexpr int sheetWidth = 560;
+}
+
+DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& services,
+                                         DataSyncManager& dataSync)
+    : Sheet(parent, services.texts, "dataManagementTitle"),
+      services_(services),
+      dataSync_(dataSync) {
+    setMinimumWidth(sheetWidth);
+    content()->addWidget(makeLabel(texts(), "dataManagementBackupSystemInfo"));
+    content()->addWidget(
+        makeLabel(texts(), "dataManagementBackupSystemDescription", LabelLook::secondary));
+    content()->addWidget(makeLabel(texts(), "dataManagementBackupNote", LabelLook::secondary));
+
+    addStore("dataManagementDocumentsTitle", "dataManagementDocumentsDescription",
+             "dataManagementDocumentsHelp", [this] { return dataSync_.documentsFolder(); });
+    addStore("dataManagementApplicationSupportTitle", "dataManagementApplicationSupportDescription",
+             "dataManagementApplicationSupportHelp", [this] { return dataSync_.backupRoot(); });
+    content()->addWidget(makeSeparator(Qt::Horizontal));
+
+    actions_ = new QWidget;
+    auto* column = new QVBoxLayout(actions_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(theme::spacing);
+    content()->addWidget(actions_);
+    addAction("dataManagementRestoreFromBackup", "dataManagementRestoreFromBackupDescription",
+              ButtonLook::quiet, [this] {
+                  confirm("dataManagementRestoreConfirmationTitle",
+                          "dataManagementRestoreConfirmationMessage",
+                          "dataManagementRestoreFromBackup", ButtonLook::accented, [this] {
+                              process([&sync = dataSync_] { sync.restoreFromBackup(); },
+                                      "dataManagementRestoreSuccess");
+                          });
+              });
+    addAction("dataManagementCreateBackup", "dataManagementCreateBackupDescription",
+              ButtonLook::quiet, [this] {
+                  process([&sync = dataSync_] { sync.backUpNow(); },
+                          "dataManagementBackupCreatedSuccess");
+              });
+    addAction("dataManagementDeleteAllData", "dataManagementDeleteAllDataDescription",
+              ButtonLook::destructive, [this] {
+                  confirm("dataManagementDeleteConfirmationTitle",
+                          "dataManagementDeleteConfirmationMessage", "dataManagementDeleteAllData",
+                          ButtonLook::destructive, [this] {
+                              process(
+                                  [&sync = dataSync_] {
+                                      sync.deleteAllData();
+                                      sync.deleteBackupTimelines();
+                                  },
+                                  "dataManagementDeleteSuccess");
+                          });
+              });
+
+    status_ = makeLabel(texts(), "dataManagementProcessing", LabelLook::secondary);
+    status_->hide();
+    content()->addWidget(status_);
+    addAcceptButton("closeButtonTitle", ButtonLook::quiet, false);
+    connect(findChild<QPushButton*>(QStringLiteral("closeButtonTitle")), &QPushButton::clicked,
+            this, &DataManagementSheet::reject);
+}
+
+void DataManagementSheet::reject() {
+    if (!isProcessing_)
+        Sheet::reject();
+}
+
+void DataManagementSheet::addStore(const char* titleKey, const char* descriptionKey,
+                                   const char* helpKey,
+                                   std::function<std::filesystem::path()> folder) {
+    auto* row = new QHBoxLayout;
+    auto* open = makeButton(texts(), titleKey);
+    open->setIcon(theme::icon(QStringLiteral("folder-open")));
+    open->setToolTip(qtext(texts().text(helpKey)));
+    open->setAccessibleDescription(open->toolTip());
+    open->setMinimumWidth(sheetWidth / 3);
+    connect(open, &QPushButton::clicked, this, [this, folder = std::move(folder)] {
+        const auto place = folder();
+        if (makeFolder(place))
+            services_.panels.reveal(place);
+    });
+    row->addWidget(open);
+    row->addWidget(makeLabel(texts(), descriptionKey, LabelLook::secondary), 1);
+    content()->addLayout(row);
+}
+
+void DataManagementSheet::addAction(const char* titleKey, const char* descriptionKey,
+                                    ButtonLook look, std::function<void()> pressed) {
+    auto* row = new QHBoxLayout;
+    auto* button = makeButton(texts(), titleKey, look);
+    button->setMinimumWidth(sheetWidth / 3);
+    connect(button, &QPushButton::clicked, this, [pressed = std::move(pressed)] { pressed(); });
+    row->addWidget(button, 0, Qt::AlignTop);
+    row->addWidget(makeLabel(texts(), descriptionKey, LabelLook::secondary), 1);
+    static_cast<QVBoxLayout*>(actions_->layout())->addLayout(row);
+}
+
+void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
+                                  const char* buttonKey, ButtonLook look,
+                                  std::function<void()> confirmed) {
+    auto* question = new Sheet(this, texts(), titleKey);
+    question->content()->addWidget(makeLabel(texts(), messageKey, LabelLook::secondary));
+    question->addCancelButton("cancelButtonTitle");
+    question->addAcceptButton(buttonKey, look);
+    connect(question, &QDialog::accepted, this,
+            [confirmed = std::move(confirmed)] { confirmed(); });
+    question->present();
+}
+
+void DataManagementSheet::process(std::function<void()> work, const char* resultKey) {
+    setProcessing(true);
+    services_.scheduler.background(
+        Priority::userInitiated, [&scheduler = services_.scheduler, self = QPointer(this),
+                                  work = std::move(work), resultKey] {
+            work();
+            scheduler.onMain([self, resultKey] {
+                if (!self)
+                    return;
+                self->setProcessing(false);
+                self->status_->setText(qtext(self->texts().text(resultKey)));
+                self->status_->show();
+            });
+        });
+}
+
+void DataManagementSheet::setProcessing(bool processing) {
+    isProcessing_ = processing;
+    actions_->setVisible(!processing);
+    status_->setText(qtext(texts().text("dataManagementProcessing")));
+    status_->setVisible(processing);
+}
+
+}  // namespace tembrix

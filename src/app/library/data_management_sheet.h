@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+
+#include "app/services.h"
+#include "app/widgets/sheet.h"
+#include "core/safety/data_sync_manager.h"
+
+namespace tembrix {
+
+// Explains the two stores and starts the backup's operations by hand. The work runs in the
+// background; while it does, a line says so in place of the buttons.
+class DataManagementSheet final : public Sheet {
+    Q_OBJECT
+
+  public:
+    DataManagementSheet(QWidget* parent, const AppServices& services, DataSyncManager& dataSync);
+
+    void reject() override;  // not while work runs
+
+  private:
+    void addStore(const char* titleKey, const char* descriptionKey, const char* helpKey,
+                  std::function<std::filesystem::path()> folder);
+    void addAction(const char* titleKey, const char* descriptionKey, ButtonLook look,
+                   std::function<void()> pressed);
+    void confirm(const char* titleKey, const char* messageKey, const char* buttonKey,
+                 ButtonLook look, std::function<void()> confirmed);
+    void process(std::function<void()> work, const char* resultKey);
+    void setProcessing(bool processing);
+
+    const AppServices& services_;
+    DataSyncManager& dataSync_;
+    QWidget* actions_;
+    QLabel* status_;
+    bool isProcessing_ = false;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,280 @@
+#include "core/safety/data_sync_manager.h"
+
+#include <set>
+#include <sys/stat.h>
+#include <system_error>
+#include <utility>
+
+#include "base/files.h"
+
+#include "core/records/codec.h"
+#include "core/safety/folder_copy.h"
+
+namespace tembrix {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
+constexpr const char* videosDataKey = "videosData";
+constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
+constexpr const char* propertyListName = "UserDefaultsBackup.plist";
+
+}  // namespace
+
+DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::move(services)) {
+    makeBackupFolders();
+}
+
+DataSyncManager::~DataSyncManager() = default;
+
+fs::path DataSyncManager::backupRoot() const {
+    return services_.directories.applicationSupport / "Tembrix-Stat-Backup";
+}
+
+fs::path DataSyncManager::backupTimelinesFolder() const {
+    return backupRoot() / "Timelines";
+}
+
+fs::path DataSyncManager::documentsFolder() const {
+    return services_.storage.dataFolder();
+}
+
+void DataSyncManager::makeBackupFolders() const {
+    for (const auto& folder : {backupRoot(), backupRoot() / "Tembrix-Stat/Collections",
+                               backupRoot() / "Tembrix-Stat/PlayFields", backupTimelinesFolder()})
+        (void)makeFolder(folder);
+}
+
+void DataSyncManager::syncOnLaunch() {
+    log("🔄 DataSync: Starting synchronization on app launch");
+    services_.scheduler.background(Priority::utility, [this, weak = std::weak_ptr(alive_)] {
+        if (const auto alive = weak.lock())
+            runLaunchWork();
+    });
+}
+
+void DataSyncManager::runLaunchWork() {
+    for (const char* item : {"Collections", "PlayFields", "Timelines", "CollectionsBookmarks.json"})
+        finishReplacing(documentsFolder() / item);
+    services_.index.cleanUpDuplicateCollections();
+    (void)services_.index.collections();
+    log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
+    if (!hasData()) {
+        log("📥 DataSync: No data in Documents, restoring from backup");
+        restoreFromBackup();
+    } else {
+        log("✅ DataSync: Data exists in Documents, checking differences with backup");
+        if (backupIsNewer()) {
+            log("⚠️ DataSync: Differences found, restoring newer data from backup");
+            restoreFromBackup();
+        } else {
+            log("✅ DataSync: Data is identical");
+        }
+    }
+    scheduleBackup();
+}
+
+bool DataSyncManager::hasData() const {
+    return services_.defaults.data(videosDataKey) ||
+           services_.defaults.data(collectionsBookmarksKey) ||
+           isThere(documentsFolder() / "Collections");
+}
+
+bool DataSyncManager::backupIsNewer() const {
+    const fs::path list = backupRoot() / propertyListName;
+    if (!isThere(list))
+        return false;
+    struct stat status {};
+    if (::stat(list.c_str(), &status) != 0) {
+        log("❌ DataSync: Error checking differences - " + std::generic_category().message(errno));
+        return false;
+    }
+    const double written = static_cast<double>(status.st_mtim.tv_sec) +
+                           static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
+    const auto noted = services_.defaults.date(lastSyncDateKey);
+    return !noted || written > noted->secondsSince1970;
+}
+
+void DataSyncManager::scheduleBackup() {
+    pendingBackup_ = true;
+    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
+        if (weak.expired())
+            return;
+        backupTimer_ = services_.scheduler.after(backupDelay, [this, weak] {
+            // The timer is the main thread's; the copying is not, so that no window waits for it.
+            services_.scheduler.background(Priority::utility, [this, weak] {
+                if (const auto alive = weak.lock())
+                    performBackup();
+            });
+        });
+    });
+}
+
+void DataSyncManager::performBackup() {
+    if (pendingBackup_.exchange(false))
+        backUp();
+}
+
+void DataSyncManager::backUpNow() {
+    services_.scheduler.onMainAndWait([this] { backupTimer_.reset(); });
+    pendingBackup_ = true;
+    performBackup();
+}
+
+void DataSyncManager::backUp() {
+    const std::lock_guard lock(operation_);
+    log("💾 DataSync: Creating data backup");
+    services_.storage.flushNow();
+    services_.index.flushNow();
+    makeBackupFolders();
+    backupCollections();
+    backupPlayFields();
+    backupTimelines();
+    backupCollectionsBookmarks();
+    backupUserDefaults();
+    services_.defaults.setDate(lastSyncDateKey, services_.scheduler.now());
+    log("✅ DataSync: Backup created successfully");
+}
+
+void DataSyncManager::backupCollections() {
+    const auto records = services_.index.collections();
+    std::set<std::string> ids;
+    for (const auto& record : records)
+        ids.insert(record.id);
+
+    const fs::path target = backupRoot() / "Tembrix-Stat/Collections";
+    (void)makeFolder(target);
+    std::error_code failure;
+    std::vector<fs::path> gone;
+    for (auto entry = fs::directory_iterator(target, failure);
+         !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
+        const std::string name = pathText(entry->path().filename());
+        std::error_code ignored;
+        if (!name.starts_with('.') && entry->is_directory(ignored) && !ids.contains(name))
+            gone.push_back(entry->path());
+    }
+    if (failure)
+        log("⚠️ DataSync: Error cleaning up backup collections - " + failure.message());
+    for (const auto& folder : gone) {
+        fs::remove_all(folder, failure);
+        log("🗑️ DataSync: Removed deleted collection from backup: " +
+            pathText(folder.filename()));
+    }
+
+    const fs::path source = documentsFolder() / "Collections";
+    if (!isThere(source))
+        log("⚠️ DataSync: Collections directory in Documents does not exist");
+    for (const auto& record : records) {
+        const fs::path folder = source / pathFromText(record.id);
+        if (!isThere(folder)) {
+            log("⚠️ DataSync: Collection folder missing in Documents: " + record.name);
+            continue;
+        }
+        if (const auto copied = replaceByCopy(folder, target / pathFromText(record.id)); copied)
+            log("✅ DataSync: Backed up collection: " + record.name);
+        else
+            log("❌ DataSync: Error backing up collection " + record.name + " - " +
+                copied.error().text);
+    }
+    log("✅ DataSync: Collections backup completed (" + std::to_string(records.size()) +
+        " collections)");
+}
+
+void DataSyncManager::backupPlayFields() {
+    const fs::path source = documentsFolder() / "PlayFields";
+    if (!isThere(source)) {
+        log("⚠️ DataSync: PlayFields directory in Documents does not exist");
+        return;
+    }
+    if (const auto copied = replaceByCopy(source, backupRoot() / "Tembrix-Stat/PlayFields"); copied)
+        log("✅ DataSync: PlayFields backed up");
+    else
+        log("❌ DataSync: Error backing up PlayFields - " + copied.error().text);
+}
+
+// Records of videos that have left the library stay: they are what can be rescued of them.
+void DataSyncManager::backupTimelines() {
+    const auto data = services_.defaults.data(videosDataKey);
+    if (!data) {
+        log("⚠️ DataSync: No video data for timeline backup");
+        return;
+    }
+    const auto videos = decode<std::vector<VideosData>>(*data);
+    if (!videos) {
+        log("❌ DataSync: Error backing up timelines - " + videos.error().text);
+        return;
+    }
+    int written = 0;
+    for (const auto& video : *videos) {
+        TimelineLines lines = services_.storage.loadTimeline(video.id);
+        if (lines.empty())
+            continue;
+        if (const auto done = writeRecord(recordOf(video, std::move(lines))); done)
+            ++written;
+        else
+            log("❌ DataSync: Error backing up timelines - " + done.error().text);
+    }
+    log("✅ DataSync: Video timelines backed up (" + std::to_string(written) + " files)");
+}
+
+OrphanedTimeline DataSyncManager::recordOf(const VideosData& video, TimelineLines lines) const {
+    const auto resolved = services_.bookmarks.resolve(video.bookmark);
+    return {
+        .videoId = video.id,
+        .videoName = resolved ? std::optional(pathText(resolved->path.filename())) : std::nullopt,
+        .timelines = std::move(lines),
+        .customName = video.customName,
+        .isFavorite = video.isFavorite,
+        .backupDate = services_.scheduler.now(),
+    };
+}
+
+Result<void> DataSyncManager::writeRecord(const OrphanedTimeline& record) const {
+    const auto bytes = encode(record, JsonStyle::pretty);
+    if (!bytes)
+        return bytes.error();
+    return replaceFile(backupTimelinesFolder() / pathFromText(record.videoId + ".json"), *bytes);
+}
+
+void DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
+                                                 const TimelineLines& timelines) {
+    if (timelines.empty())
+        return;
+    makeBackupFolders();
+    if (const auto done = writeRecord(recordOf(video, timelines)); done)
+        log("💾 DataSync: Video timeline " + video.id + " saved to backup before deletion");
+    else
+        log("❌ DataSync: Error saving timeline before deletion - " + done.error().text);
+}
+
+void DataSyncManager::backupCollectionsBookmarks() {
+    const fs::path source = services_.index.indexFile();
+    if (!isThere(source)) {
+        log("⚠️ DataSync: CollectionsBookmarks.json does not exist");
+        return;
+    }
+    if (const auto copied = replaceByCopy(source, backupRoot() / "CollectionsBookmarks.json");
+        copied)
+        log("✅ DataSync: CollectionsBookmarks.json backed up");
+    else
+        log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
+}
+
+void DataSyncManager::backupUserDefaults() {
+    std::map<std::string, Bytes> values;
+    for (const char* key : {videosDataKey, collectionsBookmarksKey}) {
+        if (auto data = services_.defaults.data(key))
+            values[key] = std::move(*data);
+    }
+    const auto list = services_.propertyLists.encode(values);
+    const auto done =
+        list ? replaceFile(backupRoot() / propertyListName, *list) : Result<void>(list.error());
+    if (done)
+        log("✅ DataSync: UserDefaults backed up");
+    else
+        log("❌ DataSync: Error saving UserDefaults - " + done.error().text);
+}
+
+}  // namespace tembrix

@@ -1,0 +1,192 @@
+#include "core/safety/data_sync_manager.h"
+
+#include <gtest/gtest.h>
+
+#include "base/files.h"
+
+#include "core/records/codec.h"
+#include "core/safety/folder_copy.h"
+#include "fakes/core_project.h"
+#include "fakes/fake_property_list.h"
+
+namespace tembrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool logged(const CapturedLog& log, std::string_view part) {
+    return log.contains(part);
+}
+
+TimelineLines oneLine(const std::string& name) {
+    TimelineStamp stamp;
+    stamp.id = Uuid::random();
+    stamp.idTag = "shot";
+    stamp.timeFinishSeconds = 4;
+    stamp.label = "Shot";
+    return {TimelineLine{Uuid::random(), name, {stamp}, ""}};
+}
+
+struct DataSyncTest : testing::Test {
+    CoreProject project;
+    FakePropertyList lists;
+    DataSyncManager sync{DataSyncServices{project.defaults, project.storage, project.index,
+                                          project.bookmarks, lists, project.scheduler,
+                                          project.folder.directories(), project.log}};
+
+    std::string addCollection(const std::string& id, const std::string& name) {
+        Tag tag;
+        tag.id = "t-" + id;
+        tag.name = name;
+        CollectionData data;
+        data.id = id;
+        data.tags = {tag};
+        project.storage.saveCollection(data);
+        project.index.addOrUpdateCollection(id, name);
+        return id;
+    }
+    fs::path documents() { return sync.documentsFolder(); }
+};
+
+TEST_F(DataSyncTest, TheFirstLaunchFindsNothingAndBacksUpTwoSecondsLater) {
+    project.defaults.remove("videosData");
+    sync.syncOnLaunch();
+    project.scheduler.run();
+    for (const char* item : {"Timelines", "PlayFields", "UserDefaults"})
+        EXPECT_TRUE(logged(project.log, item)) << item;
+    EXPECT_TRUE(logged(project.log, "No data in Documents, restoring from backup"));
+    EXPECT_FALSE(project.defaults.date("DataSync_LastSyncDate"));
+    project.scheduler.advance(1.9);
+    EXPECT_FALSE(logged(project.log, "Backup created successfully"));
+    project.scheduler.advance(0.2);
+    EXPECT_TRUE(logged(project.log, "Backup created successfully"));
+    EXPECT_TRUE(project.defaults.date("DataSync_LastSyncDate"));
+}
+
+TEST_F(DataSyncTest, EverythingComesBackAfterTheDefaultsAndTheDocumentsAreLost) {
+    const auto id = project.addVideo();
+    const TimelineLines lines = oneLine("Attack");
+    project.storage.saveTimeline(lines, id);
+    addCollection("C1", "Hockey");
+    fs::create_directories(documents() / "PlayFields");
+    project.folder.write("Documents/Tembrix-Stat/PlayFields/Hockey.png", "picture");
+    sync.backUpNow();
+
+    for (const auto& key : project.defaults.keys(""))
+        project.defaults.remove(key);
+    fs::remove_all(documents());
+    bool told = false;
+    sync.setRestored([&] { told = true; });
+    sync.syncOnLaunch();
+    project.scheduler.run();
+
+    EXPECT_TRUE(told);
+    EXPECT_EQ(project.storage.loadTimeline(id), lines);
+    EXPECT_EQ(project.index.collections(), (std::vector<CollectionInfo>{{"C1", "Hockey"}}));
+    ASSERT_TRUE(project.storage.loadCollection("C1"));
+    EXPECT_EQ(project.storage.loadCollection("C1")->tags.front().name, "Hockey");
+    EXPECT_TRUE(fs::exists(documents() / "PlayFields/Hockey.png"));
+    project.library.reloadFiles();
+    ASSERT_EQ(project.library.files().size(), 1U);
+    EXPECT_EQ(project.library.files().front().videoData.id, id);
+}
+
+TEST_F(DataSyncTest, DocumentsWinUnlessTheListWasWrittenAfterTheLastNotedBackup) {
+    const auto id = project.addVideo();
+    project.storage.saveTimeline(oneLine("Old"), id);
+    sync.backUpNow();
+    // A moment after the file's: nothing is restored, although the content differs.
+    project.defaults.setDate("DataSync_LastSyncDate", Date{4e9});
+    project.library.renameVideo(project.library.files().front(), "Renamed");
+    sync.syncOnLaunch();
+    project.scheduler.run();
+    EXPECT_TRUE(logged(project.log, "✅ DataSync: Data is identical"));
+    // Without a noted date the backup wins.
+    project.defaults.remove("DataSync_LastSyncDate");
+    sync.syncOnLaunch();
+    project.scheduler.run();
+    EXPECT_TRUE(logged(project.log, "Differences found, restoring newer data from backup"));
+    project.library.reloadFiles();
+    EXPECT_NE(project.library.files().front().videoData.customName, "Renamed");
+}
+
+TEST_F(DataSyncTest, ADeletedVideosTimelineOutlastsTheNextBackups) {
+    const auto id = project.addVideo();
+    project.library.setDeletedTimelineKeeper(&sync);
+    project.storage.saveTimeline(oneLine("Attack"), id);
+    project.library.deleteVideo(project.library.files().front());
+    sync.backUpNow();
+    const auto file = readFile(sync.backupTimelinesFolder() / (id + ".json"));
+    ASSERT_TRUE(file.ok());
+    const auto record = decode<OrphanedTimeline>(*file);
+    ASSERT_TRUE(record.ok());
+    EXPECT_EQ(record->videoName, "match.mp4");
+    EXPECT_EQ(record->timelines.front()->name, "Attack");
+    project.library.setDeletedTimelineKeeper(nullptr);
+}
+
+TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolderKeepsItsOldCopy) {
+    addCollection("C1", "Hockey");
+    addCollection("C2", "Football");
+    sync.backUpNow();
+    const fs::path copies = sync.backupRoot() / "Tembrix-Stat/Collections";
+    ASSERT_TRUE(fs::exists(copies / "C1/tags.json"));
+
+    project.storage.deleteCollection("C1");
+    project.index.removeCollection("C1");
+    project.defaults.remove("collection_C2");
+    fs::remove_all(documents() / "Collections/C2");
+    sync.backUpNow();
+    EXPECT_FALSE(fs::exists(copies / "C1"));
+    EXPECT_TRUE(fs::exists(copies / "C2/tags.json"));
+    EXPECT_TRUE(logged(project.log, "Collection folder missing in Documents: Football"));
+}
+
+TEST_F(DataSyncTest, ABrokenRecordOrListCostsOnlyItself) {
+    const auto id = project.addVideo();
+    project.storage.saveTimeline(oneLine("Attack"), id);
+    sync.backUpNow();
+    ASSERT_TRUE(replaceFile(sync.backupTimelinesFolder() / "BROKEN.json", toBytes("{")).ok());
+    ASSERT_TRUE(replaceFile(sync.backupRoot() / "UserDefaultsBackup.plist", toBytes("junk")).ok());
+    project.defaults.remove("timeline_" + id);
+    fs::remove_all(documents() / "Timelines");
+    sync.restoreFromBackup();
+    EXPECT_EQ(project.storage.loadTimeline(id).size(), 1U);
+    EXPECT_TRUE(logged(project.log, "❌ DataSync: Error restoring UserDefaults - "));
+    EXPECT_EQ(project.library.videosData().size(), 1U);
+}
+
+// A process killed between the two renames of a replacement leaves the old content aside.
+TEST_F(DataSyncTest, TheNextLaunchFinishesAnInterruptedReplacement) {
+    addCollection("C1", "Hockey");
+    sync.backUpNow();
+    project.defaults.setDate("DataSync_LastSyncDate", Date{4e9});
+    fs::path aside = documents() / "Collections";
+    aside += ".replaced";
+    fs::rename(documents() / "Collections", aside);
+    fs::create_directories(stagingPlace(documents() / "Collections") / "half");
+    sync.syncOnLaunch();
+    project.scheduler.run();
+    EXPECT_TRUE(fs::exists(documents() / "Collections/C1/tags.json"));
+    EXPECT_FALSE(fs::exists(aside));
+    EXPECT_FALSE(fs::exists(stagingPlace(documents() / "Collections")));
+}
+
+TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFoldersAgain) {
+    const auto id = project.addVideo();
+    project.storage.saveTimeline(oneLine("Attack"), id);
+    addCollection("C1", "Hockey");
+    sync.backUpNow();
+    sync.deleteAllData();
+    sync.deleteBackupTimelines();
+    EXPECT_FALSE(fs::exists(sync.backupRoot()));
+    EXPECT_FALSE(fs::exists(documents() / "Collections"));
+    EXPECT_FALSE(project.defaults.data("videosData"));
+    EXPECT_TRUE(project.index.collections().empty());
+    EXPECT_TRUE(project.defaults.data("timeline_" + id));  // not touched
+    sync.backUpNow();
+    EXPECT_TRUE(fs::exists(sync.backupTimelinesFolder()));
+}
+
+}  // namespace
+}  // namespace tembrix
