@@ -71,7 +71,8 @@ bool isDarkHexColor(std::string_view text) {
     if (characterCount(text) != 6)
         return false;
     const std::uint32_t n = hexPrefix(text);
-    return 0.299 * (n >> 16) + 0.587 * (n >> 8 & 255) + 0.114 * (n & 255) < 128;
+    // In thousandths, so that a grey of exactly one half is not lost to rounding.
+    return 299 * (n >> 16) + 587 * (n >> 8 & 255) + 114 * (n & 255) < 128'000;
 }
 
 }  // namespace tembrix

@@ -21,6 +21,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -47,17 +48,17 @@ enum class Presence { required, optional };
 
 template <class Record, class Member, Presence presence_>
 struct Field {
-    const char* key;
+    std::string_view key;
     Member Record::*member;
     static constexpr Presence presence = presence_;
 };
 
 template <class Record, class Member>
-constexpr auto required(const char* key, Member Record::*member) {
+constexpr auto required(std::string_view key, Member Record::*member) {
     return Field<Record, Member, Presence::required>{key, member};
 }
 template <class Record, class Member>
-constexpr auto optional(const char* key, std::optional<Member> Record::*member) {
+constexpr auto optional(std::string_view key, std::optional<Member> Record::*member) {
     return Field<Record, std::optional<Member>, Presence::optional>{key, member};
 }
 
@@ -66,9 +67,8 @@ using Value = rapidjson::Value;
 // Where decoding stands; the steps are written out only when it fails.
 class Path {
   public:
-    void push(const char* key) { steps_.emplace_back(key); }
     void push(std::size_t index) { steps_.emplace_back("[" + std::to_string(index) + "]"); }
-    void push(std::string key) { steps_.push_back(std::move(key)); }
+    void push(std::string_view key) { steps_.emplace_back(key); }
 
     // The steps are pushed innermost first, on the way out of a failure.
     std::string text() const {
@@ -95,10 +95,14 @@ struct Failure {
     }
 };
 
+inline std::string_view textOf(const Value& text) {
+    return {text.GetString(), text.GetStringLength()};
+}
+
 inline bool read(const Value& v, std::string& out, Failure& f) {
     if (!v.IsString())
         return f.fail("expected text");
-    out.assign(v.GetString(), v.GetStringLength());
+    out = textOf(v);
     return true;
 }
 inline bool read(const Value& v, double& out, Failure& f) {
@@ -122,7 +126,7 @@ inline bool read(const Value& v, bool& out, Failure& f) {
 inline bool read(const Value& v, Uuid& out, Failure& f) {
     if (!v.IsString())
         return f.fail("expected a UUID");
-    const auto id = Uuid::parse({v.GetString(), v.GetStringLength()});
+    const auto id = Uuid::parse(textOf(v));
     if (!id)
         return f.fail("expected a UUID");
     out = *id;
@@ -131,7 +135,7 @@ inline bool read(const Value& v, Uuid& out, Failure& f) {
 inline bool read(const Value& v, Bytes& out, Failure& f) {
     if (!v.IsString())
         return f.fail("expected Base64 text");
-    auto bytes = base64Decode({v.GetString(), v.GetStringLength()});
+    auto bytes = base64Decode(textOf(v));
     if (!bytes)
         return f.fail("expected Base64 text");
     out = std::move(*bytes);
@@ -155,11 +159,10 @@ inline bool read(const Value& v, std::map<std::string, std::string>& out, Failur
     for (const auto& member : v.GetObject()) {
         std::string text;
         if (!read(member.value, text, f)) {
-            f.path.push(std::string(member.name.GetString(), member.name.GetStringLength()));
+            f.path.push(textOf(member.name));
             return false;
         }
-        out.insert_or_assign(std::string(member.name.GetString(), member.name.GetStringLength()),
-                             std::move(text));
+        out.insert_or_assign(std::string(textOf(member.name)), std::move(text));
     }
     return true;
 }
@@ -194,20 +197,46 @@ bool read(const Value& v, Cow<T>& out, Failure& f) {
     return read(v, out.write(), f);
 }
 
+// Finds members of an object. What was written in the order of a field table is read in the same
+// order, so the search goes on from the last find.
+class Members {
+  public:
+    explicit Members(const Value& object)
+        : begin_(object.MemberBegin()), end_(object.MemberEnd()), next_(begin_) {}
+
+    const Value* find(std::string_view key) {
+        for (auto member = next_; member != end_; ++member) {
+            if (textOf(member->name) == key) {
+                next_ = member + 1;
+                return &member->value;
+            }
+        }
+        for (auto member = begin_; member != next_; ++member) {
+            if (textOf(member->name) == key)
+                return &member->value;
+        }
+        return nullptr;
+    }
+
+  private:
+    Value::ConstMemberIterator begin_;
+    Value::ConstMemberIterator end_;
+    Value::ConstMemberIterator next_;
+};
+
 template <class Record, class FieldType>
-bool readField(const Value& object, Record& out, const FieldType& field, Failure& f) {
-    const auto found = object.FindMember(field.key);
-    const bool present = found != object.MemberEnd();
+bool readField(Members& members, Record& out, const FieldType& field, Failure& f) {
+    const Value* const found = members.find(field.key);
     if constexpr (FieldType::presence == Presence::optional) {
         auto& member = out.*field.member;
-        if (!present || found->value.IsNull()) {
+        if (!found || found->IsNull()) {
             member.reset();
             return true;
         }
-        if (read(found->value, member.emplace(), f))
+        if (read(*found, member.emplace(), f))
             return true;
     } else {
-        if (present ? read(found->value, out.*field.member, f) : f.fail("required key is missing"))
+        if (found ? read(*found, out.*field.member, f) : f.fail("required key is missing"))
             return true;
     }
     f.path.push(field.key);
@@ -221,8 +250,10 @@ requires requires {
 bool read(const Value& v, Record& out, Failure& f) {
     if (!v.IsObject())
         return f.fail("expected an object");
-    return std::apply([&](const auto&... field) { return (readField(v, out, field, f) && ...); },
-                      JsonFields<Record>::fields);
+    Members members(v);
+    return std::apply(
+        [&](const auto&... field) { return (readField(members, out, field, f) && ...); },
+        JsonFields<Record>::fields);
 }
 
 template <class Writer>
@@ -302,16 +333,21 @@ void write(Writer& w, const Cow<T>& value) {
     write(w, *value);
 }
 
+template <class Writer>
+void writeKey(Writer& w, std::string_view key) {
+    w.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+}
+
 template <class Writer, class Record, class FieldType>
 void writeField(Writer& w, const Record& record, const FieldType& field) {
     const auto& member = record.*field.member;
     if constexpr (FieldType::presence == Presence::optional) {
         if (!member)
             return;
-        w.Key(field.key);
+        writeKey(w, field.key);
         write(w, *member);
     } else {
-        w.Key(field.key);
+        writeKey(w, field.key);
         write(w, member);
     }
 }
@@ -333,9 +369,11 @@ void write(Writer& w, const Record& record) {
 template <class T>
 Result<T> decodeJson(BytesView bytes) {
     rapidjson::Document document;
-    // Full precision: a double that was written must come back bit for bit.
-    document.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag>(
-        reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    // Full precision: a double that was written must come back bit for bit. Iterative: a document
+    // nested deeper than the stack fails like any other that is not ours.
+    document.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag |
+                   rapidjson::kParseIterativeFlag>(reinterpret_cast<const char*>(bytes.data()),
+                                                   bytes.size());
     if (document.HasParseError())
         return Error{"json", 1,
                      std::string(rapidjson::GetParseError_En(document.GetParseError())) +
