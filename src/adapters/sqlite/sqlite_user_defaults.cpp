@@ -210,9 +210,11 @@ void SqliteUserDefaults::replaceDamaged(const std::string& reason) const {
     log_.line("⚠️ UserDefaults: Damaged database set aside as " + pathText(aside.filename()) +
               " - " + reason);
     open(false);
-    const auto damaged = Database::open(aside, Access::readWrite);
+    auto damaged = Database::open(aside, Access::readWrite);
     if (!damaged)
         return;
+    // Otherwise a file that is shorter than it says is refused whole.
+    damaged->run("PRAGMA writable_schema=ON");
     // The copy set aside stays as it was found, its log included.
     sqlite3_db_config(damaged->handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     const int count = salvage(*damaged, store_->database);

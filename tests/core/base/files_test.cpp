@@ -1,0 +1,67 @@
+#include "base/files.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <iterator>
+
+#include "fakes/temp_folder.h"
+
+namespace tembrix {
+namespace {
+
+std::ptrdiff_t entries(const std::filesystem::path& folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+TEST(Files, ReplacesWholeAndLeavesNothingBeside) {
+    TempFolder folder;
+    const auto file = folder.path() / pathFromText("матч 1.json");
+    ASSERT_TRUE(replaceFile(file, toBytes("first, and longer")));
+    ASSERT_TRUE(replaceFile(file, toBytes("second")));
+    EXPECT_EQ(readFile(file).value(), toBytes("second"));
+    ASSERT_TRUE(replaceFile(file, {}));
+    EXPECT_TRUE(readFile(file).value().empty());
+    EXPECT_EQ(entries(folder.path()), 1);
+    EXPECT_EQ(pathText(file.filename()), "матч 1.json");
+}
+
+TEST(Files, KeepsThePermissionsOfTheOldFileAndTakesTheLongestName) {
+    TempFolder folder;
+    const auto file = folder.path() / std::string(255, 'x');
+    ASSERT_TRUE(replaceFile(file, toBytes("a")));
+    std::filesystem::permissions(file, std::filesystem::perms(0600));
+    ASSERT_TRUE(replaceFile(file, toBytes("b")));
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+}
+
+TEST(Files, AFailedReplacementLeavesEverythingAsItWas) {
+    TempFolder folder;
+    const auto inTheWay = folder.path() / "in the way";
+    std::filesystem::create_directories(inTheWay / "full");
+    EXPECT_FALSE(replaceFile(inTheWay, toBytes("x")));
+    EXPECT_EQ(entries(folder.path()), 1);
+    EXPECT_TRUE(std::filesystem::is_directory(inTheWay / "full"));
+    const auto missing = replaceFile(folder.path() / "missing" / "file", toBytes("x"));
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().domain, "file");
+    EXPECT_EQ(missing.error().code, ENOENT);
+}
+
+TEST(Files, ReadingTellsWhyItFailed) {
+    TempFolder folder;
+    EXPECT_EQ(readFile(folder.path() / "missing").error().code, ENOENT);
+    EXPECT_EQ(readFile(folder.path()).error().code, EISDIR);
+    EXPECT_FALSE(readFile("/proc/self/stat").value().empty());  // no size known beforehand
+}
+
+TEST(Files, AFolderIsMadeWithItsParentsAndFailsUnderAFile) {
+    TempFolder folder;
+    EXPECT_TRUE(makeFolder(folder.path() / "a" / "b"));
+    EXPECT_TRUE(makeFolder(folder.path() / "a" / "b"));
+    folder.write("file", "");
+    EXPECT_FALSE(makeFolder(folder.path() / "file" / "b"));
+    EXPECT_FALSE(makeFolder(folder.path() / "file"));
+}
+
+}  // namespace
+}  // namespace tembrix

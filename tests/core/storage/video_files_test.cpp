@@ -1,0 +1,200 @@
+#include "base/files.h"
+
+#include "core/storage/storage_fixture.h"
+#include "core/storage/video_files_manager.h"
+#include "fakes/fake_bookmarks.h"
+#include "fakes/fake_texts.h"
+
+namespace tembrix {
+namespace {
+
+struct Keeper final : DeletedTimelineKeeper {
+    void saveTimelineBeforeDeletion(const VideosData& video, const TimelineLines& lines) override {
+        kept.emplace_back(video, lines);
+    }
+    std::vector<std::pair<VideosData, TimelineLines>> kept;
+};
+
+struct VideoFiles : StorageTest {
+    FakeBookmarks bookmarks;
+    FakeTexts texts;
+    VideoFilesManager library{*storage, bookmarks, folder.directories(), texts, log};
+    int published = 0;
+
+    VideoFiles() {
+        library.setUpdateFiles([this](const auto& files) {
+            ++published;
+            EXPECT_EQ(&files, &library.files());
+        });
+    }
+    std::filesystem::path video(const std::string& name) {
+        bookmarks.add("/videos/" + name);
+        return "/videos/" + name;
+    }
+    void store(const std::vector<VideosData>& list) {
+        defaults.setData("videosData", encode(list).value());
+    }
+    std::vector<VideosData> stored() {
+        return decode<std::vector<VideosData>>(*defaults.data("videosData")).value();
+    }
+    // Both lists hold the same entries in the same order, and so does the store.
+    void expectInStep() {
+        ASSERT_EQ(library.files().size(), library.videosData().size());
+        for (std::size_t i = 0; i < library.files().size(); ++i)
+            EXPECT_EQ(library.files()[i].videoData, library.videosData()[i]);
+        EXPECT_EQ(stored(), library.videosData());
+    }
+};
+
+TEST_F(VideoFiles, StartsOnAnEmptyMachine) {
+    library.start();
+    EXPECT_TRUE(std::filesystem::is_directory(folder.directories().documents));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.directories().temporary / "Preview"));
+    EXPECT_TRUE(library.files().empty());
+    EXPECT_TRUE(defaults.boolean("videosDataDuplicationCleanupDone_v1"));
+    EXPECT_TRUE(log.lines().empty());
+    library.reloadFiles();  // an empty list has nothing to migrate
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(VideoFiles, AddsAVideoOnceAndKnowsItAgain) {
+    library.start();
+    const auto added = library.addVideoNamed(video("a.mp4"), "Final");
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->videoData.customName, "Final");
+    EXPECT_EQ(added->videoData.isFavorite, false);
+    ASSERT_EQ(added->videoData.id.size(), 32u);
+    EXPECT_EQ(added->videoData.id.find_first_not_of("0123456789ABCDEF"), std::string::npos);
+    EXPECT_EQ(library.addVideo("/videos/a.mp4"), added);
+    EXPECT_EQ(library.files().size(), 1u);
+    EXPECT_FALSE(library.addVideo("/videos/not there.mp4"));
+    EXPECT_EQ(library.findById(added->videoData.id)->customName, "Final");
+    EXPECT_EQ(library.findByBookmark(toBytes("other")), nullptr);
+    expectInStep();
+}
+
+TEST_F(VideoFiles, AFileAddedUnderANewNameIsTheOldEntry) {
+    library.start();
+    const auto added = library.addVideo(video("a.mp4"));
+    bookmarks.rename("/videos/a.mp4", "/videos/b.mp4");
+    const auto again = library.addVideo("/videos/b.mp4");
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->videoData.id, added->videoData.id);
+    EXPECT_EQ(library.files().size(), 1u);
+    expectInStep();
+}
+
+TEST_F(VideoFiles, LoadingNormalisesAndDropsDuplicatesButNoAbsentVideo) {
+    const auto a = bookmarks.add("/videos/a.mp4");
+    const Bytes absent = toBytes("bookmark:/unmounted/x.mp4");
+    store({{a, "1", {}, {}},
+           {absent, "2", {}, true},
+           {a, "3", "same file", {}},
+           {absent, "4", {}, {}},
+           {toBytes("garbage"), "1", "same id", {}}});
+    library.start();
+    EXPECT_EQ(library.videosData(),
+              (std::vector<VideosData>{
+                  {a, "1", {}, false}, {absent, "2", {}, true}, {absent, "4", {}, false}}));
+    expectInStep();
+    library.saveVideosData();
+    EXPECT_EQ(library.videosData().size(), 3u);
+}
+
+TEST_F(VideoFiles, MigratesTheOldFormOnce) {
+    const TimelineLines kept = lines();
+    defaults.setData("videosData",
+                     encode(std::vector<VideosDataOldFormat>{{toBytes("1"), "A", kept, "n", {}},
+                                                             {toBytes("2"), "B", {}, {}, true}})
+                         .value());
+    library.start();
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"🔄 Migrating timelines...",
+                                                     "✅ Migration completed: 2 videos migrated"}));
+    EXPECT_EQ(storage->loadTimeline("A"), kept);
+    EXPECT_FALSE(defaults.data("timeline_B"));
+    EXPECT_EQ(asText(*defaults.data("videosData")).find("timelines"), std::string::npos);
+    EXPECT_EQ(stored().front(), (VideosData{toBytes("1"), "A", "n", false}));
+    log.clear();
+    library.reloadFiles();
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(VideoFiles, AListThatCannotBeReadIsLeftInPeaceAndSetAside) {
+    const Bytes broken = toBytes(R"([{"bookmark":"AA==","id":7}])");
+    defaults.setData("videosData", broken);
+    library.start();
+    EXPECT_TRUE(library.files().empty());
+    EXPECT_EQ(defaults.data("videosData"), broken);
+    EXPECT_TRUE(log.contains("videosDataLoadError [0].id: expected text"));
+    library.addVideo(video("a.mp4"));
+    expectInStep();
+    EXPECT_EQ(defaults.data("damaged_videosData"), broken);
+}
+
+TEST_F(VideoFiles, EditsReachBothListsTheStoreAndTheScreens) {
+    const auto a = bookmarks.add("/videos/a.mp4");
+    store({{a, "1", {}, {}}});
+    library.start();
+    library.toggleFavorite("1");
+    EXPECT_EQ(library.files()[0].videoData.isFavorite, true);
+    library.toggleFavorite("1");
+    EXPECT_EQ(library.files()[0].videoData.isFavorite, false);
+    library.renameVideo(library.files()[0], "Derby");
+    EXPECT_EQ(library.displayName(library.files()[0]), "Derby");
+    EXPECT_TRUE(library.rebindVideo("1", video("moved.mp4")));
+    EXPECT_EQ(library.files()[0].videoData.id, "1");
+    EXPECT_EQ(library.resolveVideoURL(library.files()[0].videoData.bookmark), "/videos/moved.mp4");
+    library.renameVideo(library.files()[0], "");
+    EXPECT_EQ(library.displayName(library.files()[0]), "moved.mp4");
+    EXPECT_EQ(published, 5);
+    expectInStep();
+
+    EXPECT_FALSE(library.rebindVideo("1", "/videos/none.mp4"));
+    EXPECT_FALSE(library.rebindVideo("2", "/videos/moved.mp4"));
+    library.toggleFavorite("2");
+    library.renameVideo({{toBytes("x"), "1", {}, {}}, nullptr}, "no such bookmark");
+    EXPECT_EQ(published, 5);
+    bookmarks.remove("/videos/moved.mp4");
+    EXPECT_EQ(library.displayName(library.files()[0]), "Видео недоступно");
+}
+
+TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
+    Keeper keeper;
+    library.setDeletedTimelineKeeper(&keeper);
+    library.start();
+    const auto marked = *library.addVideo(video("a.mp4"));
+    const auto plain = *library.addVideo(video("b.mp4"));
+    const TimelineLines kept = lines();
+    storage->saveTimeline(kept, marked.videoData.id);
+    storage->flushNow();
+    library.deleteVideo(plain);
+    EXPECT_TRUE(keeper.kept.empty());
+    library.deleteVideo(marked);
+    ASSERT_EQ(keeper.kept.size(), 1u);
+    EXPECT_EQ(keeper.kept[0].first, marked.videoData);
+    EXPECT_EQ(keeper.kept[0].second, kept);
+    EXPECT_FALSE(defaults.data("timeline_" + marked.videoData.id));
+    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
+    EXPECT_TRUE(library.files().empty());
+    expectInStep();
+    published = 0;
+    library.deleteVideo(marked);
+    EXPECT_EQ(published, 0);
+    scheduler.advance(30);
+    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
+}
+
+TEST_F(VideoFiles, ReloadingFollowsTheStoreAndKeepsPreviews) {
+    library.start();
+    const auto first = *library.addVideo(video("a.mp4"));
+    library.setPreview(first.videoData.id, std::make_shared<ImageBuffer>(2, 2));
+    library.appendFile({{bookmarks.add("/videos/b.mp4"), "B", {}, false}, nullptr});
+    const auto reloaded = library.reloadFiles();
+    ASSERT_EQ(reloaded.size(), 2u);
+    EXPECT_TRUE(reloaded[0].preview);
+    defaults.remove("videosData");
+    EXPECT_TRUE(library.reloadFiles().empty());
+}
+
+}  // namespace
+}  // namespace tembrix
