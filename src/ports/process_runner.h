@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -17,9 +17,11 @@ struct ProcessOutcome {
 class ProcessRunner {
   public:
     virtual ~ProcessRunner() = default;
-    // Blocks until the program ends; from a background thread.
+    // Blocks until the program ends; from a background thread. A request to stop kills the program
+    // within a tenth of a second.
     virtual Result<ProcessOutcome> run(const std::string& program,
-                                       const std::vector<std::string>& arguments) = 0;
+                                       const std::vector<std::string>& arguments,
+                                       std::stop_token stop = {}) = 0;
 };
 
 }  // namespace tembrix

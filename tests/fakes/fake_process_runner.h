@@ -21,7 +21,8 @@ class FakeProcessRunner final : public ProcessRunner {
     };
 
     Result<ProcessOutcome> run(const std::string& program,
-                               const std::vector<std::string>& arguments) override {
+                               const std::vector<std::string>& arguments,
+                               std::stop_token = {}) override {
         const Call call{program, arguments};
         {
             const std::lock_guard lock(mutex_);

@@ -6,7 +6,8 @@
 namespace tembrix {
 
 Result<ProcessOutcome> QtProcessRunner::run(const std::string& program,
-                                            const std::vector<std::string>& arguments) {
+                                            const std::vector<std::string>& arguments,
+                                            std::stop_token stop) {
     QStringList list;
     for (const auto& argument : arguments)
         list.append(QFile::decodeName(argument.c_str()));
@@ -17,7 +18,10 @@ Result<ProcessOutcome> QtProcessRunner::run(const std::string& program,
     if (!process.waitForStarted(-1))
         return Error{"process", static_cast<int>(process.error()),
                      program + ": " + process.errorString().toStdString()};
-    process.waitForFinished(-1);
+    constexpr int lookInterval = 50;  // milliseconds
+    while (process.state() != QProcess::NotRunning && !process.waitForFinished(lookInterval))
+        if (stop.stop_requested())
+            process.kill();
     ProcessOutcome outcome;
     outcome.exitStatus = process.exitCode();
     if (process.exitStatus() == QProcess::CrashExit)

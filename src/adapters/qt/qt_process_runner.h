@@ -9,7 +9,8 @@ namespace tembrix {
 class QtProcessRunner final : public ProcessRunner {
   public:
     Result<ProcessOutcome> run(const std::string& program,
-                               const std::vector<std::string>& arguments) override;
+                               const std::vector<std::string>& arguments,
+                               std::stop_token stop = {}) override;
 };
 
 }  // namespace tembrix

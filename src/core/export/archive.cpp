@@ -7,13 +7,14 @@ namespace tembrix {
 
 Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
                                           const std::vector<std::filesystem::path>& files,
-                                          ProcessRunner& processes, const Texts& texts) {
+                                          ProcessRunner& processes, const Texts& texts,
+                                          std::stop_token stop) {
     std::error_code ignored;
     std::filesystem::remove(archive, ignored);  // the packer would add to it
     std::vector<std::string> arguments{"-j", archive.string()};
     for (const auto& file : files)
         arguments.push_back(file.string());
-    const auto outcome = processes.run("/usr/bin/zip", arguments);
+    const auto outcome = processes.run("/usr/bin/zip", arguments, stop);
     if (outcome && outcome->exitStatus == 0)
         return archive;
     std::filesystem::remove(archive, ignored);

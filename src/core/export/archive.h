@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <stop_token>
 #include <vector>
 
 #include "base/result.h"
@@ -11,9 +12,10 @@
 namespace tembrix {
 
 // Packs files side by side, without their folders, into a zip archive; an older archive of that
-// name goes. On failure no archive stays. Blocks; from a background thread.
+// name goes. On failure, or when it is stopped, no archive stays. Blocks; from a background thread.
 Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
                                           const std::vector<std::filesystem::path>& files,
-                                          ProcessRunner& processes, const Texts& texts);
+                                          ProcessRunner& processes, const Texts& texts,
+                                          std::stop_token stop);
 
 }  // namespace tembrix

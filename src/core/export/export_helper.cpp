@@ -1,8 +1,8 @@
 #include "core/export/export_helper.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
+#include <stop_token>
 #include <utility>
 
 #include "base/files.h"
@@ -65,7 +65,8 @@ Result<MediaInfo> examineSource(const ExportSnapshot& snapshot, Media& media, co
 struct ExportHelper::Run {
     ExportSnapshot snapshot;
     Completion completion;
-    std::atomic<bool> cancelled = false;  // read by background work
+    std::stop_source stop;  // asked by background work too
+    bool cancelled() const { return stop.stop_requested(); }
 
     // What the saving step says and asks.
     std::string extension;
@@ -193,7 +194,7 @@ void ExportHelper::beginFilm(const RunPointer& run) {
             return job;
         },
         [this, run](Result<MovieJob>& job) {
-            if (run->cancelled)
+            if (run->cancelled())
                 return fail(run, cancelledError());
             if (!job)
                 return fail(run, job.error());
@@ -213,7 +214,7 @@ void ExportHelper::beginFilm(const RunPointer& run) {
 
 void ExportHelper::filmEnded(const RunPointer& run, const Result<fs::path>& result) {
     stopProgressTimer();
-    if (run->cancelled) {
+    if (run->cancelled()) {
         if (result)
             removeQuietly(*result);
         return fail(run, cancelledError());
@@ -240,7 +241,7 @@ void ExportHelper::beginClips(const RunPointer& run) {
                                                 services.drawings, services.texts, services.log});
         },
         [this, run](Result<std::vector<MovieJob>>& jobs) {
-            if (run->cancelled)
+            if (run->cancelled())
                 return fail(run, cancelledError());
             if (!jobs)
                 return fail(run, jobs.error());
@@ -251,7 +252,7 @@ void ExportHelper::beginClips(const RunPointer& run) {
 }
 
 void ExportHelper::startNextClips(const RunPointer& run) {
-    while (run->running < sessionsAtOnce && run->nextJob < run->jobs.size() && !run->cancelled) {
+    while (run->running < sessionsAtOnce && run->nextJob < run->jobs.size() && !run->cancelled()) {
         const std::size_t clip = run->nextJob++;
         removeQuietly(run->jobs[clip].target);
         const auto session = startSession(
@@ -270,7 +271,7 @@ void ExportHelper::clipEnded(const RunPointer& run, std::size_t clip,
                              const Result<fs::path>& result) {
     if (result)
         run->clips[clip] = *result;
-    else if (!run->cancelled)
+    else if (!run->cancelled())
         run->lastError = result.error();
     ++processedSegments_;
     --run->running;
@@ -285,7 +286,7 @@ void ExportHelper::clipsEnded(const RunPointer& run) {
     for (const auto& clip : run->clips)
         if (clip)
             clips.push_back(*clip);
-    if (run->cancelled)
+    if (run->cancelled())
         return fail(run, cancelledError());
     if (run->lastError) {
         std::for_each(clips.begin(), clips.end(), removeQuietly);
@@ -296,11 +297,13 @@ void ExportHelper::clipsEnded(const RunPointer& run) {
     inBackground(
         [run, clips, &services = services_] {
             auto archive = packArchive(run->snapshot.temporary / run->defaultName, clips,
-                                       services.processes, services.texts);
+                                       services.processes, services.texts, run->stop.get_token());
             std::for_each(clips.begin(), clips.end(), removeQuietly);
             return archive;
         },
         [this, run](const Result<fs::path>& archive) {
+            if (run->cancelled() && !archive)
+                return fail(run, cancelledError());
             if (!archive)
                 return fail(run, archive.error());
             save(run, *archive);
@@ -340,9 +343,11 @@ void ExportHelper::beginScreenshots(const RunPointer& run) {
             if (const auto folder = makeFolder(drawings.temporary); !folder)
                 return folder.error();
             return packArchive(drawings.temporary / run->defaultName, files, services.processes,
-                               services.texts);
+                               services.texts, run->stop.get_token());
         },
         [this, run](const Result<fs::path>& archive) {
+            if (run->cancelled() && !archive)
+                return fail(run, cancelledError());
             if (!archive)
                 return fail(run, archive.error());
             run->failurePrefix = "Ошибка сохранения скриншотов: ";
@@ -375,7 +380,7 @@ Result<std::shared_ptr<MovieSession>> ExportHelper::startSession(
 // The ends of all runs.
 
 void ExportHelper::save(const RunPointer& run, const fs::path& product) {
-    if (run->cancelled) {
+    if (run->cancelled()) {
         removeQuietly(product);
         return fail(run, cancelledError());
     }
@@ -387,20 +392,20 @@ void ExportHelper::save(const RunPointer& run, const fs::path& product) {
         [this, alive = std::weak_ptr(alive_), run, product](std::optional<fs::path> target) {
             if (alive.expired())
                 return;
-            if (!target || run->cancelled)
+            if (!target || run->cancelled())
                 return finish(run, std::nullopt);  // the product stays where it is
             inBackground(
                 [run, product, target = *target] {
                     std::error_code ignored;
                     const bool inPlace = fs::equivalent(target, product, ignored);
                     const auto copied =
-                        replaceFileByCopy(target, product, [&] { return !run->cancelled; });
+                        replaceFileByCopy(target, product, [&] { return !run->cancelled(); });
                     if (!inPlace)
                         removeQuietly(product);
                     return copied;
                 },
                 [this, run, target = *target](const Result<void>& copied) {
-                    if (run->cancelled && !copied)
+                    if (run->cancelled() && !copied)
                         return fail(run, cancelledError());
                     if (!copied)
                         return fail(run, copied.error());
@@ -424,7 +429,7 @@ void ExportHelper::finish(const RunPointer& run, std::optional<Error> error) {
 
 void ExportHelper::cancelCurrentExport() {
     if (run_)
-        run_->cancelled = true;
+        run_->stop.request_stop();
     // A session may end, and so change the list, while it is being cancelled.
     for (const auto& session : std::exchange(activeExportSessions_, {}))
         session->cancel();

@@ -1,0 +1,236 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "fakes/export_project.h"
+
+namespace tembrix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct FilmRun : testing::Test, ExportRun {};
+
+TEST_F(FilmRun, RendersTheCutsAndSavesTheFilmWhereTheUserSays) {
+    start(cuts::AllTimelines{});
+    ASSERT_EQ(renderer.sessions.size(), 1U);
+    EXPECT_EQ(session().job.pieces.size(), 3U);
+    EXPECT_EQ(session().job.target, temporary / "Ball_Пас_video.mp4");
+    EXPECT_EQ(helper->progress.get(), 0);
+
+    session().setProgress(0.5F);
+    project.scheduler.advance(0.09);
+    EXPECT_EQ(helper->progress.get(), 0);
+    project.scheduler.advance(0.02);
+    EXPECT_EQ(helper->progress.get(), 0.5F);
+
+    succeed();
+    EXPECT_EQ(helper->progress.get(), 1);
+    EXPECT_TRUE(noTimerRuns());
+    EXPECT_EQ(completions, 0);
+    ASSERT_EQ(project.panels.saves.size(), 1U);
+    EXPECT_EQ(project.panels.saves[0].request.defaultName, "Ball_Пас_video.mp4");
+    EXPECT_EQ(project.panels.saves[0].request.extension, "mp4");
+
+    project.folder.write("saved/film.mp4", "an older and longer film");
+    answerSave(saved / "film.mp4");
+    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(fileText(saved / "film.mp4"), "film");
+    EXPECT_THAT(leftovers(), IsEmpty());
+    EXPECT_TRUE(project.log.has("fullControlExportFilmSuccess " + (saved / "film.mp4").string()));
+}
+
+TEST_F(FilmRun, ChecksComeInOrderAndEndWithTheirErrors) {
+    project.texts.set("fullControlExportNoSegments", "nothing there");
+    setStamps({}, {});
+    start(std::nullopt);
+    EXPECT_TRUE(endedWith("No export type selected"));
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("nothing there"));
+    project.player.cleanup();
+    start(std::nullopt);
+    EXPECT_TRUE(endedWith("Asset not found"));
+    EXPECT_THAT(renderer.sessions, IsEmpty());
+}
+
+TEST_F(FilmRun, FailuresBearTheFilmsText) {
+    project.texts.set("fullControlExportFilmError", "No film");
+    setStamps({stamp("pass", "x", 0, 100)});
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("No film: No valid segments to export"));
+
+    setStamps({stamp("pass", "x", 1, 2)});
+    renderer.startError = Error{"Export", 7, "no encoder"};
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("No film: no encoder"));
+
+    renderer.startError = Error{"Export", 2, ""};  // nobody knows why
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("No film: Unknown export error"));
+    renderer.startError.reset();
+
+    start(cuts::AllTimelines{});
+    fail(0, {"file", ENOSPC, "write: No space left on device"});
+    EXPECT_TRUE(endedWith("No film: exportErrorDiskFull"));
+    EXPECT_THAT(project.panels.saves, IsEmpty());
+    EXPECT_TRUE(noTimerRuns());
+
+    media.add(source, MediaInfo{});  // it has no picture
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("No film: Video track not found"));
+
+    fs::remove(source);
+    start(cuts::AllTimelines{});
+    EXPECT_TRUE(endedWith("No film: missing " + source.string()));
+}
+
+TEST_F(FilmRun, ALeftoverOfTheSameNameGivesWay) {
+    project.folder.write("tmp/First_video.mp4", "old");
+    start(cuts::CurrentTimeline{});
+    ASSERT_EQ(renderer.sessions.size(), 1U);
+    succeed();
+    answerSave(saved / "a.mp4");
+    EXPECT_TRUE(endedWell());
+
+    project.folder.write("tmp/First_video.mp4/inside", "a folder, and not an empty one");
+    start(cuts::CurrentTimeline{});
+    EXPECT_EQ(renderer.sessions.size(), 1U);
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text, testing::StartsWith("fullControlExportFilmError: "));
+}
+
+TEST_F(FilmRun, AFailedCopyTellsAndLeavesTheTargetAsItWas) {
+    start(cuts::CurrentTimeline{});
+    succeed();
+    answerSave(saved / "no such folder" / "film.mp4");
+    ASSERT_TRUE(error);
+    EXPECT_THAT(error->text, testing::HasSubstr("No such file or directory"));
+    EXPECT_THAT(leftovers(), IsEmpty());
+
+    project.folder.write("saved/film.mp4/inside", "");  // the target is a folder
+    start(cuts::CurrentTimeline{});
+    succeed(1);
+    answerSave(saved / "film.mp4");
+    EXPECT_EQ(completions, 1);
+    EXPECT_TRUE(error);
+    EXPECT_EQ(std::distance(fs::directory_iterator(saved), {}), 1) << "nothing half-written";
+}
+
+TEST_F(FilmRun, ClosingThePanelKeepsTheTemporaryFile) {
+    start(cuts::CurrentTimeline{});
+    succeed();
+    answerSave(std::nullopt);
+    EXPECT_TRUE(endedWell());
+    EXPECT_THAT(leftovers(), ElementsAre("First_video.mp4"));
+}
+
+TEST_F(FilmRun, SavingTheFilmOverItselfKeepsIt) {
+    start(cuts::CurrentTimeline{});
+    succeed();
+    answerSave(temporary / "First_video.mp4");
+    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(fileText(temporary / "First_video.mp4"), "film");
+}
+
+TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
+    // Before the source was looked into.
+    helper->startExport(cuts::CurrentTimeline{}, false, false, [this](std::optional<Error> result) {
+        ++completions;
+        error = std::move(result);
+    });
+    cancel();
+    EXPECT_TRUE(endedWell());
+    EXPECT_THAT(renderer.sessions, IsEmpty());
+
+    // While it renders.
+    start(cuts::CurrentTimeline{});
+    cancel();
+    EXPECT_TRUE(session(0).cancelled());
+    EXPECT_TRUE(endedWell());
+    EXPECT_TRUE(noTimerRuns());
+
+    // The session had ended just before.
+    start(cuts::CurrentTimeline{});
+    session(1).succeed();
+    cancel();
+    EXPECT_TRUE(endedWell());
+    EXPECT_THAT(project.panels.saves, IsEmpty());
+    EXPECT_THAT(leftovers(), IsEmpty());
+
+    // While the panel asks, and while the film is copied.
+    start(cuts::CurrentTimeline{});
+    succeed(2);
+    cancel();
+    EXPECT_EQ(completions, 0) << "the panel is still open";
+    answerSave(saved / "film.mp4");
+    EXPECT_TRUE(endedWell());
+    start(cuts::CurrentTimeline{});
+    succeed(3);
+    project.panels.answerSave(saved / "film.mp4");
+    cancel();
+    EXPECT_TRUE(endedWell());
+    EXPECT_FALSE(fs::exists(saved / "film.mp4"));
+
+    // A run after all that is a run like any other.
+    start(cuts::CurrentTimeline{});
+    succeed(4);
+    answerSave(saved / "film.mp4");
+    EXPECT_TRUE(endedWell());
+    EXPECT_TRUE(fs::exists(saved / "film.mp4"));
+    cancel();
+    EXPECT_EQ(completions, 1);
+}
+
+TEST_F(FilmRun, ASecondRunWaitsForNobodyAndDisturbsNothing) {
+    start(cuts::CurrentTimeline{});
+    int second = 0;
+    helper->startExport(cuts::AllTimelines{}, true, false,
+                        [&](const std::optional<Error>&) { ++second; });
+    project.scheduler.run();
+    EXPECT_EQ(second, 1);
+    EXPECT_EQ(renderer.sessions.size(), 1U);
+    EXPECT_EQ(completions, 0);
+}
+
+TEST_F(FilmRun, AHelperThatGoesAwayTakesItsRunAlong) {
+    start(cuts::CurrentTimeline{});
+    helper.reset();
+    EXPECT_TRUE(session().cancelled());
+    project.scheduler.run();
+    EXPECT_EQ(completions, 0);
+
+    helper = std::make_unique<ExportHelper>(services);
+    start(cuts::CurrentTimeline{});
+    succeed(1);
+    helper.reset();
+    answerSave(saved / "film.mp4");
+    EXPECT_EQ(completions, 0);
+    EXPECT_FALSE(fs::exists(saved / "film.mp4"));
+}
+
+TEST_F(FilmRun, DrawingsComeByTheSwitchOrWithTheirTimeline) {
+    auto marked = stamp("screenshot_1", "Plan", 10, 16);
+    setStamps({marked});
+    drawings.list = {{"Plan", 13, 2, {marked.id}}};
+    drawings.place = project.folder.path();
+    start(cuts::CurrentTimeline{});
+    EXPECT_EQ(session(0).job.pieces.size(), 1U);
+    cancel();
+    start(cuts::CurrentTimeline{}, false, true);
+    EXPECT_EQ(session(1).job.pieces.size(), 3U);
+    cancel();
+    project.timeline.lines.update(
+        [](TimelineLines& lines) { lines[0].write().id = drawingsLineId(); });
+    start(cuts::DrawingsTimeline{});
+    EXPECT_EQ(session(2).job.pieces.size(), 3U);
+    cancel();
+
+    services.drawings = nullptr;  // a program without drawings cuts plainly
+    start(cuts::DrawingsTimeline{}, false, true);
+    EXPECT_EQ(session(3).job.pieces.size(), 1U);
+}
+
+}  // namespace
+}  // namespace tembrix

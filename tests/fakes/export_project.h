@@ -1,0 +1,142 @@
+#pragma once
+
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "core/export/export_helper.h"
+#include "fakes/core_project.h"
+#include "fakes/export_records.h"
+#include "fakes/fake_images.h"
+#include "fakes/fake_media.h"
+#include "fakes/fake_movie_renderer.h"
+#include "fakes/fake_process_runner.h"
+
+namespace tembrix {
+
+// Drawings that a test names; their pictures are of one pixel.
+class FakeExportDrawings final : public ExportDrawings {
+  public:
+    std::vector<ExportDrawing> list;
+    std::optional<std::filesystem::path> place;
+    std::vector<std::string> unreadable;  // file names
+
+    std::vector<ExportDrawing> screenshots() const override { return list; }
+    std::optional<std::filesystem::path> folder() const override { return place; }
+    Result<ImageBuffer> picture(const std::filesystem::path& file) const override {
+        for (const auto& name : unreadable)
+            if (file.filename() == name)
+                return Error{"image", 1, "not an image"};
+        return ImageBuffer(1, 1);
+    }
+};
+
+// An open video of 100 seconds with two timelines, and all that an export works with, on fakes.
+struct ExportProject : MatchRecords {
+    CoreProject project;
+    FakeMedia media;
+    FakeMovieRenderer renderer{project.scheduler};
+    FakePictureRenderer pictures;
+    FakeTextMeasure measure;
+    FakeProcessRunner processes;
+    FakeExportDrawings drawings;
+    ExportServices services{project.player,
+                            project.timeline,
+                            project.tagLibrary,
+                            media,
+                            renderer,
+                            pictures,
+                            measure,
+                            processes,
+                            project.panels,
+                            project.scheduler,
+                            project.folder.directories(),
+                            project.texts,
+                            project.log,
+                            &drawings};
+
+    std::filesystem::path source;
+    std::filesystem::path temporary = services.directories.temporary;
+    std::filesystem::path saved = project.folder.path() / "saved";  // a folder of the user's
+
+    ExportProject() {
+        std::filesystem::create_directories(saved);
+        project.texts.set("fullControlFileTimelineFile", "video.mp4");
+        project.texts.set("exportErrorSourceMissing", "missing {0}");
+        project.openVideo();
+        source = *project.player.currentVideoURL();
+        media.add(source, 100, {1921, 1079});
+        project.tagLibrary.merged.set(library);
+        project.tagLibrary.active.set(library);
+        setStamps({stamp("pass", "Пас", 10, 15, {"long"}, {"half"}), stamp("shot", "Shot", 40, 42)},
+                  {stamp("pass", "Пас", 2, 4)});
+        processes.behaviour = [](const FakeProcessRunner::Call& call) {
+            std::ofstream(call.arguments[1]) << "archive";
+            return Result<ProcessOutcome>(ProcessOutcome{});
+        };
+    }
+
+    // The stamps of the two timelines, of which the first is selected.
+    void setStamps(std::vector<TimelineStamp> first, std::vector<TimelineStamp> second = {}) {
+        TimelineLines lines{line("First", std::move(first)), line("Second", std::move(second))};
+        project.timeline.selectedLineID.set(lines.front()->id);
+        project.timeline.lines.set(std::move(lines));
+    }
+
+    // The names in the temporary folder.
+    std::vector<std::string> leftovers() const {
+        std::vector<std::string> names;
+        if (std::filesystem::exists(temporary))
+            for (const auto& entry : std::filesystem::directory_iterator(temporary))
+                if (entry.is_regular_file())
+                    names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+// One export run as a window would hold it.
+struct ExportRun : ExportProject {
+    std::unique_ptr<ExportHelper> helper = std::make_unique<ExportHelper>(services);
+    int completions = 0;
+    std::optional<Error> error;
+    std::size_t timersOfOthers = project.scheduler.pendingTimers();
+
+    void start(const std::optional<CutsExportType>& type, bool asPlaylist = false,
+               bool withDrawings = false) {
+        completions = 0;
+        helper->startExport(type, asPlaylist, withDrawings, [this](std::optional<Error> result) {
+            EXPECT_TRUE(project.scheduler.isMain());
+            ++completions;
+            error = std::move(result);
+        });
+        EXPECT_EQ(completions, 0) << "completed before the caller had its call back";
+        project.scheduler.run();
+    }
+    FakeMovieRenderer::Session& session(std::size_t index = 0) {
+        return *renderer.sessions.at(index);
+    }
+    void succeed(std::size_t index = 0) {
+        session(index).succeed();
+        project.scheduler.run();
+    }
+    void fail(std::size_t index, const Error& why) {
+        session(index).fail(why);
+        project.scheduler.run();
+    }
+    void cancel() {
+        helper->cancelCurrentExport();
+        project.scheduler.run();
+    }
+    void answerSave(std::optional<std::filesystem::path> target) {
+        project.panels.answerSave(std::move(target));
+        project.scheduler.run();
+    }
+    bool noTimerRuns() const { return project.scheduler.pendingTimers() == timersOfOthers; }
+    bool endedWell() const { return completions == 1 && !error && !helper->isRunning(); }
+    bool endedWith(const std::string& text) const {
+        return completions == 1 && error == Error{"NSError", -1, text} && !helper->isRunning();
+    }
+};
+
+}  // namespace tembrix
