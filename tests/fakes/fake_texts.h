@@ -27,7 +27,7 @@ class FakeTexts final : public Texts {
     std::map<std::string, std::string, std::less<>> texts_;
 };
 
-// A user whose clock is at UTC. Short dates are "dd/MM/yy" in French and "M/d/yy" in any other
+// A user whose clock is at UTC. Short dates are "dd/MM/yyyy" in French and "M/d/yy" in any other
 // language.
 class FakeLocale final : public Locale {
   public:
@@ -39,7 +39,7 @@ class FakeLocale final : public Locale {
     std::string shortDate(Date date, std::string_view localeName) const override {
         const auto t = parts(date);
         if (localeName.starts_with("fr"))
-            return written(t, "%d/%m/%y");
+            return written(t, "%d/%m/%Y");
         return std::to_string(t.tm_mon + 1) + "/" + std::to_string(t.tm_mday) + "/" +
                written(t, "%y");
     }

@@ -64,10 +64,15 @@ void nameButton(QPushButton* button, const char* name, const char* look) {
 }  // namespace
 
 void QtPanels::present(QDialog* dialog, std::function<void()> ended) {
-    // The dialog is destroyed after it has finished, and also without that, with its window.
+    // It finishes, or it is destroyed with its window; the first of the two calls back.
+    const auto pending = std::make_shared<std::function<void()>>(std::move(ended));
+    const auto end = [pending] {
+        if (const auto callback = std::exchange(*pending, nullptr))
+            callback();
+    };
+    QObject::connect(dialog, &QDialog::finished, &receiver_, end, Qt::QueuedConnection);
+    QObject::connect(dialog, &QObject::destroyed, &receiver_, end, Qt::QueuedConnection);
     QObject::connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
-    QObject::connect(dialog, &QObject::destroyed, &receiver_, std::move(ended),
-                     Qt::QueuedConnection);
     dialog->setWindowModality(Qt::WindowModal);
     dialog->open();
 }

@@ -16,6 +16,10 @@
 
 namespace tembrix {
 
+namespace {
+constexpr double patience = 2.0;  // seconds for which running work may hold up the destructor
+}
+
 struct QtScheduler::Pools {
     QThreadPool userInitiated;
     QThreadPool utility;
@@ -122,8 +126,15 @@ QtScheduler::QtScheduler() : pools_(std::make_shared<Pools>()) {}
 
 QtScheduler::~QtScheduler() {
     pools_->close();
+    // Tasks for the main thread are dropped from here on, which ends all waiting for them.
+    const double end = monotonic() + (drained_ ? 0 : patience);
+    bool done = false;
+    do {
+        QCoreApplication::removePostedEvents(&main_);
+        done = pools_->waitForDone(5);
+    } while (!done && monotonic() < end);
     // A pool waits for its threads when it goes; one that hangs must not hold up the program's end.
-    if (!drain(0))
+    if (!done)
         new std::shared_ptr<Pools>(pools_);
 }
 
@@ -142,6 +153,7 @@ bool QtScheduler::isMain() const {
 }
 
 void QtScheduler::onMain(Task task) {
+    ++handedOver_;
     QMetaObject::invokeMethod(&main_, std::move(task), Qt::QueuedConnection);
 }
 
@@ -176,14 +188,17 @@ std::shared_ptr<SerialQueue> QtScheduler::serialQueue(const std::string&) {
 
 bool QtScheduler::drain(double seconds) {
     const double end = monotonic() + seconds;
+    // Quiet only if the last tasks handed nothing to the main thread, and that began nothing new.
     const auto idle = [this] {
-        // Also what the last task handed to the main thread, and what that began.
+        const auto before = handedOver_.load();
+        const bool done = pools_->waitForDone(0);
         QCoreApplication::sendPostedEvents(&main_, QEvent::MetaCall);
-        return pools_->waitForDone(0);
+        return done && pools_->waitForDone(0) && handedOver_ == before;
     };
     while (!idle() && monotonic() < end)
         pools_->waitForDone(5);
     pools_->close();
+    drained_ = true;
     return idle();
 }
 

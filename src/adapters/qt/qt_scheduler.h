@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QObject>
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "ports/scheduler.h"
@@ -8,7 +10,8 @@
 namespace tembrix {
 
 // The scheduler on the event loop of the thread that makes it, which is the main thread, and on
-// thread pools. Destroying it ends all calls into the main thread.
+// thread pools. Destroying it drops what waits for the main thread and ends all calls into it; work
+// that is running is given two seconds, unless drain() came before.
 class QtScheduler final : public Scheduler {
   public:
     QtScheduler();
@@ -41,6 +44,8 @@ class QtScheduler final : public Scheduler {
 
     QObject main_;
     std::shared_ptr<Pools> pools_;
+    std::atomic<std::uint64_t> handedOver_{0};  // tasks for the main thread, ever
+    bool drained_ = false;
 };
 
 }  // namespace tembrix

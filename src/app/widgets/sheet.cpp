@@ -49,6 +49,7 @@ void Sheet::setTitle(const QString& title) {
 
 QPushButton* Sheet::addAcceptButton(std::string_view key, ButtonLook look, bool closes) {
     auto* button = makeButton(texts_, key, look, this);
+    button->setAutoDefault(true);
     button->setDefault(true);
     if (closes)
         connect(button, &QPushButton::clicked, this, &QDialog::accept);
@@ -58,6 +59,7 @@ QPushButton* Sheet::addAcceptButton(std::string_view key, ButtonLook look, bool 
 
 QPushButton* Sheet::addCancelButton(std::string_view key) {
     auto* button = makeButton(texts_, key, ButtonLook::quiet, this);
+    button->setAutoDefault(true);
     connect(button, &QPushButton::clicked, this, &QDialog::reject);
     buttons_->addWidget(button);
     return button;
@@ -65,6 +67,7 @@ QPushButton* Sheet::addCancelButton(std::string_view key) {
 
 QPushButton* Sheet::addSideButton(std::string_view key, ButtonLook look) {
     auto* button = makeButton(texts_, key, look, this);
+    button->setAutoDefault(true);
     buttons_->insertWidget(sideButtons_++, button);
     return button;
 }

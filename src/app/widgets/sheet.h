@@ -16,7 +16,8 @@ namespace tembrix {
 
 // A question or a form that lies over one window like a card and holds back only that window.
 // Never blocks: present() returns at once; the signals finished(int), accepted() and rejected()
-// tell how it ended. Return presses the default button, Escape rejects.
+// tell how it ended. Return presses the button that has the keyboard, else the default one; Escape
+// rejects.
 //
 //     auto* sheet = new Sheet(window, texts, "renameTitle");
 //     sheet->content()->addWidget(field);
