@@ -1,7 +1,9 @@
 #include "base/utf8_text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <utf8proc.h>
 
@@ -15,6 +17,8 @@ struct Step {
 };
 
 Step stepAt(std::string_view text, std::size_t at) {
+    if (static_cast<unsigned char>(text[at]) < 0x80)
+        return {text[at], 1};
     utf8proc_int32_t codepoint = -1;
     const auto length =
         utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()) + at,
@@ -136,10 +140,16 @@ bool containsIgnoringCase(std::string_view text, std::string_view part) {
 }
 
 bool isUtf8(std::string_view text) {
-    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    if (std::all_of(text.begin(), text.end(), isAscii))
-        return true;
     for (std::size_t at = 0; at < text.size();) {
+        // Whole documents are checked, and most of their bytes are ASCII: eight at a time.
+        std::uint64_t eight = 0;
+        if (at + sizeof eight <= text.size()) {
+            std::memcpy(&eight, text.data() + at, sizeof eight);
+            if ((eight & 0x8080808080808080u) == 0) {
+                at += sizeof eight;
+                continue;
+            }
+        }
         const auto step = stepAt(text, at);
         if (step.codepoint < 0)
             return false;

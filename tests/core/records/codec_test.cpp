@@ -103,6 +103,8 @@ TEST(Codec, DocumentsThatAreNoJsonFail) {
     for (const std::string bad :
          {"", "[", "[1,]", "[] []", "{}", "null", "\xEF\xBB\xBF[", "[1e999]", "[\"\xFF\"]"})
         EXPECT_NE(failure<TimelineLines>(bad), "") << bad;
+    EXPECT_NE(failure<TimelineLines>(std::string_view("[]\0", 3)), "");
+    EXPECT_NE(failure<TimelineLines>(std::string_view("\0", 1)), "");
     // Deep nesting ends in an answer, not in a crash.
     EXPECT_NE(failure<TimelineLines>(std::string(2000000, '[')), "");
 }
