@@ -18,6 +18,7 @@ class Scheduler;
 class TagLibraryManager;
 class Texts;
 class TimelineDataManager;
+class TimelineHistory;
 class VideoPlayerManager;
 struct CollectionServices;
 
@@ -35,6 +36,7 @@ struct AppServices {
     Panels& panels;
     ImageCodec& images;
     TimelineDataManager& timeline;
+    TimelineHistory& history;
     TagLibraryManager& tagLibrary;
     MarkupModeStore& markupModes;
     VideoPlayerManager& player;

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+#include "base/signal.h"
+
+#include "app/services.h"
+
+class QHBoxLayout;
+class QLabel;
+class QToolButton;
+
+namespace tembrix {
+
+class SegmentedSwitch;
+class TabularLabel;
+class TimelineEditingModel;
+
+// The bar above the timelines: mode and new timeline; undo and redo; transport and time; zoom;
+// export.
+class ControlToolbar final : public QWidget {
+    Q_OBJECT
+  public:
+    ControlToolbar(AppServices& services, TimelineEditingModel& model, QWidget* parent = nullptr);
+
+    // A further group at the right end.
+    void addGroup(QWidget* group);
+
+  Q_SIGNALS:
+    void addLineRequested();
+
+  private:
+    void addModes();
+    void addHistory();
+    void addTransport();
+    void addZoom();
+    void separate();
+    void showTime();
+
+    AppServices& services_;
+    TimelineEditingModel& model_;
+    QHBoxLayout* row_;
+    TabularLabel* now_ = nullptr;
+    TabularLabel* whole_ = nullptr;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "app/services.h"
+#include "app/widgets/sheet.h"
+
+namespace tembrix {
+
+class FocusAwareLineEdit;
+
+// Asks for the name of a timeline. Blocks the hot keys while it is up.
+class LineNameSheet : public Sheet {
+    Q_OBJECT
+  public:
+    ~LineNameSheet() override;
+
+  protected:
+    LineNameSheet(QWidget* parent, AppServices& services, std::string_view titleKey,
+                  std::string_view acceptKey, const std::string& lineName,
+                  std::function<void(const std::string&)> done);
+
+  private:
+    EventBus& events_;
+    FocusAwareLineEdit* field_;
+};
+
+class AddLineSheet final : public LineNameSheet {
+    Q_OBJECT
+  public:
+    AddLineSheet(QWidget* parent, AppServices& services,
+                 std::function<void(const std::string&)> onAdd);
+};
+
+class EditTimelineNameSheet final : public LineNameSheet {
+    Q_OBJECT
+  public:
+    EditTimelineNameSheet(QWidget* parent, AppServices& services, const std::string& lineName,
+                          std::function<void(const std::string&)> onSave);
+};
+
+}  // namespace tembrix

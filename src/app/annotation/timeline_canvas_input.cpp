@@ -1,0 +1,208 @@
+// The canvas's answers to mouse, pinch and keyboard.
+
+#include <QContextMenuEvent>
+#include <QGestureEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPinchGesture>
+#include <cmath>
+
+#include "app/annotation/timeline_canvas.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr double headerHeight = TimelineMetrics::headerHeight;
+constexpr double moveThreshold = 10;         // points of movement that make a drag of a press
+constexpr double wheelMagnification = 1.15;  // per notch
+
+}  // namespace
+
+void TimelineCanvas::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return event->ignore();
+    const QPointF at = event->position();
+    if (at.y() < headerHeight) {
+        press_ = Scrubbing();
+        model_.seekTo(at.x() + scrollX_, axis_);
+        return;
+    }
+    const auto hit = hitAt(at);
+    if (!hit)
+        return;
+    const TimelineLine& line = *model_.rows()[hit->row].line;
+    Pressed pressed{at, line.id, {}, hit->grip};
+    if (hit->stamp)
+        pressed.stamp = line.stamps[*hit->stamp]->id;
+    press_ = pressed;
+}
+
+void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
+    const QPointF at = event->position();
+    const double x = at.x() + scrollX_;
+    if (event->buttons() == Qt::NoButton) {
+        showPointer(at);
+        const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
+        model_.hover(static_cast<double>(event->timestamp()) / 1000, x, fromTop, axis_);
+        return;
+    }
+    if (std::holds_alternative<Scrubbing>(press_))
+        return model_.seekTo(x, axis_);
+
+    if (const auto* pressed = std::get_if<Pressed>(&press_); pressed && pressed->stamp) {
+        const Pressed from = *pressed;
+        const QPointF way = at - from.at;
+        if (from.grip) {
+            press_ = Resizing{from.at.x() + scrollX_};
+            model_.beginResize(from.line, *from.stamp, *from.grip, axis_);
+        } else if (std::hypot(way.x(), way.y()) >= moveThreshold) {
+            press_ = Moving{from.at};
+            model_.beginMove(from.line, *from.stamp);
+        }
+    }
+    if (auto* resizing = std::get_if<Resizing>(&press_); resizing && model_.resize()) {
+        // The grip moves with its edge, so the pointer's way counts from where the edge stands.
+        const auto edge = [this] {
+            const StampResize& resize = *model_.resize();
+            return resize.edge() == ResizeEdge::left ? resize.x() : resize.x() + resize.width();
+        };
+        const double before = edge();
+        model_.changeResize(x - resizing->anchor);
+        resizing->anchor += edge() - before;
+    } else if (const auto* moving = std::get_if<Moving>(&press_)) {
+        model_.changeMove(at.y() - moving->at.y());
+    }
+}
+
+void TimelineCanvas::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton)
+        return event->ignore();
+    const Press press = std::exchange(press_, Idle());
+    if (const auto* pressed = std::get_if<Pressed>(&press)) {
+        if (pressed->stamp)
+            model_.clickStamp(pressed->line, *pressed->stamp);
+        else
+            model_.clickBackground();
+    } else if (std::holds_alternative<Resizing>(press)) {
+        model_.endResize();
+    } else if (std::holds_alternative<Moving>(press) && model_.move()) {
+        model_.endMove(event->position().y() - rowArea(model_.move()->row()).top());
+    }
+    showPointer(event->position());
+}
+
+void TimelineCanvas::leaveEvent(QEvent* event) {
+    model_.hoverEnded();
+    QWidget::leaveEvent(event);
+}
+
+void TimelineCanvas::showPointer(QPointF position) {
+    const auto hit = hitAt(position);
+    if (hit && hit->grip)
+        setCursor(Qt::SizeHorCursor);
+    else if (hit && hit->stamp)
+        setCursor(Qt::PointingHandCursor);
+    else
+        unsetCursor();
+}
+
+bool TimelineCanvas::event(QEvent* event) {
+    return handleGesture(event) || QWidget::event(event);
+}
+
+bool TimelineCanvas::handleGesture(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture) {
+        auto* native = static_cast<QNativeGestureEvent*>(event);
+        switch (native->gestureType()) {
+            case Qt::BeginNativeGesture:
+                pinch_ = 1;
+                return true;
+            case Qt::ZoomNativeGesture:
+                pinch_ *= 1 + native->value();
+                Q_EMIT pinched(pinch_, native->position().x());
+                return true;
+            case Qt::EndNativeGesture:
+                Q_EMIT pinchEnded();
+                return true;
+            default:
+                return false;
+        }
+    }
+    if (event->type() == QEvent::Gesture) {
+        auto* gesture = static_cast<QGestureEvent*>(event)->gesture(Qt::PinchGesture);
+        if (!gesture)
+            return false;
+        auto* pinch = static_cast<QPinchGesture*>(gesture);
+        Q_EMIT pinched(pinch->totalScaleFactor(),
+                       mapFromGlobal(pinch->centerPoint().toPoint()).x());
+        if (pinch->state() == Qt::GestureFinished || pinch->state() == Qt::GestureCanceled)
+            Q_EMIT pinchEnded();
+        return true;
+    }
+    return false;
+}
+
+void TimelineCanvas::wheelEvent(QWheelEvent* event) {
+    if (!(event->modifiers() & Qt::ControlModifier))
+        return event->ignore();  // the owner scrolls
+    // A wheel with Ctrl is a pinch of its own, for hands without a touch pad.
+    Q_EMIT pinched(std::pow(wheelMagnification, event->angleDelta().y() / 120.0),
+                   event->position().x());
+    Q_EMIT pinchEnded();
+}
+
+void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
+    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    const bool plain = modifiers == Qt::NoModifier;
+    const bool alt = modifiers == Qt::AltModifier;
+    const bool control = modifiers == Qt::ControlModifier;
+    const auto step = [&](int by) {
+        const bool across = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+        if (plain)
+            across ? model_.moveCursorAcross(by) : model_.moveCursorAlong(by);
+        else if (alt)
+            across ? model_.moveCursorStamp(by) : model_.nudgeCursor(ResizeEdge::left, by);
+        else if (control && !across)
+            model_.nudgeCursor(ResizeEdge::right, by);
+        else
+            event->ignore();
+    };
+    switch (event->key()) {
+        case Qt::Key_Up:
+        case Qt::Key_Left:
+            return step(-1);
+        case Qt::Key_Down:
+        case Qt::Key_Right:
+            return step(+1);
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            if (plain)
+                return model_.activateCursor();
+            break;
+        case Qt::Key_Escape:
+            if (model_.resize() || model_.move())
+                return model_.cancelGesture();
+            break;
+        default:
+            break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void TimelineCanvas::contextMenuEvent(QContextMenuEvent* event) {
+    auto hit = hitAt(event->pos());
+    QPoint at = event->globalPos();
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        const auto& stamp = model_.cursor->stamp;
+        hit = stamp ? model_.rows().findStamp(*stamp) : std::nullopt;
+        if (hit)
+            at = mapToGlobal(stampArea(hit->row, *hit->stamp).bottomLeft().toPoint());
+    }
+    if (!hit || !hit->stamp)
+        return event->ignore();
+    const TimelineLine& line = *model_.rows()[hit->row].line;
+    Q_EMIT stampMenuRequested(line.id, line.stamps[*hit->stamp]->id, at);
+}
+
+}  // namespace tembrix
