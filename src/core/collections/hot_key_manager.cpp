@@ -4,6 +4,20 @@
 
 namespace tembrix {
 
+namespace {
+
+// By the place of the key, and for a key that stands in no table by what a recording of it reads:
+// the key pad answers for its digits.
+template <class Value>
+std::optional<Value> find(const std::map<std::string, Value>& registered, const KeyPress& press) {
+    auto found = registered.find(keyString(press));
+    if (found == registered.end() && !press.characters.empty())
+        found = registered.find(canonicalHotkey(capturedForm(press)));
+    return found == registered.end() ? std::nullopt : std::optional(found->second);
+}
+
+}  // namespace
+
 HotKeyManager::HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
                              KeyTransport& transport)
     : events_(events), scheduler_(scheduler), focus_(focus), transport_(transport) {
@@ -33,16 +47,20 @@ void HotKeyManager::registerHotkeys(const std::vector<Tag>& tags, const TagColle
             registeredHotkeys_.insert_or_assign(canonicalHotkey(*tag.hotkey), tag);
         if (!tag.labelHotkeys)
             continue;
-        for (const auto& [labelId, hotkey] : *tag.labelHotkeys)
-            if (!hotkey.empty())
-                registeredLabelHotkeys_.insert_or_assign(canonicalHotkey(hotkey),
-                                                         LabelHotkey{labelId, tag.id});
+        for (const auto& [labelId, hotkey] : *tag.labelHotkeys) {
+            if (hotkey.empty())
+                continue;
+            const auto text = canonicalHotkey(hotkey);
+            registeredLabelHotkeys_.insert_or_assign(text, LabelHotkey{labelId, tag.id});
+            labelHotkeysOfTags_[tag.id].insert_or_assign(text, labelId);
+        }
     }
 }
 
 void HotKeyManager::clearHotkeys() {
     registeredHotkeys_.clear();
     registeredLabelHotkeys_.clear();
+    labelHotkeysOfTags_.clear();
 }
 
 bool HotKeyManager::handleKeyDown(const KeyPress& press) {
@@ -105,24 +123,32 @@ bool HotKeyManager::lookUp(const KeyPress& press) {
             transport_.seek(transport_.transportTime() - seekStep);
         return true;
     }
-    const auto text = keyString(press);
     if (*isLabelHotkeyMode) {
-        const auto found = registeredLabelHotkeys_.find(text);
-        if (found == registeredLabelHotkeys_.end())
+        const auto label = labelFor(press);
+        if (!label)
             return false;
-        const auto label = found->second;  // an observer may register anew
-        hotKeySelectedLabelId.set(label.labelId);
-        events_.post(events::LabelHotkeyPressed{label.labelId, label.tagId});
+        hotKeySelectedLabelId.set(label->labelId);
+        events_.post(events::LabelHotkeyPressed{label->labelId, label->tagId});
         return true;
     }
-    const auto found = registeredHotkeys_.find(text);
-    if (found == registeredHotkeys_.end())
+    const auto found = find(registeredHotkeys_, press);
+    if (!found)
         return false;
     // Two turns of the main queue later, after everything that this very press has set off.
-    scheduler_.onMain([&scheduler = scheduler_, &events = events_, tag = found->second] {
+    scheduler_.onMain([&scheduler = scheduler_, &events = events_, tag = *found] {
         scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
     });
     return true;
+}
+
+std::optional<HotKeyManager::LabelHotkey> HotKeyManager::labelFor(const KeyPress& press) const {
+    if (labelHotkeyTag_) {
+        const auto own = labelHotkeysOfTags_.find(*labelHotkeyTag_);
+        if (own != labelHotkeysOfTags_.end())
+            if (const auto label = find(own->second, press))
+                return LabelHotkey{*label, *labelHotkeyTag_};
+    }
+    return find(registeredLabelHotkeys_, press);
 }
 
 bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,

@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/published.h"
@@ -59,6 +60,10 @@ class HotKeyManager final : public HotkeyRegistry {
     void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) override;
     void clearHotkeys();
 
+    // The tag whose labels are being chosen: its own label hot keys come before those of other
+    // tags, which may use the same keys.
+    void setLabelHotkeyTag(std::optional<std::string> tagId) { labelHotkeyTag_ = std::move(tagId); }
+
     void startMonitoring() { monitoring_ = true; }
     void stopMonitoring() { monitoring_ = false; }
 
@@ -78,6 +83,7 @@ class HotKeyManager final : public HotkeyRegistry {
 
   private:
     bool lookUp(const KeyPress& press);
+    std::optional<LabelHotkey> labelFor(const KeyPress& press) const;
 
     EventBus& events_;
     Scheduler& scheduler_;
@@ -90,6 +96,8 @@ class HotKeyManager final : public HotkeyRegistry {
     TagCollection activeCollection_;
     std::map<std::string, Tag> registeredHotkeys_;
     std::map<std::string, LabelHotkey> registeredLabelHotkeys_;
+    std::map<std::string, std::map<std::string, std::string>> labelHotkeysOfTags_;  // key to label
+    std::optional<std::string> labelHotkeyTag_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -1,0 +1,234 @@
+#include "collections_fixture.h"
+#include "core/collections/hot_key_manager.h"
+
+namespace tembrix {
+namespace {
+
+struct Registry final : HotkeyRegistry {
+    std::vector<Tag> tags;
+    TagCollection collection;
+    void registerHotkeys(const std::vector<Tag>& now, const TagCollection& of) override {
+        tags = now;
+        collection = of;
+    }
+};
+
+struct Library : CollectionsFixture {
+    FakeLocale locale;
+    Registry registry;
+    std::unique_ptr<TagLibraryManager> library;
+
+    Library() {
+        folder.write("resources/names.json",
+                     R"({"collections": [{"language": "en", "names": ["Hockey", "Football"]}]})");
+        writeTags("Hockey", {"shot", "save"});
+        writeTags("Football", {"goal"});
+    }
+    ~Library() override { library.reset(); }
+
+    void writeTags(const std::string& collection, const std::vector<std::string>& ids) {
+        std::string json;
+        for (const auto& id : ids)
+            json += (json.empty() ? "" : ",") + ("{\"id\": \"" + id + "\", \"name\": \"" + id) +
+                    "\", \"description\": \"\", \"color\": \"FF0000\", \"defaultTimeBefore\": 1, "
+                    "\"defaultTimeAfter\": 1, \"lablesGroup\": []}";
+        folder.write("resources/tags(" + collection + ").json", "{\"tags\": [" + json + "]}");
+    }
+    void start() {
+        library.reset();
+        library =
+            std::make_unique<TagLibraryManager>(*services, folder.path() / "resources", locale);
+        library->setHotkeyRegistry(&registry);
+    }
+    void storeUserCollection(const std::string& id, const std::string& name,
+                             const std::vector<Tag>& tags) {
+        CollectionData data;
+        data.id = id;
+        data.tags = tags;
+        data.timeEvents = {{"event of " + id, "Event"}};
+        storage->saveCollection(data);
+        index->addOrUpdateCollection(id, name);
+    }
+    std::vector<std::string> activeTags() const {
+        std::vector<std::string> ids;
+        for (const auto& tag : library->active->tags)
+            ids.push_back(tag.id);
+        return ids;
+    }
+    using Ids = std::vector<std::string>;
+};
+
+TEST_F(Library, StartsWithTheFirstStandardCollectionAndMergesTheRestInTheBackground) {
+    storeUserCollection("1", "Mine", {makeTag("shot", "My shot"), makeTag("own", "Own")});
+    storeUserCollection("2", "Later", {makeTag("own", "Another")});
+    index->addOrUpdateCollection("3", "Damaged");
+    const auto finished = record<events::CollectionsLoadingFinished>();
+    start();
+    EXPECT_EQ(activeTags(), (Ids{"shot", "save"}));
+    EXPECT_EQ(registry.tags.size(), 2u);
+    EXPECT_EQ(library->tagById("shot")->name, "shot") << "lookups work before the load is done";
+    EXPECT_EQ(library->tagById("own"), nullptr);
+    scheduler.run();
+    EXPECT_FALSE(finished->empty());
+    EXPECT_EQ(library->tagById("shot")->name, "My shot") << "a user collection comes first";
+    EXPECT_EQ(library->tagById("own")->name, "Own");
+    EXPECT_NE(library->tagById("goal"), nullptr);
+    EXPECT_EQ(library->merged->tags.size(), 4u);
+    EXPECT_EQ(library->active->tags[0].name, "shot") << "the active list stays";
+    EXPECT_TRUE(log.has("📚 TagLibraryManager: Loading 3 user collections"));
+    EXPECT_TRUE(log.has("❌ TagLibraryManager: Failed to load collection 'Damaged'"));
+    EXPECT_TRUE(log.has(
+        "✅ TagLibraryManager: Successfully loaded collection 'Mine' - tags: 2, tagGroups: 0"));
+    EXPECT_TRUE(log.has(
+        "✅ TagLibraryManager: Finished loading all collections - total tags: 4, tagGroups: 0"));
+}
+
+TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
+    storeUserCollection("1", "Mine", {makeTag("own", "Own")});
+    start();
+    scheduler.run();
+    library->selectUserCollection("Mine");
+    EXPECT_EQ(activeTags(), Ids{"own"}) << "read before, so at once";
+    EXPECT_EQ(defaults.text("lastSelectedCollection"), "Mine");
+    start();
+    EXPECT_EQ(*library->currentCollectionType, TagCollection::user("Mine"));
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Mine");
+    EXPECT_EQ(registry.collection, TagCollection::user("Mine"));
+
+    defaults.setText("lastSelectedCollection", "Football");
+    start();
+    EXPECT_EQ(activeTags(), Ids{"goal"});
+    storeUserCollection("2", "Football", {makeTag("mine", "Mine")});
+    start();
+    EXPECT_EQ(activeTags(), Ids{"mine"}) << "a user collection wins over a standard one";
+
+    defaults.setText("lastSelectedCollection", "Deleted");
+    start();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
+    folder.write("resources/names.json", "damaged");
+    start();
+    EXPECT_TRUE(activeTags().empty());
+    EXPECT_FALSE(library->selectedStandardCollectionName->has_value());
+}
+
+TEST_F(Library, AChoiceThatHadToBeReadGivesWayToALaterOne) {
+    start();
+    scheduler.run();
+    storeUserCollection("1", "Mine", {makeTag("own", "Own")});
+    library->selectUserCollection("Mine");
+    EXPECT_EQ(activeTags(), (Ids{"shot", "save"})) << "not read yet";
+    library->selectStandardCollection("Football");
+    scheduler.run();
+    EXPECT_EQ(activeTags(), Ids{"goal"});
+    events.post(events::CollectionDataChanged{});
+    library->selectUserCollection("Mine");
+    scheduler.run();
+    EXPECT_EQ(activeTags(), Ids{"own"});
+    library->selectStandardCollection("No such collection");
+    EXPECT_EQ(activeTags(), Ids{"own"});
+}
+
+TEST_F(Library, TimeEventsAreArmedUntilTheCollectionChanges) {
+    start();
+    library->toggleTimeEvent("half");
+    library->toggleTimeEvent("lead");
+    library->toggleTimeEvent("half");
+    EXPECT_EQ(*library->selectedTimeEvents, std::set<std::string>{"lead"});
+    library->selectStandardCollection("Football");
+    EXPECT_TRUE(library->selectedTimeEvents->empty());
+}
+
+TEST_F(Library, ANamedChangeRefreshesTheActiveListsOnly) {
+    storeUserCollection("1", "Mine", {makeTag("own", "Own", "a")});
+    start();
+    scheduler.run();
+    library->selectUserCollection("Mine");
+    library->toggleTimeEvent("half");
+    const auto refreshed = record<events::CurrentCollectionRefreshed>();
+    storeUserCollection("1", "Mine", {makeTag("own", "Renamed"), makeTag("new", "New")});
+    events.post(events::CollectionDataChanged{"Other"});
+    EXPECT_TRUE(refreshed->empty());
+    events.post(events::CollectionDataChanged{"Mine"});
+    EXPECT_EQ(refreshed->size(), 1u);
+    EXPECT_EQ(activeTags(), (Ids{"own", "new"}));
+    EXPECT_EQ(registry.tags.size(), 2u);
+    EXPECT_TRUE(library->selectedTimeEvents->empty());
+    EXPECT_EQ(library->tagById("new"), nullptr) << "the merged lists stay as they are";
+}
+
+TEST_F(Library, ANamelessChangeReloadsEverythingOnceAtATime) {
+    storeUserCollection("1", "Mine", {makeTag("own", "Own")});
+    start();
+    scheduler.run();
+    const auto started = record<events::CollectionsLoadingStarted>();
+    const auto finished = record<events::CollectionsLoadingFinished>();
+    storeUserCollection("2", "Second", {makeTag("second", "Second")});
+    events.post(events::CollectionDataChanged{});
+    EXPECT_TRUE(library->isLoadingCollections());
+    events.post(events::CollectionDataChanged{});
+    EXPECT_EQ(started->size(), 1u);
+    scheduler.run();
+    EXPECT_EQ(finished->size(), 1u);
+    EXPECT_FALSE(library->isLoadingCollections());
+    EXPECT_NE(library->tagById("second"), nullptr);
+}
+
+TEST_F(Library, ATagUpdateReloadsAndOneWithoutATagDoesNothing) {
+    storeUserCollection("1", "Mine", {makeTag("own", "Own")});
+    start();
+    scheduler.run();
+    storeUserCollection("1", "Mine", {makeTag("own", "Renamed")});
+    events.post(events::TagUpdated{});
+    EXPECT_EQ(scheduler.pendingTasks(), 0u);
+    events.post(events::TagUpdated{"own", "Renamed"});
+    scheduler.run();
+    EXPECT_EQ(library->tagById("own")->name, "Renamed");
+}
+
+TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
+    const auto id = saveCollection("Mine", {"Own"});
+    start();
+    scheduler.run();
+    library->selectUserCollection("Mine");
+    const auto changed = record<events::CollectionDataChanged>();
+    library->deleteUserCollection({id, "Mine"});
+    EXPECT_EQ(changed->size(), 1u);
+    EXPECT_EQ(*library->currentCollectionType, TagCollection::standard());
+    EXPECT_EQ(registry.collection, TagCollection::standard());
+    scheduler.advance(60);
+    EXPECT_TRUE(library->userCollections().empty());
+    EXPECT_FALSE(defaults.data("collection_" + id).has_value());
+    EXPECT_FALSE(library->collectionData("Mine").has_value());
+    EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / id));
+}
+
+TEST_F(Library, LabelsAreOfferedThroughTheTagsGroupsInTheOrderOfAllLabels) {
+    CollectionData data;
+    data.id = "1";
+    data.labels = {{"c", "C", ""}, {"a", "A", ""}, {"b", "B", ""}};
+    data.labelGroups = {
+        {"g1", "One", {"a", "missing"}}, {"g2", "Two", {"c", "a"}}, {"g3", "Three", {"b"}}};
+    storage->saveCollection(data);
+    index->addOrUpdateCollection("1", "Mine");
+    start();
+    scheduler.run();
+    auto tag = makeTag("t", "T");
+    tag.lablesGroup = {"g2", "g1", "dangling"};
+    std::string names;
+    for (const auto& label : library->labelsForTag(tag))
+        names += label.name;
+    EXPECT_EQ(names, "CA");
+    EXPECT_EQ(library->labelGroupContaining("a")->id, "g1");
+    EXPECT_EQ(library->labelGroupContaining("none"), nullptr);
+    EXPECT_EQ(library->labelById("b")->name, "B");
+}
+
+TEST_F(Library, ALoadThatOutlivesTheLibraryIsDropped) {
+    start();
+    library.reset();
+    scheduler.run();
+    EXPECT_FALSE(log.contains("Finished loading"));
+}
+
+}  // namespace
+}  // namespace tembrix
