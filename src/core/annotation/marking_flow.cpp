@@ -36,6 +36,7 @@ MarkingFlow::~MarkingFlow() = default;
 
 void MarkingFlow::appear() {
     subscribe();
+    collections_.index.migrateSavedCollections();
     userCollections.set(collections_.index.collections());
     markupMode.set(markupModes_.currentMarkupMode());
     refreshTagCounts();
