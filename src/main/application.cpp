@@ -1,0 +1,207 @@
+#include "main/application.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QKeyEvent>
+#include <QVBoxLayout>
+
+#include "base/files.h"
+
+#include "adapters/ffmpeg/ffmpeg_media.h"
+#include "adapters/ffmpeg/ffmpeg_movie_renderer.h"
+#include "adapters/mpv/mpv_player_factory.h"
+#include "adapters/plist/plist_property_list.h"
+#include "adapters/qt/file_bookmarks.h"
+#include "adapters/qt/file_keychain.h"
+#include "adapters/qt/file_texts.h"
+#include "adapters/qt/native_keys.h"
+#include "adapters/qt/qt_directories.h"
+#include "adapters/qt/qt_image_codec.h"
+#include "adapters/qt/qt_locale.h"
+#include "adapters/qt/qt_panels.h"
+#include "adapters/qt/qt_pictures.h"
+#include "adapters/qt/qt_process_runner.h"
+#include "adapters/qt/qt_scheduler.h"
+#include "adapters/sqlite/sqlite_user_defaults.h"
+#include "app/annotation/full_control_view.h"
+#include "app/collections/tag_library_view.h"
+#include "app/library/videos_view.h"
+#include "app/playback/video_player_view.h"
+#include "app/services.h"
+#include "app/shell/key_monitor.h"
+#include "app/shell/main_menu.h"
+#include "app/shell/window_factory.h"
+#include "app/theme/theme.h"
+#include "core/annotation/timeline_history.h"
+#include "core/export/export_helper.h"
+#include "core/safety/data_sync_manager.h"
+#include "core/shell/videos_view_model.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr double quitPatience = 2.0;  // seconds for file writes under way
+constexpr QSize listSize{1080, 720};
+
+KeyPress keyPress(const QKeyEvent& event) {
+    NativeKey native = translateKey(event);
+    return {native.code,
+            {native.control, native.option, native.shift, native.command},
+            std::move(native.characters)};
+}
+
+}  // namespace
+
+struct Application::Parts {
+    explicit Parts(const std::filesystem::path& resources);
+    ~Parts();
+
+    QWidget* makeContent(WindowKind kind, QWidget* parent);
+    void makeListWindow();
+
+    StandardLog log;
+    Directories directories = qtDirectories();
+    std::string language = systemLanguage();
+    QtScheduler scheduler;
+    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    FileKeychain keychain{programStateFolder() / "keychain", log};
+    FileBookmarks bookmarks;
+    FileTexts texts;
+    QtLocale locale{language};
+    QtImageCodec images;
+    QtTextMeasure textMeasure{QApplication::font().families()};
+    QtPictureRenderer pictures{QApplication::font().families()};
+    QtProcessRunner processes;
+    QtPanels panels{texts};
+    PlistPropertyList propertyLists;
+    FfmpegMedia media;
+    FfmpegMovieRenderer renderer;
+    MpvPlayerFactory players{media};
+
+    EventBus events;
+    FocusStateManager focus;
+    InMemoryStorageManager storage{defaults, scheduler, directories, log};
+    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
+    DataSyncManager dataSync{DataSyncServices{defaults, storage, index, bookmarks, propertyLists,
+                                              scheduler, directories, log}};
+    CollectionServices collections{storage, index, bookmarks, scheduler, events, texts, log};
+    VideoFilesManager library{storage, bookmarks, directories, texts, log};
+    VideosPreviewManager previews{media, images, scheduler, directories};
+    TagLibraryManager tagLibrary;
+    MarkupModeStore markupModes{defaults, events};
+    TimelineDataManager timeline{storage, library, tagLibrary, markupModes, events, texts};
+    TimelineHistory history{timeline};
+    VideoPlayerManager player{players, log};
+    HotKeyManager hotkeys{events, scheduler, focus, player};
+    ExportServices exports{player,      timeline,    tagLibrary, media,  renderer,
+                           pictures,    textMeasure, processes,  panels, scheduler,
+                           directories, texts,       log};
+    AppServices services{
+        scheduler,  events,
+        texts,      locale,
+        panels,     images,
+        timeline,   history,
+        tagLibrary, markupModes,
+        player,     hotkeys,
+        focus,      collections,
+        exports,    [this](QWidget* parent) { return players.makeSurface(parent); }};
+    QtWindowFactory windowFactory{
+        [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); }};
+    WindowsManager windows{library,    storage,       timeline, player, hotkeys,
+                           tagLibrary, windowFactory, events,   texts};
+    VideosViewModel videos;
+    KeyMonitor keyMonitor{hotkeys, &keyPress};
+    std::unique_ptr<MarkingFlow> marking;  // of the open tag panel
+    std::unique_ptr<QWidget> listWindow;
+};
+
+Application::Parts::Parts(const std::filesystem::path& resources)
+    : texts(resources / "texts", language, log),
+      tagLibrary(collections, resources / "collections", locale),
+      videos(library, previews, windows, panels, scheduler, texts, locale, resources / "guides") {
+    storage.setCollectionIndex(&index);
+    tagLibrary.setHotkeyRegistry(&hotkeys);
+    library.setDeletedTimelineKeeper(&dataSync);
+    dataSync.setRestored([this] {
+        library.reloadFiles();
+        events.post(events::CollectionDataChanged{});
+    });
+    index.migrateSavedCollections();
+}
+
+Application::Parts::~Parts() {
+    windows.closeAll();
+    listWindow.reset();
+    // Windows that are on their way out still refer to the services.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    marking.reset();
+    storage.applicationWillTerminate();
+    scheduler.drain(quitPatience);
+    tagLibrary.setHotkeyRegistry(nullptr);
+}
+
+QWidget* Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
+    addQuitKey(texts, parent);
+    switch (kind) {
+        case WindowKind::video:
+            return new VideoPlayerView(services, parent);
+        case WindowKind::control:
+            return new FullControlView(services, parent);
+        case WindowKind::tagLibrary:
+            break;
+    }
+    marking = std::make_unique<MarkingFlow>(timeline, tagLibrary, markupModes, collections, player,
+                                            windows, scheduler, events);
+    return new TagLibraryView(services, *marking, parent);
+}
+
+void Application::Parts::makeListWindow() {
+    listWindow = std::make_unique<QWidget>();
+    listWindow->setObjectName(QStringLiteral("list"));
+    listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));
+    listWindow->setAccessibleName(listWindow->windowTitle());
+    auto* layout = new QVBoxLayout(listWindow.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->setMenuBar(makeMainMenu(texts, listWindow.get()));
+    layout->addWidget(new VideosView(videos, services, dataSync));
+    listWindow->resize(listSize);
+}
+
+void Application::prepare() {
+    MpvPlayerFactory::prepareApplication();
+}
+
+Application::Application(const std::filesystem::path& resources)
+    : parts_(std::make_unique<Parts>(resources)) {}
+
+Application::~Application() = default;
+
+void Application::start() {
+    parts_->dataSync.syncOnLaunch();
+    theme::applyTheme(*qApp);
+    installDialogTexts(*qApp, parts_->language);
+    parts_->library.start();
+    parts_->videos.send(videos::RefreshFiles{});
+    parts_->makeListWindow();
+    parts_->listWindow->show();
+}
+
+QWidget& Application::listWindow() {
+    return *parts_->listWindow;
+}
+
+const AppServices& Application::services() const {
+    return parts_->services;
+}
+
+std::filesystem::path findResources() {
+    const std::filesystem::path program =
+        QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
+    const std::filesystem::path installed = program.parent_path() / "share/tembrix-stat";
+    std::error_code ignored;
+    return std::filesystem::exists(installed / "texts", ignored) ? installed : TEMBRIX_RESOURCES;
+}
+
+}  // namespace tembrix
