@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include "base/bytes.h"
@@ -9,10 +10,17 @@
 
 namespace tembrix {
 
-// Keeps a value that does not decode under "damaged_" and its key before a later save overwrites
-// it, so that nothing the user made is ever thrown away unseen.
+// Keeps a value that does not decode under "damaged_" and its key, with a number where there is one
+// already, before a later save overwrites it: nothing the user made is thrown away unseen.
 inline void setAside(UserDefaults& defaults, Log& log, const std::string& key, BytesView value) {
-    defaults.setData("damaged_" + key, value);
+    const std::string base = "damaged_" + key;
+    std::string name = base;
+    for (int number = 2; const auto present = defaults.data(name); ++number) {
+        if (std::equal(present->begin(), present->end(), value.begin(), value.end()))
+            return;
+        name = base + "_" + std::to_string(number);
+    }
+    defaults.setData(name, value);
     log.line("⚠️ Storage: Unreadable value of " + key + " set aside");
 }
 

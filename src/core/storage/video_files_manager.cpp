@@ -159,7 +159,11 @@ void VideoFilesManager::rebuildFiles() {
 void VideoFilesManager::saveVideosData() {
     auto unique = withoutDuplicates(videosData_);
     if (unique.size() != videosData_.size()) {
-        videosData_ = std::move(unique);
+        const auto before = std::exchange(videosData_, std::move(unique));
+        for (const auto& video : before) {
+            if (!findById(video.id))
+                keepTimeline(video);
+        }
         rebuildFiles();
     }
     const auto encoded = encode(videosData_);
@@ -217,17 +221,21 @@ void VideoFilesManager::deleteVideo(const FilesFile& file) {
     if (!found)
         return;
     const VideosData video = *found;
-    if (keeper_) {
-        const auto timelines = storage_.loadTimeline(video.id);
-        if (!timelines.empty())
-            keeper_->saveTimelineBeforeDeletion(video, timelines);
-    }
+    keepTimeline(video);
     storage_.userDefaults().remove("timeline_" + video.id);
     storage_.deleteTimelineFile(video.id);
     std::erase_if(videosData_, hasBookmark(bookmark));
     rebuildFiles();
     saveVideosData();
     publish();
+}
+
+void VideoFilesManager::keepTimeline(const VideosData& video) {
+    if (!keeper_)
+        return;
+    const auto timelines = storage_.loadTimeline(video.id);
+    if (!timelines.empty())
+        keeper_->saveTimelineBeforeDeletion(video, timelines);
 }
 
 void VideoFilesManager::renameVideo(const FilesFile& file, const std::string& name) {

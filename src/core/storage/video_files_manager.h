@@ -66,6 +66,7 @@ class VideoFilesManager {
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();
+    void keepTimeline(const VideosData& video);
     void publish();
     // Edits the matching entries of both lists, saves and publishes; false if there are none.
     template <class Matches, class Change>

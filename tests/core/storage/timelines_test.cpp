@@ -79,6 +79,11 @@ TEST_F(Timelines, WhatCannotBeReadAnywhereIsEmptyAndSetAside) {
     folder.write("Documents/Tembrix-Stat/Timelines/V.json", "[{}]");
     EXPECT_TRUE(storage->loadTimeline("V").empty());
     EXPECT_EQ(defaults.data("damaged_timeline_V"), toBytes("[{}]"));
+    for (const auto* damage : {"[", "[", "]"}) {
+        defaults.setData("timeline_V", toBytes(damage));
+        EXPECT_TRUE(storage->loadTimeline("V").empty());
+    }
+    EXPECT_EQ(defaults.keys("damaged_").size(), 3u);  // each of them once, none overwritten
     EXPECT_TRUE(storage->loadTimeline("../../../secret").empty());
 }
 

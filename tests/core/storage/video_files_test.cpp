@@ -184,6 +184,22 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
 }
 
+TEST_F(VideoFiles, AnEntryBoundToTheFileOfAnotherGoesButItsTimelineIsKept) {
+    Keeper keeper;
+    library.setDeletedTimelineKeeper(&keeper);
+    library.start();
+    const auto first = *library.addVideo(video("a.mp4"));
+    const auto second = *library.addVideo(video("b.mp4"));
+    const TimelineLines kept = lines();
+    storage->saveTimeline(kept, second.videoData.id);
+    EXPECT_TRUE(library.rebindVideo(second.videoData.id, "/videos/a.mp4"));
+    EXPECT_EQ(library.videosData(), std::vector{first.videoData});
+    ASSERT_EQ(keeper.kept.size(), 1u);
+    EXPECT_EQ(keeper.kept[0].second, kept);
+    EXPECT_EQ(storage->loadTimeline(second.videoData.id), kept);
+    expectInStep();
+}
+
 TEST_F(VideoFiles, ReloadingFollowsTheStoreAndKeepsPreviews) {
     library.start();
     const auto first = *library.addVideo(video("a.mp4"));
