@@ -1,6 +1,9 @@
 #include "adapters/mpv/mpv_player_factory.h"
 
 #include <QCoreApplication>
+#include <QOpenGLContext>
+#include <QPalette>
+#include <QWidget>
 
 #include "adapters/mpv/mpv_player.h"
 #include "adapters/mpv/mpv_stage.h"
@@ -20,7 +23,13 @@ std::unique_ptr<Player> MpvPlayerFactory::open(const std::filesystem::path& file
 }
 
 QWidget* MpvPlayerFactory::makeSurface(QWidget* parent) const {
-    return new MpvVideoSurface(stage_, parent);
+    // A widget of OpenGL does not survive a display without it.
+    if (QOpenGLContext().create())
+        return new MpvVideoSurface(stage_, parent);
+    auto* black = new QWidget(parent);
+    black->setPalette(QPalette(Qt::black));
+    black->setAutoFillBackground(true);
+    return black;
 }
 
 }  // namespace tembrix

@@ -13,6 +13,27 @@
 
 namespace tembrix {
 
+namespace {
+
+// During a seek the core also asks for the old picture to be drawn again, which is still there and
+// would only keep the machine from decoding.
+bool isNewPicture(mpv_render_context* context) {
+    mpv_render_frame_info info{};
+    mpv_render_context_get_info(context, {MPV_RENDER_PARAM_NEXT_FRAME_INFO, &info});
+    return !(info.flags & MPV_RENDER_FRAME_INFO_REDRAW);
+}
+
+// Takes the frame from the core without drawing it.
+void skip(mpv_render_context* context) {
+    int yes = 1;
+    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SKIP_RENDERING, &yes},
+                                     {MPV_RENDER_PARAM_INVALID, nullptr}};
+    mpv_render_context_render(context, parameters);
+    mpv_render_context_report_swap(context);
+}
+
+}  // namespace
+
 MpvRenderer::MpvRenderer(mpv_handle* core, std::function<void()> drawn)
     : drawn_(std::make_shared<std::function<void()>>(std::move(drawn))),
       surface_(std::make_unique<QOffscreenSurface>()),
@@ -113,25 +134,21 @@ void MpvRenderer::drawPictures(mpv_render_context* context) {
         const QSize size = size_;
         drawing_ = true;
         lock.unlock();
-        const bool isNew = mpv_render_context_update(context) & MPV_RENDER_UPDATE_FRAME;
-        if (isNew || redraw)
+        const bool hasFrame = mpv_render_context_update(context) & MPV_RENDER_UPDATE_FRAME;
+        if (redraw || (hasFrame && isNewPicture(context)))
             draw(context, size);
+        else if (hasFrame)
+            skip(context);
         lock.lock();
         drawing_ = false;
-        if (isNew || redraw)
+        if (hasFrame || redraw)
             QMetaObject::invokeMethod(this, "tellDrawn", Qt::QueuedConnection);
     }
 }
 
 void MpvRenderer::draw(mpv_render_context* context, QSize size) {
-    if (size.isEmpty()) {
-        int skip = 1;
-        mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SKIP_RENDERING, &skip},
-                                         {MPV_RENDER_PARAM_INVALID, nullptr}};
-        mpv_render_context_render(context, parameters);
-        mpv_render_context_report_swap(context);
-        return;
-    }
+    if (size.isEmpty())
+        return skip(context);
     int free = 0;
     {
         const std::lock_guard lock(mutex_);
