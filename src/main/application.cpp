@@ -70,8 +70,8 @@ struct Application::Parts {
     FileTexts texts;
     QtLocale locale{language};
     QtImageCodec images;
-    QtTextMeasure textMeasure{QApplication::font().families()};
-    QtPictureRenderer pictures{QApplication::font().families()};
+    QtTextMeasure textMeasure{theme::font().families()};
+    QtPictureRenderer pictures{theme::font().families()};
     QtProcessRunner processes;
     QtPanels panels{texts};
     PlistPropertyList propertyLists;
