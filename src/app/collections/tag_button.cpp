@@ -1,0 +1,182 @@
+#include "app/collections/tag_button.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyle>
+#include <algorithm>
+#include <cmath>
+
+#include "base/color.h"
+#include "base/time_text.h"
+
+#include "app/theme/theme.h"
+#include "app/widgets/controls.h"
+#include "app/widgets/qt_text.h"
+#include "app/widgets/tabular_label.h"
+#include "core/collections/hot_key_codes.h"
+
+namespace tembrix {
+namespace {
+
+constexpr int buttonHeight = 34;
+constexpr int padding = 2 * theme::unit;
+constexpr int ringWidth = 2;
+constexpr int smallHeight = 16;  // of the cap and of the count
+constexpr int smallSize = 10;
+constexpr int countWidth = 24;
+constexpr int idleMark = 8;
+constexpr int smallestWidth = 76;
+constexpr int largestNameWidth = 200;
+
+QFont smallFont() {
+    return theme::font(smallSize, QFont::DemiBold);
+}
+
+QFont nameFont() {
+    return theme::font(theme::textSize, QFont::Medium);
+}
+
+}  // namespace
+
+TagButton::TagButton(const Tag& tag, QWidget* parent)
+    : QAbstractButton(parent), tag_(tag), cap_(qtext(hotkeyCaption(tag.hotkey.value_or("")))) {
+    setText(qtext(tag.name));
+    nameControl(this, tag.id, text());
+    setCheckable(isInterval());
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setCursor(Qt::PointingHandCursor);
+}
+
+void TagButton::setCount(int count) {
+    if (count_ == count)
+        return;
+    count_ = count;
+    update();
+}
+
+void TagButton::setRunningTime(std::optional<double> seconds) {
+    QString time;
+    if (seconds)
+        time = (*seconds < 0 ? QStringLiteral("−") : QString()) +
+               qtext(formatTimeShort(std::abs(*seconds)));
+    if (time == runningTime_)
+        return;
+    runningTime_ = time;
+    setChecked(seconds.has_value());
+    update();
+}
+
+int TagButton::capWidth() const {
+    if (cap_.isEmpty())
+        return 0;
+    return std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);
+}
+
+int TagButton::timeWidth() const {
+    return static_cast<int>(
+        std::ceil(tabularWidth(QFontMetricsF(smallFont()), QStringLiteral("−00:00"))));
+}
+
+QSize TagButton::sizeHint() const {
+    const int name = std::min(QFontMetrics(nameFont()).horizontalAdvance(text()), largestNameWidth);
+    int width = padding + name + countWidth + theme::unit;
+    if (!cap_.isEmpty())
+        width += capWidth() + theme::unit + ringWidth;
+    if (isInterval())
+        width += timeWidth() + theme::unit;
+    return {std::max(width, smallestWidth), buttonHeight};
+}
+
+QSize TagButton::minimumSizeHint() const {
+    return {smallestWidth, buttonHeight};
+}
+
+void TagButton::keyPressEvent(QKeyEvent* event) {
+    // The blank plays and pauses, so Return is what presses a button here.
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        click();
+    else
+        QAbstractButton::keyPressEvent(event);
+}
+
+void TagButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (!isEnabled())
+        painter.setOpacity(0.35);
+    const QColor ground = theme::toQColor(parseHexColor(tag_.color));
+    const QColor ink = theme::textOn(ground);
+    const bool open = !runningTime_.isEmpty();
+
+    // The ring stands apart from the colour, so that it shows on any.
+    QRectF body(rect());
+    const auto ring = [&](const QColor& color) {
+        painter.setPen(QPen(color, ringWidth));
+        painter.setBrush(Qt::NoBrush);
+        const double inset = ringWidth / 2.0;
+        painter.drawRoundedRect(body.adjusted(inset, inset, -inset, -inset), theme::corner + 1,
+                                theme::corner + 1);
+        body.adjust(ringWidth + 1, ringWidth + 1, -ringWidth - 1, -ringWidth - 1);
+    };
+    if (hasFocus())
+        ring(theme::accent);
+    if (open)
+        ring(theme::text);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isDown() ? ground.darker(120) : underMouse() ? ground.lighter(112) : ground);
+    painter.drawRoundedRect(body, theme::corner, theme::corner);
+
+    QColor shade = ink;
+    shade.setAlphaF(0.16F);
+    const int middle = rect().height() / 2;
+    int left = padding;
+    if (!cap_.isEmpty()) {
+        const QRect cap(left, middle - smallHeight / 2, capWidth(), smallHeight);
+        painter.setBrush(shade);
+        painter.drawRoundedRect(cap, theme::unit, theme::unit);
+        painter.setPen(ink);
+        painter.setFont(smallFont());
+        painter.drawText(cap, Qt::AlignCenter, cap_);
+        left = cap.right() + 1 + theme::unit + ringWidth;
+    }
+
+    int right = width() - countWidth;
+    painter.setPen(ink);
+    if (count_ > 0) {
+        const QString count = QString::number(count_);
+        painter.setFont(smallFont());
+        const int wide =
+            std::max(painter.fontMetrics().horizontalAdvance(count) + padding, smallHeight);
+        const QRect pill(width() - wide - 3, 3, wide, smallHeight);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(theme::background);
+        painter.drawRoundedRect(pill, smallHeight / 2.0, smallHeight / 2.0);
+        painter.setPen(theme::text);
+        painter.drawText(pill, Qt::AlignCenter, count);
+        right = std::min(right, pill.left() - theme::unit);
+    }
+    if (isInterval()) {
+        right -= timeWidth();
+        painter.setFont(smallFont());
+        painter.setPen(ink);
+        if (open) {
+            const int base = middle + painter.fontMetrics().capHeight() / 2;
+            drawTabular(painter, QPointF(right, base), runningTime_);
+        } else {
+            painter.setPen(QPen(ink, 1.5));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawEllipse(
+                QRectF(right + theme::unit, middle - idleMark / 2.0, idleMark, idleMark));
+        }
+        right -= theme::unit;
+    }
+    painter.setFont(nameFont());
+    painter.setPen(ink);
+    const QRect name(left, 0, right - left, buttonHeight);
+    painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
+                     painter.fontMetrics().elidedText(text(), Qt::ElideRight, name.width()));
+}
+
+}  // namespace tembrix

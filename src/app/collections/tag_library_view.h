@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QWidget>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "base/signal.h"
+
+#include "app/services.h"
+#include "core/records/annotation_records.h"
+
+class QVBoxLayout;
+
+namespace tembrix {
+
+class FoldSection;
+class MarkingFlow;
+class TagButton;
+class TimeEventChip;
+
+// The tag panel: everything of the active collection that the user can mark with. The flow, which
+// must outlive the view, decides what a press does.
+class TagLibraryView final : public QWidget {
+    Q_OBJECT
+  public:
+    TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget* parent = nullptr);
+    ~TagLibraryView() override;
+
+  private:
+    void rebuild();
+    void addTimeEvents(QVBoxLayout* column);
+    void addGroup(QVBoxLayout* column, const TagGroup& group);
+    TagButton* makeTagButton(const Tag& tag, QWidget* parent);
+    void toggleGroup(const std::string& id);
+    void showExpanded();
+    void showCounts();
+    void showIntervals();
+    void showTimeEvents();
+    void showEditorMode();
+
+    AppServices& services_;
+    MarkingFlow& flow_;
+    CollectionLists shown_;
+    bool eventsExpanded_ = true;
+    QVBoxLayout* body_;
+    QWidget* content_ = nullptr;
+    std::map<std::string, FoldSection*> groups_;
+    std::multimap<std::string, TagButton*> buttons_;  // a tag may stand in two groups
+    std::map<std::string, TimeEventChip*> chips_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix
