@@ -35,6 +35,11 @@ QPushButton[look="accented"]:focus { border-color: @text; }
 QPushButton[look="accented"]:disabled {
     background: @raised; border-color: @line; color: @disabledText;
 }
+QPushButton[look="plain"] {
+    background: transparent; border-color: transparent; padding: 8px 16px; min-height: 0;
+}
+QPushButton[look="plain"]:hover, QPushButton[look="plain"]:pressed { background: @hovered; }
+QPushButton[look="plain"]:focus { border-color: @text; }
 QPushButton[look="destructive"] { color: @destructive; }
 QPushButton[look="destructive"]:focus { border-color: @destructive; }
 QPushButton[look="destructive"]:disabled { color: @disabledText; }
@@ -64,15 +69,31 @@ QToolButton[segment]:hover { background: @hovered; }
 QToolButton[segment]:checked { background: @accent; color: @onAccent; }
 QToolButton[segment]:focus { border: 1px solid @text; }
 
-QLineEdit, QPlainTextEdit, QTextEdit, QSpinBox, QDoubleSpinBox, QDateEdit, QTimeEdit {
+QLineEdit, QPlainTextEdit, QTextEdit, QAbstractSpinBox {
     color: @text; background: @background; border: 1px solid @line; border-radius: @corner;
     padding: 0 8px; selection-background-color: @accent; selection-color: @onAccent;
 }
-QLineEdit, QSpinBox, QDoubleSpinBox, QDateEdit, QTimeEdit { min-height: 26px; }
+QLineEdit, QAbstractSpinBox { min-height: 26px; }
+QAbstractSpinBox { padding-right: 20px; }
 QPlainTextEdit, QTextEdit { padding: 4px 6px; }
-QLineEdit:focus, QPlainTextEdit:focus, QTextEdit:focus, QSpinBox:focus, QDoubleSpinBox:focus,
-QDateEdit:focus, QTimeEdit:focus { border-color: @accent; }
-QLineEdit:disabled, QPlainTextEdit:disabled, QTextEdit:disabled { color: @disabledText; }
+QLineEdit:focus, QPlainTextEdit:focus, QTextEdit:focus, QAbstractSpinBox:focus {
+    border-color: @accent;
+}
+QLineEdit:disabled, QPlainTextEdit:disabled, QTextEdit:disabled, QAbstractSpinBox:disabled {
+    color: @disabledText;
+}
+QAbstractSpinBox::up-button, QAbstractSpinBox::down-button {
+    subcontrol-origin: border; width: 18px; background: transparent; border: none;
+}
+QAbstractSpinBox::up-button { subcontrol-position: top right; }
+QAbstractSpinBox::down-button { subcontrol-position: bottom right; }
+QAbstractSpinBox::up-arrow { image: url(:/theme/chevron-up.svg); width: 8px; height: 8px; }
+QAbstractSpinBox::down-arrow, QComboBox::down-arrow, QDateTimeEdit::down-arrow {
+    image: url(:/theme/chevron-down.svg); width: 8px; height: 8px;
+}
+QDateTimeEdit::drop-down {
+    subcontrol-origin: border; subcontrol-position: center right; width: 22px; border: none;
+}
 
 QComboBox {
     color: @text; background: @raised; border: 1px solid @line; border-radius: @corner;
@@ -119,6 +140,24 @@ QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
 
 QCheckBox, QRadioButton { color: @text; background: transparent; spacing: 8px; }
 QCheckBox:disabled, QRadioButton:disabled { color: @disabledText; }
+QCheckBox::indicator, QRadioButton::indicator, QAbstractItemView::indicator {
+    width: 14px; height: 14px; border: 1px solid @edge; border-radius: 4px;
+    background: @background;
+}
+QRadioButton::indicator { border-radius: 8px; }
+QCheckBox::indicator:hover, QRadioButton::indicator:hover { border-color: @secondaryText; }
+QCheckBox::indicator:focus, QRadioButton::indicator:focus { border-color: @accent; }
+QCheckBox::indicator:checked, QAbstractItemView::indicator:checked {
+    background: @accent; border-color: @accent; image: url(:/theme/check.svg);
+}
+QRadioButton::indicator:checked {
+    background: @accent; border-color: @accent; image: url(:/theme/dot.svg);
+}
+QCheckBox::indicator:checked:focus, QRadioButton::indicator:checked:focus { border-color: @text; }
+QCheckBox::indicator:disabled, QRadioButton::indicator:disabled { border-color: @line; }
+QCheckBox::indicator:checked:disabled, QRadioButton::indicator:checked:disabled {
+    background: @line; border-color: @line;
+}
 
 QProgressBar {
     background: @raised; border: none; border-radius: 3px; max-height: 6px; color: transparent;
@@ -134,6 +173,7 @@ QSplitter::handle { background: @line; }
 QSplitter::handle:horizontal { width: 1px; }
 QSplitter::handle:vertical { height: 1px; }
 
+QDialog[look="message"], QFileDialog { background: @panel; border: 1px solid @edge; }
 QFrame[look="panel"] { background: @panel; border: none; }
 QFrame[look="card"] { background: @raised; border: 1px solid @line; border-radius: @corner; }
 QFrame[look="separator"] { background: @line; border: none; }
@@ -157,6 +197,7 @@ QString styleSheet() {
         {"@raised", hex(raised)},
         {"@hovered", hex(hovered)},
         {"@line", hex(line)},
+        {"@edge", hex(edge)},
         {"@text", hex(text)},
         {"@secondaryText", hex(secondaryText)},
         {"@disabledText", hex(disabledText)},

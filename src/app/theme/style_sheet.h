@@ -5,7 +5,8 @@
 namespace tembrix::theme {
 
 // The style sheet of all standard controls. A control chooses among looks by the property "look":
-// buttons "quiet", "accented", "destructive"; labels "secondary", "caption", "title", "warning".
+// buttons "quiet", "accented", "destructive", "plain"; labels "secondary", "caption", "title",
+// "warning".
 QString styleSheet();
 
 }  // namespace tembrix::theme

@@ -67,6 +67,8 @@ void setLook(QPushButton* button, ButtonLook look) {
             return setLookProperty(button, "accented");
         case ButtonLook::destructive:
             return setLookProperty(button, "destructive");
+        case ButtonLook::plain:
+            return setLookProperty(button, "plain");
     }
 }
 

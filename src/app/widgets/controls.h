@@ -18,7 +18,7 @@ namespace tembrix {
 // Makers of standard controls. Each control carries its text key as object name and the text that
 // the user reads as accessible name, by which the tests and screen readers find it.
 
-enum class ButtonLook { quiet, accented, destructive };
+enum class ButtonLook { quiet, accented, destructive, plain };
 enum class LabelLook { body, secondary, caption, title, warning };
 
 QPushButton* makeButton(const Texts& texts, std::string_view key,

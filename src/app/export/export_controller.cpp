@@ -1,0 +1,151 @@
+#include "app/export/export_controller.h"
+
+#include <QMenu>
+#include <QToolButton>
+
+#include "app/export/export_mode_sheet.h"
+#include "app/export/selection_sheets.h"
+#include "app/export/waiting_panel.h"
+#include "app/theme/theme.h"
+#include "app/widgets/controls.h"
+#include "app/widgets/qt_text.h"
+#include "core/notifications/event_bus.h"
+
+namespace tembrix {
+
+ExportController::ExportController(const AppServices& services, QWidget* window)
+    : QObject(window),
+      services_(services),
+      window_(window),
+      exportHelper_(services.exports),
+      waiting_(new WaitingPanel(services.texts, window)) {
+    progress_ = exportHelper_.progress.observe(
+        [this](const float& progress) { waiting_->setProgress(progress); });
+    connect(waiting_, &WaitingPanel::cancelled, this,
+            [this] { exportHelper_.cancelCurrentExport(); });
+}
+
+ExportController::~ExportController() = default;
+
+QToolButton* ExportController::makeMenuButton(QWidget* parent) {
+    auto* button = makeIconButton(services_.texts, "fullControlExport", "document-export", parent);
+    button->setText(qtext(services_.texts.text("fullControlExport")));
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setPopupMode(QToolButton::InstantPopup);
+    auto* menu = new QMenu(button);
+    const auto add = [&](const char* key, void (ExportController::*entry)()) {
+        auto* action = menu->addAction(qtext(services_.texts.text(key)));
+        action->setObjectName(key);
+        connect(action, &QAction::triggered, this, entry);
+    };
+    add("fullControlButtonExportTimeline", &ExportController::exportTimeline);
+    add("fullControlButtonExportAll", &ExportController::exportAll);
+    add("fullControlButtonExportDrawings", &ExportController::exportDrawings);
+    add("fullControlButtonExportTags", &ExportController::exportTags);
+    add("fullControlButtonExportLabels", &ExportController::exportLabels);
+    add("fullControlButtonExportEvents", &ExportController::exportEvents);
+    nameControl(menu, services_.texts, "fullControlExport");
+    button->setMenu(menu);
+    // One run at a time.
+    button->setEnabled(!isExporting_);
+    connect(this, &ExportController::isExportingChanged, button,
+            [button](bool exporting) { button->setEnabled(!exporting); });
+    return button;
+}
+
+void ExportController::exportTags() {
+    const auto& lines = services_.timeline.lines.get();
+    const auto& library = services_.tagLibrary.merged.get();
+    auto* sheet = new TagSelectionSheetView(
+        window_, services_.texts, services_.focus, tagsOnTimelines(lines, library),
+        [&](const Tag& tag) { return !labelsOfTag(lines, library, tag).empty(); });
+    sheet->onSelect = [this](const Tag& tag) { askMode(cuts::TagCuts{tag}); };
+    sheet->onSelectWithLabels = [this](const Tag& tag) { askLabels(tag); };
+    present(sheet);
+}
+
+void ExportController::askLabels(const Tag& tag) {
+    auto* sheet = new MultiLabelSelectionSheetView(
+        window_, services_.texts, services_.focus,
+        labelsOfTag(services_.timeline.lines.get(), services_.tagLibrary.merged.get(), tag));
+    sheet->onDone = [this, tag](const std::vector<Label>& labels) {
+        askMode(cuts::TagWithLabels{tag, labels});
+    };
+    sheet->onSkip = [this, tag] { askMode(cuts::TagCuts{tag}); };
+    present(sheet);
+}
+
+void ExportController::exportLabels() {
+    auto* sheet = new LabelSelectionSheetView(
+        window_, services_.texts, services_.focus,
+        labelsOnTimelines(services_.timeline.lines.get(), services_.tagLibrary.merged.get()));
+    sheet->onLabelSelected = [this](const Label& label) { askTags(label); };
+    present(sheet);
+}
+
+void ExportController::askTags(const Label& label) {
+    auto* sheet = new MultiTagSelectionSheetView(
+        window_, services_.texts, services_.focus,
+        tagsOfLabel(services_.timeline.lines.get(), services_.tagLibrary.merged.get(), label));
+    sheet->onDone = [this, label](const std::vector<Tag>& tags) {
+        askMode(cuts::LabelWithTags{label, tags});
+    };
+    sheet->onSkip = [this, label] { askMode(cuts::LabelCuts{label}); };
+    present(sheet);
+}
+
+void ExportController::exportEvents() {
+    auto* sheet = new EventSelectionSheetView(
+        window_, services_.texts, services_.focus,
+        eventsOnTimelines(services_.timeline.lines.get(), services_.tagLibrary.merged.get()));
+    sheet->onSelect = [this](const TimeEvent& event) { askMode(cuts::TimeEventCuts{event}); };
+    present(sheet);
+}
+
+void ExportController::exportScreenshots() {
+    selectedExportType_ = cuts::Screenshots{};
+    run(ExportMode::playlist);
+}
+
+void ExportController::askMode(CutsExportType type) {
+    selectedExportType_ = std::move(type);
+    auto* sheet = new ExportModeSelectionSheet(window_, services_.texts, exportWithDrawings_,
+                                               services_.exports.drawings != nullptr);
+    connect(sheet, &QDialog::finished, this,
+            [this, sheet] { exportWithDrawings_ = sheet->exportWithDrawings(); });
+    sheet->onSelect = [this](ExportMode mode) { run(mode); };
+    present(sheet);
+}
+
+void ExportController::run(ExportMode mode) {
+    if (isExporting_)
+        return;
+    setExporting(true);
+    exportHelper_.startExport(selectedExportType_, mode == ExportMode::playlist,
+                              exportWithDrawings_, [this](const std::optional<Error>& error) {
+                                  setExporting(false);
+                                  if (error)
+                                      services_.panels.alert(
+                                          services_.texts.text("fullControlExportErrorTitle"),
+                                          error->text);
+                              });
+}
+
+// Keys typed into a sheet are no hot keys while it is up.
+void ExportController::present(Sheet* sheet) {
+    services_.events.post(events::EditTimelineSheetAppeared{});
+    connect(sheet, &QDialog::finished, this,
+            [this] { services_.events.post(events::SheetDismissed{}); });
+    sheet->present();
+}
+
+void ExportController::setExporting(bool exporting) {
+    isExporting_ = exporting;
+    if (exporting)
+        waiting_->appear();
+    else
+        waiting_->vanish();
+    Q_EMIT isExportingChanged(exporting);
+}
+
+}  // namespace tembrix

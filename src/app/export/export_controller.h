@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QObject>
+#include <optional>
+
+#include "app/services.h"
+#include "core/export/export_helper.h"
+
+class QToolButton;
+class QWidget;
+
+namespace tembrix {
+
+class Sheet;
+class WaitingPanel;
+
+// The exports of one window, from the menu through the sheets to the waiting panel and, where a run
+// fails, the alert. The window places the menu's button; the rest lies over the window by itself.
+//
+//     auto* exports = new ExportController(services, this);
+//     toolbar->addWidget(exports->makeMenuButton(toolbar));
+class ExportController final : public QObject {
+    Q_OBJECT
+  public:
+    // Belongs to the window and ends a run with it.
+    ExportController(const AppServices& services, QWidget* window);
+    ~ExportController() override;
+
+    QToolButton* makeMenuButton(QWidget* parent);
+    bool isExporting() const { return isExporting_; }
+
+    // The entries of the menu.
+    void exportTimeline() { askMode(cuts::CurrentTimeline{}); }
+    void exportAll() { askMode(cuts::AllTimelines{}); }
+    void exportDrawings() { askMode(cuts::DrawingsTimeline{}); }
+    void exportTags();
+    void exportLabels();
+    void exportEvents();
+    // The pictures of the drawings, packed; asks no mode.
+    void exportScreenshots();
+
+  Q_SIGNALS:
+    void isExportingChanged(bool isExporting);
+
+  private:
+    void askLabels(const Tag& tag);
+    void askTags(const Label& label);
+    void askMode(CutsExportType type);
+    void run(ExportMode mode);
+    void present(Sheet* sheet);
+    void setExporting(bool exporting);
+
+    const AppServices services_;
+    QWidget* window_;
+    ExportHelper exportHelper_;
+    WaitingPanel* waiting_;
+    std::optional<CutsExportType> selectedExportType_;
+    bool exportWithDrawings_ = false;
+    bool isExporting_ = false;
+    Subscription progress_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include "app/widgets/sheet.h"
+#include "core/export/cut_records.h"
+
+class QCheckBox;
+
+namespace tembrix {
+
+// Asks how to export: one film or an archive of clips, with the drawings or without.
+class ExportModeSelectionSheet final : public Sheet {
+    Q_OBJECT
+  public:
+    // `drawingsOffered`: whether the switch can be thrown.
+    ExportModeSelectionSheet(QWidget* parent, const Texts& texts, bool exportWithDrawings,
+                             bool drawingsOffered);
+
+    bool exportWithDrawings() const;
+
+    std::function<void(ExportMode)> onSelect;  // called once the sheet has closed
+
+  private:
+    QWidget* makeChoice(ExportMode mode, std::string_view key, std::string_view hintKey,
+                        const char* icon);
+
+    QCheckBox* drawings_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "app/export/choice_list.h"
+#include "app/widgets/sheet.h"
+#include "core/records/annotation_records.h"
+
+namespace tembrix {
+
+// The sheets on which the user says what to export. Each closes before it calls back; Escape and
+// the cancel button close it without a call.
+
+// A list from which a click takes one.
+class ChoiceSheet : public Sheet {
+    Q_OBJECT
+  public:
+    ChoiceSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                std::string_view titleKey, std::string_view emptyKey, std::vector<Choice> choices,
+                std::string_view hintKey = {}, std::string_view actionKey = {});
+
+  protected:
+    ChoiceList& list() { return *list_; }
+
+  private:
+    ChoiceList* list_;
+};
+
+// A list from which any number is ticked; done with them, or skipped for all.
+class MultiChoiceSheet : public Sheet {
+    Q_OBJECT
+  public:
+    MultiChoiceSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                     std::string_view titleKey, std::string_view emptyKey,
+                     std::vector<Choice> choices);
+
+    std::function<void()> onSkip;
+
+  protected:
+    virtual void picked(const std::vector<std::size_t>& places) = 0;
+
+  private:
+    ChoiceList* list_;
+};
+
+class TagSelectionSheetView final : public ChoiceSheet {
+    Q_OBJECT
+  public:
+    // `hasLabels` tells for which tags the way through the labels makes sense.
+    TagSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                          std::vector<Tag> uniqueTags,
+                          const std::function<bool(const Tag&)>& hasLabels);
+
+    std::function<void(const Tag&)> onSelect;
+    std::function<void(const Tag&)> onSelectWithLabels;
+};
+
+class LabelSelectionSheetView final : public ChoiceSheet {
+    Q_OBJECT
+  public:
+    LabelSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                            std::vector<Label> uniqueLabels);
+
+    std::function<void(const Label&)> onLabelSelected;
+    std::function<void()> onSkip;  // closed without a label
+};
+
+class EventSelectionSheetView final : public ChoiceSheet {
+    Q_OBJECT
+  public:
+    EventSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                            std::vector<TimeEvent> timeEvents);
+
+    std::function<void(const TimeEvent&)> onSelect;
+};
+
+class MultiLabelSelectionSheetView final : public MultiChoiceSheet {
+    Q_OBJECT
+  public:
+    MultiLabelSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                                 std::vector<Label> availableLabels);
+
+    std::function<void(const std::vector<Label>&)> onDone;
+
+  protected:
+    void picked(const std::vector<std::size_t>& places) override;
+
+  private:
+    const std::vector<Label> availableLabels_;
+};
+
+class MultiTagSelectionSheetView final : public MultiChoiceSheet {
+    Q_OBJECT
+  public:
+    MultiTagSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
+                               std::vector<Tag> availableTags);
+
+    std::function<void(const std::vector<Tag>&)> onDone;
+
+  protected:
+    void picked(const std::vector<std::size_t>& places) override;
+
+  private:
+    const std::vector<Tag> availableTags_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,142 @@
+#include "app/export/waiting_panel.h"
+
+#include <QEvent>
+#include <QGraphicsOpacityEffect>
+#include <QPainter>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+
+#include "app/theme/theme.h"
+#include "app/widgets/controls.h"
+#include "app/widgets/qt_text.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr int ringSize = 80;
+constexpr int ringWidth = 8;
+constexpr int padding = 30;
+constexpr int gap = 16;  // between ring and button
+constexpr double corner = 12;
+constexpr int shadowRadius = 20;
+constexpr double shadowOpacity = 0.33;
+constexpr int fadeTime = 200;  // milliseconds
+
+}  // namespace
+
+class WaitingPanel::Ring final : public QWidget {
+  public:
+    Ring(const Texts& texts, QWidget* parent) : QWidget(parent) {
+        setFixedSize(ringSize, ringSize);
+        nameControl(this, texts, "exportProgress");
+    }
+
+    void setProgress(double progress) {
+        const double value = std::clamp(progress, 0.0, 1.0);
+        if (value == progress_)
+            return;
+        progress_ = value;
+        setAccessibleDescription(QString::number(std::lround(100 * value)) + " %");
+        update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const double edge = ringWidth / 2.0;
+        const QRectF circle = QRectF(rect()).adjusted(edge, edge, -edge, -edge);
+        QColor ground = theme::secondaryText;
+        ground.setAlphaF(0.25F);
+        painter.setPen(QPen(ground, ringWidth));
+        painter.drawEllipse(circle);
+        painter.setPen(QPen(theme::accent, ringWidth, Qt::SolidLine, Qt::RoundCap));
+        if (progress_ > 0)  // clockwise from the top, in sixteenths of a degree
+            painter.drawArc(circle, 90 * 16, -static_cast<int>(std::lround(progress_ * 360 * 16)));
+    }
+
+  private:
+    double progress_ = 0;
+};
+
+WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
+    : QWidget(host),
+      ring_(new Ring(texts, this)),
+      opacity_(new QGraphicsOpacityEffect(this)),
+      fading_(new QPropertyAnimation(opacity_, "opacity", this)) {
+    setObjectName("waitingPanel");
+    setGraphicsEffect(opacity_);
+    opacity_->setOpacity(0);
+    auto* column = new QVBoxLayout(this);
+    const int edge = shadowRadius + padding;
+    column->setContentsMargins(edge, edge, edge, edge);
+    column->setSpacing(gap);
+    column->addWidget(ring_, 0, Qt::AlignHCenter);
+    auto* button = makeButton(texts, "cancelButtonTitle", ButtonLook::plain, this);
+    connect(button, &QPushButton::clicked, this, &WaitingPanel::cancelled);
+    column->addWidget(button, 0, Qt::AlignHCenter);
+    connect(fading_, &QPropertyAnimation::finished, this, [this] {
+        if (opacity_->opacity() == 0)
+            hide();
+    });
+    host->installEventFilter(this);
+    hide();
+}
+
+void WaitingPanel::appear() {
+    centre();
+    show();
+    raise();
+    fade(1);
+}
+
+void WaitingPanel::vanish() {
+    fade(0);
+}
+
+void WaitingPanel::setProgress(float progress) {
+    ring_->setProgress(progress);
+}
+
+void WaitingPanel::fade(double to) {
+    fading_->stop();
+    fading_->setDuration(fadeTime);
+    fading_->setStartValue(opacity_->opacity());
+    fading_->setEndValue(to);
+    fading_->start();
+}
+
+void WaitingPanel::centre() {
+    adjustSize();
+    const auto room = parentWidget()->size() - size();
+    move(room.width() / 2, room.height() / 2);
+}
+
+bool WaitingPanel::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::Resize && isVisible())
+        centre();
+    return false;
+}
+
+void WaitingPanel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const QRectF card =
+        QRectF(rect()).adjusted(shadowRadius, shadowRadius, -shadowRadius, -shadowRadius);
+    // The shadow: many faint cards, each a little larger, add up to a soft edge.
+    QColor shadow = theme::veil;
+    shadow.setAlphaF(static_cast<float>(1 - std::pow(1 - shadowOpacity, 1.0 / shadowRadius)));
+    painter.setBrush(shadow);
+    for (int spread = shadowRadius; spread > 0; --spread)
+        painter.drawRoundedRect(card.adjusted(-spread, -spread, spread, spread), corner + spread,
+                                corner + spread);
+    painter.setBrush(theme::veil);
+    painter.drawRoundedRect(card, corner, corner);
+}
+
+}  // namespace tembrix

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QWidget>
+
+#include "ports/texts.h"
+
+class QGraphicsOpacityEffect;
+class QPropertyAnimation;
+
+namespace tembrix {
+
+// Lies over the middle of a window while an export runs: a ring that fills, and a cancel button
+// beneath it. The rest of the window stays usable.
+class WaitingPanel final : public QWidget {
+    Q_OBJECT
+  public:
+    WaitingPanel(const Texts& texts, QWidget* host);
+
+    void appear();
+    void vanish();  // fades out, then hides
+    void setProgress(float progress);
+
+  Q_SIGNALS:
+    void cancelled();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    class Ring;
+    void fade(double to);
+    void centre();
+
+    Ring* ring_;
+    QGraphicsOpacityEffect* opacity_;
+    QPropertyAnimation* fading_;
+};
+
+}  // namespace tembrix
