@@ -30,6 +30,8 @@ void Checkpointer::work() {
     auto database = Database::open(file_, Access::readWrite);
     if (!database)
         return;  // the log then grows until the last connection closes; nothing is lost
+    // A connection learns of the log when it first reads; before that a checkpoint does nothing.
+    database->run("SELECT count(*) FROM sqlite_schema");
     for (;;) {
         {
             std::unique_lock lock(mutex_);

@@ -35,9 +35,8 @@ constexpr const char* createTable =
     "key TEXT PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, data) WITHOUT ROWID;";
 constexpr int checkpointPages = 256;  // 16 MB of log
 
-constexpr std::string_view putSql =
-    "INSERT INTO value(key, kind, data) VALUES(?1, ?2, ?3) "
-    "ON CONFLICT(key) DO UPDATE SET kind = ?2, data = ?3";
+// Not an upsert, which copies a large value once more on its way.
+constexpr std::string_view putSql = "REPLACE INTO value(key, kind, data) VALUES(?1, ?2, ?3)";
 
 // The keys of a database as far as they can be read, from both ends: damage in the middle costs
 // only what lies there.

@@ -174,9 +174,10 @@ TEST_F(Sqlite, AReadOnlyFolderStillGivesItsValues) {
 
 TEST_F(Sqlite, TheLogIsCheckpointedAndDoesNotGrowWithoutEnd) {
     auto defaults = open();
-    const Bytes big(3'000'000, 1);
+    Bytes big(3'000'000, 1);
     std::uintmax_t largest = 0;
     for (int i = 0; i < 200; ++i) {
+        std::fill(big.begin(), big.end(), static_cast<std::uint8_t>(i));
         defaults.setData("timeline_1", big);
         auto logFile = file;
         largest = std::max(largest, std::filesystem::file_size(logFile += "-wal"));

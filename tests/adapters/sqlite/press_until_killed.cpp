@@ -1,0 +1,23 @@
+// Makes stamps by key presses, and prints the id of each once it is stored, until it is killed.
+
+#include <cstdio>
+
+#include "fakes/pressing_project.h"
+
+int main(int, char** arguments) {
+    tembrix::PressingProject project(arguments[1]);
+    project.open(project.addVideo("match.mp4"));
+    const auto& lines = *project.timeline.lines;
+    std::size_t stored = lines.back()->stamps.size();
+    for (double time = 1;; time += 0.5) {
+        project.players.player()->advanceTo(time);
+        project.strike();
+        const auto& stamps = lines.back()->stamps;
+        if (stamps.size() != ++stored)
+            return 1;
+        std::printf("%s\n", stamps.back()->id.text().c_str());
+        std::fflush(stdout);
+        // Lets the flush to the files come round as well, in the midst of the presses.
+        project.scheduler.advance(0.5);
+    }
+}
