@@ -11,6 +11,15 @@ namespace tembrix {
 
 enum class PlayerStatus { paused, waiting, playing };
 
+// Why a player reports a failure: the codes of the domain "player". What looking into the file has
+// found comes in the domain "media".
+enum class PlayerFailure {
+    coreMissing = 1,  // the playback library does not start
+    noVideo,          // the file holds no pictures
+    cannotPlay,       // the playback library gave the file up
+    vanished,         // moved or deleted while open; what is open may play on
+};
+
 // One open video. Time 0 is the first frame shown, whatever the container's start time. Main thread
 // only; callbacks come on the main thread. After playing to the end the player pauses on the last
 // frame.

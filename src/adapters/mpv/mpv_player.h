@@ -20,15 +20,6 @@ class MpvRenderer;
 class MpvSeeker;
 class MpvStage;
 
-// Why a player reports a failure: the codes of the domain "player". Failures of looking into the
-// file come as the media port gave them.
-enum class PlayerFailure {
-    coreMissing = 1,  // the playback library does not start
-    noVideo,          // the file holds no pictures
-    cannotPlay,       // the playback library gave the file up
-    vanished,         // moved or deleted while open; what was open plays on
-};
-
 // The open video on libmpv. The media port says which frame belongs to a time, so that the picture
 // after a seek is the one that a frame grab gives. Main thread only.
 class MpvPlayer final : public QObject, public Player {

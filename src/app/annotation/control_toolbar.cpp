@@ -4,18 +4,15 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QToolButton>
-#include <algorithm>
-
-#include "base/time_text.h"
 
 #include "app/annotation/timelines_area.h"
+#include "app/playback/player_control_panel.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/widgets/tabular_label.h"
 #include "core/annotation/timeline_history.h"
-#include "core/playback/video_player_manager.h"
 
 namespace tembrix {
 
@@ -91,25 +88,7 @@ void ControlToolbar::addHistory() {
 }
 
 void ControlToolbar::addTransport() {
-    now_ = new TabularLabel(this);
-    now_->setFont(theme::font(theme::timeCodeSize, QFont::Medium));
-    nameControl(now_, services_.texts, "fullControlTimeNow");
-    whole_ = new TabularLabel(this);
-    whole_->setColor(theme::secondaryText);
-    nameControl(whole_, services_.texts, "fullControlTimeWhole");
-    row_->addWidget(now_);
-    row_->addWidget(whole_);
-    subscriptions_.push_back(
-        services_.player.currentTimeValue.observe([this](const double&) { showTime(); }));
-    subscriptions_.push_back(
-        services_.player.hasPlayer.observe([this](const bool&) { showTime(); }));
-    showTime();
-}
-
-void ControlToolbar::showTime() {
-    const auto text = [](double seconds) { return qtext(formatTimeLong(std::max(seconds, 0.0))); };
-    now_->setText(text(services_.player.currentTime()));
-    whole_->setText("/ " + text(services_.player.videoDuration()));
+    row_->addWidget(makePlayerControlPanel(services_, this));
 }
 
 void ControlToolbar::addZoom() {

@@ -14,7 +14,6 @@ class QToolButton;
 namespace tembrix {
 
 class SegmentedSwitch;
-class TabularLabel;
 class TimelineEditingModel;
 
 // The bar above the timelines: mode and new timeline; undo and redo; transport and time; zoom;
@@ -36,13 +35,10 @@ class ControlToolbar final : public QWidget {
     void addTransport();
     void addZoom();
     void separate();
-    void showTime();
 
     AppServices& services_;
     TimelineEditingModel& model_;
     QHBoxLayout* row_;
-    TabularLabel* now_ = nullptr;
-    TabularLabel* whole_ = nullptr;
     std::vector<Subscription> subscriptions_;
 };
 

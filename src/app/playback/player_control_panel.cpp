@@ -1,0 +1,57 @@
+#include "app/playback/player_control_panel.h"
+
+#include <memory>
+#include <vector>
+
+#include "app/playback/video_control_panel_view.h"
+#include "app/services.h"
+#include "core/playback/video_player_manager.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr double smallStep = 5.0;  // seconds
+constexpr double largeStep = 10.0;
+
+}  // namespace
+
+QWidget* makePlayerControlPanel(AppServices& services, QWidget* parent) {
+    VideoPlayerManager& player = services.player;
+    auto* panel = new VideoControlPanelView(
+        services.texts,
+        {[&player] { player.seekBy(-largeStep); }, [&player] { player.seekBy(-smallStep); },
+         [&player] { player.togglePlayPause(); }, [&player] { player.seekBy(smallStep); },
+         [&player] { player.seekBy(largeStep); },
+         [&player](double speed) { player.setPlaybackSpeed(speed); }},
+        parent);
+
+    const auto showTimes = [panel, &player] {
+        panel->setTimes(player.currentTime(), player.videoDuration());
+    };
+    const auto showPlayer = [panel, &player, showTimes] {
+        panel->setOperable(*player.hasPlayer);
+        showTimes();
+    };
+    const auto showStatus = [panel, &player] {
+        panel->setPlaying(*player.status == PlayerStatus::playing);
+    };
+    const auto showSpeed = [panel, &player] { panel->setSpeed(player.playbackSpeed()); };
+    showPlayer();
+    showStatus();
+    showSpeed();
+
+    auto subscriptions = std::make_shared<std::vector<Subscription>>();
+    const auto follow = [&](Subscription subscription) {
+        subscriptions->push_back(std::move(subscription));
+    };
+    follow(player.hasPlayer.observe([showPlayer](const bool&) { showPlayer(); }));
+    follow(player.currentTimeValue.observe([showTimes](const double&) { showTimes(); }));
+    follow(player.status.observe([showStatus](const PlayerStatus&) { showStatus(); }));
+    follow(player.playbackSpeedValue.observe([showSpeed](const double&) { showSpeed(); }));
+    QObject::connect(panel, &QObject::destroyed, panel,
+                     [subscriptions] { subscriptions->clear(); });
+    return panel;
+}
+
+}  // namespace tembrix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+#include "base/result.h"
+#include "base/signal.h"
+
+#include "app/services.h"
+
+class QLabel;
+
+namespace tembrix {
+
+// The content of the player window: the picture fills it on black, the transport bar lies below,
+// not over it. What went wrong with the video stands in a line between them.
+class VideoPlayerView final : public QWidget {
+    Q_OBJECT
+  public:
+    explicit VideoPlayerView(AppServices& services, QWidget* parent = nullptr);
+
+  private:
+    void showFailure(const Error& error);
+
+    AppServices& services_;
+    QLabel* failure_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix
