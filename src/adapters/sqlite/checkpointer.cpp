@@ -14,7 +14,7 @@ Checkpointer::~Checkpointer() {
         const std::lock_guard lock(mutex_);
         ended_ = true;
     }
-    changed_.notify_one();
+    changed_.notify_all();
     thread_.join();
 }
 
@@ -23,27 +23,39 @@ void Checkpointer::wake() {
         const std::lock_guard lock(mutex_);
         due_ = true;
     }
-    changed_.notify_one();
+    changed_.notify_all();
+}
+
+void Checkpointer::wakeAndWait() {
+    std::unique_lock lock(mutex_);
+    due_ = true;
+    const auto wanted = begun_ + 1;
+    changed_.notify_all();
+    changed_.wait(lock, [&] { return done_ >= wanted || ended_; });
 }
 
 void Checkpointer::work() {
     auto database = Database::open(file_, Access::readWrite);
-    if (!database)
-        return;  // the log then grows until the last connection closes; nothing is lost
     // A connection learns of the log when it first reads; before that a checkpoint does nothing.
-    database->run("SELECT count(*) FROM sqlite_schema");
+    const bool able = database && database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
+    std::unique_lock lock(mutex_);
+    // Without a checkpointer the log grows until the last connection closes; nothing is lost.
+    ended_ = ended_ || !able;
     for (;;) {
-        {
-            std::unique_lock lock(mutex_);
-            changed_.wait(lock, [this] { return due_ || ended_; });
-            if (ended_)
-                return;
-            due_ = false;
-        }
+        changed_.wait(lock, [this] { return due_ || ended_; });
+        if (ended_)
+            break;
+        due_ = false;
+        ++begun_;
+        lock.unlock();
         // Passive: never makes a writer or a reader wait. What it leaves, the next one takes.
         sqlite3_wal_checkpoint_v2(database->handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
                                   nullptr);
+        lock.lock();
+        done_ = begun_;
+        changed_.notify_all();
     }
+    changed_.notify_all();
 }
 
 }  // namespace tembrix::sqlite

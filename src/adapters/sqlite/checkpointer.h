@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <thread>
@@ -15,6 +16,9 @@ class Checkpointer {
     ~Checkpointer();  // waits for a running checkpoint
 
     void wake();  // any thread
+    // Waits for a checkpoint that begins after this call. If nobody writes meanwhile it takes the
+    // whole log, which the next write then begins anew.
+    void wakeAndWait();
 
   private:
     void work();
@@ -23,7 +27,9 @@ class Checkpointer {
     std::mutex mutex_;
     std::condition_variable changed_;
     bool due_ = false;
-    bool ended_ = false;
+    bool ended_ = false;  // told to end, or unable to work
+    std::uint64_t begun_ = 0;
+    std::uint64_t done_ = 0;
     std::thread thread_;
 };
 

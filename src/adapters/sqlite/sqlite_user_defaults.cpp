@@ -33,7 +33,9 @@ constexpr const char* setUp =
 constexpr const char* createTable =
     "CREATE TABLE IF NOT EXISTS value("
     "key TEXT PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, data) WITHOUT ROWID;";
-constexpr int checkpointPages = 256;  // 16 MB of log
+constexpr int checkpointPages = 256;  // 16 MB of log wake the checkpointer
+// 128 MB: it cannot keep up, and writers wait for it once. No hand presses keys that fast.
+constexpr int fullLogPages = 2048;
 
 // Not an upsert, which copies a large value once more on its way.
 constexpr std::string_view putSql = "REPLACE INTO value(key, kind, data) VALUES(?1, ?2, ?3)";
@@ -134,11 +136,19 @@ struct SqliteUserDefaults::Store {
         sqlite3_wal_hook(
             database.handle(),
             [](void* self, sqlite3*, const char*, int pages) {
-                if (pages >= checkpointPages)
-                    static_cast<Checkpointer*>(self)->wake();
+                static_cast<Store*>(self)->logPages = pages;
                 return SQLITE_OK;
             },
-            checkpointer.get());
+            this);
+    }
+
+    // After a write, with its statement at rest.
+    void tendLog() {
+        const int pages = std::exchange(logPages, 0);
+        if (pages >= fullLogPages)
+            checkpointer->wakeAndWait();
+        else if (pages >= checkpointPages)
+            checkpointer->wake();
     }
 
     Database database;
@@ -146,6 +156,7 @@ struct SqliteUserDefaults::Store {
     Statement put;
     Statement erase;
     Statement list;
+    int logPages = 0;  // in the log after the last write; 0 if there was none
     std::unique_ptr<Checkpointer> checkpointer;
 };
 
@@ -231,6 +242,7 @@ void SqliteUserDefaults::perform(const std::function<int(Store&)>& operation) co
         replaceDamaged(reason);
         code = operation(*store_);
     }
+    store_->tendLog();
     if (code != SQLITE_DONE && code != SQLITE_ROW)
         log_.line("❌ UserDefaults: " + store_->database.lastError());
 }

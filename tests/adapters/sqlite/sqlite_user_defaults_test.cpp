@@ -182,7 +182,7 @@ TEST_F(Sqlite, TheLogIsCheckpointedAndDoesNotGrowWithoutEnd) {
         auto logFile = file;
         largest = std::max(largest, std::filesystem::file_size(logFile += "-wal"));
     }
-    EXPECT_LT(largest, 300'000'000u);  // of 600 MB written
+    EXPECT_LT(largest, 200'000'000u);  // of 600 MB written
 }
 
 // A child writes values and tells each one that the call has taken; it is killed in the middle.
