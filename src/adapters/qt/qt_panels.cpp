@@ -2,16 +2,21 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
-#include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QUrl>
 #include <memory>
 #include <utility>
 
+#include "adapters/qt/message_panel.h"
+
 namespace tembrix {
 namespace {
+
+constexpr QSize fileDialogSize{860, 520};
 
 QString qtext(const std::string& text) {
     return QString::fromStdString(text);
@@ -32,6 +37,12 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
     dialog->setObjectName(name);
     dialog->setOption(QFileDialog::DontUseNativeDialog,
                       QApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
+    dialog->resize(fileDialogSize);
+    // The folder of the last choice, but never the one that the program happened to start in.
+    if (dialog->directory() == QDir::current())
+        dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
+    if (!dialog->directory().exists())
+        dialog->setDirectory(QDir::home());
     return dialog;
 }
 
@@ -40,25 +51,6 @@ QString filterText(const std::string& kindName, const std::vector<std::string>& 
     for (const auto& extension : extensions)
         patterns.append("*." + qtext(extension));
     return (kindName.empty() ? QString() : qtext(kindName) + " ") + "(" + patterns.join(' ') + ")";
-}
-
-QMessageBox* makeMessageBox(const std::string& title, const std::string& message,
-                            const char* name) {
-    auto* box = new QMessageBox(QApplication::activeWindow());
-    box->setObjectName(name);
-    box->setTextFormat(Qt::PlainText);
-    box->setWindowTitle(qtext(title));
-    // The larger first line is the title, unless it is all that there is to say.
-    box->setText(qtext(title.empty() ? message : title));
-    if (!title.empty())
-        box->setInformativeText(qtext(message));
-    return box;
-}
-
-void nameButton(QPushButton* button, const char* name, const char* look) {
-    button->setObjectName(name);
-    button->setAccessibleName(button->text());
-    button->setProperty("look", look);
 }
 
 }  // namespace
@@ -114,12 +106,11 @@ void QtPanels::save(const SavePanelRequest& request,
 
 void QtPanels::alert(const std::string& title, const std::string& message,
                      std::function<void()> closed) {
-    auto* box = makeMessageBox(title, message, "alertPanel");
-    auto* ok = box->addButton(qtext(texts_.text("okButtonTitle")), QMessageBox::AcceptRole);
-    nameButton(ok, "okButtonTitle", "accented");
-    box->setDefaultButton(ok);
-    box->setEscapeButton(ok);
-    present(box, [closed = std::move(closed)] {
+    auto* panel = new MessagePanel(QApplication::activeWindow(), "alertPanel", title, message);
+    auto* ok = panel->addButton("okButtonTitle", texts_.text("okButtonTitle"), "accented");
+    ok->setDefault(true);
+    QObject::connect(ok, &QPushButton::clicked, panel, &QDialog::accept);
+    present(panel, [closed = std::move(closed)] {
         if (closed)
             closed();
     });
@@ -127,16 +118,17 @@ void QtPanels::alert(const std::string& title, const std::string& message,
 
 void QtPanels::confirm(const std::string& title, const std::string& message,
                        const std::string& confirmText, std::function<void(bool)> answer) {
-    auto* box = makeMessageBox(title, message, "confirmPanel");
-    auto* cancel = box->addButton(qtext(texts_.text("cancelButtonTitle")), QMessageBox::RejectRole);
-    nameButton(cancel, "cancelButtonTitle", "quiet");
-    auto* yes = box->addButton(qtext(confirmText), QMessageBox::AcceptRole);
-    nameButton(yes, "confirmButton", "accented");
-    box->setDefaultButton(yes);
-    box->setEscapeButton(cancel);
+    auto* panel = new MessagePanel(QApplication::activeWindow(), "confirmPanel", title, message);
+    auto* cancel = panel->addButton("cancelButtonTitle", texts_.text("cancelButtonTitle"), "quiet");
+    QObject::connect(cancel, &QPushButton::clicked, panel, &QDialog::reject);
+    auto* yes = panel->addButton("confirmButton", confirmText, "accented");
+    yes->setDefault(true);
     const auto confirmed = std::make_shared<bool>(false);
-    QObject::connect(yes, &QPushButton::clicked, &receiver_, [confirmed] { *confirmed = true; });
-    present(box, [confirmed, answer = std::move(answer)] { answer(*confirmed); });
+    QObject::connect(yes, &QPushButton::clicked, panel, [panel, confirmed] {
+        *confirmed = true;
+        panel->accept();
+    });
+    present(panel, [confirmed, answer = std::move(answer)] { answer(*confirmed); });
 }
 
 void QtPanels::reveal(const std::filesystem::path& folder) {

@@ -7,6 +7,11 @@
 #include "app/theme/flat_icon_engine.h"
 #include "app/theme/style_sheet.h"
 
+// A static library's resources are linked in only when asked for, outside of any namespace.
+static void linkResources() {
+    Q_INIT_RESOURCE(theme);
+}
+
 namespace tembrix::theme {
 namespace {
 
@@ -40,6 +45,7 @@ QPalette palette() {
 }  // namespace
 
 void applyTheme(QApplication& application) {
+    linkResources();
     application.setStyle(QStyleFactory::create("Fusion"));
     application.setPalette(palette());
     application.setFont(font());

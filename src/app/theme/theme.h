@@ -18,6 +18,8 @@ inline constexpr QColor panel{0x24, 0x24, 0x26};
 inline constexpr QColor raised{0x2C, 0x2C, 0x2E};
 inline constexpr QColor hovered{0x36, 0x36, 0x38};
 inline constexpr QColor line{0x3A, 0x3A, 0x3C};
+inline constexpr QColor edge{0x54, 0x54,
+                             0x58};  // of what lies over a window, or is to be seen by its edge
 inline constexpr QColor text{0xF2, 0xF2, 0xF7};
 inline constexpr QColor secondaryText{0xAE, 0xAE, 0xB2};
 inline constexpr QColor disabledText{0x6C, 0x6C, 0x70};

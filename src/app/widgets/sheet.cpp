@@ -1,5 +1,6 @@
 #include "app/widgets/sheet.h"
 
+#include <QBitmap>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
@@ -12,6 +13,10 @@
 #include "app/widgets/qt_text.h"
 
 namespace tembrix {
+
+namespace {
+constexpr double cardCorner = 2.0 * theme::corner;
+}
 
 Sheet::Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), texts_(texts) {
@@ -80,10 +85,22 @@ void Sheet::present() {
 void Sheet::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(theme::line);
+    painter.setPen(theme::edge);
     painter.setBrush(theme::panel);
-    const double corner = 2.0 * theme::corner;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cardCorner, cardCorner);
+}
+
+void Sheet::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    // Where no compositor blends windows, transparent corners would come out black.
+    QBitmap shape(size());
+    shape.fill(Qt::color0);
+    QPainter painter(&shape);
+    painter.setPen(Qt::color1);
+    painter.setBrush(Qt::color1);
+    painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), cardCorner, cardCorner);
+    painter.end();
+    setMask(shape);
 }
 
 void Sheet::mousePressEvent(QMouseEvent* event) {

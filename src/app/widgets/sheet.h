@@ -49,6 +49,7 @@ class Sheet : public QDialog {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
     const Texts& texts() const { return texts_; }

@@ -1,7 +1,7 @@
 #include <QApplication>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <gtest/gtest.h>
 #include <memory>
@@ -166,12 +166,13 @@ TEST(QtPanels, TextsAreShownAsTheyAreAndRead) {
     FakeTexts texts;
     QtPanels panels(texts);
     panels.confirm("<b>Имя</b>", "a & b", "Удалить & закрыть", [](bool) {});
-    auto* box = qobject_cast<QMessageBox*>(panel("confirmPanel"));
+    auto* box = panel("confirmPanel");
     ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->text(), "<b>Имя</b>");
-    EXPECT_EQ(box->textFormat(), Qt::PlainText);
+    EXPECT_EQ(box->findChild<QLabel*>("panelTitle")->text(), "<b>Имя</b>");
+    EXPECT_EQ(box->findChild<QLabel*>("panelTitle")->textFormat(), Qt::PlainText);
     auto* button = box->findChild<QPushButton*>("confirmButton");
     EXPECT_EQ(button->accessibleName(), "Удалить & закрыть");
+    EXPECT_EQ(button->text(), "Удалить && закрыть");
     EXPECT_TRUE(button->isDefault());
     box->reject();
     runUntil([] { return panel("confirmPanel") == nullptr; });
