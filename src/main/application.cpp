@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QKeyEvent>
+#include <QMenuBar>
 #include <QVBoxLayout>
 
 #include "base/files.h"
