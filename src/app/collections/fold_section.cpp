@@ -12,7 +12,7 @@
 namespace tembrix {
 namespace {
 
-constexpr int gap = theme::unit + 2;
+constexpr int gap = theme::unit;
 
 // The blank plays and pauses in this window, so Return folds.
 class Header final : public QToolButton {
@@ -43,6 +43,7 @@ FoldSection::FoldSection(const QString& objectName, const QString& title, QWidge
     header_->setIconSize({theme::iconSize - theme::unit, theme::iconSize - theme::unit});
     header_->setText(QString(title).replace('&', "&&"));
     header_->setFont(theme::font(theme::captionSize + 1, QFont::DemiBold));
+    header_->setStyleSheet("QToolButton { padding: 1px 6px 1px 0; }");  // in line with the buttons
     header_->setFocusPolicy(Qt::StrongFocus);
     nameControl(header_, utf8Text(objectName) + ".header", title);
     connect(header_, &QToolButton::clicked, this, &FoldSection::headerPressed);

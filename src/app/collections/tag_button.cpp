@@ -18,14 +18,14 @@
 namespace tembrix {
 namespace {
 
-constexpr int buttonHeight = 34;
-constexpr int padding = 2 * theme::unit;
+constexpr int buttonHeight = 30;
+constexpr int padding = theme::unit + 2;
 constexpr int ringWidth = 2;
-constexpr int smallHeight = 16;  // of the cap and of the count
+constexpr int smallHeight = 15;  // of the cap and of the count
 constexpr int smallSize = 10;
-constexpr int countWidth = 24;
+constexpr int countWidth = 20;
 constexpr int idleMark = 8;
-constexpr int smallestWidth = 76;
+constexpr int smallestWidth = 64;
 constexpr int largestNameWidth = 200;
 
 QFont smallFont() {

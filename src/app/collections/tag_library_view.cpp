@@ -87,7 +87,7 @@ void TagLibraryView::rebuild() {
     content_ = new QWidget;
     auto* column = new QVBoxLayout(content_);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(theme::spacing);
+    column->setSpacing(theme::unit + 2);
     addTimeEvents(column);
     for (const auto& group : shown_.tagGroups)
         addGroup(column, group);

@@ -10,10 +10,10 @@
 namespace tembrix {
 namespace {
 
-constexpr int chipHeight = 26;
+constexpr int chipHeight = 24;
 constexpr int mark = 14;
-constexpr int padding = 2 * theme::unit;
-constexpr int room = 3;  // at the ends, for the armed chip to grow into
+constexpr int padding = theme::unit + 2;
+constexpr int room = 2;  // at the ends, for the armed chip to grow into
 constexpr double armedScale = 1.02;
 constexpr int animationTime = 200;  // milliseconds
 

@@ -34,6 +34,9 @@ StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditS
     scroll->setFocusPolicy(Qt::NoFocus);
     QWidget* sections = makeSections();
     scroll->setWidget(sections);
+    // The sheet's own ground shows through.
+    scroll->viewport()->setAutoFillBackground(false);
+    sections->setAutoFillBackground(false);
     scroll->setMinimumSize(sheetSize.width(), std::min(sections->heightForWidth(sheetSize.width()),
                                                        sheetSize.height()));
     content()->addWidget(scroll, 1);
