@@ -319,8 +319,16 @@ void MarkingFlow::resumeSoon() {
 }
 
 void MarkingFlow::refreshTagCounts() {
+    // A press asks for the count more than once; the same shared lines give the same counts.
+    const TimelineLines& lines = *timeline_.lines;
+    const bool isCounted =
+        std::equal(lines.begin(), lines.end(), countedLines_.begin(), countedLines_.end(),
+                   [](const auto& line, const auto& last) { return line.sharesWith(last); });
+    if (isCounted)
+        return;
+    countedLines_ = lines;
     std::unordered_map<std::string_view, int> counts;
-    for (const auto& line : *timeline_.lines)
+    for (const auto& line : lines)
         for (const auto& stamp : line->stamps)
             ++counts[stamp->idTag];
     tagCounts.set({counts.begin(), counts.end()});

@@ -118,6 +118,7 @@ class MarkingFlow {
     std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
     bool playFieldIsStale_ = false;  // a collection changed since the field was loaded
     std::set<std::string> knownGroups_;
+    TimelineLines countedLines_;  // as tagCounts saw them
     std::unique_ptr<Timer> resumeTimer_;
     std::unique_ptr<Timer> hideSheetTimer_;
     std::vector<Subscription> subscriptions_;
