@@ -32,7 +32,7 @@ bool looksTheSame(const CollectionLists& a, const CollectionLists& b) {
 }  // namespace
 
 TagLibraryView::TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget* parent)
-    : QWidget(parent), services_(services), flow_(flow) {
+    : QWidget(parent), services_(services), flow_(flow), open_(new QWidget(this)) {
     nameControl(this, services.texts, "tagLibrary");
     setMinimumSize(320, 240);
     flow_.appear();
@@ -54,6 +54,7 @@ TagLibraryView::TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget
     body_->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::margin);
     scroll->setWidget(page);
     column->addWidget(scroll, 1);
+    column->addWidget(open_);
     new MarkingSheets(services, flow, this);
 
     const auto on = [this](auto& published, void (TagLibraryView::*react)()) {
@@ -68,9 +69,18 @@ TagLibraryView::TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget
     on(services.player.currentTimeValue, &TagLibraryView::showIntervals);
     on(flow.expandedGroups, &TagLibraryView::showExpanded);
     on(flow.tagCounts, &TagLibraryView::showCounts);
-    on(flow.activeIntervalTags, &TagLibraryView::showIntervals);
+    on(flow.activeIntervalTags, &TagLibraryView::showOpenIntervals);
     on(flow.isEditorModeActive, &TagLibraryView::showEditorMode);
+    auto* strip = new QVBoxLayout(open_);
+    strip->setContentsMargins(0, 0, 0, 0);
+    strip->setSpacing(0);
+    strip->addWidget(makeSeparator(Qt::Horizontal, open_));
+    openFlow_ = new FlowLayout(theme::unit);
+    openFlow_->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
+    strip->addLayout(openFlow_);
+    nameControl(open_, services.texts, "tagLibraryOpenIntervals");
     rebuild();
+    showOpenIntervals();
 }
 
 TagLibraryView::~TagLibraryView() = default;
@@ -174,17 +184,42 @@ void TagLibraryView::showCounts() {
     }
 }
 
+void TagLibraryView::showOpenIntervals() {
+    for (auto* button : openButtons_) {
+        openFlow_->removeWidget(button);
+        button->hide();
+        button->deleteLater();  // it may be the one that was pressed
+    }
+    openButtons_.clear();
+    for (const auto& entry : *flow_.activeIntervalTags) {
+        auto* button = new TagButton(entry.tag, open_);
+        button->setObjectName("open." + button->objectName());
+        connect(button, &QAbstractButton::clicked, this,
+                [this, tag = entry.tag] { flow_.handleTagTap(tag); });
+        openFlow_->addWidget(button);
+        button->show();
+        openButtons_.push_back(button);
+    }
+    open_->setVisible(!openButtons_.empty());
+    showIntervals();
+    showEditorMode();
+}
+
 void TagLibraryView::showIntervals() {
     const double now = services_.player.currentTime();
-    for (const auto& [id, button] : buttons_) {
-        if (!button->isCheckable())
-            continue;
+    const auto show = [&](TagButton* button) {
         const auto& open = *flow_.activeIntervalTags;
-        const auto found = std::find_if(open.begin(), open.end(),
-                                        [&](const auto& entry) { return entry.tag.id == id; });
+        const auto found = std::find_if(open.begin(), open.end(), [&](const auto& entry) {
+            return entry.tag.id == button->tag().id;
+        });
         button->setRunningTime(found == open.end() ? std::nullopt
                                                    : std::optional(now - found->startTime));
-    }
+    };
+    for (const auto& [id, button] : buttons_)
+        if (button->isCheckable())
+            show(button);
+    for (auto* button : openButtons_)
+        show(button);
 }
 
 void TagLibraryView::showTimeEvents() {
@@ -195,6 +230,8 @@ void TagLibraryView::showTimeEvents() {
 void TagLibraryView::showEditorMode() {
     const bool enabled = !*flow_.isEditorModeActive;
     for (const auto& [id, button] : buttons_)
+        button->setEnabled(enabled);
+    for (auto* button : openButtons_)
         button->setEnabled(enabled);
     for (const auto& [id, chip] : chips_)
         chip->setEnabled(enabled);

@@ -14,6 +14,7 @@ class QVBoxLayout;
 
 namespace tembrix {
 
+class FlowLayout;
 class FoldSection;
 class MarkingFlow;
 class TagButton;
@@ -36,6 +37,7 @@ class TagLibraryView final : public QWidget {
     void showExpanded();
     void showCounts();
     void showIntervals();
+    void showOpenIntervals();
     void showTimeEvents();
     void showEditorMode();
 
@@ -44,6 +46,10 @@ class TagLibraryView final : public QWidget {
     CollectionLists shown_;
     bool eventsExpanded_ = true;
     QVBoxLayout* body_;
+    // The open intervals once more, beneath the scrolled groups: always in sight and reach.
+    QWidget* open_;
+    FlowLayout* openFlow_;
+    std::vector<TagButton*> openButtons_;
     QWidget* content_ = nullptr;
     std::map<std::string, FoldSection*> groups_;
     std::multimap<std::string, TagButton*> buttons_;  // a tag may stand in two groups

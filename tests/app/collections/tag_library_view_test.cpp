@@ -2,6 +2,8 @@
 
 #include <QComboBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStandardItemModel>
 #include <QTest>
 #include <QToolButton>
@@ -181,10 +183,17 @@ TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndHoldsTheCollectio
     QTest::keyClick(possession, Qt::Key_Return);
     app->settle(0.2);
     EXPECT_FALSE(possession->isChecked());
+    EXPECT_FALSE(child(*view, "tagLibraryOpenIntervals")->isVisible());
     ASSERT_EQ(stamps().size(), 1u);
     EXPECT_DOUBLE_EQ(stamps()[0].timeStartSeconds, 9);
     EXPECT_DOUBLE_EQ(stamps()[0].timeFinishSeconds, 26);
     EXPECT_TRUE(allows("Hockey"));
+
+    // An open interval can be closed where it always shows.
+    hotkey(6);  // Z
+    click(tag("open.football.tag.possession"));
+    EXPECT_FALSE(possession->isChecked());
+    EXPECT_EQ(stamps().size(), 2u);
 }
 
 TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
@@ -274,6 +283,10 @@ TEST_F(TagLibraryViewTest, TextsFitInBothLanguages) {
                 EXPECT_GE(button->width(), button->sizeHint().width())
                     << button->accessibleName().toStdString();
         }
+        auto* bar = view->findChild<QScrollArea*>()->verticalScrollBar();
+        bar->setValue(bar->maximum());
+        app->settle();
+        picture(*view, "panel-end-" + language);
         click(tag("football.tag.shot"));
         ASSERT_NE(sheet(), nullptr);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet()));
