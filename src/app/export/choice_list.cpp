@@ -35,7 +35,9 @@ QIcon chip(const Color& color) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme::toQColor(color));
     painter.drawRoundedRect(pixmap.rect(), theme::corner, theme::corner);
-    return pixmap;
+    QIcon icon(pixmap);
+    icon.addPixmap(pixmap, QIcon::Selected);  // a colour of the data is never tinted
+    return icon;
 }
 
 }  // namespace
@@ -48,13 +50,13 @@ ChoiceList::ChoiceList(const Texts& texts, FocusStateManager& focus, std::vector
       choices_(std::move(choices)),
       mode_(mode),
       emptyKey_(emptyKey),
+      search_(choices_.size() >= searchedFrom ? new FocusAwareLineEdit(focus, this) : nullptr),
       rows_(new QTreeWidget(this)),
       nothing_(makeLabel(texts, emptyKey, LabelLook::secondary, this)) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(theme::spacing);
-    if (choices_.size() >= searchedFrom) {
-        search_ = new FocusAwareLineEdit(focus, this);
+    if (search_) {
         search_->setClearButtonEnabled(true);
         nameControl(search_, texts, "exportSearch");
         search_->setPlaceholderText(qtext(texts.text("exportSearch")));

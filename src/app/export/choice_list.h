@@ -64,7 +64,7 @@ class ChoiceList final : public QWidget {
     const std::vector<Choice> choices_;
     const Mode mode_;
     const std::string emptyKey_;
-    QLineEdit* search_ = nullptr;  // null for a short list
+    QLineEdit* search_;  // null for a short list
     QTreeWidget* rows_;
     QLabel* nothing_;
 };

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QGraphicsOpacityEffect>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -132,9 +133,14 @@ void WaitingPanel::paintEvent(QPaintEvent*) {
     QColor shadow = theme::veil;
     shadow.setAlphaF(static_cast<float>(1 - std::pow(1 - shadowOpacity, 1.0 / shadowRadius)));
     painter.setBrush(shadow);
+    QPainterPath around;
+    around.addRect(rect());
+    around.addRoundedRect(card, corner, corner);
+    painter.setClipPath(around);
     for (int spread = shadowRadius; spread > 0; --spread)
         painter.drawRoundedRect(card.adjusted(-spread, -spread, spread, spread), corner + spread,
                                 corner + spread);
+    painter.setClipping(false);
     painter.setBrush(theme::veil);
     painter.drawRoundedRect(card, corner, corner);
 }

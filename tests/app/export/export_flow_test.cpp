@@ -1,0 +1,181 @@
+#include <QCheckBox>
+#include <QMenu>
+#include <QToolButton>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/export/export_window.h"
+#include "fakes/export_project.h"
+
+namespace tembrix {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct ExportFlow : testing::Test, ExportWindow {
+    QToolButton* button = exports->makeMenuButton(&window);
+
+    void choose(const char* entry) { child<QAction>(*button, entry)->trigger(); }
+    // The mode sheet is up: takes the film, and gives the names of the clips that it is cut from.
+    std::size_t cutsOfTheFilm() {
+        EXPECT_EQ(title(), "exportAs");
+        press("exportModeFilm");
+        project.scheduler.run();
+        const auto count = session(project.renderer.sessions.size() - 1).job.pieces.size();
+        session(project.renderer.sessions.size() - 1).cancel();
+        project.scheduler.run();
+        return count;
+    }
+};
+
+TEST_F(ExportFlow, TheMenuOffersItsSixWaysInOrder) {
+    QStringList entries;
+    for (const auto* action : button->menu()->actions())
+        entries << action->objectName();
+    EXPECT_EQ(entries,
+              QStringList({"fullControlButtonExportTimeline", "fullControlButtonExportAll",
+                           "fullControlButtonExportDrawings", "fullControlButtonExportTags",
+                           "fullControlButtonExportLabels", "fullControlButtonExportEvents"}));
+    picture(*button->menu(), "export-menu");
+}
+
+TEST_F(ExportFlow, EveryWayLeadsThroughItsSheetsToTheRun) {
+    choose("fullControlButtonExportTimeline");
+    picture(*sheet(), "export-mode");
+    EXPECT_EQ(cutsOfTheFilm(), 2U);
+    choose("fullControlButtonExportAll");
+    EXPECT_EQ(cutsOfTheFilm(), 3U);
+
+    choose("fullControlButtonExportTags");
+    EXPECT_EQ(rowTexts(), QStringList({"Shot", "Пас"}));
+    clickRow(1);
+    EXPECT_EQ(cutsOfTheFilm(), 2U);
+
+    choose("fullControlButtonExportTags");
+    clickRow(1, 1);
+    EXPECT_EQ(title(), "selectLabelsForExport");
+    EXPECT_EQ(rowTexts(), QStringList({"Длинный", "Точный"}));
+    clickRow(1);
+    press("done");
+    EXPECT_EQ(cutsOfTheFilm(), 1U);
+    choose("fullControlButtonExportTags");
+    clickRow(1, 1);
+    press("skip");
+    EXPECT_EQ(cutsOfTheFilm(), 2U);
+
+    choose("fullControlButtonExportLabels");
+    EXPECT_EQ(title(), "selectLabelForExport");
+    clickRow(0);
+    EXPECT_EQ(title(), "selectTagsForExport");
+    clickRow(0);
+    press("done");
+    EXPECT_EQ(cutsOfTheFilm(), 2U);
+    choose("fullControlButtonExportLabels");
+    clickRow(1);
+    press("skip");
+    EXPECT_EQ(cutsOfTheFilm(), 1U);
+    choose("fullControlButtonExportLabels");
+    press("skip");
+    EXPECT_EQ(title(), "none");
+
+    choose("fullControlButtonExportEvents");
+    clickRow(0);
+    EXPECT_EQ(cutsOfTheFilm(), 1U);
+    EXPECT_THAT(project.panels.alerts, IsEmpty());
+}
+
+TEST_F(ExportFlow, AFilmIsMadeByKeyboardAlone) {
+    button->setFocus();
+    choose("fullControlButtonExportTimeline");
+    ASSERT_EQ(title(), "exportAs");
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), "exportModeFilm");
+    key(Qt::Key_Return);
+    EXPECT_EQ(title(), "none");
+    project.scheduler.run();
+    session().succeed();
+    project.scheduler.run();
+    project.panels.answerSave(project.folder.path() / "film.mp4");
+    project.scheduler.run();
+    EXPECT_EQ(fileText(project.folder.path() / "film.mp4"), "film");
+    EXPECT_FALSE(exports->isExporting());
+}
+
+TEST_F(ExportFlow, AWaitingPanelShowsProgressAndCancels) {
+    EXPECT_FALSE(waiting()->isVisible());
+    choose("fullControlButtonExportAll");
+    press("exportModeFilm");
+    EXPECT_TRUE(exports->isExporting());
+    EXPECT_FALSE(button->isEnabled());
+    EXPECT_TRUE(waiting()->isVisible());
+    project.scheduler.run();
+    session().setProgress(0.625F);
+    project.scheduler.advance(0.11);
+    EXPECT_EQ(child(window, "exportProgress")->accessibleDescription(), "63 %");
+    EXPECT_EQ(child(window, "exportProgress")->size(), QSize(80, 80));
+    QTest::qWait(300);
+    picture(window, "export-waiting");
+    const auto middle = [&] { return waiting()->geometry().center() - window.rect().center(); };
+    EXPECT_LE(middle().manhattanLength(), 2);
+    window.resize(900, 700);
+    QTest::qWait(50);
+    EXPECT_LE(middle().manhattanLength(), 2);
+
+    QTest::mouseClick(child<QPushButton>(window, "cancelButtonTitle"), Qt::LeftButton);
+    EXPECT_TRUE(exports->isExporting()) << "the run says when it is over";
+    project.scheduler.run();
+    EXPECT_FALSE(exports->isExporting());
+    EXPECT_TRUE(button->isEnabled());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !waiting()->isVisible(); }));
+    EXPECT_THAT(project.panels.alerts, IsEmpty());
+}
+
+TEST_F(ExportFlow, AFailureIsToldOnce) {
+    project.timeline.lines.set({});
+    choose("fullControlButtonExportAll");
+    press("exportModePlaylist");
+    project.scheduler.run();
+    ASSERT_EQ(project.panels.alerts.size(), 1U);
+    EXPECT_EQ(project.panels.closeAlert().message,
+              project.texts.text("fullControlExportNoSegments"));
+    EXPECT_FALSE(exports->isExporting());
+}
+
+TEST_F(ExportFlow, TheDrawingsSwitchIsRememberedAndReachesTheRun) {
+    FakeExportDrawings drawings;
+    const auto id = (*project.timeline.lines)[0]->stamps[0]->id;
+    drawings.list = {{"Plan", 12, 2, {id}}};
+    drawings.place = project.folder.path();
+    project.exports.drawings = &drawings;
+    choose("fullControlButtonExportTimeline");
+    child<QCheckBox>(*sheet(), "exportWithDrawings")->click();
+    key(Qt::Key_Escape);
+    choose("fullControlButtonExportTimeline");
+    EXPECT_TRUE(child<QCheckBox>(*sheet(), "exportWithDrawings")->isChecked());
+    EXPECT_EQ(cutsOfTheFilm(), 4U);  // one cut is broken in two by its still picture
+}
+
+TEST_F(ExportFlow, KeysTypedIntoASheetAreNoHotKeys) {
+    choose("fullControlButtonExportTags");
+    EXPECT_TRUE(project.hotkeys.blockedSheetActive.get());
+    clickRow(1, 1);
+    EXPECT_TRUE(project.hotkeys.blockedSheetActive.get());
+    press("skip");
+    EXPECT_TRUE(project.hotkeys.blockedSheetActive.get());
+    key(Qt::Key_Escape);
+    EXPECT_EQ(title(), "none");
+    EXPECT_FALSE(project.hotkeys.blockedSheetActive.get());
+}
+
+TEST_F(ExportFlow, ClosingTheWindowEndsTheRun) {
+    choose("fullControlButtonExportAll");
+    press("exportModeFilm");
+    project.scheduler.run();
+    delete exports;
+    EXPECT_TRUE(session().cancelled());
+    project.scheduler.run();
+    EXPECT_THAT(project.panels.saves, IsEmpty());
+}
+
+}  // namespace
+}  // namespace tembrix
