@@ -82,7 +82,7 @@ Result<const AVFrame*> FrameReader::at(double seconds) {
 Result<void> FrameReader::restart(double seconds) {
     current_.present = next_.present = ended_ = draining_ = false;
     faults_ = 0;
-    decodingTimes_ = {};
+    awaited_ = {};
     avcodec_flush_buffers(decoder_.get());
     const auto start = file_.frameStart(seconds);
     if (!start)
@@ -96,6 +96,7 @@ Result<void> FrameReader::decodeNext() {
         const int code = avcodec_receive_frame(decoder_.get(), next_.frame.get());
         if (code == AVERROR_EOF) {
             ended_ = true;
+            faults_ += static_cast<int>(awaited_.size());
             return {};
         }
         if (code == AVERROR(EAGAIN)) {
@@ -107,6 +108,7 @@ Result<void> FrameReader::decodeNext() {
             ++faults_;
             continue;
         }
+        // This also counts what got lost on the way.
         next_.start = startOf(*next_.frame);
         if (!hasStarted(0, next_.start) || (current_.present && next_.start <= current_.start))
             continue;
@@ -127,9 +129,9 @@ Result<void> FrameReader::feed() {
         return {};
     }
     const double time = source().time(**packet);
-    if (source().ordersByDecoding())
-        decodingTimes_.push(time);
-    else
+    if (!((*packet)->flags & AV_PKT_FLAG_DISCARD))
+        awaited_.push(time);
+    if (!source().ordersByDecoding())
         decoder_->skip_frame = time < wantedStart_ ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     if (avcodec_send_packet(decoder_.get(), *packet) < 0)
         ++faults_;
@@ -137,12 +139,20 @@ Result<void> FrameReader::feed() {
 }
 
 double FrameReader::startOf(const AVFrame& frame) {
-    if (source().ordersByDecoding() && !decodingTimes_.empty()) {
-        const double time = decodingTimes_.top();
-        decodingTimes_.pop();
+    const auto takeFirst = [this] {
+        const double time = awaited_.top();
+        awaited_.pop();
         return time;
-    }
-    return source().seconds(frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp);
+    };
+    if (source().ordersByDecoding() && !awaited_.empty())
+        return takeFirst();
+    const double start =
+        source().seconds(frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp);
+    // Packets of before that gave no frame are lost. Some decoders do not call that an error.
+    while (!awaited_.empty() && awaited_.top() < start + frameTolerance)
+        if (takeFirst() < start - frameTolerance)
+            ++faults_;
+    return start;
 }
 
 }  // namespace tembrix

@@ -19,6 +19,8 @@ class FrameReader {
     // The frame that shows at `seconds`, clamped to the video. Valid until the next call; take a
     // reference to keep it longer.
     Result<const AVFrame*> at(double seconds);
+    // When the frame given last starts.
+    double start() const { return current_.start; }
 
   private:
     struct Shown {
@@ -42,9 +44,10 @@ class FrameReader {
     double wantedStart_ = 0;  // frames before this one are decoded only if others need them
     bool ended_ = false;      // the decoder has given its last frame
     bool draining_ = false;
-    int faults_ = 0;  // packets that could not be decoded since the last frame
-    // Times of decoding whose frames are still to come, where packets carry nothing else.
-    std::priority_queue<double, std::vector<double>, std::greater<>> decodingTimes_;
+    int faults_ = 0;  // packets that gave no frame since the last frame
+    // When the frames of the packets fed show that have not come out yet, or in which order they
+    // are decoded where packets carry nothing else.
+    std::priority_queue<double, std::vector<double>, std::greater<>> awaited_;
 };
 
 }  // namespace tembrix

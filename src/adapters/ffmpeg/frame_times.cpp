@@ -30,7 +30,7 @@ Result<double> FrameTimes::at(MediaSource& source, double seconds) {
         found = stretches_.begin();
     }
     const auto& starts = found->starts;
-    const auto later = std::upper_bound(starts.begin(), starts.end(), time + frameTolerance);
+    const auto later = std::upper_bound(starts.begin(), starts.end(), latestStart(time));
     return later == starts.begin() ? starts.front() : *(later - 1);
 }
 

@@ -49,6 +49,7 @@ Result<std::unique_ptr<MediaSource>> MediaSource::open(const std::filesystem::pa
 
     std::unique_ptr<MediaSource> source(new MediaSource);
     source->file_ = file;
+    source->interrupt_ = interrupt;
     AVFormatContext* format = avformat_alloc_context();
     if (interrupt)
         format->interrupt_callback = {interrupted, const_cast<std::atomic<bool>*>(interrupt)};
@@ -80,7 +81,7 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
     if (!video_ && !audio_)
         return mediaError(MediaFault::noVideo, avText(AVERROR_INVALIDDATA));
     describe();
-    stream_ = video_ ? video_ : audio_;
+    stream_ = seekBy_ = video_ ? video_ : audio_;
     stream_->discard = AVDISCARD_DEFAULT;
     if (video_) {
         if (auto found = findStart(); !found)
@@ -98,6 +99,10 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
             return mediaError(MediaFault::noVideo, "the file has no sound");
         stream_->discard = AVDISCARD_DEFAULT;
         ordersByDecoding_ = false;
+        // Only some containers index their sound; the others are searched by the pictures.
+        const std::string_view format = format_->iformat->name;
+        if (format.find("mp4") != std::string_view::npos || format == "avi")
+            seekBy_ = audio_;
     }
     return {};
 }
@@ -193,18 +198,19 @@ double MediaSource::seconds(std::int64_t timestamp) const {
     return static_cast<double>(timestamp) * av_q2d(stream_->time_base) - info_.videoStart;
 }
 
-std::int64_t MediaSource::timestamp(double seconds) const {
+std::int64_t MediaSource::timestamp(double seconds, const AVStream& stream) const {
     return static_cast<std::int64_t>(
-        std::floor((seconds + info_.videoStart) / av_q2d(stream_->time_base)));
+        std::floor((seconds + info_.videoStart) / av_q2d(stream.time_base)));
 }
 
 double MediaSource::time(const AVPacket& packet) const {
     return seconds(rawTime(packet));
 }
 
-bool MediaSource::startAt(std::int64_t timestamp) {
+bool MediaSource::startAt(double seconds) {
     pending_ = false;
-    if (av_seek_frame(format_.get(), stream_->index, timestamp, AVSEEK_FLAG_BACKWARD) < 0)
+    if (av_seek_frame(format_.get(), seekBy_->index, timestamp(seconds, *seekBy_),
+                      AVSEEK_FLAG_BACKWARD) < 0)
         return false;
     for (auto packet = read(); packet && *packet; packet = read()) {
         if (rawTime(**packet) != unknown && ((*packet)->flags & AV_PKT_FLAG_KEY)) {
@@ -216,12 +222,14 @@ bool MediaSource::startAt(std::int64_t timestamp) {
 }
 
 Result<void> MediaSource::seek(double seconds) {
-    const double bound = seconds + frameTolerance;
+    const double bound = latestStart(seconds);
     // Containers seek by the time of decoding, and some have no packets where they say; so look at
     // what came and step back until it will do.
     double want = bound, step = 0.5;
     for (;;) {
-        const bool found = startAt(timestamp(want));
+        if (interrupt_ && *interrupt_)
+            return mediaError(MediaFault::unreadable, avText(AVERROR_EXIT));
+        const bool found = startAt(want);
         if (found && time(*packet_) <= bound)
             return {};
         if (want < -1 && found)
@@ -240,10 +248,10 @@ Result<void> MediaSource::seek(double seconds) {
 
 bool MediaSource::hasKeyBetween(double position, double seconds) const {
     const auto* entry = avformat_index_get_entry_from_timestamp(
-        stream_, timestamp(seconds + frameTolerance), AVSEEK_FLAG_BACKWARD);
+        stream_, timestamp(latestStart(seconds), *stream_), AVSEEK_FLAG_BACKWARD);
     constexpr double longEnoughToSeek = 12;
     return seconds - position > longEnoughToSeek ||
-           (entry && entry->timestamp > timestamp(position));
+           (entry && entry->timestamp > timestamp(position, *stream_));
 }
 
 Result<AVPacket*> MediaSource::read() {
@@ -253,6 +261,8 @@ Result<AVPacket*> MediaSource::read() {
     }
     for (;;) {
         av_packet_unref(packet_.get());
+        if (interrupt_ && *interrupt_)
+            return mediaError(MediaFault::unreadable, avText(AVERROR_EXIT));
         const int code = av_read_frame(format_.get(), packet_.get());
         // A cut-off or damaged tail ends the file where it can no longer be read.
         if (code == AVERROR_EOF || code == AVERROR_INVALIDDATA)

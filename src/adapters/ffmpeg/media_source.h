@@ -13,10 +13,14 @@
 
 namespace tembrix {
 
-// Whether a frame that starts at `frameStart` has started by the time `seconds`: the one rule by
-// which frame grab, player and film choose the frame of a time.
+// A frame has started by the time `seconds` if it starts at or before this: the one rule by which
+// frame grab, player and film choose the frame of a time. At 29.97 frames per second every 50th
+// start lies just half a tick from a whole one, so the last bit of a sum must not decide.
+inline double latestStart(double seconds) {
+    return seconds + frameTolerance + 1e-6;
+}
 inline bool hasStarted(double frameStart, double seconds) {
-    return frameStart <= seconds + frameTolerance;
+    return frameStart <= latestStart(seconds);
 }
 
 // An opened media file: its packets on the user's time axis, where 0 is the first frame shown.
@@ -26,7 +30,7 @@ class MediaSource {
     enum class Streams { video, audio };
 
     // Opens the file for reading packets of its video or of its sound. `interrupt`, if given, makes
-    // blocking reads give up once it is true; it must outlive the source.
+    // seeks and reads fail once it is true; it must outlive the source.
     static Result<std::unique_ptr<MediaSource>> open(const std::filesystem::path& file,
                                                      Streams streams = Streams::video,
                                                      const std::atomic<bool>* interrupt = nullptr);
@@ -60,16 +64,19 @@ class MediaSource {
     Result<void> findStart();
     void findEnd();
     void describe();
-    std::int64_t timestamp(double seconds) const;
+    std::int64_t timestamp(double seconds, const AVStream& stream) const;
     std::int64_t rawTime(const AVPacket& packet) const;
-    // Seeks and reads the first packet there into pending_; false if there is none.
-    bool startAt(std::int64_t timestamp);
+    // Goes to the key frame before `seconds` by the container's index, and reads it into packet_;
+    // false if nothing can be read there.
+    bool startAt(double seconds);
 
     std::filesystem::path file_;
+    const std::atomic<bool>* interrupt_ = nullptr;
     FormatHandle format_;
     AVStream* stream_ = nullptr;
     AVStream* video_ = nullptr;
     AVStream* audio_ = nullptr;
+    AVStream* seekBy_ = nullptr;  // the stream in whose index seeks look
     MediaInfo info_;
     bool ordersByDecoding_ = false;
     PacketHandle packet_ = newPacket();

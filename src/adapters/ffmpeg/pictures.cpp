@@ -32,12 +32,15 @@ ImageBuffer turned(const ImageBuffer& image, int rotation) {
 
 }  // namespace
 
+AVColorSpace colourMatrix(AVColorSpace said, int width, int height) {
+    if (said != AVCOL_SPC_UNSPECIFIED && said != AVCOL_SPC_RGB)
+        return said;
+    return width >= 1280 || height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+}
+
 ColourCoding colourCoding(const AVFrame& frame) {
     ColourCoding coding;
-    const bool large = frame.width >= 1280 || frame.height > 576;
-    coding.matrix = large ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
-    if (frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RGB)
-        coding.matrix = frame.colorspace;
+    coding.matrix = colourMatrix(frame.colorspace, frame.width, frame.height);
     const auto format = static_cast<AVPixelFormat>(frame.format);
     coding.fullRange = frame.color_range == AVCOL_RANGE_JPEG || format == AV_PIX_FMT_YUVJ420P ||
                        format == AV_PIX_FMT_YUVJ422P || format == AV_PIX_FMT_YUVJ444P;

@@ -16,6 +16,8 @@ struct ColourCoding {
 
 // The frame's own coding; a frame that does not say follows the custom for its size.
 ColourCoding colourCoding(const AVFrame& frame);
+// The same from what a stream says of itself.
+AVColorSpace colourMatrix(AVColorSpace said, int width, int height);
 
 // Tells the scaler the codings of both sides. Sides in RGB are always full range.
 void setColours(SwsContext& scaler, ColourCoding from, ColourCoding to);

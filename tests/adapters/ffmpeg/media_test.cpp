@@ -13,11 +13,6 @@
 #include "fixtures/variants.h"
 
 namespace tembrix {
-
-void PrintTo(const Variant& variant, std::ostream* out) {
-    *out << variant.name;
-}
-
 namespace {
 
 namespace fs = std::filesystem;

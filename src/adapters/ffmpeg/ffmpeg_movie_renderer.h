@@ -1,0 +1,30 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <mutex>
+
+#include "ports/movie_renderer.h"
+
+namespace tembrix {
+
+class FilmRun;
+class Turns;
+
+// Renders films with the FFmpeg libraries. Every run has threads of its own; only a few render at
+// the same time, and the others wait for their turn. Destroying the renderer cancels all runs and
+// waits for their ends.
+class FfmpegMovieRenderer final : public MovieRenderer {
+  public:
+    FfmpegMovieRenderer();
+    ~FfmpegMovieRenderer() override;
+
+    Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override;
+
+  private:
+    const std::shared_ptr<Turns> turns_;
+    std::mutex mutex_;
+    std::list<std::shared_ptr<FilmRun>> runs_;
+};
+
+}  // namespace tembrix

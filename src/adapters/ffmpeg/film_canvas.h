@@ -1,0 +1,46 @@
+#pragma once
+
+#include "base/geometry.h"
+#include "base/image.h"
+#include "base/result.h"
+
+#include "adapters/ffmpeg/av_handles.h"
+#include "adapters/ffmpeg/pictures.h"
+
+namespace tembrix {
+
+// Brings pictures into the film's own shape: 8-bit 4:2:0, limited range, one size. What is in shape
+// already passes through without a copy.
+class FilmCanvas {
+  public:
+    FilmCanvas(int width, int height, AVColorSpace matrix);
+    ~FilmCanvas();
+    FilmCanvas(const FilmCanvas&) = delete;
+    FilmCanvas& operator=(const FilmCanvas&) = delete;
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    AVColorSpace matrix() const { return matrix_; }
+
+    // The source's frame fitted whole and centred on black. `shown` is its size in square pixels
+    // after turning it clockwise by `rotation` degrees.
+    Result<FrameHandle> fit(const AVFrame& frame, Size shown, int rotation);
+    Result<FrameHandle> fit(const ImageBuffer& image);
+    // A copy that may be painted on.
+    FrameHandle copy(const AVFrame& frame);
+
+  private:
+    FrameHandle blank();
+    bool inShape(const AVFrame& frame) const;
+    Result<void> scale(const AVFrame& from, ColourCoding coding, AVFrame& to, int x, int y,
+                       int width, int height);
+
+    const int width_;
+    const int height_;
+    const AVColorSpace matrix_;
+    AVBufferPool* pool_;
+    ScaleHandle scaler_;
+    FrameHandle unturned_;
+};
+
+}  // namespace tembrix

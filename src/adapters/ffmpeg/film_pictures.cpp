@@ -1,0 +1,103 @@
+#include "adapters/ffmpeg/film_pictures.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace tembrix {
+
+namespace {
+
+// A cut may reach so far beyond the last frame, as rounded times do.
+constexpr double overhang = 0.5;
+
+int evenSize(double pixels) {
+    return std::max(2, static_cast<int>(pixels) / 2 * 2);
+}
+
+FrameHandle sameFrame(const AVFrame& frame) {
+    auto same = newFrame();
+    av_frame_ref(same.get(), &frame);
+    return same;
+}
+
+}  // namespace
+
+Result<std::unique_ptr<FilmPictures>> FilmPictures::open(const MovieJob& job, const FilmPlan& plan,
+                                                         const std::atomic<bool>& stop) {
+    std::unique_ptr<FilmPictures> pictures(new FilmPictures(job, plan));
+    auto source = MediaSource::open(job.source, MediaSource::Streams::video, &stop);
+    if (!source)
+        return source.error();
+    pictures->file_.source = std::move(*source);
+    auto reader = FrameReader::open(pictures->file_);
+    if (!reader)
+        return reader.error();
+    pictures->reader_ = std::move(*reader);
+    const auto& coded = *pictures->file_.source->stream()->codecpar;
+    pictures->canvas_ = std::make_unique<FilmCanvas>(
+        evenSize(job.renderSize.width), evenSize(job.renderSize.height),
+        colourMatrix(coded.color_space, coded.width, coded.height));
+    pictures->blends_.resize(job.overlays.size());
+    return pictures;
+}
+
+const OverlayBlend& FilmPictures::blend(std::size_t overlay) {
+    auto& kept = blends_[overlay];
+    if (!kept) {
+        auto shown = job_.overlays[overlay];
+        if (shown.image.empty() && shown.paint)
+            shown.image = shown.paint();
+        kept = std::make_unique<OverlayBlend>(shown, canvas_->width(), canvas_->height(),
+                                              canvas_->matrix());
+    }
+    return *kept;
+}
+
+Result<FrameHandle> FilmPictures::base(std::size_t piece) {
+    const auto& content = job_.pieces[piece];
+    if (const auto* still = std::get_if<StillPiece>(&content)) {
+        if (std::exchange(shownPiece_, piece) == piece)
+            return FrameHandle();
+        return canvas_->fit(still->image);
+    }
+    const auto& info = file_.source->info();
+    const double time = plan_.sourceTime(piece, frame_);
+    if (time > info.duration + overhang)
+        return mediaError(MediaFault::unreadable,
+                          fmt::format("the video can be read up to {:.1f} seconds only, and a cut "
+                                      "needs {:.1f}",
+                                      info.duration, time));
+    const auto frame = reader_->at(time);
+    if (!frame)
+        return frame.error();
+    const bool same = shownPiece_ == piece && shownStart_ == reader_->start();
+    shownPiece_ = piece;
+    shownStart_ = reader_->start();
+    if (same)
+        return FrameHandle();
+    return canvas_->fit(**frame, info.size, info.rotation);
+}
+
+Result<FrameHandle> FilmPictures::next() {
+    auto picture = base(plan_.pieceAt(frame_));
+    if (!picture)
+        return picture.error();
+    auto overlays = plan_.overlaysAt(frame_);
+    // An overlay that is over will not come back, and its pixels are many.
+    for (const auto over : shownOverlays_)
+        if (std::find(overlays.begin(), overlays.end(), over) == overlays.end())
+            blends_[over].reset();
+    const bool changed = *picture || overlays != shownOverlays_;
+    if (*picture)
+        plain_ = std::move(*picture);
+    shownOverlays_ = std::move(overlays);
+    ++frame_;
+    if (changed) {
+        composed_ = shownOverlays_.empty() ? sameFrame(*plain_) : canvas_->copy(*plain_);
+        for (const auto overlay : shownOverlays_)
+            blend(overlay).apply(*composed_);
+    }
+    return sameFrame(*composed_);
+}
+
+}  // namespace tembrix

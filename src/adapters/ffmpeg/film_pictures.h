@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "adapters/ffmpeg/film_canvas.h"
+#include "adapters/ffmpeg/film_plan.h"
+#include "adapters/ffmpeg/frame_reader.h"
+#include "adapters/ffmpeg/overlay_blend.h"
+
+namespace tembrix {
+
+// The pictures of a film, one after the other, as they go to the encoder. Belongs to one thread.
+class FilmPictures {
+  public:
+    // The job and the plan must outlive the pictures. `stop` makes next() fail once it is true.
+    static Result<std::unique_ptr<FilmPictures>> open(const MovieJob& job, const FilmPlan& plan,
+                                                      const std::atomic<bool>& stop);
+
+    const FilmCanvas& canvas() const { return *canvas_; }
+    bool sourceHasAudio() const { return file_.source->info().hasAudio; }
+
+    // The film's next frame. Frames may share their pixels: nobody may write to them.
+    Result<FrameHandle> next();
+
+  private:
+    FilmPictures(const MovieJob& job, const FilmPlan& plan) : job_(job), plan_(plan) {}
+    // The picture of the next frame without overlays, or null if it is that of the frame before.
+    Result<FrameHandle> base(std::size_t piece);
+    const OverlayBlend& blend(std::size_t overlay);
+
+    const MovieJob& job_;
+    const FilmPlan& plan_;
+    VideoFile file_;
+    std::unique_ptr<FrameReader> reader_;
+    std::unique_ptr<FilmCanvas> canvas_;
+    std::vector<std::unique_ptr<OverlayBlend>> blends_;  // made when first needed
+    int frame_ = 0;
+    // What the frame before showed.
+    std::size_t shownPiece_ = SIZE_MAX;
+    double shownStart_ = -1;
+    std::vector<std::size_t> shownOverlays_;
+    FrameHandle plain_ = newFrame();
+    FrameHandle composed_ = newFrame();
+};
+
+}  // namespace tembrix

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "ports/movie_renderer.h"
+
+namespace tembrix {
+
+// Which picture and which sound stand where in a film. Pieces begin at whole 1/600 seconds counted
+// from the film's start, so that roundings never add up, and the film is rounded to frames once.
+class FilmPlan {
+  public:
+    explicit FilmPlan(const MovieJob& job);
+
+    int frames() const { return frames_; }
+    // The piece that a frame of the film shows, by its place in the job.
+    std::size_t pieceAt(int frame) const;
+    // The time of the source that a frame shows; for source pieces.
+    double sourceTime(std::size_t piece, int frame) const;
+    // The overlays that lie over a frame, lowest first, by their places in the job.
+    std::vector<std::size_t> overlaysAt(int frame) const;
+
+    // The sample of the film at which a piece's sound starts; that of the piece after the last is
+    // the film's length.
+    std::int64_t firstSample(std::size_t piece, int sampleRate) const;
+
+  private:
+    double filmTime(int frame) const { return static_cast<double>(frame) / framesPerSecond_; }
+
+    struct Piece {
+        double sourceStart = 0;
+        double sourceEnd = 0;
+        double start = 0;  // seconds of the film
+    };
+    struct Span {
+        double start = 0;
+        double end = 0;
+    };
+    std::vector<Piece> pieces_;
+    std::vector<Span> overlays_;
+    double duration_ = 0;
+    int framesPerSecond_ = 30;
+    int frames_ = 0;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,207 @@
+#include "adapters/ffmpeg/film_run.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "adapters/ffmpeg/bounded_queue.h"
+#include "adapters/ffmpeg/film_pictures.h"
+#include "adapters/ffmpeg/film_sound.h"
+#include "adapters/ffmpeg/film_writer.h"
+
+namespace tembrix {
+
+namespace {
+
+// Pictures that wait for the encoder, so that it has work while the next cut is looked up.
+constexpr double picturesWaiting = 64e6;  // bytes
+constexpr std::size_t soundsWaiting = 128;
+
+Error cancelledError() {
+    return {"Export", 999, "Cancelled"};
+}
+
+Error exportError(const Error& error) {
+    return {"Export", -1, error.text};
+}
+
+// A stage that makes values on a thread of its own until its last value or first failure.
+template <class T>
+class Stage {
+  public:
+    // `make` gives the next value, or absence at the end.
+    template <class Make>
+    Stage(std::size_t capacity, std::atomic<bool>& stop, Make make)
+        : stop_(stop), queue_(capacity), thread_([this, make = std::move(make)]() mutable {
+              while (!stop_) {
+                  Result<std::optional<T>> value = make();
+                  if (!value)
+                      failure_ = value.error();
+                  if (!value || !*value || !queue_.push(std::move(**value)))
+                      break;
+              }
+              queue_.close();
+          }) {}
+    ~Stage() {
+        stop_ = true;
+        queue_.close();
+        thread_.join();
+    }
+
+    // Absent at the end or after a failure.
+    std::optional<T> next() { return queue_.pop(); }
+    // Valid once next() has given absence.
+    const std::optional<Error>& failure() const { return failure_; }
+
+  private:
+    std::atomic<bool>& stop_;
+    BoundedQueue<T> queue_;
+    std::optional<Error> failure_;
+    std::thread thread_;  // last: it uses all the others
+};
+
+}  // namespace
+
+bool Turns::take(const std::atomic<bool>& givenUp) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return givenUp || free_ > 0; });
+    if (givenUp)
+        return false;
+    --free_;
+    return true;
+}
+
+void Turns::giveBack() {
+    const std::lock_guard lock(mutex_);
+    ++free_;
+    changed_.notify_all();
+}
+
+void Turns::wake() {
+    const std::lock_guard lock(mutex_);
+    changed_.notify_all();
+}
+
+FilmRun::FilmRun(MovieJob job, MovieRenderer::Completion completion, std::shared_ptr<Turns> turns)
+    : job_(std::move(job)),
+      plan_(job_),
+      completion_(std::move(completion)),
+      turns_(std::move(turns)) {}
+
+FilmRun::~FilmRun() {
+    cancel();
+    wait();
+}
+
+void FilmRun::begin() {
+    thread_ = std::thread([this] {
+        Result<std::filesystem::path> result = cancelledError();
+        if (turns_->take(cancelled_)) {
+            result = render();
+            turns_->giveBack();
+        }
+        if (!result && cancelled_)
+            result = cancelledError();
+        completion_(result);
+        completion_ = nullptr;
+        ended_ = true;
+    });
+}
+
+void FilmRun::cancel() {
+    cancelled_ = true;
+    stop_ = true;
+    turns_->wake();
+}
+
+void FilmRun::wait() {
+    if (thread_.joinable())
+        thread_.join();
+}
+
+Result<std::filesystem::path> FilmRun::render() {
+    auto opened = FilmPictures::open(job_, plan_, stop_);
+    if (!opened)
+        return exportError(opened.error());
+    auto& pictures = **opened;
+    FilmFormat format;
+    format.width = pictures.canvas().width();
+    format.height = pictures.canvas().height();
+    format.matrix = pictures.canvas().matrix();
+    format.framesPerSecond = job_.framesPerSecond;
+    std::unique_ptr<FilmSound> sound;
+    if (pictures.sourceHasAudio()) {
+        auto found = FilmSound::open(job_, plan_, stop_);
+        if (!found)
+            return exportError(found.error());
+        sound = std::move(*found);
+        format.sampleRate = sound->sampleRate();
+    }
+    auto writer = FilmWriter::open(job_.target, format);
+    if (!writer)
+        return writer.error();
+    if (auto encoded = encode(pictures, sound.get(), **writer); !encoded)
+        return encoded.error();
+    if (auto finished = (*writer)->finish(); !finished)
+        return finished.error();
+    progress_ = 1;
+    return job_.target;
+}
+
+Result<void> FilmRun::encode(FilmPictures& pictures, FilmSound* sound, FilmWriter& writer) {
+    const int frames = plan_.frames();
+    const auto& canvas = pictures.canvas();
+    const double frameBytes = canvas.width() * canvas.height() * 1.5;
+    const auto waiting =
+        static_cast<std::size_t>(std::clamp(picturesWaiting / frameBytes, 4.0, 48.0));
+    Stage<FrameHandle> decoded(
+        waiting, stop_, [&pictures, left = frames]() mutable -> Result<std::optional<FrameHandle>> {
+            if (left-- == 0)
+                return std::optional<FrameHandle>();
+            auto picture = pictures.next();
+            if (!picture)
+                return picture.error();
+            return std::optional<FrameHandle>(std::move(*picture));
+        });
+    std::optional<Stage<FilmSound::Samples>> heard;
+    if (sound)
+        heard.emplace(
+            soundsWaiting, stop_,
+            [sound, left = sound->length(),
+             most = writer.soundFrame()]() mutable -> Result<std::optional<FilmSound::Samples>> {
+                if (left == 0)
+                    return std::optional<FilmSound::Samples>();
+                const auto count = std::min<std::int64_t>(left, most);
+                left -= count;
+                FilmSound::Samples samples;
+                sound->read(static_cast<std::size_t>(count), samples);
+                return std::optional<FilmSound::Samples>(std::move(samples));
+            });
+
+    std::int64_t samplesWritten = 0;
+    for (int k = 0; k < frames; ++k) {
+        auto picture = decoded.next();
+        if (stop_)
+            return cancelledError();
+        if (!picture)
+            return decoded.failure() ? exportError(*decoded.failure()) : cancelledError();
+        if (auto added = writer.addPicture(std::move(*picture)); !added)
+            return added;
+        // The sound follows the pictures closely, as a file that plays while it loads needs it.
+        const bool last = k + 1 == frames;
+        while (heard && (last || samplesWritten * job_.framesPerSecond <
+                                     static_cast<std::int64_t>(k + 1) * sound->sampleRate())) {
+            const auto samples = heard->next();
+            if (!samples)
+                break;
+            const float* const planes[] = {(*samples)[0].data(), (*samples)[1].data()};
+            const auto count = static_cast<int>((*samples)[0].size());
+            if (auto added = writer.addSound(planes, count); !added)
+                return added;
+            samplesWritten += count;
+        }
+        progress_ = 0.99F * static_cast<float>(k + 1) / static_cast<float>(frames);
+    }
+    return {};
+}
+
+}  // namespace tembrix

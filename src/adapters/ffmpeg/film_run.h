@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "ports/movie_renderer.h"
+
+#include "adapters/ffmpeg/film_plan.h"
+
+namespace tembrix {
+
+class FilmPictures;
+class FilmSound;
+class FilmWriter;
+
+// Lets a few runs work at the same time.
+class Turns {
+  public:
+    explicit Turns(int count) : free_(count) {}
+    // Waits for a turn; false if `givenUp` became true first; wake() makes it look.
+    bool take(const std::atomic<bool>& givenUp);
+    void giveBack();
+    void wake();
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int free_;
+};
+
+// One film being made: pictures and sound are decoded on threads of their own and meet at the
+// encoder.
+class FilmRun final : public MovieSession {
+  public:
+    FilmRun(MovieJob job, MovieRenderer::Completion completion, std::shared_ptr<Turns> turns);
+    ~FilmRun() override;  // not on the run's own thread
+
+    void begin();
+    void wait();  // until its thread is done
+    bool ended() const { return ended_; }
+
+    float progress() const override { return progress_; }
+    void cancel() override;
+
+  private:
+    Result<std::filesystem::path> render();
+    Result<void> encode(FilmPictures& pictures, FilmSound* sound, FilmWriter& writer);
+
+    const MovieJob job_;
+    const FilmPlan plan_;
+    MovieRenderer::Completion completion_;
+    const std::shared_ptr<Turns> turns_;
+    std::atomic<bool> cancelled_ = false;
+    std::atomic<bool> stop_ = false;  // ends all threads, after a failure as after cancel()
+    std::atomic<bool> ended_ = false;
+    std::atomic<float> progress_ = 0;
+    std::thread thread_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "base/result.h"
+
+#include "adapters/ffmpeg/av_handles.h"
+
+namespace tembrix {
+
+// What a film is made of.
+struct FilmFormat {
+    int width = 0;
+    int height = 0;
+    int framesPerSecond = 30;
+    AVColorSpace matrix = AVCOL_SPC_BT709;
+    int sampleRate = 0;  // 0: no sound
+    int channels = 2;
+};
+
+// Writes an MPEG-4 file of H.264 pictures and AAC sound under a temporary name, and gives it its
+// own name once it is whole. Without finish() nothing is left. Belongs to one thread.
+class FilmWriter {
+  public:
+    static Result<std::unique_ptr<FilmWriter>> open(const std::filesystem::path& target,
+                                                    const FilmFormat& format);
+    ~FilmWriter();
+    FilmWriter(const FilmWriter&) = delete;
+    FilmWriter& operator=(const FilmWriter&) = delete;
+
+    // Takes the film's next picture.
+    Result<void> addPicture(FrameHandle picture);
+    // Takes the film's next samples: `count` of each channel, at most soundFrame(); fewer only at
+    // the end.
+    Result<void> addSound(const float* const* samples, int count);
+    int soundFrame() const { return audio_ ? audio_->frame_size : 0; }
+    // Ends both, and gives the file its name when it is safely on the disk.
+    Result<void> finish();
+
+  private:
+    FilmWriter() = default;
+    Result<void> openVideo(const FilmFormat& format);
+    Result<void> openAudio(const FilmFormat& format);
+    Result<void> drain(AVCodecContext& encoder, AVStream& stream);
+
+    struct FreeOutput {
+        void operator()(AVFormatContext* format) const {
+            avio_closep(&format->pb);
+            avformat_free_context(format);
+        }
+    };
+
+    std::filesystem::path target_;
+    std::filesystem::path temporary_;
+    std::unique_ptr<AVFormatContext, FreeOutput> format_;
+    CodecHandle video_;
+    CodecHandle audio_;
+    AVStream* videoStream_ = nullptr;
+    AVStream* audioStream_ = nullptr;
+    PacketHandle packet_ = newPacket();
+    std::int64_t pictures_ = 0;
+    std::int64_t samples_ = 0;
+    bool finished_ = false;
+};
+
+}  // namespace tembrix
