@@ -3,11 +3,13 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QShortcut>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "app/annotation/control_toolbar.h"
 #include "app/annotation/line_name_sheets.h"
 #include "app/annotation/timelines_area.h"
+#include "app/export/export_controller.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
@@ -42,6 +44,8 @@ FullControlView::FullControlView(AppServices& services, QWidget* parent)
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     column->addWidget(status_);
 
+    auto* exports = new ExportController(services, this);
+    toolbar_->addGroup(exports->makeMenuButton(toolbar_));
     connect(toolbar_, &ControlToolbar::addLineRequested, this, &FullControlView::openAddLine);
     connect(area_, &TimelinesArea::editNameRequested, this, &FullControlView::openEditName);
     subscriptions_.push_back(model_.hoveredStampInfo.observe(
@@ -52,6 +56,13 @@ FullControlView::FullControlView(AppServices& services, QWidget* parent)
                 openStampEdit(*type);
         }));
     addShortcuts();
+}
+
+FullControlView::~FullControlView() {
+    // The parts look at the model for as long as they live, even while they lose the focus.
+    hide();
+    delete area_;
+    delete toolbar_;
 }
 
 void FullControlView::addShortcuts() {

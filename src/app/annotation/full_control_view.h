@@ -18,6 +18,7 @@ class FullControlView final : public QWidget {
     Q_OBJECT
   public:
     explicit FullControlView(AppServices& services, QWidget* parent = nullptr);
+    ~FullControlView() override;
 
     TimelineEditingModel& model() { return model_; }
 
