@@ -17,6 +17,8 @@ MpvVideoSurface::MpvVideoSurface(std::shared_ptr<MpvStage> stage, QWidget* paren
 
 MpvVideoSurface::~MpvVideoSurface() {
     releaseGL();
+    if (context())
+        context()->disconnect(this);  // it goes with the base, when this is no surface any more
 }
 
 QSize MpvVideoSurface::pixels() const {

@@ -1,0 +1,112 @@
+#include <QElapsedTimer>
+#include <algorithm>
+#include <cctype>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+#include "shown_player.h"
+
+namespace tembrix {
+
+namespace {
+
+// Times at which a frame may be missed by one: the first and the last, key frames, starts, ends and
+// middles; forwards, backwards and across.
+std::vector<double> tellingTimes(const Variant& variant) {
+    const auto& video = variant.video;
+    std::vector<double> times{0, 0.001, video.duration() - variant.skipped, 0};
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> anyFrame(0, video.frameCount() - 2);
+    std::vector<int> frames{1, 59, 60, 61, 120, 119, video.frameCount() - 2};
+    for (int i = 0; i < 8; ++i)
+        frames.push_back(anyFrame(random));
+    for (const int frame : frames) {
+        const double start = video.frameStart(frame), next = video.frameStart(frame + 1);
+        for (const double t : {start, (start + next) / 2, next - 0.0025})
+            if (t > variant.skipped && frame < video.frameCount() - 1)
+                times.push_back(t - variant.skipped);
+    }
+    return times;
+}
+
+class PlayerExactness : public testing::TestWithParam<Variant> {};
+
+TEST_P(PlayerExactness, ASeekShowsTheFrameOfTheFrameGrab) {
+    const Variant& variant = GetParam();
+    const auto file = fixtureFile(variant);
+    ShownPlayer shown(file);
+    for (const double t : tellingTimes(variant)) {
+        ASSERT_TRUE(shown.seek(t)) << "to " << t;
+        const auto grabbed = shown.media.frame(file, t);
+        ASSERT_TRUE(grabbed.ok());
+        EXPECT_EQ(shown.number(), readFrameNumber(*grabbed).value_or(-2)) << "at " << t;
+        EXPECT_EQ(shown.number(), variant.video.frameAt(t + variant.skipped)) << "at " << t;
+        EXPECT_NEAR(shown.player->currentTime(), t, 0.02);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, PlayerExactness, testing::ValuesIn(allVariants()),
+                         [](const auto& test) {
+                             std::string name = test.param.name;
+                             for (char& c : name)
+                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                             return name;
+                         });
+
+TEST(PlayerTime, IsThatOfThePictureWhenPlaybackIsPaused) {
+    const auto& variant = tembrix::variant("late-start");
+    ShownPlayer shown(fixtureFile(variant));
+    shown.player->play();
+    for (const double moment : {0.5, 1.3, 2.1}) {
+        ASSERT_TRUE(QTest::qWaitFor([&] { return shown.player->currentTime() >= moment; }, 10000));
+        shown.player->pause();
+        const int frame = variant.video.frameAt(shown.player->currentTime());
+        // The picture may be the next one, if it was on its way, and the time then follows.
+        EXPECT_TRUE(QTest::qWaitFor([&] { return shown.number() == frame; }, 1000))
+            << shown.number() << " is shown, " << frame << " expected";
+        shown.player->play();
+    }
+}
+
+TEST(PlayerSpeed, HoldsWithoutASoundDevice) {
+    ShownPlayer shown(fixtureFile("surround"));
+    for (const double rate : {0.5, 2.0, 5.0}) {
+        ASSERT_TRUE(shown.seek(1));
+        shown.player->setRate(rate);
+        const double from = shown.player->currentTime();
+        QElapsedTimer clock;
+        clock.start();
+        ASSERT_TRUE(
+            QTest::qWaitFor([&] { return shown.player->currentTime() >= from + rate; }, 10000));
+        // A second at the rate, give or take the start of playback on a busy machine.
+        EXPECT_GT(clock.elapsed(), 700) << rate;
+        EXPECT_LT(clock.elapsed(), 2500) << rate;
+        shown.player->pause();
+    }
+}
+
+TEST(PlayerDrag, AStreamOfSeeksShowsAStreamOfPictures) {
+    const auto& variant = tembrix::variant("long-gop");
+    ShownPlayer shown(fixtureFile(variant));
+    ASSERT_TRUE(shown.seek(0));
+    std::vector<int> numbers;
+    int finished = 0, ended = 0;
+    for (int step = 1; step <= 60; ++step) {
+        shown.player->seek(20.0 * step / 60, [&](bool whole) {
+            ++ended;
+            finished += whole;
+        });
+        QTest::qWait(16);  // the pace of a dragging hand
+        if (const int number = shown.number(); numbers.empty() || number != numbers.back())
+            numbers.push_back(number);
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return ended == 60; }, 10000));
+    EXPECT_GE(finished, 1);
+    EXPECT_EQ(shown.number(), variant.video.frameAt(20));
+    EXPECT_GE(numbers.size(), 4u);
+    EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+}
+
+}  // namespace
+}  // namespace tembrix

@@ -1,0 +1,104 @@
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+
+#include "fakes/temp_folder.h"
+#include "shown_player.h"
+
+namespace tembrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string bytesOf(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+class PlayerFailures : public testing::Test {
+  protected:
+    // Opens the file and waits for what the player says of it.
+    std::optional<Error> failureOf(const fs::path& file) {
+        shown.player = shown.factory.open(file);
+        std::optional<Error> told;
+        const auto watch = shown.player->observeFailure([&](const Error& error) { told = error; });
+        shown.player->play();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return told.has_value(); }, 10000)) << file;
+        return told;
+    }
+
+    TempFolder folder;
+    ShownPlayer shown;
+};
+
+TEST_F(PlayerFailures, FilesThatAreNoVideoAreToldAndDoNothing) {
+    const auto none = folder.path() / "none.mp4";
+    const auto empty = folder.write("empty.mp4", "");
+    const auto text = folder.write("text.mp4", std::string(5000, 'x'));
+    const auto whole = bytesOf(fixtureFile("mov"));
+    const auto torn = folder.write("torn.mov", whole.substr(0, whole.size() / 2));
+    for (const auto& file : {none, empty, text, torn, folder.path()}) {
+        const auto error = failureOf(file);
+        ASSERT_TRUE(error.has_value()) << file;
+        EXPECT_FALSE(error->text.empty());
+        auto& player = *shown.player;
+        player.play();
+        EXPECT_EQ(player.status(), PlayerStatus::paused) << file;
+        EXPECT_EQ(player.rate(), 0);
+        std::optional<bool> end;
+        player.seek(1, [&](bool finished) { end = finished; });
+        EXPECT_EQ(end, false);
+        EXPECT_EQ(player.currentTime(), 0);
+    }
+}
+
+TEST_F(PlayerFailures, SoundAloneIsNoVideo) {
+    // The sound of a match video, as a wave file of one second.
+    std::string wave(
+        "RIFF\x24\xfa\0\0WAVEfmt \x10\0\0\0\1\0\1\0\0\x7d\0\0\0\xfa\0\0\2\0\x10\0data"
+        "\0\xfa\0\0",
+        44);
+    wave.append(64000, '\0');
+    const auto error = failureOf(folder.write("sound.wav", wave));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->domain, "player");
+    EXPECT_EQ(error->code, static_cast<int>(PlayerFailure::noVideo));
+}
+
+TEST_F(PlayerFailures, ATruncatedVideoPlaysAsFarAsItGoes) {
+    const auto whole = bytesOf(fixtureFile("mkv"));
+    const auto file = folder.write("torn.mkv", whole.substr(0, whole.size() / 2));
+    shown.player = shown.factory.open(file);
+    ASSERT_TRUE(shown.seek(1));
+    EXPECT_EQ(shown.number(), variant("mkv").video.frameAt(1));
+    shown.seek(11.5);  // beyond what is there
+    EXPECT_GT(shown.number(), 0);
+    shown.player->play();
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return shown.player->status() == PlayerStatus::paused; }, 10000));
+    ASSERT_TRUE(shown.seek(2));
+    EXPECT_EQ(shown.number(), variant("mkv").video.frameAt(2));
+}
+
+TEST_F(PlayerFailures, AFileDeletedWhileOpenIsToldAndPlaysOn) {
+    const auto file = folder.write("match.mp4", bytesOf(fixtureFile("29.97")));
+    shown.player = shown.factory.open(file);
+    ASSERT_TRUE(shown.seek(1));
+    std::optional<Error> told;
+    const auto watch = shown.player->observeFailure([&](const Error& error) { told = error; });
+    fs::remove(file);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return told.has_value(); }, 5000));
+    EXPECT_EQ(told->code, static_cast<int>(PlayerFailure::vanished));
+    const auto& video = variant("29.97").video;
+    for (const double t : {7.0, 3.01, 11.0}) {
+        ASSERT_TRUE(shown.seek(t));
+        EXPECT_EQ(shown.number(), video.frameAt(t));
+    }
+    shown.player->play();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown.player->currentTime() > 11.3; }, 5000));
+}
+
+}  // namespace
+}  // namespace tembrix
