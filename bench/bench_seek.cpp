@@ -1,0 +1,181 @@
+// How long an exact seek takes on a 1080p video with a key frame every two seconds, beside the mpv
+// program driven over its socket with the same options, window size and times. The two take turns,
+// so that what else the machine does falls on both. The last row counts until the window has shown
+// the picture, which the mpv program does not tell of itself.
+//
+// bench_seek [video [seeks]]
+
+#include <QApplication>
+#include <QLocalSocket>
+#include <QOpenGLWidget>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "adapters/ffmpeg/ffmpeg_media.h"
+#include "adapters/mpv/mpv_player_factory.h"
+#include "fixtures/match_video.h"
+
+namespace tembrix {
+namespace {
+
+constexpr QSize window{1280, 720};
+constexpr int restMs = 150;  // between seeks, for the painting to end
+
+double now() {
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+// The mpv program, paused on the video.
+class Program {
+  public:
+    explicit Program(const std::filesystem::path& video) {
+        const QString address = folder_.filePath("socket");
+        process_.setStandardErrorFile(QProcess::nullDevice());
+        process_.start("mpv", {"--no-config",
+                               "--input-ipc-server=" + address,
+                               "--pause",
+                               "--keep-open=yes",
+                               "--hr-seek=yes",
+                               "--hwdec=auto-safe",
+                               "--load-scripts=no",
+                               "--osc=no",
+                               "--osd-level=0",
+                               "--sid=no",
+                               "--audio-display=no",
+                               "--ao=pipewire,pulse,alsa,",
+                               "--audio-fallback-to-null=yes",
+                               "--vo=gpu",
+                               "--gpu-sw=yes",
+                               "--demuxer-max-bytes=32MiB",
+                               "--demuxer-max-back-bytes=8MiB",
+                               QString("--geometry=%1x%2").arg(window.width()).arg(window.height()),
+                               "--really-quiet",
+                               QString::fromStdString(video.string())});
+        for (int i = 0; i < 100 && socket_.state() != QLocalSocket::ConnectedState; ++i) {
+            QTest::qWait(50);
+            socket_.connectToServer(address);
+        }
+        QTest::qWait(2000);  // its window comes up
+        seek(0);
+    }
+    ~Program() {
+        process_.terminate();
+        process_.waitForFinished(2000);
+    }
+
+    bool seek(double seconds) {
+        socket_.readAll();
+        socket_.write(
+            fmt::format("{{\"command\":[\"seek\",{:.6f},\"absolute+exact\"]}}\n", seconds).c_str());
+        QByteArray said;
+        while (socket_.waitForReadyRead(10000)) {
+            said += socket_.readAll();
+            if (said.contains("\"playback-restart\""))
+                return true;
+        }
+        return false;
+    }
+
+  private:
+    QTemporaryDir folder_;
+    QProcess process_;
+    QLocalSocket socket_;
+};
+
+void print(const char* what, std::vector<double> times, double base) {
+    std::sort(times.begin(), times.end());
+    const double median = times[times.size() / 2];
+    fmt::print("{:<34} {:>7.1f} ms {:>7.1f} ms   {:.2f}\n", what, median,
+               times[times.size() * 95 / 100], median / base);
+}
+
+int run(const std::filesystem::path& video, int seeks) {
+    FfmpegMedia media;
+    MpvPlayerFactory factory(media);
+    const std::unique_ptr<QWidget> surface(factory.makeSurface(nullptr));
+    surface->resize(window);
+    surface->show();
+    const auto player = factory.open(video);
+    double painted = 0;
+    if (auto* gl = qobject_cast<QOpenGLWidget*>(surface.get()))
+        QObject::connect(gl, &QOpenGLWidget::frameSwapped, gl, [&] { painted = now(); });
+
+    double ended = 0;
+    const auto seek = [&](double seconds) {
+        ended = 0;
+        player->seek(seconds, [&](bool finished) { ended = finished ? now() : -1; });
+        return QTest::qWaitFor([&] { return ended != 0; }, 10000) && ended > 0;
+    };
+    Program program(video);
+    if (!seek(0) || !program.seek(0)) {
+        fmt::print(stderr, "No seek has ended: is there a display, and the mpv program?\n");
+        return 1;
+    }
+
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> anyTime(0, player->duration() - 0.1);
+    std::vector<double> ours, shown, theirs;
+    for (int i = 0; i < seeks; ++i) {
+        const double time = anyTime(random);
+        double start = now();
+        if (!seek(time))
+            return 1;
+        ours.push_back(ended - start);
+        QTest::qWait(restMs);
+        shown.push_back(painted - start);
+        start = now();
+        if (!program.seek(time))
+            return 1;
+        theirs.push_back(now() - start);
+        QTest::qWait(restMs);
+    }
+    std::vector<double> sorted = theirs;
+    std::sort(sorted.begin(), sorted.end());
+    const double base = sorted[sorted.size() / 2];
+    fmt::print("{:<34} {:>10} {:>10}   ratio\n", "Exact seek, 1080p", "median", "95 %");
+    print("mpv program", theirs, base);
+    print("Tembrix Stat", ours, base);
+    print("Tembrix Stat, until on the screen", shown, base);
+    return 0;
+}
+
+// A minute of the match at 1080p with a key frame every two seconds; made once.
+std::filesystem::path benchVideo() {
+    const std::filesystem::path file = TEMBRIX_BENCH_VIDEO;
+    if (std::filesystem::exists(file))
+        return file;
+    MatchVideo video;
+    video.width = 1920;
+    video.height = 1080;
+    video.seconds = 60;
+    const auto part =
+        std::filesystem::path(file).replace_filename("part-" + file.filename().string());
+    if (auto made = makeMatchVideo(video, part); !made) {
+        fmt::print(stderr, "{}\n", made.error().text);
+        std::exit(1);
+    }
+    std::filesystem::rename(part, file);
+    return file;
+}
+
+}  // namespace
+}  // namespace tembrix
+
+int main(int argc, char** argv) {
+    const std::filesystem::path video = argc > 1 ? argv[1] : tembrix::benchVideo();
+    tembrix::MpvPlayerFactory::prepareApplication();
+    QApplication application(argc, argv);
+    return tembrix::run(video, argc > 2 ? std::atoi(argv[2]) : 100);
+}
