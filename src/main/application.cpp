@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QMenuBar>
 #include <QVBoxLayout>
+#include <cstdlib>
 
 #include "base/files.h"
 
@@ -138,8 +139,12 @@ Application::Parts::~Parts() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     marking.reset();
     storage.applicationWillTerminate();
-    scheduler.drain(quitPatience);
+    // The working copy is safe already. Work that does not come to its end must not hold the
+    // process.
+    if (!scheduler.drain(quitPatience))
+        std::_Exit(0);
     tagLibrary.setHotkeyRegistry(nullptr);
+    storage.setCollectionIndex(nullptr);
 }
 
 QWidget* Application::Parts::makeContent(WindowKind kind, QWidget* parent) {

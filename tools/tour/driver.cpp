@@ -107,7 +107,7 @@ void Driver::type(const QString& text) const {
 
 void Driver::choose(const QString& button, const QString& entry) const {
     control(button)->setFocus();
-    key(Qt::Key_Space);
+    key(Qt::Key_Return);
     waitFor("the menu of " + button, [] { return QApplication::activePopupWidget() != nullptr; });
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     for (int i = 0; menu && i <= menu->actions().size(); ++i) {
@@ -120,11 +120,23 @@ void Driver::choose(const QString& button, const QString& entry) const {
     throw Failure("no entry " + entry.toStdString() + " in the menu of " + button.toStdString());
 }
 
-void Driver::activate(const QString& window) const {
-    QWidget* widget = control(window);
-    widget->raise();
-    widget->activateWindow();
-    waitFor(window + " to be active", [&] { return QApplication::activeWindow() == widget; });
+QWidget* Driver::window(const QString& name) const {
+    QWidget* found = nullptr;
+    waitFor("the window " + name, [&] {
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            if (top->objectName() == name && top->isVisible())
+                found = top;
+        }
+        return found != nullptr;
+    });
+    return found;
+}
+
+void Driver::activate(const QString& name) const {
+    QWidget* top = window(name);
+    top->raise();
+    top->activateWindow();
+    waitFor(name + " to be active", [&] { return QApplication::activeWindow() == top; });
 }
 
 void Driver::picture(const QString& name, QWidget* window) const {

@@ -41,6 +41,7 @@ class Driver {
     void type(const QString& text) const;
     // Opens the menu of a button by keyboard and chooses an entry by its name.
     void choose(const QString& button, const QString& entry) const;
+    QWidget* window(const QString& name) const;  // a top-level window
     void activate(const QString& window) const;
 
     // A picture of one window, or of the whole screen, in the output folder.

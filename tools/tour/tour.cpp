@@ -95,8 +95,8 @@ class Tour {
         driver_.activate("list");
         driver_.control("videosList")->setFocus();
         driver_.key(Qt::Key_Return);
-        driver_.control("timelines");
-        driver_.control("tagLibrary");
+        driver_.window("timelines");
+        driver_.window("tagLibrary");
         driver_.waitFor("the video to play", [&] { return now() > 0.3; });
         driver_.screen("project");
         driver_.say("A timeline is made");
@@ -136,6 +136,8 @@ class Tour {
         driver_.screen("open-interval");
         driver_.key(Qt::Key_Z);  // and closes
         driver_.waitFor("the interval's stamp", [&] { return stampCount() == 3; });
+        driver_.waitFor("the video to run on",
+                        [&] { return *services_.player.status == PlayerStatus::playing; });
 
         driver_.say("The blank pauses, Shift and the arrows seek");
         driver_.key(Qt::Key_Space);
@@ -162,9 +164,9 @@ class Tour {
         driver_.waitFor("the mode sheet",
                         [] { return qobject_cast<QDialog*>(QApplication::activeWindow()); });
         driver_.picture("export-mode", QApplication::activeWindow());
-        driver_.click("exportAsFilm");
+        driver_.key(Qt::Key_Return);  // a film is the default
         driver_.pause(0.4);
-        driver_.picture("exporting", driver_.control("timelines"));
+        driver_.picture("exporting", driver_.window("timelines"));
         driver_.waitFor(
             "the save panel", [&] { return driver_.isVisible("savePanel"); }, 120);
         film_ = driver_.output() / "film.mp4";
@@ -212,7 +214,7 @@ class Tour {
 
     void closeIt() {
         driver_.say("Closing one window of the project closes it whole");
-        driver_.control("timelines")->close();
+        driver_.window("timelines")->close();
         driver_.waitGone("tagLibrary");
         driver_.waitGone("video");
         driver_.picture("list-again", &application_.listWindow());

@@ -1,10 +1,11 @@
 #include "app/shell/key_monitor.h"
 
 #include <QAbstractButton>
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QMenu>
+#include <QToolButton>
 #include <QWindow>
 #include <utility>
 
@@ -20,6 +21,23 @@ bool belongsToSheet(const KeyPress& press) {
     return transport && qobject_cast<QDialog*>(QApplication::activeWindow());
 }
 
+// The blank is the player's in the windows of a project, so Return presses the button that has the
+// focus there. Sheets have their own default button, and controls that take Return themselves come
+// first.
+bool pressFocusedButton(const QKeyEvent& event) {
+    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
+        return false;
+    auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
+    if (!button || !button->isEnabled() || qobject_cast<QDialog*>(button->window()))
+        return false;
+    auto* tool = qobject_cast<QToolButton*>(button);
+    if (tool && tool->menu())
+        tool->menu()->popup(tool->mapToGlobal(tool->rect().bottomLeft()));
+    else
+        button->click();
+    return true;
+}
+
 }  // namespace
 
 KeyMonitor::KeyMonitor(HotKeyManager& hotkeys, Translate translate)
@@ -33,8 +51,11 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
         QApplication::activePopupWidget())
         return false;
-    const KeyPress press = translate_(static_cast<const QKeyEvent&>(*event));
-    return !belongsToSheet(press) && hotkeys_.handleKeyDown(press);
+    const auto& native = static_cast<const QKeyEvent&>(*event);
+    const KeyPress press = translate_(native);
+    if (!belongsToSheet(press) && hotkeys_.handleKeyDown(press))
+        return true;
+    return pressFocusedButton(native);
 }
 
 }  // namespace tembrix

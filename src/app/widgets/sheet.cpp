@@ -79,6 +79,9 @@ QPushButton* Sheet::addSideButton(std::string_view key, ButtonLook look) {
 
 void Sheet::present() {
     setAttribute(Qt::WA_DeleteOnClose);
+    // The keyboard goes back to the window at once: the next press may be a hot key.
+    if (QWidget* owner = parentWidget())
+        connect(this, &QDialog::finished, owner->window(), &QWidget::activateWindow);
     open();
 }
 

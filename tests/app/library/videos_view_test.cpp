@@ -1,0 +1,155 @@
+#include "app/library/videos_view.h"
+
+#include <QContextMenuEvent>
+#include <QListView>
+#include <QMenu>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "app/app_project.h"
+#include "app/widgets/segmented_switch.h"
+#include "app/window_tests.h"
+#include "fakes/fake_property_list.h"
+
+namespace tembrix {
+namespace {
+
+class NoWindows final : public WindowFactory {
+  public:
+    struct Window final : ProjectWindow {
+        void setFrame(const Rect&) override {}
+        void show() override {}
+        void detach() override {}
+    };
+    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
+        return std::make_unique<Window>();
+    }
+    std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }
+};
+
+struct VideosViewTest : testing::Test {
+    AppProject project;
+    FakePropertyList lists;
+    DataSyncManager sync{DataSyncServices{project.defaults, project.storage, project.index,
+                                          project.bookmarks, lists, project.scheduler,
+                                          project.folder.directories(), project.log}};
+    NoWindows noWindows;
+    WindowsManager windows{project.library, project.storage, project.timeline,
+                           project.player,  project.hotkeys, project.tagLibrary,
+                           noWindows,       project.events,  project.texts};
+    VideosPreviewManager previews{project.media, project.images, project.scheduler,
+                                  project.folder.directories()};
+    VideosViewModel model{project.library,   previews,      windows,        project.panels,
+                          project.scheduler, project.texts, project.locale, "/guides"};
+    VideosView view{model, project.services, sync};
+
+    void show() {
+        view.resize(1000, 640);
+        view.show();
+        view.activateWindow();  // no window manager does it on a bare display
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+    }
+    QListView* list() { return child<QListView>(view, "videosList"); }
+    // The sheet on show, once it has the keyboard.
+    static QWidget* sheet() {
+        QWidget* top = QApplication::activeModalWidget();
+        return top && QTest::qWaitForWindowActive(top) ? top : nullptr;
+    }
+};
+
+TEST_F(VideosViewTest, AVideoIsAddedByKeyboardAlone) {
+    show();
+    EXPECT_TRUE(child(view, "addVideoTitle.empty")->isVisible());
+    child(view, "addVideoTitle.empty")->setFocus();
+    QTest::keyClick(child(view, "addVideoTitle.empty"), Qt::Key_Space);
+    project.panels.answerOpen({project.folder.write("final.mp4", "bytes")});
+    ASSERT_TRUE(sheet());
+    QTest::keyClicks(QApplication::focusWidget(), "Lions");
+    EXPECT_TRUE(*project.focus.isAnyTextFieldFocused);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::keyClicks(QApplication::focusWidget(), "Foxes");
+    EXPECT_EQ(unnamedControls(*sheet()), QStringList());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list()->model()->rowCount() == 1; }));
+    EXPECT_TRUE(list()->model()->index(0, 0).data().toString().startsWith("Lions_Foxes"));
+
+    QTest::qWait(0);  // the sheet goes with the next turn of the loop
+    QTest::keyClick(list(), Qt::Key_Return);
+    EXPECT_FALSE(windows.isClosing());
+    EXPECT_EQ(unnamedControls(view), QStringList());
+}
+
+TEST_F(VideosViewTest, SearchAndFilterLeaveWhatMatchesAndSayWhenNothingDoes) {
+    project.addVideo("alpha.mp4");
+    const auto beta = project.addVideo("beta.mp4");
+    project.library.toggleFavorite(beta);
+    show();
+    ASSERT_EQ(list()->model()->rowCount(), 2);
+    QTest::keyClicks(child(view, "searchVideos"), "ALPH");
+    EXPECT_EQ(list()->model()->rowCount(), 1);
+    QTest::keyClicks(child(view, "searchVideos"), "x");
+    EXPECT_FALSE(list()->isVisible());
+    QTest::keyClick(child(view, "searchVideos"), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(child(view, "searchVideos"), Qt::Key_Delete);
+    QTest::mouseClick(child(view, "videosFilterFavorites"), Qt::LeftButton);
+    ASSERT_EQ(list()->model()->rowCount(), 1);
+    EXPECT_EQ(list()->model()->index(0, 0).data().toString(), "beta.mp4");
+}
+
+TEST_F(VideosViewTest, AMovedVideoShowsItsMarkAndAsksForTheFile) {
+    project.addVideo("gone.mp4");
+    std::filesystem::remove(project.folder.path() / "gone.mp4");
+    show();
+    list()->setFocus();
+    QTest::keyClick(list(), Qt::Key_Return);
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(sheet()->objectName(), "videoUnavailable");
+    QTest::keyClick(sheet(), Qt::Key_Return);
+    project.panels.answerOpen({project.folder.write("found.mp4", "bytes")});
+    EXPECT_FALSE(windows.isClosing());
+}
+
+TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
+    project.addVideo("raw.mp4");
+    show();
+    list()->setFocus();
+    QTest::keyClick(list(), Qt::Key_F2);
+    ASSERT_TRUE(sheet());
+    QTest::keyClicks(QApplication::focusWidget(), "Derby");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return list()->model()->index(0, 0).data().toString() == "Derby"; }));
+
+    QTest::qWait(0);
+    QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+    QApplication::sendEvent(list(), &menuKey);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    QStringList entries;
+    for (const QAction* action : menu->actions()) {
+        if (!action->isSeparator())
+            entries << action->objectName();
+    }
+    EXPECT_EQ(entries, (QStringList{"rebindVideo", "addToFavorites", "renameButtonTitle",
+                                    "deleteButtonTitle"}));
+    menu->actions().back()->trigger();
+    menu->close();
+    EXPECT_TRUE(project.library.files().empty());
+}
+
+TEST_F(VideosViewTest, TheDataSheetBacksUpAndSaysSo) {
+    show();
+    QTest::mouseClick(child(view, "dataManagementTitle"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(unnamedControls(*sheet()), QStringList());
+    QTest::mouseClick(child(*sheet(), "dataManagementCreateBackup"), Qt::LeftButton);
+    EXPECT_FALSE(child(*sheet(), "dataManagementCreateBackup")->isVisible());
+    project.scheduler.run();
+    EXPECT_TRUE(project.log.contains("Backup created successfully"));
+    EXPECT_TRUE(child(*sheet(), "dataManagementCreateBackup")->isVisible());
+    picture(*sheet(), "data-sheet");
+}
+
+}  // namespace
+}  // namespace tembrix

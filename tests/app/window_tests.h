@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+namespace tembrix {
+
+// The descendant of this object name; fails the test by a null result.
+template <class Widget = QWidget>
+Widget* child(const QWidget& parent, const char* name) {
+    return parent.findChild<Widget*>(QString::fromLatin1(name));
+}
+
+// Saves what the window shows to the folder that TEMBRIX_PICTURES names, if it names one.
+void picture(QWidget& window, const QString& name);
+
+// The descendants that a user can operate and that lack an accessible name.
+QStringList unnamedControls(const QWidget& window);
+
+}  // namespace tembrix
