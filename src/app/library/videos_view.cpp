@@ -73,12 +73,12 @@ QWidget* VideosView::makeTopBar() {
     auto* guide = makeButton(texts, "openGuide");
     connect(guide, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenGuide{}); });
     row->addWidget(guide);
-    auto* data = makeButton(texts, "dataManagementTitle");
-    connect(data, &QPushButton::clicked, this, [this] {
+    auto* manage = makeButton(texts, "dataManagementTitle");
+    connect(manage, &QPushButton::clicked, this, [this] {
         auto* sheet = new DataManagementSheet(this, services_, dataSync_);
         sheet->present();
     });
-    row->addWidget(data);
+    row->addWidget(manage);
     auto* add = makeButton(texts, "addVideoTitle", ButtonLook::accented);
     connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
     row->addWidget(add);
