@@ -60,7 +60,8 @@ class MovieSession {
 // succeeds.
 class MovieRenderer {
   public:
-    // Called once, on a thread of the renderer's. Errors: domain "Export", code 999 when cancelled.
+    // Called once, on a thread of the renderer's. Errors: domain "Export", code 999 when cancelled;
+    // domain "file", code = errno, where the target cannot be written.
     using Completion = std::function<void(Result<std::filesystem::path>)>;
 
     virtual ~MovieRenderer() = default;

@@ -21,7 +21,11 @@ constexpr const char* constantQuality = "18";
 constexpr int secondsPerKeyFrame = 2;  // a film can be searched quickly
 constexpr int soundBitRate = 192000;
 
+// A failure of the system keeps its number, by which the user is told what to do about it.
 Error writeError(int code) {
+    constexpr int lastErrno = 4095;
+    if (code < 0 && code >= -lastErrno)
+        return {"file", AVUNERROR(code), avText(code)};
     return {"Export", -1, avText(code)};
 }
 

@@ -3,6 +3,8 @@
 #include "base/files.h"
 #include "base/utf8_text.h"
 
+#include "core/export/archive_names.h"
+
 namespace tembrix {
 
 Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
@@ -15,8 +17,10 @@ Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
     for (const auto& file : files)
         arguments.push_back(file.string());
     const auto outcome = processes.run("/usr/bin/zip", arguments, stop);
-    if (outcome && outcome->exitStatus == 0)
+    if (outcome && outcome->exitStatus == 0) {
+        markArchiveNamesAsUtf8(archive);
         return archive;
+    }
     std::filesystem::remove(archive, ignored);
     if (!outcome)
         return outcome.error();
