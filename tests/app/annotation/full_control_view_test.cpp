@@ -15,7 +15,7 @@
 #include "app/annotation/control_project.h"
 #include "app/annotation/line_names_view.h"
 #include "app/annotation/timeline_canvas.h"
-#include "app/annotation/timelines_area.h"
+#include "app/theme/theme.h"
 #include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/stamp_items_sheet.h"
@@ -158,6 +158,7 @@ TEST_F(FullControlViewTest, AGripFollowsThePointerAndThePlayheadTheEdge) {
     const QPointF grip(x(60) - 3, area(id).center().y());
     mouse(QEvent::MouseButtonPress, grip);
     mouse(QEvent::MouseMove, grip + QPointF(100, 0));
+    picture(*view, "control-resizing");
     EXPECT_TRUE(*app.player.isResizingTag);
     EXPECT_NEAR(canvas->playheadX() - canvas->scrollX(), x(60) + 100, 0.01);
     mouse(QEvent::MouseMove, grip + QPointF(9000, 0));  // beyond the axis: ignored
@@ -186,7 +187,11 @@ TEST_F(FullControlViewTest, AStampDraggedByItsBodyChangesLinesAndNothingElse) {
     drag(from, from + QPointF(0, 6));  // too short a way for a drag: a click
     EXPECT_TRUE(stamp(id));
     EXPECT_EQ(*app.timeline.selectedStampID, id);
-    drag(from, from + QPointF(80, 34));
+    mouse(QEvent::MouseButtonPress, from);
+    mouse(QEvent::MouseMove, from + QPointF(80, 20));
+    picture(*view, "control-moving");
+    mouse(QEvent::MouseMove, from + QPointF(80, 34));
+    mouse(QEvent::MouseButtonRelease, from + QPointF(80, 34));
     ASSERT_EQ(app.timeline.findLine(b)->stamps.size(), 1u);
     EXPECT_DOUBLE_EQ(app.timeline.findLine(b)->stamps[0]->timeStartSeconds, 40);
     const Uuid moved = app.timeline.findLine(b)->stamps[0]->id;
@@ -203,9 +208,11 @@ TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
               QStringList({"fieldMapTagTitleNoNumber", "timelineButtonDeleteTag",
                            "timelineButtonEditLabels", "timelineButtonEditTimeEvents"}));
     EXPECT_FALSE(menu()->actions().first()->isEnabled());
+    picture(*menu(), "control-stamp-menu");
     choose("timelineButtonEditLabels");
     auto* labels = sheet<StampItemsSheet>();
     ASSERT_TRUE(labels);
+    picture(*labels, "control-labels-sheet");
     ASSERT_FALSE(app.tagLibrary.active->labels.empty());
     EXPECT_TRUE(*app.hotkeys.isLabelHotkeyMode);
     const std::string label = app.tagLibrary.active->labelGroups.front().lables.front();
@@ -246,6 +253,7 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     press("fullControlButtonAddTimeline");
     auto* add = sheet<Sheet>();
     ASSERT_TRUE(add);
+    picture(*add, "control-add-line");
     EXPECT_TRUE(*app.hotkeys.blockedSheetActive);
     auto* accept = find<QPushButton>("addTimelineButton", add);
     EXPECT_FALSE(accept->isEnabled());
@@ -397,6 +405,7 @@ TEST_F(FullControlViewTest, TheKeyboardAloneReachesStampsGripsAndMenus) {
     EXPECT_NEAR(stamp(id)->timeStartSeconds, 39.9, 1e-9);
     type(Qt::Key_Right, Qt::ControlModifier);
     EXPECT_NEAR(stamp(id)->timeFinishSeconds, 60.1, 1e-9);
+    picture(*view, "control-keyboard");
     contextMenu(canvas, {}, QContextMenuEvent::Keyboard);
     ASSERT_TRUE(menu());
     menu()->close();
@@ -404,17 +413,22 @@ TEST_F(FullControlViewTest, TheKeyboardAloneReachesStampsGripsAndMenus) {
     EXPECT_EQ(app.timeline.findLine(b)->stamps.size(), 1u);
 }
 
-TEST_F(FullControlViewTest, ADrawingOnScreenDisablesTheTimelines) {
-    auto* area = view->findChild<TimelinesArea*>();
+TEST_F(FullControlViewTest, ADrawingOnScreenDisablesAndDimsTheTimelines) {
+    const Uuid id = addStamp(a, 40, 60);
+    const QPoint place = canvas->mapTo(view.get(), area(id).center().toPoint());
+    const auto color = [&] { return view->grab().toImage().pixelColor(place); };
+    const QColor bright = color();
     app.events.post(events::EditorModeChanged{true});
     EXPECT_FALSE(canvas->isEnabled());
-    EXPECT_TRUE(area->graphicsEffect());
+    for (int i = 0; i < 3; ++i)  // however often it is painted
+        EXPECT_NEAR(color().green(), (bright.green() + theme::background.green()) / 2, 2);
+    picture(*view, "control-veiled");
     app.events.post(events::EditorModeChanged{false});
     app.events.post(events::ScreenshotDisplayChanged{true});
     EXPECT_FALSE(names->isEnabled());
     app.events.post(events::ScreenshotDisplayChanged{false});
     EXPECT_TRUE(canvas->isEnabled());
-    EXPECT_FALSE(area->graphicsEffect());
+    EXPECT_EQ(color(), bright);
 }
 
 TEST_F(FullControlViewTest, APlayheadMoveRepaintsItsStripAloneAndStampsTheirRow) {

@@ -54,7 +54,10 @@ struct VideosViewTest : testing::Test {
     // The sheet on show, once it has the keyboard.
     static QWidget* sheet() {
         QWidget* top = QApplication::activeModalWidget();
-        return top && QTest::qWaitForWindowActive(top) ? top : nullptr;
+        if (!top)
+            return nullptr;
+        top->activateWindow();
+        return QTest::qWaitFor([&] { return QApplication::activeWindow() == top; }) ? top : nullptr;
     }
 };
 
