@@ -73,6 +73,8 @@ struct CollectionsBookmarksManager::Index {
         std::vector<CollectionInfo> list;
         {
             const std::lock_guard lock(cacheLock);
+            if (!ahead)  // written already, or the file was replaced meanwhile
+                return;
             list = cache;
         }
         if (!write(list))
@@ -177,8 +179,8 @@ void CollectionsBookmarksManager::applicationWillTerminate() {
 }
 
 void CollectionsBookmarksManager::flushNow() {
-    if (pendingSave_.exchange(false))
-        index_->writeCache();
+    pendingSave_ = false;
+    index_->writeCache();
 }
 
 void CollectionsBookmarksManager::rereadIndex() {

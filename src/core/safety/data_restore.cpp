@@ -27,6 +27,7 @@ Result<TimelineLines> timelineDocument(const Bytes& file) {
 void DataSyncManager::restoreFromBackup() {
     {
         const std::lock_guard lock(operation_);
+        const auto still = services_.storage.holdFlush();
         log("📥 DataSync: Restoring data from backup");
         restoreItem(backupRoot() / "Tembrix-Stat/Collections", documentsFolder() / "Collections",
                     "Collections");
@@ -34,40 +35,36 @@ void DataSyncManager::restoreFromBackup() {
                     "PlayFields");
         restoreTimelines();
         const fs::path index = backupRoot() / "CollectionsBookmarks.json";
-        if (isThere(index))
-            restoreItem(index, services_.index.indexFile(), "CollectionsBookmarks.json");
-        else
+        if (!isThere(index))
             log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
-        services_.index.rereadIndex();
+        else if (restoreItem(index, services_.index.indexFile(), "CollectionsBookmarks.json"))
+            services_.index.rereadIndex();
         restoreUserDefaults();
         services_.index.cleanUpDuplicateCollections();
         (void)services_.index.collections();
         log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
         log("✅ DataSync: Data restored from backup");
     }
-    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
-        if (!weak.expired() && restored_)
-            restored_();
-    });
+    tellRestored();
 }
 
-void DataSyncManager::restoreItem(const fs::path& backup, const fs::path& target,
+bool DataSyncManager::restoreItem(const fs::path& backup, const fs::path& target,
                                   const std::string& name) {
     const std::string inFailure = name == "Collections" ? "collections" : name;
-    if (!isThere(backup)) {
+    if (!holdsSomething(backup)) {  // the folders themselves are always made
         log("⚠️ DataSync: " + name + " backup not found");
-        return;
+        return false;
     }
-    if (const auto copied = replaceByCopy(backup, target); copied)
-        log("✅ DataSync: " + name + " restored from backup");
-    else
-        log("❌ DataSync: Error restoring " + inFailure + " - " + copied.error().text);
+    const auto copied = replaceByCopy(backup, target);
+    log(copied ? "✅ DataSync: " + name + " restored from backup"
+               : "❌ DataSync: Error restoring " + inFailure + " - " + copied.error().text);
+    return copied.ok();
 }
 
 // The backup holds a record per video; the working folder holds plain timeline documents.
 void DataSyncManager::restoreTimelines() {
     const fs::path source = backupTimelinesFolder();
-    if (!isThere(source)) {
+    if (!holdsSomething(source)) {
         log("⚠️ DataSync: Timelines backup not found");
         return;
     }
@@ -149,10 +146,7 @@ void DataSyncManager::deleteAllData() {
         services_.index.rereadIndex();
         log("✅ DataSync: All user data deleted");
     }
-    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
-        if (!weak.expired() && restored_)
-            restored_();
-    });
+    tellRestored();
 }
 
 void DataSyncManager::deleteBackupTimelines() {

@@ -1,5 +1,6 @@
 #include "core/safety/data_sync_manager.h"
 
+#include <algorithm>
 #include <set>
 #include <sys/stat.h>
 #include <system_error>
@@ -19,11 +20,13 @@ namespace {
 constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 constexpr const char* videosDataKey = "videosData";
 constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
+constexpr const char* indexName = "CollectionsBookmarks.json";
 constexpr const char* propertyListName = "UserDefaultsBackup.plist";
 
 }  // namespace
 
 DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::move(services)) {
+    finishInterrupted();  // before anything reads the data
     makeBackupFolders();
 }
 
@@ -47,6 +50,12 @@ void DataSyncManager::makeBackupFolders() const {
         (void)makeFolder(folder);
 }
 
+void DataSyncManager::finishInterrupted() const {
+    for (const auto& folder : {documentsFolder(), backupRoot(), backupRoot() / "Tembrix-Stat",
+                               backupRoot() / "Tembrix-Stat/Collections"})
+        finishReplacingIn(folder);
+}
+
 void DataSyncManager::syncOnLaunch() {
     log("🔄 DataSync: Starting synchronization on app launch");
     services_.scheduler.background(Priority::utility, [this, weak = std::weak_ptr(alive_)] {
@@ -56,8 +65,7 @@ void DataSyncManager::syncOnLaunch() {
 }
 
 void DataSyncManager::runLaunchWork() {
-    for (const char* item : {"Collections", "PlayFields", "Timelines", "CollectionsBookmarks.json"})
-        finishReplacing(documentsFolder() / item);
+    recoverIndex();
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
@@ -76,6 +84,41 @@ void DataSyncManager::runLaunchWork() {
     scheduleBackup();
 }
 
+// The index has no working copy. Where its file is lost or broken, the collections that are still
+// here come back under the names that the backup knows.
+void DataSyncManager::recoverIndex() {
+    if (indexReads() || !services_.index.collections().empty())
+        return;
+    const auto file = readFile(backupRoot() / indexName);
+    const auto saved = file ? decode<std::vector<CollectionInfo>>(*file)
+                            : Result<std::vector<CollectionInfo>>(file.error());
+    if (!saved)
+        return;
+    bool found = false;
+    for (const auto& record : *saved) {
+        if (!services_.storage.loadCollection(record.id))
+            continue;
+        services_.index.addOrUpdateCollection(record.id, record.name);
+        found = true;
+    }
+    if (!found)
+        return;
+    log("⚠️ DataSync: Collection index lost, rebuilt from the backup's");
+    tellRestored();
+}
+
+bool DataSyncManager::indexReads() const {
+    const auto file = readFile(services_.index.indexFile());
+    return file && decode<std::vector<CollectionInfo>>(*file);
+}
+
+void DataSyncManager::tellRestored() {
+    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
+        if (!weak.expired() && restored_)
+            restored_();
+    });
+}
+
 bool DataSyncManager::hasData() const {
     return services_.defaults.data(videosDataKey) ||
            services_.defaults.data(collectionsBookmarksKey) ||
@@ -83,18 +126,24 @@ bool DataSyncManager::hasData() const {
 }
 
 bool DataSyncManager::backupIsNewer() const {
-    const fs::path list = backupRoot() / propertyListName;
-    if (!isThere(list))
+    if (!isThere(backupRoot() / propertyListName))
         return false;
-    struct stat status {};
-    if (::stat(list.c_str(), &status) != 0) {
+    const auto written = backupMoment();
+    if (!written) {
         log("❌ DataSync: Error checking differences - " + std::generic_category().message(errno));
         return false;
     }
-    const double written = static_cast<double>(status.st_mtim.tv_sec) +
-                           static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
     const auto noted = services_.defaults.date(lastSyncDateKey);
-    return !noted || written > noted->secondsSince1970;
+    return !noted || *written > noted->secondsSince1970;
+}
+
+// When the property list was written; absent if that cannot be told, with errno set.
+std::optional<double> DataSyncManager::backupMoment() const {
+    struct stat status {};
+    if (::stat((backupRoot() / propertyListName).c_str(), &status) != 0)
+        return std::nullopt;
+    return static_cast<double>(status.st_mtim.tv_sec) +
+           static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
 }
 
 void DataSyncManager::scheduleBackup() {
@@ -134,7 +183,11 @@ void DataSyncManager::backUp() {
     backupTimelines();
     backupCollectionsBookmarks();
     backupUserDefaults();
-    services_.defaults.setDate(lastSyncDateKey, services_.scheduler.now());
+    // The disk may be another machine's, with a clock ahead of this one's, and this one's may have
+    // been set back. The backup just made must not look newer than the data at the next launch.
+    Date moment = services_.scheduler.now();
+    moment.secondsSince1970 = std::max(moment.secondsSince1970, backupMoment().value_or(0));
+    services_.defaults.setDate(lastSyncDateKey, moment);
     log("✅ DataSync: Backup created successfully");
 }
 
@@ -148,11 +201,13 @@ void DataSyncManager::backupCollections() {
     (void)makeFolder(target);
     std::error_code failure;
     std::vector<fs::path> gone;
+    // An index that is lost or damaged lists nothing, which is no reason to drop the last copies.
+    const bool known = !records.empty() || indexReads();
     for (auto entry = fs::directory_iterator(target, failure);
          !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
         const std::string name = pathText(entry->path().filename());
         std::error_code ignored;
-        if (!name.starts_with('.') && entry->is_directory(ignored) && !ids.contains(name))
+        if (known && !name.starts_with('.') && entry->is_directory(ignored) && !ids.contains(name))
             gone.push_back(entry->path());
     }
     if (failure)
@@ -255,11 +310,31 @@ void DataSyncManager::backupCollectionsBookmarks() {
         log("⚠️ DataSync: CollectionsBookmarks.json does not exist");
         return;
     }
-    if (const auto copied = replaceByCopy(source, backupRoot() / "CollectionsBookmarks.json");
-        copied)
+    if (!indexReads()) {
+        log("❌ DataSync: Error backing up CollectionsBookmarks.json - the file is damaged");
+        return;
+    }
+    if (const auto copied = replaceByCopy(source, backupRoot() / indexName); copied)
         log("✅ DataSync: CollectionsBookmarks.json backed up");
     else
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
+}
+
+// A list of videos that is missing or damaged does not take the place of a good one: the copy may
+// be the last.
+void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) const {
+    const auto current = values.find(videosDataKey);
+    if (current != values.end() && decode<std::vector<VideosData>>(current->second))
+        return;
+    const auto file = readFile(backupRoot() / propertyListName);
+    if (!file)
+        return;
+    const auto saved = services_.propertyLists.decode(*file);
+    if (!saved)
+        return;
+    if (const auto videos = saved->find(videosDataKey);
+        videos != saved->end() && decode<std::vector<VideosData>>(videos->second))
+        values[videosDataKey] = videos->second;
 }
 
 void DataSyncManager::backupUserDefaults() {
@@ -268,6 +343,7 @@ void DataSyncManager::backupUserDefaults() {
         if (auto data = services_.defaults.data(key))
             values[key] = std::move(*data);
     }
+    keepSavedVideos(values);
     const auto list = services_.propertyLists.encode(values);
     const auto done =
         list ? replaceFile(backupRoot() / propertyListName, *list) : Result<void>(list.error());

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "base/log.h"
@@ -63,7 +65,12 @@ class DataSyncManager final : public DeletedTimelineKeeper {
     std::filesystem::path documentsFolder() const;
 
   private:
+    void finishInterrupted() const;
     void runLaunchWork();
+    void recoverIndex();
+    bool indexReads() const;
+    std::optional<double> backupMoment() const;
+    void tellRestored();
     bool hasData() const;
     bool backupIsNewer() const;
     void makeBackupFolders() const;
@@ -73,7 +80,8 @@ class DataSyncManager final : public DeletedTimelineKeeper {
     void backupTimelines();
     void backupCollectionsBookmarks();
     void backupUserDefaults();
-    void restoreItem(const std::filesystem::path& backup, const std::filesystem::path& target,
+    void keepSavedVideos(std::map<std::string, Bytes>& values) const;
+    bool restoreItem(const std::filesystem::path& backup, const std::filesystem::path& target,
                      const std::string& name);
     void restoreTimelines();
     void restoreUserDefaults();

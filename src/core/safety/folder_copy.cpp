@@ -1,6 +1,8 @@
 #include "core/safety/folder_copy.h"
 
+#include <set>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace tembrix {
@@ -9,18 +11,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::string_view replacedSuffix = ".replaced";
+constexpr std::string_view incomingSuffix = ".incoming";
+
 Error fileError(const std::error_code& code) {
     return Error{"file", code.value(), code.message()};
 }
 
-fs::path beside(const fs::path& target, const char* suffix) {
+fs::path beside(const fs::path& target, std::string_view suffix) {
     fs::path place = target;
     place += suffix;
     return place;
 }
 
 fs::path replacedPlace(const fs::path& target) {
-    return beside(target, ".replaced");
+    return beside(target, replacedSuffix);
 }
 
 }  // namespace
@@ -30,8 +35,16 @@ bool isThere(const fs::path& path) {
     return fs::exists(path, ignored);
 }
 
+bool holdsSomething(const fs::path& path) {
+    std::error_code ignored;
+    if (!fs::is_directory(path, ignored))
+        return isThere(path);
+    const fs::directory_iterator first(path, ignored);
+    return !ignored && first != fs::directory_iterator();
+}
+
 fs::path stagingPlace(const fs::path& target) {
-    return beside(target, ".incoming");
+    return beside(target, incomingSuffix);
 }
 
 void finishReplacing(const fs::path& target) {
@@ -41,6 +54,20 @@ void finishReplacing(const fs::path& target) {
         fs::rename(old, target, ignored);
     fs::remove_all(old, ignored);
     fs::remove_all(stagingPlace(target), ignored);
+}
+
+void finishReplacingIn(const fs::path& folder) {
+    std::error_code failure;
+    std::set<fs::path> targets;
+    for (auto entry = fs::directory_iterator(folder, failure);
+         !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
+        const std::string place = entry->path().string();
+        for (const auto suffix : {replacedSuffix, incomingSuffix})
+            if (place.ends_with(suffix))
+                targets.insert(place.substr(0, place.size() - suffix.size()));
+    }
+    for (const auto& target : targets)
+        finishReplacing(target);
 }
 
 Result<void> moveIntoPlace(const fs::path& finished, const fs::path& target) {

@@ -9,6 +9,9 @@ namespace tembrix {
 // Whether a file or folder is there; one that cannot be looked at is not.
 bool isThere(const std::filesystem::path& path);
 
+// Whether there is a file, or a folder with anything in it.
+bool holdsSomething(const std::filesystem::path& path);
+
 // Replaces `target`, a file or a folder, by a copy of `source`. The copy is finished beside the
 // target before it takes its place, so that an interrupted run leaves the old content or the new
 // one; see finishReplacing. Errors: domain "file", code = errno.
@@ -25,5 +28,8 @@ std::filesystem::path stagingPlace(const std::filesystem::path& target);
 // Ends what a killed process left half done: the old content comes back where the new one had not
 // yet taken its place, and what was left beside it goes.
 void finishReplacing(const std::filesystem::path& target);
+
+// The same for everything in a folder that was to be replaced.
+void finishReplacingIn(const std::filesystem::path& folder);
 
 }  // namespace tembrix

@@ -193,6 +193,10 @@ void InMemoryStorageManager::flushNow() {
     writeAll();
 }
 
+std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
+    return std::unique_lock(gate_->mutex);
+}
+
 void InMemoryStorageManager::writeAll() {
     saveTimelinesToDisk();
     saveCollectionsToDisk();

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +55,9 @@ class InMemoryStorageManager {
     void applicationWillTerminate();
     // Runs the flush on the calling thread, whether or not a change waits; for the backup.
     void flushNow();
+    // No flush runs while the lock is held: a restore puts folders in place before it has listed
+    // them.
+    std::unique_lock<std::mutex> holdFlush();
 
     UserDefaults& userDefaults() { return defaults_; }
 

@@ -1,0 +1,219 @@
+// Damaged, missing and foreign data in either store and in the backup: it costs itself alone.
+
+#include <gtest/gtest.h>
+
+#include "base/files.h"
+
+#include "core/collections/standard_collections.h"
+#include "core/records/codec.h"
+#include "two_stores_program.h"
+
+namespace tembrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct BadInput : testing::Test {
+    Machine machine;
+    std::unique_ptr<RunningProgram> program = std::make_unique<RunningProgram>(machine);
+    std::string video;
+    CollectionInfo hockey;
+    TimelineLines marked;
+
+    // A season's work in small, in both stores and in the backup.
+    void SetUp() override {
+        const fs::path file = machine.folder.path() / "match.mp4";
+        machine.bookmarks.add(file);
+        video = program->library.addVideoNamed(file, "Final")->videoData.id;
+        program->timeline.openTimeline(program->library.findById(video)->bookmark, {});
+        program->timeline.addLine("Attack");
+        marked = *program->timeline.lines;
+        CustomCollectionManager collection(program->collections);
+        collection.setCollectionName("Hockey");
+        hockey = program->save(collection, "Goal");
+        program->scheduler.advance(31);
+        program->sync.backUpNow();
+    }
+    void restart() {
+        program.reset();
+        program = std::make_unique<RunningProgram>(machine);
+    }
+    // A launch and the backup that follows it.
+    void restartAndBackUp() {
+        restart();
+        program->scheduler.advance(3);
+    }
+    void expectAllThere() {
+        ASSERT_EQ(program->library.videosData().size(), 1U);
+        EXPECT_EQ(program->library.videosData().front().customName, "Final");
+        EXPECT_EQ(program->storage.loadTimeline(video), marked);
+        EXPECT_EQ(program->index.collections(), std::vector{hockey});
+        const auto data = program->storage.loadCollection(hockey.id);
+        ASSERT_TRUE(data);
+        EXPECT_EQ(data->tags.front().name, "Goal");
+    }
+    bool logged(std::string_view line) { return program->log.kept.contains(line); }
+    void spoil(const fs::path& file, std::string_view content = "{ not what it was") {
+        ASSERT_TRUE(replaceFile(file, toBytes(content)).ok());
+    }
+    fs::path index() { return machine.documents() / "CollectionsBookmarks.json"; }
+    fs::path plist() { return machine.backup() / "UserDefaultsBackup.plist"; }
+};
+
+TEST_F(BadInput, AnIndexThatListsGoneFoldersHidesNothingElse) {
+    program->index.addOrUpdateCollection("GONE", "Gone");
+    program->index.addOrUpdateCollection("../out", "Outside");
+    program->scheduler.advance(3);
+    fs::create_directories(machine.backup() / "Tembrix-Stat/Collections/GONE");
+    restartAndBackUp();
+    EXPECT_FALSE(program->storage.loadCollection("GONE"));
+    EXPECT_FALSE(program->storage.loadCollection("../out"));
+    EXPECT_FALSE(program->tagLibrary.collectionData("Gone"));
+    EXPECT_TRUE(program->tagLibrary.collectionData("Hockey"));
+    EXPECT_EQ(program->index.loadBookmarks().size(), 1U);
+    EXPECT_TRUE(fs::exists(machine.backup() / "Tembrix-Stat/Collections/GONE"));
+    EXPECT_TRUE(logged("Collection folder missing in Documents: Gone"));
+}
+
+TEST_F(BadInput, ALostOrBrokenIndexIsRebuiltAndNeverSpoilsTheBackup) {
+    for (const bool lost : {true, false}) {
+        SCOPED_TRACE(lost);
+        if (lost)
+            fs::remove_all(machine.documents());
+        else
+            spoil(index());
+        restartAndBackUp();
+        expectAllThere();
+        EXPECT_EQ(*decode<std::vector<CollectionInfo>>(*readFile(index())), std::vector{hockey});
+    }
+    // One that breaks while the program runs reaches neither the folders nor the backup.
+    spoil(index());
+    program->index.rereadIndex();
+    machine.defaults->remove("collection_" + hockey.id);
+    program->sync.backUpNow();
+    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / "tags.json"));
+    restart();
+    expectAllThere();
+}
+
+TEST_F(BadInput, ABackupFolderThatCannotBeUsedStopsNothing) {
+    fs::remove_all(machine.backup());
+    spoil(machine.backup(), "a file where the folder should be");
+    restartAndBackUp();
+    program->sync.restoreFromBackup();
+    program->sync.deleteBackupTimelines();
+    program->scheduler.run();
+    expectAllThere();
+    EXPECT_TRUE(logged("❌ DataSync: Error saving UserDefaults - "));
+    EXPECT_TRUE(logged("❌ DataSync: Error backing up collection Hockey - "));
+    EXPECT_TRUE(logged("⚠️ DataSync: UserDefaults backup not found"));
+    // Once it can be used again, so it is.
+    fs::remove(machine.backup());
+    program->sync.backUpNow();
+    machine.defaults = std::make_unique<MemoryUserDefaults>();
+    fs::remove_all(machine.documents());
+    restart();
+    expectAllThere();
+}
+
+TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
+    UserDefaults& defaults = *machine.defaults;
+    defaults.setText("timeline_" + video, "text");
+    defaults.setBoolean("collection_" + hockey.id, true);
+    defaults.setData("appMarkupMode", toBytes("x"));
+    defaults.setDate("lastSelectedCollection", Date{5});
+    defaults.setText("savedCollections", "text");
+    restartAndBackUp();
+    expectAllThere();
+
+    // The list of videos has no file; the backup keeps the last good one for the user to restore.
+    for (const bool wrongType : {true, false}) {
+        if (wrongType)
+            defaults.setText("videosData", "text");
+        else
+            defaults.setData("videosData", toBytes("[{"));
+        restartAndBackUp();
+        EXPECT_TRUE(program->library.videosData().empty());
+        program->sync.restoreFromBackup();
+        program->scheduler.run();
+        expectAllThere();
+    }
+
+    // Without a readable date of the last backup the backup wins, once.
+    defaults.setText("DataSync_LastSyncDate", "yesterday");
+    restartAndBackUp();
+    EXPECT_TRUE(logged("Differences found, restoring newer data from backup"));
+    restart();
+    EXPECT_TRUE(logged("✅ DataSync: Data is identical"));
+    expectAllThere();
+}
+
+// The disk's clock runs ahead of the machine's, which was set back by years.
+TEST_F(BadInput, AClockSetBackRestoresNothing) {
+    program->scheduler.setWallClock(Date{0});
+    program->sync.backUpNow();
+    program->library.renameVideo(program->library.files().front(), "Later");
+    restart();
+    EXPECT_TRUE(logged("✅ DataSync: Data is identical"));
+    EXPECT_EQ(program->library.videosData().front().customName, "Later");
+    program->scheduler.setWallClock(Date{-1e9});
+    program->storage.saveTimeline(marked, video);
+    program->scheduler.advance(31);
+    EXPECT_TRUE(fs::exists(program->storage.timelineFile(video))) << "timers go by elapsed time";
+}
+
+TEST_F(BadInput, ABrokenListInTheBackupCostsTheListAloneAndIsReplaced) {
+    spoil(plist());
+    machine.defaults = std::make_unique<MemoryUserDefaults>();
+    fs::remove_all(machine.documents());
+    restart();
+    EXPECT_TRUE(logged("❌ DataSync: Error restoring UserDefaults - "));
+    EXPECT_TRUE(program->library.videosData().empty());
+    EXPECT_EQ(program->index.collections(), std::vector{hockey});
+    EXPECT_EQ(program->storage.loadTimeline(video), marked) << "its record is still there";
+    program->scheduler.advance(3);
+    EXPECT_TRUE(program->lists.decode(*readFile(plist())).ok());
+    // The record outlives the list, for the video to be bound to it again.
+    EXPECT_TRUE(fs::exists(machine.backup() / "Timelines" / (video + ".json")));
+}
+
+TEST_F(BadInput, ABackupOfNothingReplacesNothing) {
+    fs::remove_all(machine.backup());
+    restart();
+    program->sync.restoreFromBackup();
+    program->scheduler.run();
+    for (const char* item : {"Collections", "PlayFields", "Timelines", "UserDefaults"})
+        EXPECT_TRUE(logged(std::string("⚠️ DataSync: ") + item + " backup not found"));
+    EXPECT_TRUE(logged("⚠️ DataSync: CollectionsBookmarks.json not found in backup"));
+    expectAllThere();
+    EXPECT_TRUE(fs::exists(program->storage.timelineFile(video)));
+}
+
+// The write that a termination started comes after the restore put another index in place.
+TEST_F(BadInput, AWriteUnderWayDoesNotReplaceARestoredIndex) {
+    program->index.addOrUpdateCollection("NEW", "New");
+    program->index.applicationWillTerminate();
+    program->sync.restoreFromBackup();
+    program->scheduler.run();
+    EXPECT_EQ(program->index.collections(), std::vector{hockey});
+    restart();
+    EXPECT_EQ(program->index.collections(), std::vector{hockey});
+}
+
+TEST(StandardCollections, AMissingOrBrokenListOrFileGivesWhatIsLeft) {
+    TempFolder folder;
+    EXPECT_TRUE(loadStandardCollections(folder.path(), "en").empty());
+    for (const char* broken : {"", "{", "[]", R"({"collections": 5})", R"({"collections": []})"}) {
+        folder.write("names.json", broken);
+        EXPECT_TRUE(loadStandardCollections(folder.path(), "en").empty()) << broken;
+    }
+    folder.write("names.json",
+                 R"({"collections": [{"language": "en", "names": ["Chess", "../Up"]}]})");
+    folder.write("tags(Chess).json", "broken");
+    const auto collections = loadStandardCollections(folder.path(), "ru");
+    ASSERT_EQ(collections.size(), 2U);
+    EXPECT_TRUE(collections.front().lists.tags.empty());
+}
+
+}  // namespace
+}  // namespace tembrix

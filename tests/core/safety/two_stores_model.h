@@ -1,0 +1,211 @@
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// What the two stores and the backup hold, in the plainest form: what a test expects to find.
+struct TwoStoresModel {
+    struct Video {
+        std::string id;
+        std::string name;
+        bool operator==(const Video&) const = default;
+    };
+    template <class Value>
+    using ById = std::map<std::string, Value>;
+
+    struct Backup {
+        ById<CollectionData> collections;
+        ById<TimelineLines> timelines;  // of deleted videos, too
+        std::optional<std::vector<CollectionInfo>> index;
+        std::optional<std::vector<Video>> videos;
+    };
+
+    // The working copies.
+    std::vector<Video> videos;
+    ById<TimelineLines> timelines;
+    ById<CollectionData> collections;
+    bool backupNoted = false;
+    // The durable copies.
+    ById<TimelineLines> timelineFiles;
+    ById<CollectionData> folders;
+    std::optional<std::vector<CollectionInfo>> indexFile;
+    Backup backup;
+    // What one run of the program has in memory.
+    std::vector<CollectionInfo> index;
+    double now = 0;
+    std::optional<double> flushDue, indexDue, backupDue;
+
+    template <class Value>
+    static std::optional<Value> load(ById<Value>& working, const ById<Value>& durable,
+                                     const std::string& id) {
+        if (const auto found = working.find(id); found != working.end())
+            return found->second;
+        const auto file = durable.find(id);
+        if (file == durable.end())
+            return std::nullopt;
+        return working[id] = file->second;
+    }
+    TimelineLines timeline(const std::string& id) {
+        return load(timelines, timelineFiles, id).value_or(TimelineLines{});
+    }
+    std::optional<CollectionData> collection(const std::string& id) {
+        return load(collections, folders, id);
+    }
+    void loadListed() {
+        for (const auto& row : index)
+            collection(row.id);
+    }
+
+    void armFlush() { flushDue = flushDue.value_or(now + 30); }
+    void armIndex() { indexDue = indexDue.value_or(now + 2); }
+
+    void saveTimeline(const std::string& id, const TimelineLines& lines) {
+        timelines[id] = lines;
+        armFlush();
+    }
+    void saveCollection(const CollectionData& data, const std::string& name) {
+        collections[data.id] = data;
+        armFlush();
+        list({data.id, name});
+    }
+    void list(const CollectionInfo& row) {
+        const auto known = std::find_if(index.begin(), index.end(),
+                                        [&](const auto& one) { return one.id == row.id; });
+        if (known == index.end())
+            index.push_back(row);
+        else
+            *known = row;
+        armIndex();
+    }
+    void deleteCollection(const std::string& id) {
+        collections.erase(id);
+        std::erase_if(index, [&](const auto& row) { return row.id == id; });
+        armFlush();
+        armIndex();
+        loadListed();
+    }
+    void deleteVideo(const std::string& id) {
+        if (const auto lines = timeline(id); !lines.empty())
+            backup.timelines[id] = lines;
+        timelines.erase(id);
+        timelineFiles.erase(id);
+        std::erase_if(videos, [&](const auto& video) { return video.id == id; });
+    }
+
+    // An empty list counts only if the file says so, too.
+    bool mayBeListed(const std::string& id) const {
+        if (index.empty() && !indexFile)
+            return true;
+        const auto& rows = index.empty() ? *indexFile : index;
+        return std::any_of(rows.begin(), rows.end(), [&](const auto& row) { return row.id == id; });
+    }
+    void flush() {
+        for (const auto& [id, lines] : timelines)
+            timelineFiles[id] = lines;
+        std::erase_if(folders, [&](const auto& folder) {
+            return !collections.contains(folder.first) && !mayBeListed(folder.first);
+        });
+        for (const auto& [id, data] : collections)
+            folders[id] = data;
+    }
+    void writeIndex() {
+        if (indexDue)
+            indexFile = index;
+        indexDue.reset();
+    }
+    void backUp() {
+        flush();
+        writeIndex();
+        std::erase_if(backup.collections,
+                      [&](const auto& copy) { return !mayBeListed(copy.first); });
+        for (const auto& row : index)
+            if (const auto folder = folders.find(row.id); folder != folders.end())
+                backup.collections[row.id] = folder->second;
+        for (const auto& video : videos)
+            if (const auto lines = timeline(video.id); !lines.empty())
+                backup.timelines[video.id] = lines;
+        if (indexFile)
+            backup.index = indexFile;
+        backup.videos = videos;
+        backupNoted = true;
+    }
+    // The first `steps` of the four copies of a restore; a whole one reads them all.
+    void restoreFiles(int steps) {
+        if (steps >= 1 && !backup.collections.empty())
+            folders = backup.collections;
+        if (steps >= 2 && !backup.timelines.empty())
+            timelineFiles = backup.timelines;
+        if (steps >= 3 && backup.index) {
+            indexFile = backup.index;
+            index = *backup.index;
+            indexDue.reset();
+        }
+        if (steps >= 4 && backup.videos)
+            videos = *backup.videos;
+    }
+    void restore() {
+        restoreFiles(4);
+        loadListed();
+    }
+
+    void launch() {
+        now = 0;
+        flushDue = indexDue = std::nullopt;
+        index = indexFile.value_or(std::vector<CollectionInfo>{});
+        loadListed();
+        // A lost index comes back from the backup as far as its collections are still here.
+        if (!indexFile && backup.index)
+            for (const auto& row : *backup.index)
+                if (collection(row.id))
+                    list(row);
+        if (backup.videos && !backupNoted)
+            restore();
+        backupDue = now + 2;
+    }
+    void pass(double seconds) {
+        const double end = now + seconds;
+        for (;;) {
+            double next = end;
+            for (const auto& due : {indexDue, flushDue, backupDue})
+                next = std::min(next, due.value_or(end));
+            now = next;
+            const auto fires = [&](std::optional<double>& due) { return due && *due <= now; };
+            if (fires(backupDue)) {
+                backupDue.reset();
+                backUp();
+            } else if (fires(flushDue)) {
+                flushDue.reset();
+                flush();
+            } else if (fires(indexDue))
+                writeIndex();
+            else if (now >= end)
+                return;
+        }
+    }
+    void quit() {
+        if (flushDue)
+            flush();
+        writeIndex();
+    }
+    void loseDefaults() {
+        videos.clear();
+        timelines.clear();
+        collections.clear();
+        backupNoted = false;
+    }
+    void loseDocuments() {
+        timelineFiles.clear();
+        folders.clear();
+        indexFile.reset();
+    }
+};
+
+}  // namespace tembrix
