@@ -91,6 +91,10 @@ void MpvCore::set(const char* property, double value) {
     mpv_set_property_async(handle_, 0, property, MPV_FORMAT_DOUBLE, &value);
 }
 
+void MpvCore::set(const char* property, const char* value) {
+    mpv_set_property_async(handle_, 0, property, MPV_FORMAT_STRING, &value);
+}
+
 void MpvCore::request(std::uint64_t id, const char* property, int format) {
     mpv_get_property_async(handle_, id, property, static_cast<mpv_format>(format));
 }

@@ -29,6 +29,7 @@ class MpvCore final : public QObject {
     void command(std::uint64_t id, std::initializer_list<std::string> words);
     void set(const char* property, bool value);
     void set(const char* property, double value);
+    void set(const char* property, const char* value);
     void request(std::uint64_t id, const char* property, int format);
     void observe(std::uint64_t id, const char* property, int format);
 

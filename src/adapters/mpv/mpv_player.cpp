@@ -62,14 +62,16 @@ void MpvPlayer::load() {
     if (!core_->works())
         return fail(failure(PlayerFailure::coreMissing, "The playback library does not start"));
 
-    renderer_ = std::make_unique<MpvRenderer>(core_->handle(), [this] {
+    renderer_ = std::make_unique<MpvRenderer>(core_->handle(), stage_->drawing(), [this] {
         const QPointer<MpvPlayer> self(this);
         stage_->changed.emit();
         if (self)
             seeker_->pictureDrawn();
     });
     if (!renderer_->works())
-        mpv_set_property_string(core_->handle(), "vo", "null");
+        core_->set("vo", "null");
+    else if (stage_->drawing() == MpvDrawing::inMemory)
+        turnBeforeDrawing();
 
     seeker_ = std::make_unique<MpvSeeker>(
         *core_, info_.videoStart, [this](double seconds) { return frameTime(seconds); },
@@ -89,6 +91,21 @@ void MpvPlayer::load() {
                                   "The video was moved or deleted while open: " + utf8(file_)));
     });
     stage_->enter(*renderer_);
+}
+
+void MpvPlayer::turnBeforeDrawing() {
+    // The core promises to turn pictures as it draws, and does not when it draws in memory.
+    core_->set("video-rotate", "no");
+    switch (info_.rotation) {
+        case 90:
+            return core_->set("vf", "lavfi=[transpose=clock]");
+        case 180:
+            return core_->set("vf", "lavfi=[hflip,vflip]");
+        case 270:
+            return core_->set("vf", "lavfi=[transpose=cclock]");
+        default:
+            return;
+    }
 }
 
 PlayerStatus MpvPlayer::status() const {

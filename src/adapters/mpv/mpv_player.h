@@ -52,6 +52,7 @@ class MpvPlayer final : public QObject, public Player {
     using Tickers = std::map<int, Ticker>;
 
     void load();
+    void turnBeforeDrawing();
     void handle(const mpv_event& event);
     void propertyChanged(const mpv_event& event);
     void movedTo(double containerTime);

@@ -1,13 +1,12 @@
 #include "adapters/mpv/mpv_player_factory.h"
 
 #include <QCoreApplication>
-#include <QOpenGLContext>
-#include <QPalette>
 #include <QWidget>
 
+#include "adapters/mpv/mpv_gl_surface.h"
+#include "adapters/mpv/mpv_image_surface.h"
 #include "adapters/mpv/mpv_player.h"
 #include "adapters/mpv/mpv_stage.h"
-#include "adapters/mpv/mpv_video_surface.h"
 
 namespace tembrix {
 
@@ -15,21 +14,17 @@ void MpvPlayerFactory::prepareApplication() {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 
-MpvPlayerFactory::MpvPlayerFactory(Media& media)
-    : media_(media), stage_(std::make_shared<MpvStage>()) {}
+MpvPlayerFactory::MpvPlayerFactory(Media& media, std::optional<MpvDrawing> drawing)
+    : media_(media), stage_(std::make_shared<MpvStage>(drawing ? *drawing : suitableDrawing())) {}
 
 std::unique_ptr<Player> MpvPlayerFactory::open(const std::filesystem::path& file) {
     return std::make_unique<MpvPlayer>(file, media_, stage_);
 }
 
 QWidget* MpvPlayerFactory::makeSurface(QWidget* parent) const {
-    // A widget of OpenGL does not survive a display without it.
-    if (QOpenGLContext().create())
-        return new MpvVideoSurface(stage_, parent);
-    auto* black = new QWidget(parent);
-    black->setPalette(QPalette(Qt::black));
-    black->setAutoFillBackground(true);
-    return black;
+    if (stage_->drawing() == MpvDrawing::openGl)
+        return new MpvGlSurface(stage_, parent);
+    return new MpvImageSurface(stage_, parent);
 }
 
 }  // namespace tembrix

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "ports/media.h"
 #include "ports/player.h"
+
+#include "adapters/mpv/mpv_canvas.h"
 
 class QWidget;
 
@@ -17,7 +20,8 @@ class MpvPlayerFactory final : public PlayerFactory {
     // Once, before the QApplication is made: pictures are shared between OpenGL contexts.
     static void prepareApplication();
 
-    explicit MpvPlayerFactory(Media& media);
+    // Pictures are drawn in the way that suits the display, or in the way given.
+    explicit MpvPlayerFactory(Media& media, std::optional<MpvDrawing> drawing = {});
 
     std::unique_ptr<Player> open(const std::filesystem::path& file) override;
 

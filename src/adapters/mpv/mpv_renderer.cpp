@@ -1,14 +1,9 @@
 #include "adapters/mpv/mpv_renderer.h"
 
-#include <QCoreApplication>
 #include <QMetaObject>
-#include <QOffscreenSurface>
-#include <QOpenGLContext>
-#include <QOpenGLFramebufferObject>
-#include <QOpenGLFunctions>
 #include <QThread>
 #include <mpv/client.h>
-#include <mpv/render_gl.h>
+#include <mpv/render.h>
 #include <utility>
 
 namespace tembrix {
@@ -34,21 +29,15 @@ void skip(mpv_render_context* context) {
 
 }  // namespace
 
-MpvRenderer::MpvRenderer(mpv_handle* core, std::function<void()> drawn)
+MpvRenderer::MpvRenderer(mpv_handle* core, MpvDrawing drawing, std::function<void()> drawn)
     : drawn_(std::make_shared<std::function<void()>>(std::move(drawn))),
-      surface_(std::make_unique<QOffscreenSurface>()),
-      context_(std::make_unique<QOpenGLContext>()) {
-    context_->setShareContext(QOpenGLContext::globalShareContext());
-    if (!context_->shareContext() || !context_->create())
-        return;
-    surface_->setFormat(context_->format());
-    surface_->create();
-    if (!surface_->isValid())
-        return;
-
+      canvas_(makeCanvas(drawing)) {
     thread_.reset(QThread::create([this, core] { run(core); }));
     thread_->setObjectName("Video pictures");
-    context_->moveToThread(thread_.get());
+    if (!canvas_->prepare(*thread_)) {
+        thread_.reset();
+        return;
+    }
     thread_->start();
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return started_; });
@@ -76,13 +65,12 @@ void MpvRenderer::setSize(QSize pixels) {
     changed_.notify_all();
 }
 
-std::optional<MpvRenderer::Picture> MpvRenderer::picture() {
+std::optional<MpvPicture> MpvRenderer::picture() {
     const std::lock_guard lock(mutex_);
-    if (newest_ == none)
+    if (!newest_)
         return std::nullopt;
     shown_ = newest_;
-    const auto& buffer = *buffers_[static_cast<std::size_t>(shown_)];
-    return Picture{buffer.texture(), buffer.size()};
+    return canvas_->picture(*shown_);
 }
 
 bool MpvRenderer::isSettled() {
@@ -91,36 +79,20 @@ bool MpvRenderer::isSettled() {
 }
 
 void MpvRenderer::run(mpv_handle* core) {
-    context_->makeCurrent(surface_.get());
-    mpv_opengl_init_params gl{[](void* context, const char* name) -> void* {
-                                  return reinterpret_cast<void*>(
-                                      static_cast<QOpenGLContext*>(context)->getProcAddress(name));
-                              },
-                              context_.get()};
-    mpv_render_param parameters[] = {
-        {MPV_RENDER_PARAM_API_TYPE, const_cast<char*>(MPV_RENDER_API_TYPE_OPENGL)},
-        {MPV_RENDER_PARAM_OPENGL_INIT_PARAMS, &gl},
-        {MPV_RENDER_PARAM_INVALID, nullptr}};
-    mpv_render_context* context = nullptr;
-    const bool created = mpv_render_context_create(&context, core, parameters) >= 0;
-    if (created)
+    mpv_render_context* context = canvas_->open(core);
+    if (context)
         mpv_render_context_set_update_callback(context, &MpvRenderer::wake, this);
     {
         const std::lock_guard lock(mutex_);
-        works_ = created;
+        works_ = context != nullptr;
         started_ = true;
     }
     changed_.notify_all();
-
-    if (created) {
+    if (context) {
         drawPictures(context);
         mpv_render_context_set_update_callback(context, nullptr, nullptr);
-        mpv_render_context_free(context);
     }
-    for (auto& buffer : buffers_)
-        buffer.reset();
-    context_->doneCurrent();
-    context_->moveToThread(QCoreApplication::instance()->thread());
+    canvas_->close(context);
 }
 
 void MpvRenderer::drawPictures(mpv_render_context* context) {
@@ -149,22 +121,13 @@ void MpvRenderer::drawPictures(mpv_render_context* context) {
 void MpvRenderer::draw(mpv_render_context* context, QSize size) {
     if (size.isEmpty())
         return skip(context);
-    int free = 0;
+    std::size_t free = 0;
     {
         const std::lock_guard lock(mutex_);
         while (free == shown_ || free == newest_)
             ++free;
     }
-    auto& buffer = buffers_[static_cast<std::size_t>(free)];
-    if (!buffer || buffer->size() != size)
-        buffer = std::make_unique<QOpenGLFramebufferObject>(size);
-    mpv_opengl_fbo target{static_cast<int>(buffer->handle()), size.width(), size.height(), 0};
-    int flip = 1;
-    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},
-                                     {MPV_RENDER_PARAM_FLIP_Y, &flip},
-                                     {MPV_RENDER_PARAM_INVALID, nullptr}};
-    mpv_render_context_render(context, parameters);
-    context_->functions()->glFinish();  // another context reads the texture next
+    canvas_->draw(context, free, size);
     {
         const std::lock_guard lock(mutex_);
         newest_ = free;

@@ -2,47 +2,36 @@
 
 #include <QObject>
 #include <QSize>
-#include <array>
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 
-class QOffscreenSurface;
-class QOpenGLContext;
-class QOpenGLFramebufferObject;
+#include "adapters/mpv/mpv_canvas.h"
+
 class QThread;
-struct mpv_handle;
-struct mpv_render_context;
 
 namespace tembrix {
 
-// Draws the pictures of one mpv core into textures, on a thread and an OpenGL context of its own,
-// so that the windows never wait for a picture and the core never for a window. The textures are
-// shared with every context of the application (Qt::AA_ShareOpenGLContexts). Made and used on the
-// main thread, before the core loads a file and not beyond the core's life.
+// Draws the pictures of one mpv core on a thread of its own, so that the windows never wait for a
+// picture and the core never for a window. Made and used on the main thread, before the core loads
+// a file and not beyond the core's life.
 class MpvRenderer final : public QObject {
     Q_OBJECT
   public:
-    struct Picture {
-        unsigned texture = 0;
-        QSize size;  // pixels
-    };
-
     // `drawn` is called on the main thread after new pictures; it may destroy the renderer.
-    MpvRenderer(mpv_handle* core, std::function<void()> drawn);
+    MpvRenderer(mpv_handle* core, MpvDrawing drawing, std::function<void()> drawn);
     ~MpvRenderer() override;
 
-    // False where there is no OpenGL: the core then plays without a picture.
+    // If false, the core plays without a picture.
     bool works() const { return works_; }
 
     // The size of the pictures to come, in pixels; an empty one draws none.
     void setSize(QSize pixels);
 
     // The newest picture. It stays as it is until the next call.
-    std::optional<Picture> picture();
+    std::optional<MpvPicture> picture();
 
     // Whether every picture that the core has handed over is drawn.
     bool isSettled();
@@ -54,11 +43,8 @@ class MpvRenderer final : public QObject {
     static void wake(void* renderer);
     Q_INVOKABLE void tellDrawn();
 
-    static constexpr int none = -1;
-
     std::shared_ptr<std::function<void()>> drawn_;
-    std::unique_ptr<QOffscreenSurface> surface_;
-    std::unique_ptr<QOpenGLContext> context_;
+    std::unique_ptr<MpvCanvas> canvas_;
     std::unique_ptr<QThread> thread_;
     bool works_ = false;
 
@@ -70,10 +56,9 @@ class MpvRenderer final : public QObject {
     bool redraw_ = false;
     bool drawing_ = false;
     QSize size_;
-    // Three pictures: one on show, the newest, and one to draw into.
-    std::array<std::unique_ptr<QOpenGLFramebufferObject>, 3> buffers_;
-    int shown_ = none;
-    int newest_ = none;
+    // One picture is on show, one is the newest, and the third is to draw into.
+    std::optional<std::size_t> shown_;
+    std::optional<std::size_t> newest_;
 };
 
 }  // namespace tembrix

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QRect>
 #include <QSize>
+#include <QWidget>
 
 #include "base/signal.h"
 
@@ -12,7 +14,11 @@ namespace tembrix {
 // pictures of the newest open player and the size that the surface wants. Main thread only.
 class MpvStage {
   public:
+    explicit MpvStage(MpvDrawing drawing) : drawing_(drawing) {}
+
     Signal<> changed;  // another picture, or another player
+
+    MpvDrawing drawing() const { return drawing_; }
 
     void enter(MpvRenderer& renderer) {
         renderer_ = &renderer;
@@ -35,8 +41,21 @@ class MpvStage {
     }
 
   private:
+    MpvDrawing drawing_;
     MpvRenderer* renderer_ = nullptr;
     QSize size_;
 };
+
+inline QSize surfacePixels(const QWidget& surface) {
+    return (QSizeF(surface.size()) * surface.devicePixelRatioF()).toSize();
+}
+
+// Where a picture stands in a room. Pictures are drawn in the size of the surface, borders
+// included; while a window is being resized one may lag behind, and keeps its shape.
+inline QRect fitted(QSize picture, QSize room) {
+    QRect place({}, picture.scaled(room, Qt::KeepAspectRatio));
+    place.moveCenter(QRect({}, room).center());
+    return place;
+}
 
 }  // namespace tembrix

@@ -30,12 +30,9 @@ std::vector<double> tellingTimes(const Variant& variant) {
     return times;
 }
 
-class PlayerExactness : public testing::TestWithParam<Variant> {};
-
-TEST_P(PlayerExactness, ASeekShowsTheFrameOfTheFrameGrab) {
-    const Variant& variant = GetParam();
+void expectExactSeeks(const Variant& variant, MpvDrawing drawing) {
     const auto file = fixtureFile(variant);
-    ShownPlayer shown(file);
+    ShownPlayer shown(file, drawing);
     for (const double t : tellingTimes(variant)) {
         ASSERT_TRUE(shown.seek(t)) << "to " << t;
         const auto grabbed = shown.media.frame(file, t);
@@ -44,6 +41,18 @@ TEST_P(PlayerExactness, ASeekShowsTheFrameOfTheFrameGrab) {
         EXPECT_EQ(shown.number(), variant.video.frameAt(t + variant.skipped)) << "at " << t;
         EXPECT_NEAR(shown.player->currentTime(), t, 0.02);
     }
+}
+
+class PlayerExactness : public testing::TestWithParam<Variant> {};
+
+TEST_P(PlayerExactness, ASeekShowsTheFrameOfTheFrameGrab) {
+    expectExactSeeks(GetParam(), MpvDrawing::inMemory);
+}
+
+// The graphics card has its own way of turning pictures.
+TEST(PlayerExactnessOnTheGraphicsCard, ASeekShowsTheFrameOfTheFrameGrab) {
+    for (const char* name : {"30", "rotated-90", "rotated-180", "rotated-270"})
+        expectExactSeeks(variant(name), MpvDrawing::openGl);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, PlayerExactness, testing::ValuesIn(allVariants()),

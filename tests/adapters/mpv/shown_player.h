@@ -18,11 +18,13 @@ namespace tembrix {
 // A real player with a surface on the display, and what a test asks of the two.
 struct ShownPlayer {
     FfmpegMedia media;
-    MpvPlayerFactory factory{media};
-    std::unique_ptr<QWidget> surface{factory.makeSurface(nullptr)};
+    MpvPlayerFactory factory;
+    std::unique_ptr<QWidget> surface;
     std::unique_ptr<Player> player;
 
-    explicit ShownPlayer(const std::filesystem::path& file = {}) {
+    explicit ShownPlayer(const std::filesystem::path& file = {},
+                         MpvDrawing drawing = MpvDrawing::openGl)
+        : factory(media, drawing), surface(factory.makeSurface(nullptr)) {
         surface->resize(320, 180);
         surface->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(surface.get()));
@@ -40,9 +42,9 @@ struct ShownPlayer {
 
     // What the surface shows.
     ImageBuffer picture() const {
-        const QImage image =
-            dynamic_cast<QOpenGLWidget&>(*surface).grabFramebuffer().convertToFormat(
-                QImage::Format_RGBA8888_Premultiplied);
+        auto* gl = qobject_cast<QOpenGLWidget*>(surface.get());
+        const QImage image = (gl ? gl->grabFramebuffer() : surface->grab().toImage())
+                                 .convertToFormat(QImage::Format_RGBA8888_Premultiplied);
         ImageBuffer buffer(image.width(), image.height());
         for (int y = 0; y < buffer.height; ++y)
             std::memcpy(buffer.row(y), image.constScanLine(y), buffer.stride());

@@ -13,8 +13,12 @@ bool isBlack(const ImageBuffer& picture) {
     return true;
 }
 
-TEST(VideoSurface, FollowsAChangeOfPlayerAndIsBlackWithoutOne) {
-    ShownPlayer shown;
+class VideoSurface : public testing::TestWithParam<MpvDrawing> {
+  protected:
+    ShownPlayer shown{{}, GetParam()};
+};
+
+TEST_P(VideoSurface, FollowsAChangeOfPlayerAndIsBlackWithoutOne) {
     EXPECT_TRUE(isBlack(shown.picture()));
     shown.player = shown.factory.open(fixtureFile("30"));
     ASSERT_TRUE(shown.seek(2));
@@ -26,8 +30,7 @@ TEST(VideoSurface, FollowsAChangeOfPlayerAndIsBlackWithoutOne) {
     EXPECT_TRUE(isBlack(shown.picture()));
 }
 
-TEST(VideoSurface, ComesBeforeOrAfterThePlayer) {
-    ShownPlayer shown;
+TEST_P(VideoSurface, ComesBeforeOrAfterThePlayer) {
     shown.surface.reset();
     shown.player = shown.factory.open(fixtureFile("30"));
     ASSERT_TRUE(shown.seek(3));
@@ -40,8 +43,8 @@ TEST(VideoSurface, ComesBeforeOrAfterThePlayer) {
     }
 }
 
-TEST(VideoSurface, FitsThePictureOnBlackAtEverySize) {
-    ShownPlayer shown(fixtureFile("30"));
+TEST_P(VideoSurface, FitsThePictureOnBlackAtEverySize) {
+    shown.player = shown.factory.open(fixtureFile("30"));
     ASSERT_TRUE(shown.seek(1));
     shown.surface->resize(640, 480);
     const auto pixel = [](const ImageBuffer& picture, int x, int y) {
@@ -57,6 +60,12 @@ TEST(VideoSurface, FitsThePictureOnBlackAtEverySize) {
         },
         5000));
 }
+
+INSTANTIATE_TEST_SUITE_P(Drawings, VideoSurface,
+                         testing::Values(MpvDrawing::openGl, MpvDrawing::inMemory),
+                         [](const auto& test) {
+                             return test.param == MpvDrawing::openGl ? "OpenGl" : "InMemory";
+                         });
 
 }  // namespace
 }  // namespace tembrix

@@ -1,4 +1,4 @@
-#include "adapters/mpv/mpv_video_surface.h"
+#include "adapters/mpv/mpv_gl_surface.h"
 
 #include <QMatrix4x4>
 #include <QOpenGLContext>
@@ -10,29 +10,25 @@
 
 namespace tembrix {
 
-MpvVideoSurface::MpvVideoSurface(std::shared_ptr<MpvStage> stage, QWidget* parent)
+MpvGlSurface::MpvGlSurface(std::shared_ptr<MpvStage> stage, QWidget* parent)
     : QOpenGLWidget(parent), stage_(std::move(stage)) {
     changes_ = stage_->changed.observe([this] { update(); });
 }
 
-MpvVideoSurface::~MpvVideoSurface() {
+MpvGlSurface::~MpvGlSurface() {
     releaseGL();
     if (context())
         context()->disconnect(this);  // it goes with the base, when this is no surface any more
 }
 
-QSize MpvVideoSurface::pixels() const {
-    return (QSizeF(size()) * devicePixelRatioF()).toSize();
-}
-
-void MpvVideoSurface::initializeGL() {
+void MpvGlSurface::initializeGL() {
     blitter_.create();
     // The context goes with the top-level window, which may change.
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &MpvVideoSurface::releaseGL,
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &MpvGlSurface::releaseGL,
             Qt::UniqueConnection);
 }
 
-void MpvVideoSurface::releaseGL() {
+void MpvGlSurface::releaseGL() {
     if (!blitter_.isCreated())
         return;
     makeCurrent();
@@ -40,11 +36,11 @@ void MpvVideoSurface::releaseGL() {
     doneCurrent();
 }
 
-void MpvVideoSurface::resizeGL(int, int) {
-    stage_->setSize(pixels());
+void MpvGlSurface::resizeGL(int, int) {
+    stage_->setSize(surfacePixels(*this));
 }
 
-void MpvVideoSurface::paintGL() {
+void MpvGlSurface::paintGL() {
     auto* gl = context()->functions();
     gl->glClearColor(0, 0, 0, 1);
     gl->glClear(GL_COLOR_BUFFER_BIT);
@@ -52,11 +48,8 @@ void MpvVideoSurface::paintGL() {
     const auto picture = renderer ? renderer->picture() : std::nullopt;
     if (!picture)
         return;
-    // The picture has this surface's size, borders included; while the window is being resized it
-    // may lag behind, and keeps its shape.
-    const QSize all = pixels();
-    QRect place({}, picture->size.scaled(all, Qt::KeepAspectRatio));
-    place.moveCenter(QRect({}, all).center());
+    const QSize all = surfacePixels(*this);
+    const QRect place = fitted(picture->size, all);
     blitter_.bind();
     blitter_.blit(picture->texture, QOpenGLTextureBlitter::targetTransform(place, QRect({}, all)),
                   QOpenGLTextureBlitter::OriginBottomLeft);

@@ -12,11 +12,11 @@ class MpvStage;
 
 // Shows the pictures of the stage's player, fitted on black. It paints a finished texture, and only
 // when there is a new one.
-class MpvVideoSurface final : public QOpenGLWidget {
+class MpvGlSurface final : public QOpenGLWidget {
     Q_OBJECT
   public:
-    explicit MpvVideoSurface(std::shared_ptr<MpvStage> stage, QWidget* parent = nullptr);
-    ~MpvVideoSurface() override;
+    explicit MpvGlSurface(std::shared_ptr<MpvStage> stage, QWidget* parent = nullptr);
+    ~MpvGlSurface() override;
 
   protected:
     void initializeGL() override;
@@ -24,7 +24,6 @@ class MpvVideoSurface final : public QOpenGLWidget {
     void paintGL() override;
 
   private:
-    QSize pixels() const;
     void releaseGL();
 
     std::shared_ptr<MpvStage> stage_;
