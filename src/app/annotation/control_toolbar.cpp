@@ -92,10 +92,10 @@ void ControlToolbar::addTransport() {
 }
 
 void ControlToolbar::addZoom() {
-    auto* zoomOut = makeIconButton(services_.texts, "fullControlZoomOut", "zoom-out", this);
+    auto* zoomOut = makeIconButton(services_.texts, "fullControlZoomOut", "list-remove", this);
     auto* figure = new TabularLabel(this);
     nameControl(figure, services_.texts, "fullControlZoom");
-    auto* zoomIn = makeIconButton(services_.texts, "fullControlZoomIn", "zoom-in", this);
+    auto* zoomIn = makeIconButton(services_.texts, "fullControlZoomIn", "list-add", this);
     for (QWidget* part : {static_cast<QWidget*>(zoomOut), static_cast<QWidget*>(figure),
                           static_cast<QWidget*>(zoomIn)})
         row_->addWidget(part);

@@ -45,6 +45,8 @@ class TimelineCanvas final : public QWidget {
     // A pinch: the factor since its beginning, and where on the widget.
     void pinched(double magnification, double x);
     void pinchEnded();
+    // An edge or the playhead is dragged this many points past the left or the right side.
+    void draggedBeyond(double by);
     void stampMenuRequested(const tembrix::Uuid& line, const tembrix::Uuid& stamp,
                             const QPoint& globalPosition);
 

@@ -40,6 +40,10 @@ void TimelineCanvas::mousePressEvent(QMouseEvent* event) {
 
 void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
     const QPointF at = event->position();
+    const bool alongAxis =
+        std::holds_alternative<Scrubbing>(press_) || std::holds_alternative<Resizing>(press_);
+    if (alongAxis && (at.x() < 0 || at.x() > width()))
+        Q_EMIT draggedBeyond(at.x() < 0 ? at.x() : at.x() - width());
     const double x = at.x() + scrollX_;
     if (event->buttons() == Qt::NoButton) {
         showPointer(at);

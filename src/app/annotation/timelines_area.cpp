@@ -1,11 +1,12 @@
 #include "app/annotation/timelines_area.h"
 
-#include <QGraphicsOpacityEffect>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 
 #include "app/annotation/line_names_view.h"
@@ -20,6 +21,20 @@ namespace tembrix {
 namespace {
 
 constexpr double disabledOpacity = 0.5;
+
+// What lies under it shows at the disabled opacity: the ground shines through for the rest. An
+// effect on the area would come to the same, but for parts that paint themselves opaque.
+class Veil final : public QWidget {
+  public:
+    explicit Veil(QWidget* parent) : QWidget(parent) { hide(); }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setOpacity(1 - disabledOpacity);
+        painter.fillRect(rect(), theme::background);
+    }
+};
 
 QLabel* makeNamesHeader(const Texts& texts, QWidget* parent) {
     auto* header = makeLabel(texts, "timelines", LabelLook::caption, parent);
@@ -39,7 +54,8 @@ TimelinesArea::TimelinesArea(AppServices& services, TimelineEditingModel& model,
       names_(new LineNamesView(model, *namesModel_, services.texts, this)),
       canvas_(new TimelineCanvas(model, services.timeline, this)),
       horizontal_(new QScrollBar(Qt::Horizontal, this)),
-      vertical_(new QScrollBar(Qt::Vertical, this)) {
+      vertical_(new QScrollBar(Qt::Vertical, this)),
+      veil_(new Veil(this)) {
     nameControl(canvas_, services.texts, "timelineRows");
     layOut();
 
@@ -53,6 +69,11 @@ TimelinesArea::TimelinesArea(AppServices& services, TimelineEditingModel& model,
     connect(canvas_, &TimelineCanvas::pinchEnded, this, [this] {
         model_.endMagnify();
         zoomAnchor_.reset();
+    });
+    connect(canvas_, &TimelineCanvas::draggedBeyond, this, [this](double by) {
+        constexpr double furthest = 40;  // points per movement
+        horizontal_->setValue(horizontal_->value() +
+                              static_cast<int>(std::clamp(by, -furthest, furthest)));
     });
     connect(canvas_, &TimelineCanvas::stampMenuRequested, this, &TimelinesArea::openStampMenu);
     connect(names_, &LineNamesView::lineMenuRequested, this, &TimelinesArea::openLineMenu);
@@ -150,13 +171,8 @@ void TimelinesArea::showCursor() {
 void TimelinesArea::showEnabled() {
     const bool enabled = model_.timelinesEnabled();
     setEnabled(enabled);
-    if (enabled) {
-        setGraphicsEffect(nullptr);
-    } else if (!graphicsEffect()) {
-        auto* faint = new QGraphicsOpacityEffect(this);
-        faint->setOpacity(disabledOpacity);
-        setGraphicsEffect(faint);
-    }
+    veil_->setVisible(!enabled);
+    veil_->raise();
 }
 
 QMenu* TimelinesArea::makeMenu() {
@@ -200,9 +216,10 @@ void TimelinesArea::openStampMenu(const Uuid& line, const Uuid& stamp, QPoint at
 void TimelinesArea::openLineMenu(const Uuid& line, QPoint at) {
     QMenu* menu = makeMenu();
     menu->setObjectName("lineMenu");
-    for (const auto& item : lineMenu(*model_.markupMode, services_.texts)) {
+    for (const auto& item : lineMenu(line, *model_.markupMode, services_.texts)) {
         QAction* entry = menu->addAction(qtext(item.text));
         entry->setObjectName(qtext(item.key));
+        entry->setEnabled(item.enabled);
         connect(entry, &QAction::triggered, this, [this, line, action = item.action] {
             if (action == LineMenuAction::editName)
                 Q_EMIT editNameRequested(line);
@@ -225,6 +242,7 @@ void TimelinesArea::wheelEvent(QWheelEvent* event) {
 }
 
 void TimelinesArea::resizeEvent(QResizeEvent*) {
+    veil_->setGeometry(rect());
     updateRanges();
 }
 

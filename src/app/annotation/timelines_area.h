@@ -49,6 +49,7 @@ class TimelinesArea final : public QWidget {
     TimelineCanvas* canvas_;
     QScrollBar* horizontal_;
     QScrollBar* vertical_;
+    QWidget* veil_;
     std::optional<double> zoomAnchor_;  // x of the canvas that stays in place
     std::vector<Subscription> subscriptions_;
 };

@@ -60,12 +60,15 @@ std::vector<StampMenuItem> stampMenu(const TimelineStamp& stamp, const TagLibrar
     return items;
 }
 
-std::vector<LineMenuItem> lineMenu(MarkupMode mode, const Texts& texts) {
+std::vector<LineMenuItem> lineMenu(const Uuid& line, MarkupMode mode, const Texts& texts) {
+    const bool enabled = line != drawingsLineId();
     std::vector<LineMenuItem> items;
+    const auto add = [&](const char* key, LineMenuAction action) {
+        items.push_back({key, texts.text(key), action, enabled});
+    };
     if (mode == MarkupMode::standard)
-        items.push_back({"editName", texts.text("editName"), LineMenuAction::editName});
-    items.push_back({"timelineButtonDeleteTimeline", texts.text("timelineButtonDeleteTimeline"),
-                     LineMenuAction::deleteTimeline});
+        add("editName", LineMenuAction::editName);
+    add("timelineButtonDeleteTimeline", LineMenuAction::deleteTimeline);
     return items;
 }
 

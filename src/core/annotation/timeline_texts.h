@@ -36,9 +36,11 @@ struct LineMenuItem {
     std::string key;
     std::string text;
     LineMenuAction action;
+    bool enabled = true;
     bool operator==(const LineMenuItem&) const = default;
 };
-std::vector<LineMenuItem> lineMenu(MarkupMode mode, const Texts& texts);
+// The drawings timeline can be neither renamed nor deleted.
+std::vector<LineMenuItem> lineMenu(const Uuid& line, MarkupMode mode, const Texts& texts);
 
 // The colour that stands for a line, as hex text: that of its tag, else of its first stamp; empty
 // for a line with neither.

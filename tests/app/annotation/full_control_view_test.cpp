@@ -340,6 +340,9 @@ TEST_F(FullControlViewTest, ZoomKeepsThePlayheadInPlaceAndRowsScrollInStep) {
     EXPECT_EQ(find<TabularLabel>("fullControlZoom")->text(), "10.0x");
     Q_EMIT canvas->pinchEnded();
     EXPECT_DOUBLE_EQ(*view->model().timelineScale, 10.0);
+    const double scroll = canvas->scrollX();
+    drag({100, 10}, {canvas->width() + 30.0, 10});  // the header, beyond the right side
+    EXPECT_GT(canvas->scrollX(), scroll);
     for (int i = 0; i < 30; ++i)
         view->model().zoomOut();
     EXPECT_DOUBLE_EQ(canvas->axis().width, canvas->width());

@@ -361,10 +361,12 @@ TEST_F(TimelineEditingModelTest, MenusTellAndOfferByModeAndStamp) {
     EXPECT_EQ(full[1].text, "at 12, 34");
     EXPECT_FALSE(full[2].action.has_value());
 
-    EXPECT_THAT(keys(lineMenu(MarkupMode::standard, project.texts)),
+    EXPECT_THAT(keys(lineMenu(line, MarkupMode::standard, project.texts)),
                 ElementsAre("editName", "timelineButtonDeleteTimeline"));
-    EXPECT_THAT(keys(lineMenu(MarkupMode::tagBased, project.texts)),
+    EXPECT_THAT(keys(lineMenu(line, MarkupMode::tagBased, project.texts)),
                 ElementsAre("timelineButtonDeleteTimeline"));
+    for (const auto& item : lineMenu(drawingsLineId(), MarkupMode::standard, project.texts))
+        EXPECT_FALSE(item.enabled);
     model.setMode(MarkupMode::tagBased);
     EXPECT_FALSE(model.canAddLine());
 
