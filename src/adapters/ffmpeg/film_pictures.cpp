@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <thread>
 
 namespace tembrix {
 
@@ -29,7 +30,9 @@ Result<std::unique_ptr<FilmPictures>> FilmPictures::open(const MovieJob& job, co
     if (!source)
         return source.error();
     pictures->file_.source = std::move(*source);
-    auto reader = FrameReader::open(pictures->file_);
+    // The encoder needs most of the machine; decoding only has to keep up with it.
+    const int threads = static_cast<int>(std::thread::hardware_concurrency() / 2 + 1);
+    auto reader = FrameReader::open(pictures->file_, threads);
     if (!reader)
         return reader.error();
     pictures->reader_ = std::move(*reader);

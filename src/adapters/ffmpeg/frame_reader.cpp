@@ -23,7 +23,7 @@ Error damagedAt(double seconds) {
 
 }  // namespace
 
-Result<std::unique_ptr<FrameReader>> FrameReader::open(VideoFile& file) {
+Result<std::unique_ptr<FrameReader>> FrameReader::open(VideoFile& file, int threads) {
     const MediaSource& source = *file.source;
     if (!source.info().hasVideo)
         return mediaError(MediaFault::noVideo, "the file holds no video");
@@ -38,7 +38,7 @@ Result<std::unique_ptr<FrameReader>> FrameReader::open(VideoFile& file) {
     auto& decoder = *reader->decoder_;
     int code = avcodec_parameters_to_context(&decoder, parameters);
     decoder.pkt_timebase = source.stream()->time_base;
-    decoder.thread_count = 0;  // as many as it likes
+    decoder.thread_count = threads;
     if (code >= 0)
         code = avcodec_open2(&decoder, codec, nullptr);
     if (code < 0)

@@ -14,7 +14,8 @@ namespace tembrix {
 class FrameReader {
   public:
     // The file must outlive the reader, and nobody else may read from it meanwhile.
-    static Result<std::unique_ptr<FrameReader>> open(VideoFile& file);
+    // `threads` decode at the same time; 0 leaves the number to the decoder.
+    static Result<std::unique_ptr<FrameReader>> open(VideoFile& file, int threads = 0);
 
     // The frame that shows at `seconds`, clamped to the video. Valid until the next call; take a
     // reference to keep it longer.
