@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+#include <functional>
+#include <string_view>
+
+#include "ports/texts.h"
+
+#include "core/collections/key_capture.h"
+
+class QKeyEvent;
+
+namespace tembrix {
+
+// The field in which a user records a hot key: while a capture runs it takes the keyboard and the
+// mouse and shows what was recorded. The owner starts the capture on the KeyCapture, which must
+// outlive the view.
+class KeyCaptureView final : public QWidget {
+    Q_OBJECT
+
+  public:
+    // `translate` turns a native key event into the key tables' terms.
+    using Translate = std::function<KeyPress(const QKeyEvent& event)>;
+
+    // The text of `key` names the control and stands where no hot key is recorded.
+    KeyCaptureView(KeyCapture& capture, Translate translate, const Texts& texts,
+                   std::string_view key, QWidget* parent = nullptr);
+
+    QString shownText() const;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    void follow(bool capturing);
+    void showHotkey();
+
+    KeyCapture& capture_;
+    Translate translate_;
+    QString prompt_;
+    Subscription captured_;
+    Subscription capturing_;
+};
+
+}  // namespace tembrix
