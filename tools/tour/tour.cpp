@@ -3,14 +3,17 @@
 //   demo_tour VIDEO OUTPUT
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QScreen>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 
 #include "adapters/ffmpeg/ffmpeg_media.h"
+#include "app/annotation/timeline_canvas.h"
 #include "app/services.h"
 #include "app/widgets/qt_text.h"
 #include "core/annotation/timeline_data_manager.h"
@@ -41,6 +44,7 @@ class Tour {
         checkTheFilm();
         lookAround();
         closeIt();
+        openGarbage();
     }
 
   private:
@@ -156,6 +160,58 @@ class Tour {
         driver_.waitFor("the undo", [&] { return stampCount() == 2; });
         driver_.key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         driver_.waitFor("the redo", [&] { return stampCount() == 3; });
+
+        driver_.say("A second timeline; the interval is moved to it and its end dragged");
+        driver_.click("fullControlButtonAddTimeline");
+        driver_.waitFor("the sheet",
+                        [] { return qobject_cast<QDialog*>(QApplication::activeWindow()); });
+        driver_.type("Possession");
+        driver_.key(Qt::Key_Return);
+        driver_.waitFor("the line", [&] { return services_.timeline.lines->size() == 3; });
+        driver_.waitFor("the sheet to close",
+                        [] { return !qobject_cast<QDialog*>(QApplication::activeWindow()); });
+        auto* canvas = driver_.window("timelines")->findChild<TimelineCanvas*>();
+        QRectF place = canvas->stampArea(1, 2);
+        const QPoint middle = place.center().toPoint();
+        driver_.drag(canvas, middle, middle + QPoint(0, TimelineMetrics::rowHeight));
+        driver_.waitFor("the move",
+                        [&] { return (*services_.timeline.lines)[2]->stamps.size() == 1; });
+
+        const auto length = [&] {
+            return (*services_.timeline.lines)[2]->stamps.front()->length();
+        };
+        const double before = length();
+        place = canvas->stampArea(2, 0);
+        driver_.clickAt(canvas, place.center().toPoint());
+        driver_.waitFor("the stamp to be chosen",
+                        [&] { return services_.timeline.selectedStampID->has_value(); });
+        services_.player.pause();
+        const QPoint grip(qRound(place.right()) - 3, middle.y() + TimelineMetrics::rowHeight);
+        driver_.drag(canvas, grip, grip + QPoint(90, 0),
+                     [&] { driver_.screen("an-edge-is-dragged"); });
+        driver_.waitFor("the new end", [&] { return length() > before + 1; });
+
+        driver_.say("The menu of a stamp, and its labels");
+        driver_.activate("timelines");
+        services_.timeline.selectLine((*services_.timeline.lines)[1]->id);
+        QContextMenuEvent menu(QContextMenuEvent::Mouse, canvas->stampArea(1, 1).center().toPoint(),
+                               canvas->mapToGlobal(canvas->stampArea(1, 1).center().toPoint()));
+        QApplication::sendEvent(canvas, &menu);
+        driver_.waitFor("the menu", [] { return QApplication::activePopupWidget() != nullptr; });
+        driver_.screen("stamp-menu");
+        driver_.key(Qt::Key_Escape);
+
+        driver_.say("In the mode by tag every tag makes its own line");
+        driver_.click("fullControlModeTagBased");
+        driver_.activate("tagLibrary");
+        driver_.key(Qt::Key_N);
+        driver_.waitFor("the tag's line", [&] { return services_.timeline.lines->size() == 4; });
+        driver_.screen("by-tag");
+        driver_.activate("timelines");
+        driver_.click("fullControlModeStandard");
+        driver_.waitFor("the video to run on",
+                        [&] { return *services_.player.status == PlayerStatus::playing; });
+        services_.player.pause();
     }
 
     void exportTheFilm() {
@@ -172,6 +228,35 @@ class Tour {
         film_ = driver_.output() / "film.mp4";
         choosePath("savePanel", film_);
         driver_.waitFor("the film", [&] { return std::filesystem::exists(film_); });
+    }
+
+    // A file that is no video costs a text, nothing else.
+    void openGarbage() {
+        driver_.say("A file that is no video is added and opened");
+        const auto garbage = driver_.output() / "not-a-video.mp4";
+        std::ofstream(garbage) << std::string(5000, 'x');
+        driver_.activate("list");
+        driver_.click("addVideoTitle");
+        choosePath("openPanel", garbage);
+        driver_.control("videosViewFieldTeam1");
+        driver_.key(Qt::Key_Return);
+        driver_.waitGone("videosViewTitleMatchInfo");
+        driver_.control("videosList")->setFocus();
+        driver_.key(Qt::Key_End);
+        driver_.key(Qt::Key_Return);
+        driver_.window("timelines");
+        driver_.pause(1);
+        driver_.screen("not-a-video");
+        driver_.window("timelines")->close();
+        driver_.waitFor("the project to close", [&] { return !services_.player.player(); });
+        std::filesystem::remove(garbage);
+        driver_.pause(0.2);
+        driver_.activate("list");
+        driver_.key(Qt::Key_Return);
+        driver_.waitFor("the question where the video is",
+                        [] { return qobject_cast<QDialog*>(QApplication::activeWindow()); });
+        driver_.picture("video-unavailable", QApplication::activeWindow());
+        driver_.key(Qt::Key_Escape);
     }
 
     // Every cut of the film begins with the very frame that its stamp begins with.
