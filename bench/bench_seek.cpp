@@ -7,10 +7,10 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QEventLoop>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
@@ -37,6 +37,12 @@ constexpr int restMs = 150;  // between seeks, for the painting to end
 double now() {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double, std::milli>(time).count();
+}
+
+void rest(int milliseconds) {
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 // The mpv program, paused on the video.
@@ -66,10 +72,10 @@ class Program {
                                "--really-quiet",
                                QString::fromStdString(video.string())});
         for (int i = 0; i < 100 && socket_.state() != QLocalSocket::ConnectedState; ++i) {
-            QTest::qWait(50);
+            rest(50);
             socket_.connectToServer(address);
         }
-        QTest::qWait(2000);  // its window comes up
+        rest(2000);  // its window comes up
         seek(0);
     }
     ~Program() {
@@ -131,9 +137,15 @@ int run(const std::filesystem::path& video, int seeks) {
 
     double ended = 0;
     const auto seek = [&](double seconds) {
+        QEventLoop loop;
         ended = 0;
-        player->seek(seconds, [&](bool finished) { ended = finished ? now() : -1; });
-        return QTest::qWaitFor([&] { return ended != 0; }, 10000) && ended > 0;
+        player->seek(seconds, [&](bool finished) {
+            ended = finished ? now() : 0;
+            loop.quit();
+        });
+        QTimer::singleShot(10000, &loop, &QEventLoop::quit);
+        loop.exec();
+        return ended > 0;
     };
     Program program(video);
     if (!seek(0) || !program.seek(0)) {
@@ -150,13 +162,13 @@ int run(const std::filesystem::path& video, int seeks) {
         if (!seek(time))
             return 1;
         ours.push_back(ended - start);
-        QTest::qWait(restMs);
+        rest(restMs);
         shown.push_back(painted - start);
         start = now();
         if (!program.seek(time))
             return 1;
         theirs.push_back(now() - start);
-        QTest::qWait(restMs);
+        rest(restMs);
     }
     std::vector<double> sorted = theirs;
     std::sort(sorted.begin(), sorted.end());

@@ -62,12 +62,14 @@ void MpvPlayer::load() {
     if (!core_->works())
         return fail(failure(PlayerFailure::coreMissing, "The playback library does not start"));
 
-    renderer_ = std::make_unique<MpvRenderer>(core_->handle(), stage_->drawing(), [this] {
-        const QPointer<MpvPlayer> self(this);
-        stage_->changed.emit();
-        if (self)
-            seeker_->pictureDrawn();
-    });
+    renderer_ =
+        std::make_unique<MpvRenderer>(core_->handle(), stage_->drawing(), [this](bool isNew) {
+            const QPointer<MpvPlayer> self(this);
+            if (isNew)
+                stage_->changed.emit();
+            if (self)
+                seeker_->pictureDrawn();
+        });
     if (!renderer_->works())
         core_->set("vo", "null");
     else if (stage_->drawing() == MpvDrawing::inMemory)

@@ -29,9 +29,8 @@ void skip(mpv_render_context* context) {
 
 }  // namespace
 
-MpvRenderer::MpvRenderer(mpv_handle* core, MpvDrawing drawing, std::function<void()> drawn)
-    : drawn_(std::make_shared<std::function<void()>>(std::move(drawn))),
-      canvas_(makeCanvas(drawing)) {
+MpvRenderer::MpvRenderer(mpv_handle* core, MpvDrawing drawing, Drawn drawn)
+    : drawn_(std::make_shared<Drawn>(std::move(drawn))), canvas_(makeCanvas(drawing)) {
     thread_.reset(QThread::create([this, core] { run(core); }));
     thread_->setObjectName("Video pictures");
     if (!canvas_->prepare(*thread_)) {
@@ -107,14 +106,14 @@ void MpvRenderer::drawPictures(mpv_render_context* context) {
         drawing_ = true;
         lock.unlock();
         const bool hasFrame = mpv_render_context_update(context) & MPV_RENDER_UPDATE_FRAME;
-        if (redraw || (hasFrame && isNewPicture(context)))
+        const bool isNew = redraw || (hasFrame && isNewPicture(context));
+        if (isNew)
             draw(context, size);
         else if (hasFrame)
             skip(context);
         lock.lock();
         drawing_ = false;
-        if (hasFrame || redraw)
-            QMetaObject::invokeMethod(this, "tellDrawn", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "tellDrawn", Qt::QueuedConnection, Q_ARG(bool, isNew));
     }
 }
 
@@ -144,9 +143,9 @@ void MpvRenderer::wake(void* renderer) {
     self->changed_.notify_all();
 }
 
-void MpvRenderer::tellDrawn() {
+void MpvRenderer::tellDrawn(bool isNew) {
     const auto drawn = drawn_;
-    (*drawn)();
+    (*drawn)(isNew);
 }
 
 }  // namespace tembrix

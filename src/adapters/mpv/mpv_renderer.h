@@ -20,8 +20,11 @@ namespace tembrix {
 class MpvRenderer final : public QObject {
     Q_OBJECT
   public:
-    // `drawn` is called on the main thread after new pictures; it may destroy the renderer.
-    MpvRenderer(mpv_handle* core, MpvDrawing drawing, std::function<void()> drawn);
+    // Told on the main thread when it is done with what the core handed over, whether that made a
+    // new picture or not. May destroy the renderer.
+    using Drawn = std::function<void(bool isNew)>;
+
+    MpvRenderer(mpv_handle* core, MpvDrawing drawing, Drawn drawn);
     ~MpvRenderer() override;
 
     // If false, the core plays without a picture.
@@ -41,9 +44,9 @@ class MpvRenderer final : public QObject {
     void drawPictures(mpv_render_context* context);
     void draw(mpv_render_context* context, QSize size);
     static void wake(void* renderer);
-    Q_INVOKABLE void tellDrawn();
+    Q_INVOKABLE void tellDrawn(bool isNew);
 
-    std::shared_ptr<std::function<void()>> drawn_;
+    std::shared_ptr<Drawn> drawn_;
     std::unique_ptr<MpvCanvas> canvas_;
     std::unique_ptr<QThread> thread_;
     bool works_ = false;
