@@ -20,7 +20,8 @@ QDateTime localTime(Date date) {
 std::string chooseLanguage(const QStringList& uiLanguages) {
     for (const auto& name : uiLanguages) {
         const auto language = QLocale(name).language();
-        if (language == QLocale::Russian)
+        // Whoever reads Uzbek is served in Russian, by the texts and the collections alike.
+        if (language == QLocale::Russian || language == QLocale::Uzbek)
             return "ru";
         if (language == QLocale::English)
             return "en";

@@ -80,6 +80,7 @@ TEST(QtLocale, TheFirstLanguageThatTheProgramSpeaksWins) {
     EXPECT_EQ(chooseLanguage({"ru-RU", "en-US"}), "ru");
     EXPECT_EQ(chooseLanguage({"de-DE", "ru-Cyrl-RU", "en"}), "ru");
     EXPECT_EQ(chooseLanguage({"uk-UA", "en-GB", "ru"}), "en");
+    EXPECT_EQ(chooseLanguage({"uz-Latn-UZ", "en"}), "ru");
     EXPECT_EQ(chooseLanguage({"de-DE"}), "en");
     EXPECT_EQ(chooseLanguage({"C"}), "en");
     EXPECT_EQ(chooseLanguage({}), "en");

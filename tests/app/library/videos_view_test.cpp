@@ -11,22 +11,10 @@
 #include "app/widgets/segmented_switch.h"
 #include "app/window_tests.h"
 #include "fakes/fake_property_list.h"
+#include "fakes/no_windows.h"
 
 namespace tembrix {
 namespace {
-
-class NoWindows final : public WindowFactory {
-  public:
-    struct Window final : ProjectWindow {
-        void setFrame(const Rect&) override {}
-        void show() override {}
-        void detach() override {}
-    };
-    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
-        return std::make_unique<Window>();
-    }
-    std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }
-};
 
 struct VideosViewTest : testing::Test {
     AppProject project;

@@ -5,22 +5,10 @@
 #include "fakes/core_project.h"
 #include "fakes/fake_images.h"
 #include "fakes/fake_media.h"
+#include "fakes/no_windows.h"
 
 namespace tembrix {
 namespace {
-
-class NoWindows final : public WindowFactory {
-  public:
-    struct Window final : ProjectWindow {
-        void setFrame(const Rect&) override {}
-        void show() override {}
-        void detach() override {}
-    };
-    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
-        return std::make_unique<Window>();
-    }
-    std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }
-};
 
 struct VideosViewModelTest : testing::Test {
     CoreProject project;

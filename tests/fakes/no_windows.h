@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/shell/windows_manager.h"
+
+namespace tembrix {
+
+// Windows of a project that nobody sees, for tests of what opens them.
+class NoWindows final : public WindowFactory {
+  public:
+    struct Window final : ProjectWindow {
+        void setFrame(const Rect&) override {}
+        void show() override {}
+        void detach() override {}
+    };
+    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
+        return std::make_unique<Window>();
+    }
+    std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }
+};
+
+}  // namespace tembrix
