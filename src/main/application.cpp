@@ -129,7 +129,6 @@ Application::Parts::Parts(const std::filesystem::path& resources)
         library.reloadFiles();
         events.post(events::CollectionDataChanged{});
     });
-    index.migrateSavedCollections();
 }
 
 Application::Parts::~Parts() {

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <unistd.h>
 
 #include "adapters/ffmpeg/ffmpeg_media.h"
 #include "app/annotation/timeline_canvas.h"
@@ -26,6 +27,15 @@
 
 namespace tembrix::tour {
 namespace {
+
+// What the process holds in memory, as the system counts it.
+long residentMegabytes() {
+    std::ifstream pages("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    pages >> total >> resident;
+    return resident * sysconf(_SC_PAGESIZE) / (1024 * 1024);
+}
 
 class Tour {
   public:
@@ -103,6 +113,7 @@ class Tour {
         driver_.window("tagLibrary");
         driver_.waitFor("the video to play", [&] { return now() > 0.3; });
         driver_.screen("project");
+        driver_.say(QStringLiteral("memory with the project open: %1 MB").arg(residentMegabytes()));
         driver_.say("A timeline is made");
         driver_.activate("timelines");
         driver_.click("fullControlButtonAddTimeline");
