@@ -44,6 +44,22 @@ Result<std::unique_ptr<FilmPictures>> FilmPictures::open(const MovieJob& job, co
     return pictures;
 }
 
+FilmFormat FilmPictures::format() const {
+    FilmFormat format;
+    format.width = canvas_->width();
+    format.height = canvas_->height();
+    format.matrix = canvas_->matrix();
+    const auto& coded = *file_.source->stream()->codecpar;
+    const bool standard = format.matrix == AVCOL_SPC_SMPTE170M;
+    format.primaries = coded.color_primaries != AVCOL_PRI_UNSPECIFIED ? coded.color_primaries
+                       : standard                                     ? AVCOL_PRI_SMPTE170M
+                                                                      : AVCOL_PRI_BT709;
+    format.transfer = coded.color_trc != AVCOL_TRC_UNSPECIFIED ? coded.color_trc
+                      : standard                               ? AVCOL_TRC_SMPTE170M
+                                                               : AVCOL_TRC_BT709;
+    return format;
+}
+
 const OverlayBlend& FilmPictures::blend(std::size_t overlay) {
     auto& kept = blends_[overlay];
     if (!kept) {

@@ -6,6 +6,7 @@
 
 #include "adapters/ffmpeg/film_canvas.h"
 #include "adapters/ffmpeg/film_plan.h"
+#include "adapters/ffmpeg/film_writer.h"
 #include "adapters/ffmpeg/frame_reader.h"
 #include "adapters/ffmpeg/overlay_blend.h"
 
@@ -18,7 +19,8 @@ class FilmPictures {
     static Result<std::unique_ptr<FilmPictures>> open(const MovieJob& job, const FilmPlan& plan,
                                                       const std::atomic<bool>& stop);
 
-    const FilmCanvas& canvas() const { return *canvas_; }
+    // The size and the colours of the pictures, which are those of the source.
+    FilmFormat format() const;
     bool sourceHasAudio() const { return file_.source->info().hasAudio; }
 
     // The film's next frame. Frames may share their pixels: nobody may write to them.

@@ -123,10 +123,7 @@ Result<std::filesystem::path> FilmRun::render() {
     if (!opened)
         return exportError(opened.error());
     auto& pictures = **opened;
-    FilmFormat format;
-    format.width = pictures.canvas().width();
-    format.height = pictures.canvas().height();
-    format.matrix = pictures.canvas().matrix();
+    FilmFormat format = pictures.format();
     format.framesPerSecond = job_.framesPerSecond;
     std::unique_ptr<FilmSound> sound;
     if (pictures.sourceHasAudio()) {
@@ -141,7 +138,7 @@ Result<std::filesystem::path> FilmRun::render() {
         return writer.error();
     if (auto encoded = encode(pictures, sound.get(), **writer); !encoded)
         return encoded.error();
-    if (auto finished = (*writer)->finish(); !finished)
+    if (auto finished = (*writer)->finish(cancelled_); !finished)
         return finished.error();
     progress_ = 1;
     return job_.target;
@@ -149,8 +146,8 @@ Result<std::filesystem::path> FilmRun::render() {
 
 Result<void> FilmRun::encode(FilmPictures& pictures, FilmSound* sound, FilmWriter& writer) {
     const int frames = plan_.frames();
-    const auto& canvas = pictures.canvas();
-    const double frameBytes = canvas.width() * canvas.height() * 1.5;
+    const auto shape = pictures.format();
+    const double frameBytes = shape.width * shape.height * 1.5;
     const auto waiting =
         static_cast<std::size_t>(std::clamp(picturesWaiting / frameBytes, 4.0, 48.0));
     Stage<FrameHandle> decoded(

@@ -88,9 +88,8 @@ Result<void> FilmWriter::openVideo(const FilmFormat& format) {
     e.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     e.color_range = AVCOL_RANGE_MPEG;
     e.colorspace = format.matrix;
-    const bool standard = format.matrix == AVCOL_SPC_SMPTE170M;
-    e.color_primaries = standard ? AVCOL_PRI_SMPTE170M : AVCOL_PRI_BT709;
-    e.color_trc = standard ? AVCOL_TRC_SMPTE170M : AVCOL_TRC_BT709;
+    e.color_primaries = format.primaries;
+    e.color_trc = format.transfer;
     av_opt_set(e.priv_data, "preset", preset, 0);
     av_opt_set(e.priv_data, "crf", constantQuality, 0);
     av_opt_set_int(e.priv_data, "a53cc", 0, 0);
@@ -179,7 +178,7 @@ Result<void> FilmWriter::drain(AVCodecContext& encoder, AVStream& stream) {
     }
 }
 
-Result<void> FilmWriter::finish() {
+Result<void> FilmWriter::finish(const std::atomic<bool>& stop) {
     avcodec_send_frame(video_.get(), nullptr);
     if (auto drained = drain(*video_, *videoStream_); !drained)
         return drained;
@@ -196,6 +195,8 @@ Result<void> FilmWriter::finish() {
             return writeError(result);
     if (auto synced = syncFile(temporary_); !synced)
         return synced;
+    if (stop)
+        return writeError(AVERROR_EXIT);
     std::error_code failure;
     if (std::filesystem::exists(target_, failure))
         return Error{"Export", -1, "there is a file of that name already: " + target_.string()};

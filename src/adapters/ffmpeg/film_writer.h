@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 
@@ -15,6 +16,8 @@ struct FilmFormat {
     int height = 0;
     int framesPerSecond = 30;
     AVColorSpace matrix = AVCOL_SPC_BT709;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     int sampleRate = 0;  // 0: no sound
     int channels = 2;
 };
@@ -35,8 +38,9 @@ class FilmWriter {
     // the end.
     Result<void> addSound(const float* const* samples, int count);
     int soundFrame() const { return audio_ ? audio_->frame_size : 0; }
-    // Ends both, and gives the file its name when it is safely on the disk.
-    Result<void> finish();
+    // Ends both, and gives the file its name when it is safely on the disk, unless `stop` is
+    // true by then.
+    Result<void> finish(const std::atomic<bool>& stop);
 
   private:
     FilmWriter() = default;

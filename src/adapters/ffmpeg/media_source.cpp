@@ -99,9 +99,9 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
             return mediaError(MediaFault::noVideo, "the file has no sound");
         stream_->discard = AVDISCARD_DEFAULT;
         ordersByDecoding_ = false;
-        // Only some containers index their sound; the others are searched by the pictures.
+        // This container indexes its pictures only.
         const std::string_view format = format_->iformat->name;
-        if (format.find("mp4") != std::string_view::npos || format == "avi")
+        if (format.find("matroska") == std::string_view::npos)
             seekBy_ = audio_;
     }
     return {};

@@ -29,6 +29,13 @@ std::vector<double> telltaleTimes(const MatchVideo& video, double skipped) {
     return times;
 }
 
+std::string testName(const testing::TestParamInfo<Variant>& test) {
+    std::string name = test.param.name;
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
 class MediaVariants : public testing::TestWithParam<Variant> {};
 
 TEST_P(MediaVariants, FrameTimeAndFrameGrabGiveTheFrameOfTheTime) {
@@ -58,16 +65,13 @@ TEST_P(MediaVariants, ProbeTellsWhatTheUserSees) {
     EXPECT_NEAR(info->duration, video.duration() - GetParam().skipped, 0.02);
     EXPECT_TRUE(info->hasVideo);
     EXPECT_EQ(info->hasAudio, video.sound != MatchVideo::Sound::none);
-    EXPECT_NEAR(info->videoStart, video.startTime, 0.1);
+    if (GetParam().extension != "ts") {  // those begin when they like
+        EXPECT_NEAR(info->videoStart, video.startTime, 0.1);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, MediaVariants, testing::ValuesIn(allVariants()),
-                         [](const auto& test) {
-                             std::string name = test.param.name;
-                             for (char& c : name)
-                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Files, MediaVariants, testing::ValuesIn(allVariants()), testName);
+INSTANTIATE_TEST_SUITE_P(Rare, MediaVariants, testing::ValuesIn(rareVariants()), testName);
 
 TEST(Media, ColoursComeOutAsTheyWentIn) {
     FfmpegMedia media;

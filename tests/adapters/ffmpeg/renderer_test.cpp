@@ -68,6 +68,13 @@ void expectBeepsInStep(const MovieJob& job, const fs::path& film, double toleran
     EXPECT_GT(looked, 0);
 }
 
+std::string testName(const testing::TestParamInfo<Variant>& test) {
+    std::string name = test.param.name;
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
 class FilmVariants : public Films, public testing::WithParamInterface<Variant> {};
 
 TEST_P(FilmVariants, ShowTheFramesOfTheirTimes) {
@@ -87,13 +94,8 @@ TEST_P(FilmVariants, ShowTheFramesOfTheirTimes) {
         expectBeepsInStep(work, *film, 0.01);
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, FilmVariants, testing::ValuesIn(allVariants()),
-                         [](const auto& test) {
-                             std::string name = test.param.name;
-                             for (char& c : name)
-                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Files, FilmVariants, testing::ValuesIn(allVariants()), testName);
+INSTANTIATE_TEST_SUITE_P(Rare, FilmVariants, testing::ValuesIn(rareVariants()), testName);
 
 TEST_F(Films, ThirtyCutsOfOddLengthsStayInStepToTheEnd) {
     std::vector<std::variant<SourcePiece, StillPiece>> pieces;
