@@ -25,6 +25,7 @@ class FakePlayer final : public Player {
         : file_(std::move(file)), duration_(duration) {}
 
     ~FakePlayer() override {
+        tickers_->clear();
         overtake();
         if (destroyed)
             destroyed();
@@ -42,15 +43,18 @@ class FakePlayer final : public Player {
             time_ = target;
             return;
         }
+        const auto tickers = tickers_;  // an observer may destroy the player
         const double from = time_;
-        for (const auto& [id, ticker] : std::map(*tickers_)) {
+        for (const auto& [id, ticker] : std::map(*tickers)) {
             const auto first = static_cast<long>(std::floor(from / ticker.interval + 1e-9)) + 1;
             const auto last = static_cast<long>(std::floor(target / ticker.interval + 1e-9));
-            for (long tick = first; tick <= last && tickers_->contains(id); ++tick) {
+            for (long tick = first; tick <= last && tickers->contains(id); ++tick) {
                 time_ = static_cast<double>(tick) * ticker.interval;
                 ticker.observer(time_);
             }
         }
+        if (tickers.use_count() == 1)
+            return;
         time_ = target;
         if (duration_ > 0 && target >= duration_)
             pause();
@@ -59,8 +63,9 @@ class FakePlayer final : public Player {
 
     // Calls every time observer with a time of the test's choice, such as a late one.
     void tick(double seconds) {
-        for (const auto& [id, ticker] : std::map(*tickers_))
-            if (tickers_->contains(id))
+        const auto tickers = tickers_;
+        for (const auto& [id, ticker] : std::map(*tickers))
+            if (tickers->contains(id))
                 ticker.observer(seconds);
     }
 
@@ -97,8 +102,9 @@ class FakePlayer final : public Player {
     void setRate(double rate) override {
         rates.push_back(rate);
         const bool stops = rate <= 0 && rate_ > 0;
+        const auto tickers = tickers_;
         change(rate > 0 ? PlayerStatus::playing : PlayerStatus::paused, rate);
-        if (stops)
+        if (stops && tickers.use_count() > 1)
             tick(time_);
     }
 

@@ -17,7 +17,7 @@ namespace tembrix {
 
 namespace {
 
-enum Observed : std::uint64_t { timePos = 1, eofReached, pausedForCache };
+enum Observed : std::uint64_t { timePos = 1, eofReached, pausedForCache, videoTrack };
 constexpr std::uint64_t endQuestion = UINT64_MAX;  // apart from the ids of seeks
 
 std::string utf8(const std::filesystem::path& path) {
@@ -83,6 +83,7 @@ void MpvPlayer::load() {
     core_->observe(timePos, "time-pos", MPV_FORMAT_DOUBLE);
     core_->observe(eofReached, "eof-reached", MPV_FORMAT_FLAG);
     core_->observe(pausedForCache, "paused-for-cache", MPV_FORMAT_FLAG);
+    core_->observe(videoTrack, "vid", MPV_FORMAT_STRING);
     core_->command(0, {"loadfile", utf8(file_)});
 
     watcher_.addPath(QString::fromStdString(utf8(file_)));
@@ -286,6 +287,8 @@ void MpvPlayer::fail(Error error) {
         this,
         [this, error = std::move(error)] {
             const QPointer<MpvPlayer> self(this);
+            if (core_)
+                core_->set("pause", true);
             if (seeker_)
                 seeker_->abandon();
             if (self)

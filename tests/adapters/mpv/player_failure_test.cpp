@@ -67,6 +67,16 @@ TEST_F(PlayerFailures, SoundAloneIsNoVideo) {
     EXPECT_EQ(error->code, static_cast<int>(PlayerFailure::noVideo));
 }
 
+TEST_F(PlayerFailures, PicturesThatNobodyCanDecodeAreTold) {
+    auto bytes = bytesOf(fixtureFile("30"));
+    const auto name = bytes.rfind("avc1");
+    ASSERT_NE(name, std::string::npos);
+    bytes.replace(name, 4, "zzz1");
+    const auto error = failureOf(folder.write("unknown.mp4", bytes));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(shown.player->status(), PlayerStatus::paused);
+}
+
 TEST_F(PlayerFailures, ATruncatedVideoPlaysAsFarAsItGoes) {
     const auto whole = bytesOf(fixtureFile("mkv"));
     const auto file = folder.write("torn.mkv", whole.substr(0, whole.size() / 2));
