@@ -73,6 +73,7 @@ TEST_F(PlayerFailures, PicturesThatNobodyCanDecodeAreTold) {
     ASSERT_NE(name, std::string::npos);
     bytes.replace(name, 4, "zzz1");
     const auto error = failureOf(folder.write("unknown.mp4", bytes));
+    EXPECT_EQ(error->domain, "player") << error->text;
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(shown.player->status(), PlayerStatus::paused);
 }
