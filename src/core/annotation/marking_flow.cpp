@@ -260,6 +260,10 @@ void MarkingFlow::loadPlayField(const std::string& name,
 
 void MarkingFlow::askForPlace(const Tag& tag, const std::vector<std::string>& labels,
                               std::optional<StampTimes> times) {
+    if (!fieldMap_.canAsk()) {
+        createStamp(tag, labels, times, std::nullopt);
+        return;
+    }
     const Bytes bookmark = *cachedPlayField_->second.imageBookmark;
     fieldMap_.openFieldMapSelection(
         tag, bookmark, [this, tag, labels, times, alive = std::weak_ptr(alive_)](Point point) {

@@ -23,6 +23,8 @@ namespace tembrix {
 class FieldMapQuestion {
   public:
     virtual ~FieldMapQuestion() = default;
+    // False where there is no map to ask on; a press then goes on without a place.
+    virtual bool canAsk() const { return true; }
     virtual void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                        std::function<void(Point)> chosen) = 0;
 };

@@ -74,7 +74,8 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     bool isProjectWindowActive() const override;
     bool isViewerActive() const override { return false; }
 
-    // Without a map window the marking goes on by the rule for a question that was closed.
+    // There is no map window yet, so that marking goes on without a place.
+    bool canAsk() const override { return false; }
     void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                std::function<void(Point)> chosen) override;
 

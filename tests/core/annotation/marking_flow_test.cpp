@@ -289,6 +289,16 @@ TEST_F(MarkingFlowTest, IntervalKeepsItsTimesThroughTheMapQuestion) {
     EXPECT_EQ(project.stamps()[0].position, (Point{100, 50}));
 }
 
+TEST_F(MarkingFlowTest, APressIsNotLostWhereNoMapCanBeShown) {
+    project.addLine("Attack");
+    project.fieldMap.available = false;
+    flow.handleTagTap(project.known("map"));
+    project.scheduler.run();
+    EXPECT_TRUE(project.fieldMap.opened.empty());
+    ASSERT_EQ(project.stamps().size(), 1U);
+    EXPECT_FALSE(project.stamps()[0].position);
+}
+
 TEST_F(MarkingFlowTest, ClosingThePanelDropsWhatIsUnderWay) {
     project.addLine("Attack");
     std::function<void(Point)> answer;

@@ -33,6 +33,8 @@ struct StillPlayhead final : Playhead {
 struct AnsweredFieldMap final : FieldMapQuestion {
     std::vector<Bytes> opened;
     std::function<void(Point)> answer;
+    bool available = true;
+    bool canAsk() const override { return available; }
     void openFieldMapSelection(const Tag&, const Bytes& imageBookmark,
                                std::function<void(Point)> chosen) override {
         opened.push_back(imageBookmark);
