@@ -2,6 +2,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QMenu>
 #include <QPixmap>
@@ -108,7 +110,23 @@ void Driver::type(const QString& text) const {
 void Driver::choose(const QString& button, const QString& entry) const {
     control(button)->setFocus();
     key(Qt::Key_Return);
-    waitFor("the menu of " + button, [] { return QApplication::activePopupWidget() != nullptr; });
+    chooseEntry(entry);
+}
+
+void Driver::openMenu() const {
+    QWidget* focused = QApplication::focusWidget();
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, focused->rect().center(),
+                           focused->mapToGlobal(focused->rect().center()));
+    QApplication::sendEvent(focused, &menu);
+}
+
+void Driver::openMenuAt(QWidget* widget, const QPoint& place) const {
+    QContextMenuEvent menu(QContextMenuEvent::Mouse, place, widget->mapToGlobal(place));
+    QApplication::sendEvent(widget, &menu);
+}
+
+void Driver::chooseEntry(const QString& entry) const {
+    waitFor("the menu with " + entry, [] { return QApplication::activePopupWidget() != nullptr; });
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     for (int i = 0; menu && i <= menu->actions().size(); ++i) {
         if (menu->activeAction() && menu->activeAction()->objectName() == entry) {
@@ -117,7 +135,26 @@ void Driver::choose(const QString& button, const QString& entry) const {
         }
         key(Qt::Key_Down);
     }
-    throw Failure("no entry " + entry.toStdString() + " in the menu of " + button.toStdString());
+    throw Failure("no entry " + entry.toStdString() + " in the open menu");
+}
+
+void Driver::hover(QWidget* widget, const QPoint& place) const {
+    // The pointer comes from somewhere: a first movement only enters.
+    QTest::mouseMove(widget, place + QPoint(4, 0));
+    QTest::qWait(150);
+    QTest::mouseMove(widget, place);
+    QTest::qWait(150);
+}
+
+QDialog* Driver::sheet() const {
+    const auto active = [] { return qobject_cast<QDialog*>(QApplication::activeWindow()); };
+    waitFor("a sheet", [&] { return active() != nullptr; });
+    return active();
+}
+
+void Driver::noSheet() const {
+    waitFor("the sheet to close",
+            [] { return !qobject_cast<QDialog*>(QApplication::activeWindow()); });
 }
 
 QWidget* Driver::window(const QString& name) const {

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <QDialog>
 #include <QString>
 #include <QWidget>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
-
-class QAction;
 
 namespace tembrix::tour {
 
@@ -41,6 +40,13 @@ class Driver {
     void type(const QString& text) const;
     // Opens the menu of a button by keyboard and chooses an entry by its name.
     void choose(const QString& button, const QString& entry) const;
+    // Asks for the menu of what has the keyboard, or of a place; chooseEntry() ends it.
+    void openMenu() const;
+    void openMenuAt(QWidget* widget, const QPoint& place) const;
+    void chooseEntry(const QString& entry) const;  // of the open menu, by keyboard
+    void hover(QWidget* widget, const QPoint& place) const;
+    QDialog* sheet() const;                      // the sheet that has the keyboard; waits for it
+    void noSheet() const;                        // waits until there is none
     QWidget* window(const QString& name) const;  // a top-level window
     void activate(const QString& window) const;
 
