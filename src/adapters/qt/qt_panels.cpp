@@ -49,7 +49,8 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
 QString filterText(const std::string& kindName, const std::vector<std::string>& extensions) {
     QStringList patterns;
     for (const auto& extension : extensions)
-        patterns.append("*." + qtext(extension));
+        // Cameras write upper case, and not every dialog overlooks the difference.
+        patterns << "*." + qtext(extension) << "*." + qtext(extension).toUpper();
     return (kindName.empty() ? QString() : qtext(kindName) + " ") + "(" + patterns.join(' ') + ")";
 }
 
@@ -77,6 +78,8 @@ void QtPanels::open(const OpenPanelRequest& request,
                         : request.multiple ? QFileDialog::ExistingFiles
                                            : QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::ShowDirsOnly, request.folders);
+    dialog->setOption(QFileDialog::ReadOnly);  // choosing makes, renames and deletes nothing
+    dialog->setOption(QFileDialog::HideNameFilterDetails, !request.kindName.empty());
     if (!request.extensions.empty())
         dialog->setNameFilter(filterText(request.kindName, request.extensions));
     const auto files = std::make_shared<std::vector<std::filesystem::path>>();
