@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
 
+#include "base/file_url.h"
+
 #include "fakes/temp_folder.h"
 
 namespace tembrix {
@@ -11,6 +13,14 @@ namespace {
 
 std::ptrdiff_t entries(const std::filesystem::path& folder) {
     return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+TEST(Files, EveryNameComesBackFromItsUrl) {
+    EXPECT_EQ(fileUrl("/a b/C# 100%/м?.mp4"), "file:///a%20b/C%23%20100%25/%D0%BC%3F.mp4");
+    for (const char* path : {"/a b/C# 100%/м?.mp4", "/not utf-8 \xFF\n", "/"})
+        EXPECT_EQ(pathOfFileUrl(fileUrl(path)), std::filesystem::path(path));
+    for (const char* other : {"https://a/b", "file://host/a", "/a", "file:///%4", "file:///%zz"})
+        EXPECT_FALSE(pathOfFileUrl(other)) << other;
 }
 
 TEST(Files, ReplacesWholeAndLeavesNothingBeside) {
