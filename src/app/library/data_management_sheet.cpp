@@ -41,7 +41,7 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& ser
     actions_ = new QWidget;
     auto* column = new QVBoxLayout(actions_);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(theme::spacing);
+    column->setSpacing(theme::margin);
     content()->addWidget(actions_);
     addAction("dataManagementRestoreFromBackup", "dataManagementRestoreFromBackupDescription",
               ButtonLook::quiet, [this] {
@@ -74,9 +74,8 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& ser
     status_ = makeLabel(texts(), "dataManagementProcessing", LabelLook::secondary);
     status_->hide();
     content()->addWidget(status_);
-    addAcceptButton("closeButtonTitle", ButtonLook::quiet, false);
-    connect(findChild<QPushButton*>(QStringLiteral("closeButtonTitle")), &QPushButton::clicked,
-            this, &DataManagementSheet::reject);
+    close_ = addAcceptButton("closeButtonTitle", ButtonLook::quiet, false);
+    connect(close_, &QPushButton::clicked, this, &DataManagementSheet::reject);
 }
 
 void DataManagementSheet::reject() {
@@ -88,6 +87,7 @@ void DataManagementSheet::addStore(const char* titleKey, const char* description
                                    const char* helpKey,
                                    std::function<std::filesystem::path()> folder) {
     auto* row = new QHBoxLayout;
+    row->setSpacing(theme::margin);
     auto* open = makeButton(texts(), titleKey);
     open->setIcon(theme::icon(QStringLiteral("folder-open")));
     open->setToolTip(qtext(texts().text(helpKey)));
@@ -106,9 +106,13 @@ void DataManagementSheet::addStore(const char* titleKey, const char* description
 void DataManagementSheet::addAction(const char* titleKey, const char* descriptionKey,
                                     ButtonLook look, std::function<void()> pressed) {
     auto* row = new QHBoxLayout;
+    row->setSpacing(theme::margin);
     auto* button = makeButton(texts(), titleKey, look);
     button->setMinimumWidth(sheetWidth / 3);
-    connect(button, &QPushButton::clicked, this, [pressed = std::move(pressed)] { pressed(); });
+    connect(button, &QPushButton::clicked, this, [this, button, pressed = std::move(pressed)] {
+        pressed_ = button;
+        pressed();
+    });
     row->addWidget(button, 0, Qt::AlignTop);
     row->addWidget(makeLabel(texts(), descriptionKey, LabelLook::secondary), 1);
     static_cast<QVBoxLayout*>(actions_->layout())->addLayout(row);
@@ -136,6 +140,7 @@ void DataManagementSheet::process(std::function<void()> work, const char* result
                 if (!self)
                     return;
                 self->setProcessing(false);
+                self->pressed_->setFocus();  // it was hidden and lost the keyboard
                 self->status_->setText(qtext(self->texts().text(resultKey)));
                 self->status_->show();
             });
@@ -145,6 +150,7 @@ void DataManagementSheet::process(std::function<void()> work, const char* result
 void DataManagementSheet::setProcessing(bool processing) {
     isProcessing_ = processing;
     actions_->setVisible(!processing);
+    close_->setEnabled(!processing);
     status_->setText(qtext(texts().text("dataManagementProcessing")));
     status_->setVisible(processing);
 }

@@ -31,6 +31,8 @@ class DataManagementSheet final : public Sheet {
     const AppServices& services_;
     DataSyncManager& dataSync_;
     QWidget* actions_;
+    QPushButton* pressed_ = nullptr;  // the action last chosen
+    QPushButton* close_;
     QLabel* status_;
     bool isProcessing_ = false;
 };

@@ -11,7 +11,17 @@ namespace tembrix {
 
 namespace {
 constexpr int fieldWidth = 320;
+
+// The user's own, but with the whole year: two figures typed in would be taken for the last
+// century's.
+QString dateFormat() {
+    QString format = QLocale().dateTimeFormat(QLocale::ShortFormat);
+    if (!format.contains(QStringLiteral("yyyy")))
+        format.replace(QStringLiteral("yy"), QStringLiteral("yyyy"));
+    return format;
 }
+
+}  // namespace
 
 MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,
                        const VideoMetadata& initial)
@@ -22,7 +32,7 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, FocusStateManager& f
 
     const auto seconds = static_cast<qint64>(initial.dateTime.secondsSince1970);
     date_ = new QDateTimeEdit(QDateTime::fromSecsSinceEpoch(seconds));
-    date_->setDisplayFormat(QLocale().dateTimeFormat(QLocale::ShortFormat));
+    date_->setDisplayFormat(dateFormat());
     date_->setCalendarPopup(true);
     new TextFocusTracker(date_, focus);
     content()->addWidget(labelled(texts, "videosViewFieldDateTime", date_));
@@ -70,7 +80,8 @@ RenameSheet::RenameSheet(QWidget* parent, const Texts& texts, FocusStateManager&
 }
 
 std::string RenameSheet::name() const {
-    return utf8Text(name_->text());
+    // A name of blanks alone would leave a card that cannot be told; none shows the file's own.
+    return name_->text().trimmed().isEmpty() ? std::string() : utf8Text(name_->text());
 }
 
 }  // namespace tembrix

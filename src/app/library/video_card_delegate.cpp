@@ -12,6 +12,27 @@ namespace {
 
 constexpr int captionHeight = 52;
 constexpr int markSize = 44;
+constexpr int noteHeight = 24;
+
+// A triangle with its exclamation mark cut out.
+void paintWarningSign(QPainter& painter, const QRectF& place) {
+    const auto at = [&](double x, double y) {
+        return place.topLeft() + QPointF(x * place.width(), y * place.height());
+    };
+    QPainterPath sign;
+    sign.setFillRule(Qt::OddEvenFill);
+    sign.addPolygon(QPolygonF{at(0.5, 0.04), at(1, 0.94), at(0, 0.94), at(0.5, 0.04)});
+    sign.addRoundedRect(QRectF(at(0.455, 0.36), at(0.545, 0.68)), 2, 2);
+    sign.addEllipse(QRectF(at(0.45, 0.74), at(0.55, 0.84)));
+    painter.fillPath(sign, theme::warning);
+}
+
+// The middle of the mark on a card; above its note if there is one.
+QRect markPlace(const QRect& frame, bool available) {
+    QRect place(0, 0, markSize, markSize);
+    place.moveCenter(frame.center() - QPoint(0, available ? 0 : noteHeight / 2));
+    return place;
+}
 
 void paintPicture(QPainter& painter, const QRect& frame, const QPixmap& picture, bool available) {
     QPainterPath rounded;
@@ -24,19 +45,23 @@ void paintPicture(QPainter& painter, const QRect& frame, const QPixmap& picture,
         QRect target(QPoint(), filled);
         target.moveCenter(frame.center());
         painter.drawPixmap(target, picture);
-    } else {
-        const QString name =
-            available ? QStringLiteral("video-x-generic") : QStringLiteral("dialog-warning");
-        QRect place(0, 0, markSize, markSize);
-        place.moveCenter(frame.center());
-        theme::icon(name, available ? theme::disabledText : theme::warning).paint(&painter, place);
+    } else if (available) {
+        theme::icon(QStringLiteral("video-x-generic"), theme::disabledText)
+            .paint(&painter, markPlace(frame, true));
     }
     painter.restore();
 }
 
+void paintNote(QPainter& painter, const QRect& frame, const QString& note) {
+    const QRect line(frame.left(), markPlace(frame, false).bottom() + theme::unit, frame.width(),
+                     noteHeight);
+    painter.setFont(theme::font(theme::captionSize));
+    painter.setPen(theme::warning);
+    painter.drawText(line, Qt::AlignCenter, note);
+}
+
 void paintMark(QPainter& painter, const QRect& frame, bool available) {
-    QRect disc(0, 0, markSize, markSize);
-    disc.moveCenter(frame.center());
+    const QRect disc = markPlace(frame, available);
     painter.setPen(Qt::NoPen);
     painter.setBrush(available ? theme::accent : theme::warning);
     painter.drawEllipse(disc);
@@ -67,8 +92,12 @@ void VideoCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
 
     paintPicture(*painter, picture, index.data(VideosListModel::previewRole).value<QPixmap>(),
                  available);
+    if (!available)
+        paintNote(*painter, picture, index.data(VideosListModel::noteRole).toString());
     if (option.state.testFlag(QStyle::State_MouseOver) || focused)
         paintMark(*painter, picture, available);
+    else if (!available)
+        paintWarningSign(*painter, markPlace(picture, false));
     if (index.data(VideosListModel::favoriteRole).toBool()) {
         const QRect star(picture.right() - 28, picture.top() + theme::spacing, 20, 20);
         theme::icon(QStringLiteral("rating"), theme::star).paint(painter, star);

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <algorithm>
+#include <unordered_map>
 
 namespace tembrix {
 
@@ -11,13 +12,29 @@ VideosListModel::VideosListModel(const VideosViewModel& viewModel, const Locale&
 
 void VideosListModel::show(const std::string& searchText, VideoFilter filter) {
     beginResetModel();
+    // Pictures already read stay with their cards: reading them anew would slow each key press.
+    std::unordered_map<std::string, Card> before;
+    for (auto& card : cards_)
+        before.emplace(card.file.videoData.id, std::move(card));
     cards_.clear();
     for (auto& file : viewModel_.filteredFiles(searchText, filter)) {
         Card card;
+        if (const auto known = before.find(file.videoData.id);
+            known != before.end() && known->second.file.preview == file.preview) {
+            card.previewFile = known->second.previewFile;
+            card.preview = known->second.preview;
+        }
         card.file = std::move(file);
         cards_.push_back(std::move(card));
     }
     endResetModel();
+}
+
+void VideosListModel::lookAgain() {
+    for (auto& card : cards_)
+        card.looked = false;
+    if (!cards_.empty())
+        Q_EMIT dataChanged(index(0), index(static_cast<int>(cards_.size()) - 1));
 }
 
 const FilesFile& VideosListModel::file(const QModelIndex& index) const {
@@ -47,12 +64,17 @@ const VideosListModel::Card& VideosListModel::look(int row) const {
     const auto video = viewModel_.videoPath(card.file);
     card.available = video.has_value();
     if (card.file.preview) {
+        if (!card.preview.isNull())
+            return card;
         const ImageBuffer& image = *card.file.preview;
         card.preview = QPixmap::fromImage(QImage(image.pixels.data(), image.width, image.height,
                                                  static_cast<int>(image.stride()),
                                                  QImage::Format_RGBA8888_Premultiplied));
     } else if (video) {
-        card.preview.load(QFile::decodeName(viewModel_.previewFile(*video).c_str()));
+        const auto file = QFile::decodeName(viewModel_.previewFile(*video).c_str());
+        if (card.preview.isNull() || card.previewFile != file)
+            card.preview.load(file);
+        card.previewFile = file;
     }
     return card;
 }
@@ -68,10 +90,12 @@ QVariant VideosListModel::data(const QModelIndex& index, int role) const {
         case Qt::AccessibleTextRole: {
             QString text = card.name + QStringLiteral(", ") + card.date;
             if (!card.available)
-                text +=
-                    QStringLiteral(", ") + QString::fromStdString(texts_.text("videoUnavailable"));
+                text += QStringLiteral(", ") + index.data(noteRole).toString();
             return text;
         }
+        case noteRole:
+            return card.available ? QString()
+                                  : QString::fromStdString(texts_.text("videoUnavailable"));
         case previewRole:
             return card.preview;
         case availableRole:

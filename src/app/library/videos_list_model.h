@@ -15,12 +15,14 @@ class VideosListModel final : public QAbstractListModel {
     Q_OBJECT
 
   public:
-    enum Role { previewRole = Qt::UserRole + 1, availableRole, favoriteRole, dateRole };
+    enum Role { previewRole = Qt::UserRole + 1, availableRole, noteRole, favoriteRole, dateRole };
 
     VideosListModel(const VideosViewModel& viewModel, const Locale& locale, const Texts& texts,
                     QObject* parent);
 
     void show(const std::string& searchText, VideoFilter filter);
+    // Files come and go with disks while the program is not looked at.
+    void lookAgain();
     const FilesFile& file(const QModelIndex& index) const;
     QModelIndex indexOf(const std::string& videoId) const;
 
@@ -34,6 +36,7 @@ class VideosListModel final : public QAbstractListModel {
         bool available = false;
         QString name;
         QString date;
+        QString previewFile;
         QPixmap preview;
     };
     const Card& look(int row) const;

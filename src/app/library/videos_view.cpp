@@ -11,7 +11,7 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
-#include "base/files.h"
+#include "base/file_url.h"
 
 #include "app/library/data_management_sheet.h"
 #include "app/library/match_sheet.h"
@@ -209,6 +209,12 @@ void VideosView::showEvent(QShowEvent* event) {
     list_->setFocus();
 }
 
+bool VideosView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate)
+        model_->lookAgain();
+    return QWidget::event(event);
+}
+
 void VideosView::fitCards() {
     const int room = width() - list_->verticalScrollBar()->sizeHint().width() - theme::unit;
     const int columns = qMax(1, room / (VideoCardDelegate::smallestCard + VideoCardDelegate::gap));
@@ -229,20 +235,24 @@ void VideosView::showSheets(const VideosState& state) {
         presentRebindAlert();
 }
 
+void VideosView::answer(VideosAction action) {
+    // The state may change on its way to the answered one, and its question stands until then.
+    viewModel_.send(std::move(action));
+    sheet_ = nullptr;
+    showSheets(*viewModel_.state);
+}
+
 void VideosView::presentMatchSheet(const VideosState& state) {
     const VideoMetadata match = state.videoMetadata;
     auto* sheet = new MatchSheet(this, services_.texts, services_.focus, match);
     connect(sheet, &QDialog::finished, this, [this, sheet, match](int result) {
-        sheet_ = nullptr;
-        if (result != QDialog::Accepted) {
-            viewModel_.send(videos::CancelMetadata{});
-            return;
-        }
+        if (result != QDialog::Accepted)
+            return answer(videos::CancelMetadata{});
         std::optional<std::filesystem::path> file;
         if (match.urlString)
-            file = pathFromText(*match.urlString);
-        viewModel_.send(videos::SaveVideoMetadata{file, sheet->team1(), sheet->team2(),
-                                                  sheet->score(), sheet->date()});
+            file = pathOfFileUrl(*match.urlString);
+        answer(videos::SaveVideoMetadata{file, sheet->team1(), sheet->team2(), sheet->score(),
+                                         sheet->date()});
     });
     sheet_ = sheet;
     sheet->present();
@@ -251,11 +261,10 @@ void VideosView::presentMatchSheet(const VideosState& state) {
 void VideosView::presentRenameSheet(const VideosState& state) {
     auto* sheet = new RenameSheet(this, services_.texts, services_.focus, state.newFileName);
     connect(sheet, &QDialog::finished, this, [this, sheet, file = state.fileToRename](int result) {
-        sheet_ = nullptr;
         if (result == QDialog::Accepted && file)
-            viewModel_.send(videos::RenameSimpleVideo{*file, sheet->name()});
+            answer(videos::RenameSimpleVideo{*file, sheet->name()});
         else
-            viewModel_.send(videos::CancelRename{});
+            answer(videos::CancelRename{});
     });
     sheet_ = sheet;
     sheet->present();
@@ -268,11 +277,10 @@ void VideosView::presentRebindAlert() {
     sheet->addCancelButton("cancelButtonTitle");
     sheet->addAcceptButton("selectNewVideo");
     connect(sheet, &QDialog::finished, this, [this](int result) {
-        sheet_ = nullptr;
         if (result == QDialog::Accepted)
-            viewModel_.send(videos::PickRebindFile{});
+            answer(videos::PickRebindFile{});
         else
-            viewModel_.send(videos::CancelRebind{});
+            answer(videos::CancelRebind{});
     });
     sheet_ = sheet;
     sheet->present();
@@ -282,10 +290,7 @@ void VideosView::presentError(const std::string& title) {
     auto* sheet = new Sheet(this, services_.texts, "alertsFileErrorTitle");
     sheet->setTitle(qtext(title));
     sheet->addAcceptButton("okButtonTitle");
-    connect(sheet, &QDialog::finished, this, [this] {
-        sheet_ = nullptr;
-        viewModel_.send(videos::DismissError{});
-    });
+    connect(sheet, &QDialog::finished, this, [this] { answer(videos::DismissError{}); });
     sheet_ = sheet;
     sheet->present();
 }

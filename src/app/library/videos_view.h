@@ -30,6 +30,7 @@ class VideosView final : public QWidget {
                QWidget* parent = nullptr);
 
   protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -44,6 +45,7 @@ class VideosView final : public QWidget {
     void fitCards();
     void open(const QModelIndex& index);
     void openMenu(const QModelIndex& index, const QPoint& globalPlace);
+    void answer(VideosAction action);  // of the open sheet
     void presentMatchSheet(const VideosState& state);
     void presentRenameSheet(const VideosState& state);
     void presentRebindAlert();

@@ -25,11 +25,8 @@ enum class VideoFilter { all, recent, favorites };
 // What the list window shows; changed by the model only.
 struct VideosState {
     std::vector<FilesFile> files;
-    bool showHUD = false;
     bool showError = false;
     std::string errorTitle;
-    bool showFilesDownloadAlert = false;
-    bool showFilesDownloadingAlert = false;
     bool showMetadataSheet = false;
     VideoMetadata videoMetadata;
     bool showRenameSheet = false;
@@ -126,6 +123,7 @@ class VideosViewModel {
     void filePicked(const std::filesystem::path& file);
     void saveMatch(const videos::SaveVideoMetadata& action);
     void pickRebindFile();
+    void makePreview(const std::string& videoId);
     void rebind(const FilesFile& file, const std::filesystem::path& url);
     void openGuide();
     std::string videoName(const VideoMetadata& match) const;

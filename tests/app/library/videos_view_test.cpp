@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "app/app_project.h"
+#include "app/library/videos_list_model.h"
+#include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/window_tests.h"
 #include "fakes/fake_property_list.h"
@@ -92,6 +94,17 @@ TEST_F(VideosViewTest, AMovedVideoShowsItsMarkAndAsksForTheFile) {
     project.addVideo("gone.mp4");
     std::filesystem::remove(project.folder.path() / "gone.mp4");
     show();
+    const auto note = [&] {
+        return list()->model()->index(0, 0).data(VideosListModel::noteRole).toString();
+    };
+    EXPECT_EQ(note(), qtext(project.texts.text("videoUnavailable")));
+    // The disk is plugged in while the user is elsewhere, and is gone again.
+    const auto back = project.folder.write("gone.mp4", "bytes");
+    QEvent returned(QEvent::WindowActivate);
+    QApplication::sendEvent(&view, &returned);
+    EXPECT_EQ(note(), "");
+    std::filesystem::remove(back);
+    QApplication::sendEvent(&view, &returned);
     list()->setFocus();
     QTest::keyClick(list(), Qt::Key_Return);
     ASSERT_TRUE(sheet());
@@ -112,7 +125,17 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return list()->model()->index(0, 0).data().toString() == "Derby"; }));
 
+    // Blanks alone are no name: the file's own comes back.
     QTest::qWait(0);
+    ASSERT_FALSE(sheet());
+    QTest::keyClick(list(), Qt::Key_F2);
+    ASSERT_TRUE(sheet());
+    QTest::keyClicks(QApplication::focusWidget(), "   ");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(list()->model()->index(0, 0).data(), "raw.mp4");
+
+    QTest::qWait(0);
+    ASSERT_FALSE(sheet());
     QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint());
     QApplication::sendEvent(list(), &menuKey);
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());

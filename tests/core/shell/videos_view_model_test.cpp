@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/file_url.h"
+
 #include "fakes/core_project.h"
 #include "fakes/fake_images.h"
 #include "fakes/fake_media.h"
@@ -36,6 +38,7 @@ TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
     project.panels.answerOpen({video});
     ASSERT_TRUE(model.state->showMetadataSheet);
     EXPECT_EQ(model.state->videoMetadata.dateTime, project.scheduler.now());
+    EXPECT_EQ(model.state->videoMetadata.urlString, fileUrl(video));
 
     model.send(videos::CancelMetadata{});
     EXPECT_FALSE(model.state->showMetadataSheet);
@@ -49,6 +52,8 @@ TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
               "Red_Lions_Blue_Foxes_2-1_2024-05-01_18-30");
     EXPECT_EQ(names("LIONS", VideoFilter::all).size(), 1U);
     EXPECT_TRUE(names("tigers", VideoFilter::all).empty());
+    model.send(videos::OpenGuide{});
+    EXPECT_EQ(project.panels.browsed, std::vector<std::string>{"file:///guides/en.html"});
 }
 
 TEST_F(VideosViewModelTest, AnEmptyOrVanishedFileIsRefusedWithAText) {
@@ -76,11 +81,14 @@ TEST_F(VideosViewModelTest, AMovedVideoAsksToBeBoundAgainAndThenOpensWithItsId) 
     EXPECT_EQ(model.state->errorTitle, "Не удалось перепривязать видео");
 
     const auto moved = project.folder.write("new place/old.mp4", "bytes");
+    media.add(moved, 10);
     model.send(videos::RebindVideo{*model.state->fileToRebind, moved});
     EXPECT_FALSE(windows.isClosing());
     EXPECT_EQ(windows.currentVideoId(), id);
     EXPECT_EQ(project.players.opened.back(), moved);
     EXPECT_EQ(model.state->files.size(), 1U);
+    project.scheduler.run();
+    EXPECT_TRUE(model.state->files.front().preview);
 }
 
 TEST_F(VideosViewModelTest, FiltersByFavouriteAndByLastAccess) {
