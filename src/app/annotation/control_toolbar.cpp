@@ -72,12 +72,13 @@ void ControlToolbar::addHistory() {
         connect(button, &QToolButton::clicked, this, take);
         // The help says what would be taken back; the name stays what the button is.
         const auto show = [this, button, &enabled, &step, plain = button->toolTip()] {
-            button->setEnabled(*enabled);
+            button->setEnabled(*enabled && model_.canTakeBack());
             button->setToolTip(*step ? plain + ": " + qtext(services_.texts.text(**step)) : plain);
             button->setAccessibleDescription(button->toolTip());
         };
         show();
-        subscriptions_.push_back(enabled.observe([show](const bool&) { show(); }));
+        for (Published<bool>* gate : {&enabled, &model_.isEditorModeActive})
+            subscriptions_.push_back(gate->observe([show](const bool&) { show(); }));
         subscriptions_.push_back(
             step.observe([show](const std::optional<std::string>&) { show(); }));
     };
@@ -101,13 +102,14 @@ void ControlToolbar::addZoom() {
         row_->addWidget(part);
     connect(zoomOut, &QToolButton::clicked, this, [this] { model_.zoomOut(); });
     connect(zoomIn, &QToolButton::clicked, this, [this] { model_.zoomIn(); });
-    const auto show = [this, figure, zoomOut](const double&) {
+    zoomOut->setAutoRepeat(true);
+    zoomIn->setAutoRepeat(true);
+    const auto show = [this, figure, zoomOut] {
         figure->setText(qtext(model_.zoomText()));
         zoomOut->setEnabled(*model_.timelineScale > TimelineEditingModel::smallestScale);
     };
-    show(0);
-    subscriptions_.push_back(model_.timelineScale.observe(show));
-    subscriptions_.push_back(model_.magnifyScale.observe(show));
+    show();
+    subscriptions_.push_back(model_.zoomChanged.observe(show));
 }
 
 }  // namespace tembrix

@@ -1,6 +1,7 @@
 #include "app/annotation/full_control_view.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QShortcut>
 #include <QToolButton>
@@ -67,16 +68,22 @@ FullControlView::~FullControlView() {
 
 void FullControlView::addShortcuts() {
     const auto add = [this](const QKeySequence& keys, auto action) {
-        connect(new QShortcut(keys, this), &QShortcut::activated, this, action);
+        auto* shortcut = new QShortcut(keys, this);
+        connect(shortcut, &QShortcut::activated, this, action);
+        return shortcut;
     };
-    add(QKeySequence("Ctrl+Z"), [this] {
+    QShortcut* undo = add(QKeySequence("Ctrl+Z"), [this] {
         model_.cancelGesture();
         services_.history.undo();
     });
-    add(QKeySequence("Ctrl+Shift+Z"), [this] {
+    QShortcut* redo = add(QKeySequence("Ctrl+Shift+Z"), [this] {
         model_.cancelGesture();
         services_.history.redo();
     });
+    subscriptions_.push_back(model_.isEditorModeActive.observe([this, undo, redo](const bool&) {
+        for (QShortcut* shortcut : {undo, redo})
+            shortcut->setEnabled(model_.canTakeBack());
+    }));
     for (const char* keys : {"Ctrl++", "Ctrl+="})
         add(QKeySequence(keys), [this] { model_.zoomIn(); });
     add(QKeySequence("Ctrl+-"), [this] { model_.zoomOut(); });
@@ -105,11 +112,24 @@ bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
         QApplication::activePopupWidget())
         return false;
     const auto* press = static_cast<QKeyEvent*>(event);
+    if (press->key() == Qt::Key_F10 && press->modifiers() == Qt::ShiftModifier)
+        return openMenuByKeyboard();
     if (press->key() != Qt::Key_Backspace && press->key() != Qt::Key_Delete)
         return false;
     KeyPress translated{key::deleteKey, {}, {}};
     translated.modifiers.option = press->modifiers() & Qt::AltModifier;
     return model_.handleKeyDown(translated);
+}
+
+bool FullControlView::openMenuByKeyboard() {
+    // The toolkit knows the menu key alone, which many keyboards lack.
+    QWidget* focus = QApplication::focusWidget();
+    if (!focus || !isAncestorOf(focus))
+        return false;
+    const QPoint middle = focus->rect().center();
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, middle, focus->mapToGlobal(middle));
+    QApplication::sendEvent(focus, &event);
+    return true;
 }
 
 void FullControlView::openAddLine() {

@@ -29,6 +29,7 @@ class FullControlView final : public QWidget {
 
   private:
     void addShortcuts();
+    bool openMenuByKeyboard();
     void openAddLine();
     void openEditName(const Uuid& line);
     void openStampEdit(StampEditSheetType type);

@@ -88,9 +88,10 @@ QVariant LineNamesModel::data(const QModelIndex& index, int role) const {
 
 Qt::ItemFlags LineNamesModel::flags(const QModelIndex& index) const {
     if (!index.isValid())
-        return Qt::NoItemFlags;
-    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled |
-           Qt::ItemIsDropEnabled | Qt::ItemNeverHasChildren;
+        return Qt::ItemIsDropEnabled;  // between the lines and below them
+    const Qt::ItemFlags flags =
+        Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled | Qt::ItemNeverHasChildren;
+    return lineAt(index) == drawingsLineId() ? flags : flags | Qt::ItemIsDragEnabled;
 }
 
 QMimeData* LineNamesModel::mimeData(const QModelIndexList& indexes) const {
@@ -102,16 +103,26 @@ QMimeData* LineNamesModel::mimeData(const QModelIndexList& indexes) const {
     return data;
 }
 
-bool LineNamesModel::dropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
-                                  const QModelIndex& parent) {
+int LineNamesModel::dropRow(int row, const QModelIndex& parent) const {
     // On a line or just above it, which is the same thing.
-    const auto target = lineAt(parent.isValid() ? parent : index(row));
-    if (!data->hasText() || !target)
+    if (parent.isValid())
+        return parent.row();
+    return row >= 0 && row < rowCount() ? row : rowCount();
+}
+
+bool LineNamesModel::canDropMimeData(const QMimeData* data, Qt::DropAction, int row, int,
+                                     const QModelIndex& parent) const {
+    return data->hasText() && lineAt(index(dropRow(row, parent))) != drawingsLineId();
+}
+
+bool LineNamesModel::dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                                  const QModelIndex& parent) {
+    if (!canDropMimeData(data, action, row, column, parent))
         return false;
     // The view is still in the middle of its drop.
     QMetaObject::invokeMethod(
         this,
-        [this, text = utf8Text(data->text()), current = *target] {
+        [this, text = utf8Text(data->text()), current = lineAt(index(dropRow(row, parent)))] {
             model_.dropLine(text, current);
         },
         Qt::QueuedConnection);

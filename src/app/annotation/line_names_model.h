@@ -25,6 +25,8 @@ class LineNamesModel final : public QAbstractListModel {
     Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
     QStringList mimeTypes() const override { return {"text/plain"}; }
     QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
     bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
                       const QModelIndex& parent) override;
 
@@ -35,6 +37,8 @@ class LineNamesModel final : public QAbstractListModel {
 
   private:
     void takeRows();
+    // The row above which a drop lands; the number of rows for one below them all.
+    int dropRow(int row, const QModelIndex& parent) const;
 
     TimelineEditingModel& model_;
     TimelineDataManager& timeline_;

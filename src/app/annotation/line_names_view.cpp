@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <algorithm>
 
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
@@ -85,7 +86,7 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
     setEditTriggers(NoEditTriggers);
     setDragDropMode(DragDrop);
     setDefaultDropAction(Qt::MoveAction);
-    setDropIndicatorShown(true);
+    setDropIndicatorShown(false);
     connect(this, &QListView::clicked, this, [this](const QModelIndex& index) {
         if (const auto line = names_.lineAt(index))
             model_.selectLine(*line);
@@ -97,12 +98,64 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
     });
 }
 
+void LineNamesView::dragMoveEvent(QDragMoveEvent* event) {
+    QListView::dragMoveEvent(event);
+    if (!event->isAccepted())
+        return showGap({});
+    // As the view itself will see the drop: the lowest points of a cell are the gap below it.
+    constexpr int edge = 5;
+    const QPoint at = event->position().toPoint();
+    const QModelIndex index = indexAt(at);
+    if (!index.isValid())
+        showGap(names_.rowCount());
+    else
+        showGap(index.row() + (visualRect(index).bottom() - at.y() < edge ? 1 : 0));
+}
+
+void LineNamesView::dragLeaveEvent(QDragLeaveEvent* event) {
+    QListView::dragLeaveEvent(event);
+    showGap({});
+}
+
+void LineNamesView::dropEvent(QDropEvent* event) {
+    QListView::dropEvent(event);
+    showGap({});
+}
+
+void LineNamesView::showGap(std::optional<int> row) {
+    if (row == gap_)
+        return;
+    for (const auto& shown : {gap_, row})
+        if (shown)
+            viewport()->update(gapArea(*shown));
+    gap_ = row;
+}
+
+QRect LineNamesView::gapArea(int row) const {
+    constexpr int width = 2;
+    const QRect below = visualRect(names_.index(row));
+    const int y = below.isValid() ? below.top()
+                                  : visualRect(names_.index(names_.rowCount() - 1)).bottom() + 1;
+    return {0, std::max(y - width / 2, 0), viewport()->width(), width};
+}
+
+void LineNamesView::paintEvent(QPaintEvent* event) {
+    QListView::paintEvent(event);
+    if (gap_)
+        QPainter(viewport()).fillRect(gapArea(*gap_), theme::accent);
+}
+
 void LineNamesView::moveCurrent(int step) {
     if (const auto line = currentLine())
         model_.moveLineBy(*line, step);
 }
 
 void LineNamesView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_F2 && event->modifiers() == Qt::NoModifier) {
+        if (const auto line = currentLine())
+            Q_EMIT renameRequested(*line);
+        return;
+    }
     const bool alt = event->modifiers() == Qt::AltModifier;
     if (alt && event->key() == Qt::Key_Up)
         return moveCurrent(-1);

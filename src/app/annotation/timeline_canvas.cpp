@@ -45,17 +45,7 @@ TimelineCanvas::TimelineCanvas(TimelineEditingModel& model, TimelineDataManager&
         model.cursor.observe([this](const TimelineCursor&) { followCursor(); }));
     subscriptions_.push_back(
         model.tagEdgePosition.observe([this](const std::optional<double>&) { movePlayhead(); }));
-    subscriptions_.push_back(model.gestureChanged.observe([this] {
-        if (!model_.resize() && !model_.move()) {
-            press_ = Idle();
-            redrawAll();
-        } else if (model_.resize()) {
-            redrawRowOf(model_.resize()->stamp());
-        } else {
-            redrawRow(model_.move()->row());
-            update();
-        }
-    }));
+    subscriptions_.push_back(model.gestureChanged.observe([this] { followGesture(); }));
     rowCount_ = model.rows().size();
     followSelection();
     refreshAxis();
@@ -99,6 +89,8 @@ void TimelineCanvas::refreshAxis() {
     const TimelineAxis axis = model_.axis(width());
     if (axis == axis_)
         return;
+    if (model_.resize())
+        model_.cancelGesture();  // it counts in points of the axis as it was
     axis_ = axis;
     redrawAll();
     Q_EMIT axisChanged();
@@ -106,6 +98,8 @@ void TimelineCanvas::refreshAxis() {
 
 void TimelineCanvas::movePlayhead() {
     const double x = playheadX();
+    if (x != shownPlayheadX_ && std::holds_alternative<Idle>(press_))
+        Q_EMIT playheadMoved(shownPlayheadX_, x);
     const QRectF before = PlayheadPainter::strip(rect(), view(), shownPlayheadX_);
     const QRectF after = PlayheadPainter::strip(rect(), view(), x);
     shownPlayheadX_ = x;
@@ -140,6 +134,40 @@ void TimelineCanvas::followCursor() {
     Q_EMIT cursorMoved();
 }
 
+void TimelineCanvas::followGesture() {
+    const StampResize* resize = model_.resize();
+    const StampMove* move = model_.move();
+    const auto inHand = resize ? std::optional(resize->stamp())
+                        : move ? std::optional(move->info().stampID)
+                               : std::nullopt;
+    if (!inHand) {
+        press_ = Idle();
+        beyondTimer_.stop();
+    }
+    if (resize || inHand != shownGesture_) {
+        redrawRowOf(shownGesture_);
+        redrawRowOf(inHand);
+        shownGesture_ = inHand;
+    }
+    // A stamp on its way lies over the layer: only where it was and where it is changes.
+    update(shownMoving_);
+    shownMoving_ = movingArea();
+    update(shownMoving_);
+}
+
+QRect TimelineCanvas::movingArea() const {
+    const StampMove* move = model_.move();
+    const auto stamp =
+        move ? model_.rows()[move->row()].stampIndex(move->info().stampID) : std::nullopt;
+    if (!stamp)
+        return {};
+    constexpr double margin = StampSprites::margin;
+    return stampArea(move->row(), *stamp)
+        .translated(0, move->offsetY())
+        .adjusted(-margin, -margin, margin, margin)
+        .toAlignedRect();
+}
+
 void TimelineCanvas::announceCursor() {
     if (hasFocus())
         announceTimelineCursor(*this);
@@ -162,6 +190,7 @@ void TimelineCanvas::redrawRowOf(const std::optional<Uuid>& stamp) {
 void TimelineCanvas::redrawAll() {
     allDirty_ = true;
     shownPlayheadX_ = playheadX();
+    shownMoving_ = movingArea();
     update();
 }
 

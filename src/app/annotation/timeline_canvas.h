@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QPixmap>
 #include <QWidget>
 #include <optional>
@@ -45,8 +46,11 @@ class TimelineCanvas final : public QWidget {
     // A pinch: the factor since its beginning, and where on the widget.
     void pinched(double magnification, double x);
     void pinchEnded();
-    // An edge or the playhead is dragged this many points past the left or the right side.
-    void draggedBeyond(double by);
+    // What is dragged is this many points past a side of the axis or of the rows; told again and
+    // again while it stays there.
+    void draggedBeyond(QPointF by);
+    // Along the axis, by itself or by a seek: not under a hand that drags.
+    void playheadMoved(double from, double to);
     void stampMenuRequested(const tembrix::Uuid& line, const tembrix::Uuid& stamp,
                             const QPoint& globalPosition);
 
@@ -58,6 +62,7 @@ class TimelineCanvas final : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -79,7 +84,7 @@ class TimelineCanvas final : public QWidget {
         double anchor;  // x of the axis from which the next movement counts
     };
     struct Moving {
-        QPointF at;
+        double pressed;  // points below the top of the first row
     };
     using Press = std::variant<Idle, Scrubbing, Pressed, Resizing, Moving>;
 
@@ -88,11 +93,15 @@ class TimelineCanvas final : public QWidget {
     QRectF rowsArea() const;
     std::optional<TimelineHit> hitAt(QPointF position) const;
     void showPointer(QPointF position);
+    void dragTo(QPointF position);
+    QPointF beyond(QPointF position) const;
     bool handleGesture(QEvent* event);
     void announceCursor();
 
     void followSelection();
     void followCursor();
+    void followGesture();
+    QRect movingArea() const;  // of the stamp on its way to another row, with its shadow
     void redrawRow(std::optional<std::size_t> row);
     void redrawRowOf(const std::optional<Uuid>& stamp);
     void redrawAll();
@@ -105,6 +114,8 @@ class TimelineCanvas final : public QWidget {
     double scrollX_ = 0;
     double scrollY_ = 0;
     Press press_;
+    QPointF dragged_;  // where the pointer is while it drags
+    QBasicTimer beyondTimer_;
     double pinch_ = 1;
 
     QPixmap layer_;      // header and rows as they lie under the playhead
@@ -117,6 +128,8 @@ class TimelineCanvas final : public QWidget {
     std::optional<Uuid> shownLine_;   // as selected in the layer
     std::optional<Uuid> shownStamp_;  // as selected in the layer
     TimelineCursor shownCursor_;
+    std::optional<Uuid> shownGesture_;  // the stamp in hand, in the layer as such
+    QRect shownMoving_;                 // where it was painted on its way to another row
     std::vector<Subscription> subscriptions_;
 };
 

@@ -5,6 +5,8 @@
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPinchGesture>
+#include <QTimerEvent>
+#include <algorithm>
 #include <cmath>
 
 #include "app/annotation/timeline_canvas.h"
@@ -14,6 +16,7 @@ namespace tembrix {
 namespace {
 
 constexpr double headerHeight = TimelineMetrics::headerHeight;
+constexpr int scrollInterval = 30;           // milliseconds, while a drag stays outside
 constexpr double moveThreshold = 10;         // points of movement that make a drag of a press
 constexpr double wheelMagnification = 1.15;  // per notch
 
@@ -40,17 +43,47 @@ void TimelineCanvas::mousePressEvent(QMouseEvent* event) {
 
 void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
     const QPointF at = event->position();
-    const bool alongAxis =
-        std::holds_alternative<Scrubbing>(press_) || std::holds_alternative<Resizing>(press_);
-    if (alongAxis && (at.x() < 0 || at.x() > width()))
-        Q_EMIT draggedBeyond(at.x() < 0 ? at.x() : at.x() - width());
-    const double x = at.x() + scrollX_;
-    if (event->buttons() == Qt::NoButton) {
-        showPointer(at);
-        const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
-        model_.hover(static_cast<double>(event->timestamp()) / 1000, x, fromTop, axis_);
-        return;
+    if (event->buttons() != Qt::NoButton)
+        return dragTo(at);
+    if (!std::holds_alternative<Idle>(press_)) {  // the release went elsewhere, to a menu
+        press_ = Idle();
+        beyondTimer_.stop();
+        model_.cancelGesture();
     }
+    showPointer(at);
+    if (!isActiveWindow())
+        return;
+    const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
+    model_.hover(static_cast<double>(event->timestamp()) / 1000, at.x() + scrollX_, fromTop, axis_);
+}
+
+QPointF TimelineCanvas::beyond(QPointF at) const {
+    const auto past = [](double x, double from, double to) {
+        return x < from ? x - from : std::max(x - to, 0.0);
+    };
+    if (std::holds_alternative<Scrubbing>(press_) || std::holds_alternative<Resizing>(press_))
+        return {past(at.x(), 0, width()), 0};
+    if (std::holds_alternative<Moving>(press_))
+        return {0, past(at.y(), headerHeight, height())};
+    return {};
+}
+
+void TimelineCanvas::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == beyondTimer_.timerId())
+        dragTo(dragged_);
+}
+
+void TimelineCanvas::dragTo(QPointF at) {
+    dragged_ = at;
+    const QPointF by = beyond(at);
+    if (by.isNull()) {
+        beyondTimer_.stop();
+    } else {
+        Q_EMIT draggedBeyond(by);
+        if (!beyondTimer_.isActive())
+            beyondTimer_.start(scrollInterval, this);
+    }
+    const double x = at.x() + scrollX_;
     if (std::holds_alternative<Scrubbing>(press_))
         return model_.seekTo(x, axis_);
 
@@ -61,7 +94,7 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
             press_ = Resizing{from.at.x() + scrollX_};
             model_.beginResize(from.line, *from.stamp, *from.grip, axis_);
         } else if (std::hypot(way.x(), way.y()) >= moveThreshold) {
-            press_ = Moving{from.at};
+            press_ = Moving{from.at.y() + scrollY_};
             model_.beginMove(from.line, *from.stamp);
         }
     }
@@ -75,7 +108,7 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
         model_.changeResize(x - resizing->anchor);
         resizing->anchor += edge() - before;
     } else if (const auto* moving = std::get_if<Moving>(&press_)) {
-        model_.changeMove(at.y() - moving->at.y());
+        model_.changeMove(at.y() + scrollY_ - moving->pressed);
     }
 }
 
@@ -83,6 +116,7 @@ void TimelineCanvas::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return event->ignore();
     const Press press = std::exchange(press_, Idle());
+    beyondTimer_.stop();
     if (const auto* pressed = std::get_if<Pressed>(&press)) {
         if (pressed->stamp)
             model_.clickStamp(pressed->line, *pressed->stamp);
@@ -127,6 +161,7 @@ bool TimelineCanvas::handleGesture(QEvent* event) {
                 Q_EMIT pinched(pinch_, native->position().x());
                 return true;
             case Qt::EndNativeGesture:
+                pinch_ = 1;
                 Q_EMIT pinchEnded();
                 return true;
             default:
@@ -186,8 +221,10 @@ void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
             break;
         case Qt::Key_Escape:
             if (model_.resize() || model_.move())
-                return model_.cancelGesture();
-            break;
+                model_.cancelGesture();
+            else
+                model_.clickBackground();
+            return;
         default:
             break;
     }
@@ -195,6 +232,8 @@ void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
 }
 
 void TimelineCanvas::contextMenuEvent(QContextMenuEvent* event) {
+    if (!std::holds_alternative<Idle>(press_))
+        return;  // the other button is down
     auto hit = hitAt(event->pos());
     QPoint at = event->globalPos();
     if (event->reason() == QContextMenuEvent::Keyboard) {

@@ -22,12 +22,9 @@ QColor withAlpha(QColor color, float alpha) {
 // Where a stamp lies on the axis, a resize in progress taken into account.
 Rect shownRect(const TimelineStamp& stamp, int level, const AxisView& view,
                const StampResize* resize) {
-    Rect rect = stampRect(stamp, level, view.axis);
-    if (resize && resize->stamp() == stamp.id) {
-        rect.x = resize->x();
-        rect.width = resize->width();
-    }
-    return rect;
+    return resize && resize->stamp() == stamp.id
+               ? stampRect(resize->x(), resize->width(), level, view.axis)
+               : stampRect(stamp, level, view.axis);
 }
 
 StampLook lookOf(std::uint32_t color, const Rect& rect, int level, double pixelRatio,

@@ -14,6 +14,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "core/annotation/playhead_follow.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {
@@ -70,13 +71,27 @@ TimelinesArea::TimelinesArea(AppServices& services, TimelineEditingModel& model,
         model_.endMagnify();
         zoomAnchor_.reset();
     });
-    connect(canvas_, &TimelineCanvas::draggedBeyond, this, [this](double by) {
-        constexpr double furthest = 40;  // points per movement
-        horizontal_->setValue(horizontal_->value() +
-                              static_cast<int>(std::clamp(by, -furthest, furthest)));
+    connect(canvas_, &TimelineCanvas::draggedBeyond, this, [this](QPointF by) {
+        const auto scroll = [](QScrollBar* bar, double way) {
+            constexpr double furthest = 40;  // points per step
+            bar->setValue(bar->value() + static_cast<int>(std::clamp(way, -furthest, furthest)));
+        };
+        scroll(horizontal_, by.x());
+        scroll(vertical_, by.y());
+    });
+    connect(canvas_, &TimelineCanvas::playheadMoved, this, [this](double from, double to) {
+        if (horizontal_->isSliderDown())
+            return;
+        if (const auto x = followPlayhead(from, to, canvas_->scrollX(), canvas_->width()))
+            horizontal_->setValue(static_cast<int>(*x));
     });
     connect(canvas_, &TimelineCanvas::stampMenuRequested, this, &TimelinesArea::openStampMenu);
     connect(names_, &LineNamesView::lineMenuRequested, this, &TimelinesArea::openLineMenu);
+    connect(names_, &LineNamesView::renameRequested, this, [this](const Uuid& line) {
+        for (const auto& item : lineMenu(line, *model_.markupMode, services_.texts))
+            if (item.action == LineMenuAction::editName && item.enabled)
+                Q_EMIT editNameRequested(line);
+    });
     const auto scroll = [this] { canvas_->setScroll(horizontal_->value(), vertical_->value()); };
     connect(horizontal_, &QScrollBar::valueChanged, this, scroll);
     connect(vertical_, &QScrollBar::valueChanged, this, scroll);
@@ -86,9 +101,7 @@ TimelinesArea::TimelinesArea(AppServices& services, TimelineEditingModel& model,
     connect(names_->verticalScrollBar(), &QScrollBar::valueChanged, vertical_,
             &QScrollBar::setValue);
 
-    const auto zoom = [this](const double&) { applyZoom(); };
-    subscriptions_.push_back(model.timelineScale.observe(zoom));
-    subscriptions_.push_back(model.magnifyScale.observe(zoom));
+    subscriptions_.push_back(model.zoomChanged.observe([this] { applyZoom(); }));
     subscriptions_.push_back(services.player.currentTimeValue.observe([this](const double&) {
         canvas_->refreshAxis();  // the length of a video can become known late
         canvas_->movePlayhead();
@@ -124,7 +137,9 @@ void TimelinesArea::layOut() {
 void TimelinesArea::updateRanges() {
     const auto set = [](QScrollBar* bar, double content, double room) {
         bar->setPageStep(static_cast<int>(room));
-        bar->setRange(0, static_cast<int>(std::max(std::ceil(content - room), 0.0)));
+        // The zoom knows no upper limit, the bar does.
+        constexpr double longest = 1e9;
+        bar->setRange(0, static_cast<int>(std::clamp(std::ceil(content - room), 0.0, longest)));
         bar->setVisible(bar->maximum() > 0);
     };
     set(horizontal_, canvas_->axis().width, canvas_->width());
@@ -143,7 +158,8 @@ void TimelinesArea::applyZoom() {
         anchor = playhead;
     const double time = before.time(scroll + anchor);
     canvas_->refreshAxis();
-    horizontal_->setValue(static_cast<int>(std::lround(canvas_->axis().x(time) - anchor)));
+    const double place = std::min(canvas_->axis().x(time) - anchor, horizontal_->maximum() * 1.0);
+    horizontal_->setValue(static_cast<int>(std::lround(place)));
 }
 
 void TimelinesArea::showCursor() {

@@ -24,7 +24,8 @@ struct VideoControlPanelActions {
 };
 
 // The transport bar: seek buttons around play and pause, the menu of speeds, and the time code of
-// now and whole. It only shows and forwards; see bindPlayer() for the bar of the open video.
+// now and whole. It only shows and forwards; makePlayerControlPanel() makes the bar of the open
+// video.
 class VideoControlPanelView final : public QWidget {
     Q_OBJECT
   public:

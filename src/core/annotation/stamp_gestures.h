@@ -1,29 +1,12 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 
 #include "core/annotation/timeline_axis.h"
 #include "core/annotation/timeline_rows.h"
 #include "core/records/timeline_records.h"
 
 namespace tembrix {
-
-// Lets seeks through at most once per interval.
-class SeekThrottle {
-  public:
-    static constexpr double seekThrottleInterval = 0.033;  // seconds
-
-    bool due(double now) {
-        if (lastSeekTime_ && now - *lastSeekTime_ < seekThrottleInterval)
-            return false;
-        lastSeekTime_ = now;
-        return true;
-    }
-
-  private:
-    std::optional<double> lastSeekTime_;
-};
 
 // An edge of a stamp under the pointer, from the first movement to the release. Only the stamp as
 // drawn changes here; the times are worked out at the end.

@@ -97,12 +97,16 @@ std::vector<int> overlapLevels(const Stamps& stamps) {
 }
 
 Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis) {
-    const double width = std::max(axis.x(stamp.length()), TimelineMetrics::smallestStampWidth);
+    return stampRect(axis.x(stamp.timeStartSeconds),
+                     std::max(axis.x(stamp.length()), TimelineMetrics::smallestStampWidth), level,
+                     axis);
+}
+
+Rect stampRect(double x, double width, int level, const TimelineAxis& axis) {
     const double height =
         std::max(TimelineMetrics::stampHeight - TimelineMetrics::stampHeightPerLevel * level,
                  TimelineMetrics::smallestStampHeight);
-    double centre = axis.x(stamp.timeStartSeconds) + width / 2;
-    centre = std::min(std::max(centre, width / 2), axis.width - width / 2);
+    const double centre = std::min(std::max(x, 0.0) + width / 2, axis.width - width / 2);
     return {centre - width / 2, (TimelineMetrics::rowHeight - height) / 2, width, height};
 }
 

@@ -14,5 +14,7 @@ std::vector<int> overlapLevels(const Stamps& stamps);
 
 // Where a stamp is drawn in its row, the row's top at 0.
 Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis);
+// The same for a place and a width on the axis, of a stamp whose edge is being dragged.
+Rect stampRect(double x, double width, int level, const TimelineAxis& axis);
 
 }  // namespace tembrix

@@ -127,9 +127,9 @@ void TimelineDataManager::renameLine(const Uuid& line, const std::string& name) 
     endStep("timelineStepRenameTimeline", selectedLineID.get());
 }
 
-void TimelineDataManager::moveLine(const Uuid& line, const Uuid& above) {
+void TimelineDataManager::moveLine(const Uuid& line, const std::optional<Uuid>& above) {
     const auto source = lineIndex(*lines, line);
-    const auto target = lineIndex(*lines, above);
+    const auto target = above ? lineIndex(*lines, *above) : lines->size();
     if (!source || !target || source == target)
         return;
     const std::size_t index = *target - (*source < *target ? 1 : 0);

@@ -84,8 +84,8 @@ class TimelineDataManager {
     // The drawings timeline can be neither deleted, renamed nor moved from its first place.
     void deleteLine(const Uuid& line);
     void renameLine(const Uuid& line, const std::string& name);
-    // Moves a line directly above another; does not save by itself.
-    void moveLine(const Uuid& line, const Uuid& above);
+    // Moves a line directly above another, or below all without one; does not save by itself.
+    void moveLine(const Uuid& line, const std::optional<Uuid>& above);
 
     // Appends and saves; false if there is no such line.
     bool appendStamp(const Uuid& line, TimelineStamp stamp);

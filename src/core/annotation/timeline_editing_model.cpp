@@ -17,8 +17,8 @@ TimelineEditingModel::TimelineEditingModel(TimelineDataManager& timeline,
       markupModes_(markupModes),
       playhead_(playhead),
       focus_(focus),
-      scheduler_(scheduler),
-      events_(events) {
+      events_(events),
+      dragSeek_(playhead, scheduler) {
     rows_.update(*timeline.lines);
     lines_ = timeline.lines.observe([this](const TimelineLines& lines) { takeLines(lines); });
 }
@@ -76,21 +76,35 @@ double TimelineEditingModel::playheadX(const TimelineAxis& axis) const {
 }
 
 void TimelineEditingModel::zoomIn() {
-    timelineScale.set(*timelineScale + zoomStep);
+    zoomTo(*timelineScale + zoomStep);
 }
 
 void TimelineEditingModel::zoomOut() {
-    timelineScale.set(std::max(*timelineScale - zoomStep, smallestScale));
+    zoomTo(*timelineScale - zoomStep);
+}
+
+void TimelineEditingModel::magnify(double magnification) {
+    if (resize())
+        return;
+    magnifyScale.set(magnification);
+    zoomChanged.emit();
 }
 
 void TimelineEditingModel::endMagnify() {
-    const double scale = std::max(*timelineScale * *magnifyScale, smallestScale);
+    const double scale = *timelineScale * *magnifyScale;
     magnifyScale.set(1.0);
-    timelineScale.set(scale);
+    zoomTo(scale);
+}
+
+void TimelineEditingModel::zoomTo(double scale) {
+    if (resize())
+        return;
+    timelineScale.set(std::max(scale, smallestScale));
+    zoomChanged.emit();
 }
 
 std::string TimelineEditingModel::zoomText() const {
-    return fmt::format("{:.1f}x", *timelineScale * *magnifyScale);
+    return fmt::format("{:.1f}x", std::max(*timelineScale * *magnifyScale, smallestScale));
 }
 
 void TimelineEditingModel::selectLine(const Uuid& line) {
@@ -98,9 +112,10 @@ void TimelineEditingModel::selectLine(const Uuid& line) {
         timeline_.selectLine(line);
 }
 
-void TimelineEditingModel::dropLine(const std::string& text, const Uuid& currentLine) {
+void TimelineEditingModel::dropLine(const std::string& text,
+                                    const std::optional<Uuid>& currentLine) {
     const auto line = Uuid::parse(text);
-    if (line && *line != currentLine)
+    if (line && line != currentLine)
         timeline_.moveLine(*line, currentLine);
 }
 
@@ -121,6 +136,7 @@ void TimelineEditingModel::clickStamp(const Uuid& line, const Uuid& stamp) {
         return;
     const TimelineStamp clicked = *rows_[hit->row].line->stamps[*hit->stamp];
     cursor.set({line, stamp});
+    dragSeek_.drop();
     playhead_.seek(clicked.timeStartSeconds);
     timeline_.selectedStampID.set(stamp);
     playhead_.play();
@@ -131,7 +147,7 @@ void TimelineEditingModel::clickBackground() {
 }
 
 void TimelineEditingModel::seekTo(double x, const TimelineAxis& axis) {
-    throttledSeek(std::clamp(axis.time(x), 0.0, axis.duration));
+    dragSeek_.seek(std::clamp(axis.time(x), 0.0, axis.duration));
 }
 
 void TimelineEditingModel::removeStamp(const Uuid& line, const Uuid& stamp) {
@@ -155,7 +171,7 @@ void TimelineEditingModel::changeResize(double dx) {
     if (!resizing || !resizing->change(dx))
         return;
     tagEdgePosition.set(resizing->edgeX());
-    throttledSeek(resizing->edgeTime());
+    dragSeek_.seek(resizing->edgeTime());
     gestureChanged.emit();
 }
 
@@ -163,11 +179,11 @@ void TimelineEditingModel::endResize() {
     if (!resize())
         return;
     const StampResize done = *resize();
-    endResizing();
     const bool left = done.edge() == ResizeEdge::left;
     const std::optional<double> time = done.finalTime();
     timeline_.updateStampTimes(done.line(), done.stamp(), left ? time : std::nullopt,
                                left ? std::nullopt : time);
+    endResizing();
 }
 
 void TimelineEditingModel::endResizing() {
@@ -206,16 +222,12 @@ void TimelineEditingModel::endMove(double y) {
 
 void TimelineEditingModel::cancelGesture() {
     if (resize()) {
+        dragSeek_.drop();
         endResizing();
     } else if (move()) {
         gesture_ = std::monostate();
         gestureChanged.emit();
     }
-}
-
-void TimelineEditingModel::throttledSeek(double seconds) {
-    if (throttle_.due(scheduler_.monotonic()))
-        playhead_.seek(seconds);
 }
 
 void TimelineEditingModel::hover(double timestamp, double x, double fromTop,
@@ -256,11 +268,21 @@ bool TimelineEditingModel::handleKeyDown(const KeyPress& press) {
 }
 
 void TimelineEditingModel::moveCursorAcross(int step) {
-    cursor.set(cursorAcrossLines(rows_, *cursor, step, playhead_.currentTime()));
+    goTo(cursorAcrossLines(rows_, *cursor, step, playhead_.currentTime()));
 }
 
 void TimelineEditingModel::moveCursorAlong(int step) {
-    cursor.set(cursorAlongLine(rows_, *cursor, step, playhead_.currentTime()));
+    goTo(cursorAlongLine(rows_, *cursor, step, playhead_.currentTime()));
+}
+
+void TimelineEditingModel::goTo(const TimelineCursor& place) {
+    cursor.set(place);
+    // The keyboard learns of its stamp what the pointer would.
+    const auto hit = place.stamp ? rows_.findStamp(*place.stamp) : std::nullopt;
+    if (!hit)
+        return postHover({});
+    const TimelineLine& line = *rows_[hit->row].line;
+    postHover(stampHoverText(line, *line.stamps[*hit->stamp], tagLibrary_));
 }
 
 void TimelineEditingModel::activateCursor() {
@@ -282,7 +304,7 @@ void TimelineEditingModel::nudgeCursor(ResizeEdge edge, int step) {
     const double time = std::clamp(from + step * nudge, 0.0, maxDuration(playhead_));
     timeline_.updateStampTimes(line, stamp.id, left ? std::optional(time) : std::nullopt,
                                left ? std::nullopt : std::optional(time));
-    throttledSeek(time);
+    dragSeek_.seek(time);
 }
 
 void TimelineEditingModel::moveCursorStamp(int step) {
@@ -295,7 +317,7 @@ void TimelineEditingModel::moveCursorStamp(int step) {
     // The stamp has a new id on its new line, where it stands last.
     if (const auto moved = rows_.indexOfLine(target))
         if (!rows_[*moved].line->stamps.empty())
-            cursor.set({target, rows_[*moved].line->stamps.back()->id});
+            goTo({target, rows_[*moved].line->stamps.back()->id});
 }
 
 }  // namespace tembrix

@@ -11,6 +11,7 @@
 #include "ports/texts.h"
 #include "ports/user_defaults.h"
 
+#include "core/annotation/drag_seek.h"
 #include "core/annotation/playhead.h"
 #include "core/annotation/stamp_editing.h"
 #include "core/annotation/stamp_gestures.h"
@@ -50,28 +51,32 @@ class TimelineEditingModel {
     Published<bool> isScreenshotDisplayActive{false};
     Published<std::optional<std::string>> hoveredStampInfo;
     Published<TimelineCursor> cursor;
+    Signal<> zoomChanged;                          // once per step, both scales being settled
     Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to draw again
     StampEditing editing;
 
     bool timelinesEnabled() const { return !*isEditorModeActive && !*isScreenshotDisplayActive; }
+    // While a drawing is edited, undo is the editor's.
+    bool canTakeBack() const { return !*isEditorModeActive; }
     const TimelineRows& rows() const { return rows_; }
 
     // The axis for a window that leaves `available` points for it.
     TimelineAxis axis(double available) const;
     double playheadX(const TimelineAxis& axis) const;
 
+    // An edge that is dragged holds the zoom: it counts in points of the axis.
     void zoomIn();
     void zoomOut();
-    void magnify(double magnification) { magnifyScale.set(magnification); }
+    void magnify(double magnification);
     void endMagnify();
     std::string zoomText() const;  // "1.5x"
 
     void setMode(MarkupMode mode) { markupModes_.setMarkupMode(mode); }
     bool canAddLine() const { return *markupMode == MarkupMode::standard; }
     void selectLine(const Uuid& line);
-    // A line was dropped on another: `text` is what it carried. Anything but a line's id is
-    // ignored.
-    void dropLine(const std::string& text, const Uuid& currentLine);
+    // A line was dropped on another, or below all of them: `text` is what it carried. Anything but
+    // a line's id is ignored.
+    void dropLine(const std::string& text, const std::optional<Uuid>& currentLine);
     void moveLineBy(const Uuid& line, int step);  // the same by keyboard, one place at a time
 
     void clickStamp(const Uuid& line, const Uuid& stamp);
@@ -109,7 +114,8 @@ class TimelineEditingModel {
   private:
     void takeLines(const TimelineLines& lines);
     void postHover(std::optional<std::string> text);
-    void throttledSeek(double seconds);
+    void zoomTo(double scale);
+    void goTo(const TimelineCursor& place);
     void endResizing();
 
     TimelineDataManager& timeline_;
@@ -117,11 +123,10 @@ class TimelineEditingModel {
     MarkupModeStore& markupModes_;
     Playhead& playhead_;
     const FocusStateManager& focus_;
-    Scheduler& scheduler_;
     EventBus& events_;
     TimelineRows rows_;
     std::variant<std::monostate, StampResize, StampMove> gesture_;
-    SeekThrottle throttle_;
+    DragSeek dragSeek_;
     std::optional<double> lastUpdateTime_;
     bool onScreen_ = false;
     Subscription lines_;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/annotation/playhead_follow.h"
 #include "core/annotation/timeline_ruler.h"
 #include "fakes/core_project.h"
 
@@ -65,7 +66,11 @@ TEST_F(TimelineEditingModelTest, AxisFollowsZoomAndNeverShrinksBelowTheWindow) {
 
     model.magnify(0.1);  // a pinch inwards shows at once, but the window stays filled
     EXPECT_DOUBLE_EQ(axis().width, 1000);
+    EXPECT_EQ(model.zoomText(), "1.0x");
+    std::vector<double> widths;  // the end of a pinch is one step, with no other width between
+    const auto zooming = model.zoomChanged.observe([&] { widths.push_back(axis().width); });
     model.endMagnify();
+    EXPECT_THAT(widths, ElementsAre(1000));
     EXPECT_DOUBLE_EQ(*model.timelineScale, 1.0);
     model.zoomOut();
     EXPECT_DOUBLE_EQ(*model.timelineScale, 1.0);
@@ -157,7 +162,7 @@ TEST_F(TimelineEditingModelTest, RightEdgeKeepsWithinTheAxisAndGrowsNarrowStamps
     EXPECT_DOUBLE_EQ(stamp(last).timeFinishSeconds, 100);
 }
 
-TEST_F(TimelineEditingModelTest, SeeksOfADragAreThrottled) {
+TEST_F(TimelineEditingModelTest, SeeksOfADragAreThrottledAndReachItsLastPlace) {
     const Uuid line = addLine("A");
     const Uuid id = addStamp(line, 40, 60);
     seeks().clear();
@@ -167,7 +172,28 @@ TEST_F(TimelineEditingModelTest, SeeksOfADragAreThrottled) {
     model.changeResize(10);
     project.scheduler.advance(0.014);
     model.changeResize(10);
-    EXPECT_THAT(seeks(), ElementsAre(61, 63));
+    EXPECT_THAT(seeks(), ElementsAre(61, 62));
+    model.zoomIn();  // the edge counts in points of the axis
+    EXPECT_DOUBLE_EQ(*model.timelineScale, 1);
+    model.endResize();
+    project.scheduler.advance(1);
+    EXPECT_THAT(seeks(), ElementsAre(61, 62, 63));
+
+    model.beginResize(line, id, ResizeEdge::right, axis());
+    model.changeResize(10);
+    model.changeResize(10);
+    model.cancelGesture();
+    project.scheduler.advance(1);
+    EXPECT_THAT(seeks(), ElementsAre(61, 62, 63, 64));
+}
+
+TEST_F(TimelineEditingModelTest, TheViewGoesAPageOnWithThePlayheadButNotAgainstTheHand) {
+    EXPECT_EQ(followPlayhead(1990, 2000, 1000, 1000), std::nullopt);  // at the edge, still seen
+    EXPECT_EQ(followPlayhead(1999, 2001, 1000, 1000), 1751);
+    EXPECT_EQ(followPlayhead(1001, 990, 1000, 1000), 740);  // a seek back
+    EXPECT_EQ(followPlayhead(300, 100, 200, 1000), 0);
+    EXPECT_EQ(followPlayhead(2500, 2501, 1000, 1000), std::nullopt);  // scrolled away by hand
+    EXPECT_EQ(followPlayhead(2500, 1500, 1000, 1000), std::nullopt);
 }
 
 TEST_F(TimelineEditingModelTest, AGestureEndsWithItsStampOrWindow) {
@@ -278,6 +304,9 @@ TEST_F(TimelineEditingModelTest, DroppedLinesStandDirectlyAboveTheirTarget) {
     model.dropLine("not a line", b);
     model.dropLine(Uuid::random().text(), b);
     EXPECT_THAT(lineNames(), ElementsAre(drawings, "C", "B", "A"));
+    model.dropLine(c.text(), {});  // below them all
+    EXPECT_THAT(lineNames(), ElementsAre(drawings, "B", "A", "C"));
+    model.dropLine(c.text(), b);
     model.moveLineBy(a, +1);
     model.moveLineBy(c, +1);
     EXPECT_THAT(lineNames(), ElementsAre(drawings, "B", "C", "A"));
@@ -421,6 +450,7 @@ TEST_F(TimelineEditingModelTest, TheKeyboardReachesEveryStampInOrderOfTime) {
     EXPECT_FALSE(model.cursor->stamp);
     model.moveCursorAcross(+1);
     EXPECT_EQ(*model.cursor, (TimelineCursor{a, early}));
+    EXPECT_EQ(*model.hoveredStampInfo, "Pass\nA\n—\n00:10 • 00:05");
     model.moveCursorAlong(+1);
     EXPECT_EQ(model.cursor->stamp, twin);
     model.moveCursorAlong(+1);
