@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "base/uuid.h"
 
@@ -51,6 +52,8 @@ bool writeAll(int descriptor, BytesView content) {
     return true;
 }
 
+constexpr std::string_view unfinishedPrefix = ".new-";
+
 // Makes a rename in the folder durable. Best effort: some file systems know no such thing.
 void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor descriptor(
@@ -64,7 +67,7 @@ void syncFolder(const std::filesystem::path& folder) {
 Result<void> replaceThrough(const std::filesystem::path& path,
                             const std::function<bool(int descriptor)>& fill) {
     // A short name of its own: beside a file whose name is as long as names may be, too.
-    const auto beside = path.parent_path() / (".new-" + freshId());
+    const auto beside = path.parent_path() / (std::string(unfinishedPrefix) + freshId());
     FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.open())
         return fileError(errno, path);
@@ -140,6 +143,43 @@ Result<void> replaceFileByCopy(const std::filesystem::path& path,
                 return false;
         }
     });
+}
+
+void removeUnfinishedReplacements(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::vector<std::filesystem::path> left;
+    for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        const std::string name = entry->path().filename().string();
+        if (name.starts_with(unfinishedPrefix) && Uuid::parse(name.substr(unfinishedPrefix.size())))
+            left.push_back(entry->path());
+    }
+    for (const auto& file : left)
+        ::unlink(file.c_str());
+}
+
+Result<void> syncTree(const std::filesystem::path& path) {
+    std::error_code failure;
+    if (std::filesystem::is_directory(path, failure)) {
+        for (std::filesystem::directory_iterator entry(path, failure), end;
+             !failure && entry != end; entry.increment(failure)) {
+            if (const auto done = syncTree(entry->path()); !done)
+                return done;
+        }
+        if (failure)
+            return fileError(failure.value(), path);
+        syncFolder(path);
+        return {};
+    }
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.open() || ::fsync(file.number()) != 0)
+        return fileError(errno, path);
+    return {};
+}
+
+bool isFileName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find_first_of(std::string_view("/\\\0", 3)) == name.npos;
 }
 
 Result<void> makeFolder(const std::filesystem::path& path) {

@@ -27,6 +27,17 @@ Result<void> replaceFileByCopy(const std::filesystem::path& path,
                                const std::filesystem::path& source,
                                const std::function<bool()>& goOn = {});
 
+// Removes what a process that was killed in the middle of replacing a file of this folder left
+// beside it. Not while this process writes there.
+void removeUnfinishedReplacements(const std::filesystem::path& folder);
+
+// Syncs all files and folders below a folder, or one file, so that what takes its name next is
+// whole also after a power cut. Errors: domain "file", code = errno.
+Result<void> syncTree(const std::filesystem::path& path);
+
+// Whether a text can be the name of an entry of a folder, and leads nowhere else.
+bool isFileName(std::string_view name);
+
 // Makes a folder with its parents; an existing one is a success.
 Result<void> makeFolder(const std::filesystem::path& path);
 

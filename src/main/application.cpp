@@ -59,7 +59,7 @@ struct Application::Parts {
     explicit Parts(const std::filesystem::path& resources);
     ~Parts();
 
-    QWidget* makeContent(WindowKind kind, QWidget* parent);
+    QtWindowFactory::Content makeContent(WindowKind kind, QWidget* parent);
     void makeListWindow();
 
     StandardLog log;
@@ -146,19 +146,19 @@ Application::Parts::~Parts() {
     storage.setCollectionIndex(nullptr);
 }
 
-QWidget* Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
+QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
     addQuitKey(texts, parent);
     switch (kind) {
         case WindowKind::video:
-            return new VideoPlayerView(services, parent);
+            return {new VideoPlayerView(services, parent), {}};
         case WindowKind::control:
-            return new FullControlView(services, parent);
+            return {new FullControlView(services, parent), {}};
         case WindowKind::tagLibrary:
             break;
     }
     marking = std::make_unique<MarkingFlow>(timeline, tagLibrary, markupModes, collections, player,
                                             windows, scheduler, events);
-    return new TagLibraryView(services, *marking, parent);
+    return {new TagLibraryView(services, *marking, parent), [this] { marking->disappear(); }};
 }
 
 void Application::Parts::makeListWindow() {

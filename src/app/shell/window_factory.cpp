@@ -15,7 +15,13 @@ class QtWindowFactory::Shell final : public QWidget {
   public:
     explicit Shell(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
 
-    void detach() { callbacks_ = {}; }
+    void setEndSubscriptions(std::function<void()> end) { endSubscriptions_ = std::move(end); }
+
+    void detach() {
+        callbacks_ = {};
+        if (const auto end = std::exchange(endSubscriptions_, {}))
+            end();
+    }
 
     void keyChanged(KeyState state) {
         if (const auto call = callbacks_.keyChanged)
@@ -36,6 +42,7 @@ class QtWindowFactory::Shell final : public QWidget {
 
   private:
     Callbacks callbacks_;
+    std::function<void()> endSubscriptions_;
 };
 
 class QtWindowFactory::Handle final : public ProjectWindow {
@@ -96,7 +103,9 @@ std::unique_ptr<ProjectWindow> QtWindowFactory::make(WindowKind kind, const std:
     shell->setAccessibleName(shell->windowTitle());
     auto* layout = new QVBoxLayout(shell);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(makeContent_(kind, shell));
+    Content content = makeContent_(kind, shell);
+    layout->addWidget(content.view);
+    shell->setEndSubscriptions(std::move(content.endSubscriptions));
     return std::make_unique<Handle>(shell);
 }
 

@@ -18,7 +18,11 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     Q_OBJECT
 
   public:
-    using MakeContent = std::function<QWidget*(WindowKind kind, QWidget* parent)>;
+    struct Content {
+        QWidget* view;
+        std::function<void()> endSubscriptions;  // may be empty
+    };
+    using MakeContent = std::function<Content(WindowKind kind, QWidget* parent)>;
 
     explicit QtWindowFactory(MakeContent makeContent);
 

@@ -44,6 +44,10 @@ void MarkingFlow::appear() {
     expandNewGroups();
 }
 
+void MarkingFlow::disappear() {
+    subscriptions_.clear();
+}
+
 void MarkingFlow::subscribe() {
     subscriptions_.clear();
     const auto on = [this]<class Event>(std::function<void(const Event&)> handle) {
@@ -95,7 +99,10 @@ void MarkingFlow::handleTagTap(const Tag& tag) {
 }
 
 void MarkingFlow::handleTagHotkey(const Tag& tag) {
-    press(tag, false);
+    // The keys of two tags can be struck before the first one's sheet is up. What the sheet answers
+    // is for the tag that it was opened for.
+    if (!isSheetAwaited())
+        press(tag, false);
 }
 
 void MarkingFlow::handleTimeEventTap(const std::string& id) {
@@ -154,6 +161,10 @@ void MarkingFlow::closeInterval(const std::string& entryId, const Tag& tag,
 void MarkingFlow::openSheet() {
     hideSheetTimer_.reset();  // of an earlier sheet; it must not take this one away
     showLabelSheet.set(true);
+}
+
+bool MarkingFlow::isSheetAwaited() const {
+    return *showLabelSheet && !hideSheetTimer_;
 }
 
 void MarkingFlow::pausePlayer() {

@@ -59,6 +59,8 @@ class MarkingFlow {
 
     // The panel appears: subscribes, loads the collection list, reads the mode, counts the stamps.
     void appear();
+    // The panel closes: from here on nothing that happens elsewhere reaches it.
+    void disappear();
 
     Published<std::vector<CollectionInfo>> userCollections;
 
@@ -94,6 +96,7 @@ class MarkingFlow {
     void press(const Tag& tag, bool fromMouse);
     void closeInterval(const std::string& entryId, const Tag& tag, const StampTimes& times);
     void openSheet();
+    bool isSheetAwaited() const;  // neither completed nor cancelled yet
     void pausePlayer();
     void dropIntervals(const std::string& tagId);
     // Without times the press counts at the moment when the stamp is made.

@@ -19,6 +19,8 @@ namespace {
 constexpr const char* loadedKey = "collectionsBookmarksLoaded";
 constexpr const char* savedCollectionsKey = "savedCollections";
 constexpr const char* deduplicationKey = "collectionsDeduplicationDone";
+// The list while its file lacks a change, so that a killed process loses no name.
+constexpr const char* unsavedKey = "collectionsUnsaved";
 constexpr std::string_view done = "true";
 
 std::string quoted(const CollectionInfo& info) {
@@ -28,9 +30,19 @@ std::string quoted(const CollectionInfo& info) {
 }  // namespace
 
 struct CollectionsBookmarksManager::Index {
-    Index(std::filesystem::path path, Log& lines) : file(std::move(path)), log(lines) {}
+    Index(std::filesystem::path path, UserDefaults& values, Log& lines)
+        : file(std::move(path)), defaults(values), log(lines) {
+        const auto unsaved = defaults.data(unsavedKey);
+        auto list = unsaved ? decode<std::vector<CollectionInfo>>(*unsaved).optional()
+                            : std::optional<std::vector<CollectionInfo>>();
+        if (!list)
+            return;
+        cache = std::move(*list);
+        ahead = true;
+    }
 
     const std::filesystem::path file;
+    UserDefaults& defaults;
     Log& log;
     std::mutex cacheLock;
     std::vector<CollectionInfo> cache;
@@ -54,10 +66,19 @@ struct CollectionsBookmarksManager::Index {
         return {};
     }
 
-    // Under the cache lock.
+    // These three under the cache lock.
     void loadIfEmpty() {
         if (!isLoaded())
             cache = read();
+    }
+    void setAhead() {
+        ahead = true;
+        if (const auto json = encode(cache))
+            defaults.setData(unsavedKey, *json);
+    }
+    void setWritten() {
+        ahead = false;
+        defaults.remove(unsavedKey);
     }
 
     bool write(const std::vector<CollectionInfo>& list) const {
@@ -81,7 +102,7 @@ struct CollectionsBookmarksManager::Index {
             return;
         const std::lock_guard lock(cacheLock);
         if (cache == list)
-            ahead = false;
+            setWritten();
     }
 };
 
@@ -95,9 +116,12 @@ CollectionsBookmarksManager::CollectionsBookmarksManager(InMemoryStorageManager&
       scheduler_(scheduler),
       events_(events),
       log_(log),
-      index_(std::make_shared<Index>(storage.dataFolder() / "CollectionsBookmarks.json", log)) {
+      index_(std::make_shared<Index>(storage.dataFolder() / "CollectionsBookmarks.json",
+                                     storage.userDefaults(), log)) {
     // A folder that cannot be made shows when the index is written.
     static_cast<void>(makeFolder(storage_.dataFolder()));
+    if (index_->ahead)
+        changed();
 }
 
 CollectionsBookmarksManager::~CollectionsBookmarksManager() = default;
@@ -131,7 +155,7 @@ void CollectionsBookmarksManager::addOrUpdateCollection(const std::string& id,
             found->name = name;
         else
             cache.push_back({id, name});
-        index_->ahead = true;
+        index_->setAhead();
     }
     changed();
 }
@@ -145,7 +169,7 @@ void CollectionsBookmarksManager::removeCollection(const std::string& id) {
             log_.line("⚠️ CollectionsBookmarks: Collection " + id + " not found in cache");
             return;
         }
-        index_->ahead = true;
+        index_->setAhead();
     }
     log_.line("✅ CollectionsBookmarks: Removed collection " + id + " from cache");
     changed();
@@ -187,7 +211,7 @@ void CollectionsBookmarksManager::rereadIndex() {
     pendingSave_ = false;
     const std::lock_guard lock(index_->cacheLock);
     index_->cache.clear();
-    index_->ahead = false;
+    index_->setWritten();
 }
 
 void CollectionsBookmarksManager::startWrite() {
@@ -326,7 +350,10 @@ void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
                 list.push_back(info);
         // The cached list follows, or the next change would write the old ids back.
         index_->cache = list;
-        index_->ahead = !index_->write(list);
+        if (index_->write(list))
+            index_->setWritten();
+        else
+            index_->setAhead();
     }
     markDone();
     log_.line(success + "Updated CollectionsBookmarks.json with " + std::to_string(list.size()) +

@@ -1,17 +1,21 @@
 // The way back: restoring the working data from the backup, and deleting both.
 
+#include <map>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "base/files.h"
 
 #include "core/records/codec.h"
+#include "core/safety/backup_names.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/safety/folder_copy.h"
 
 namespace tembrix {
 
 namespace fs = std::filesystem;
+using namespace backup;
 
 namespace {
 
@@ -25,40 +29,51 @@ Result<TimelineLines> timelineDocument(const Bytes& file) {
 }  // namespace
 
 void DataSyncManager::restoreFromBackup() {
-    {
-        const std::lock_guard lock(operation_);
-        const auto still = services_.storage.holdFlush();
-        log("📥 DataSync: Restoring data from backup");
-        restoreItem(backupRoot() / "Tembrix-Stat/Collections", documentsFolder() / "Collections",
-                    "Collections");
-        restoreItem(backupRoot() / "Tembrix-Stat/PlayFields", documentsFolder() / "PlayFields",
-                    "PlayFields");
-        restoreTimelines();
-        const fs::path index = backupRoot() / "CollectionsBookmarks.json";
-        if (!isThere(index))
-            log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
-        else if (restoreItem(index, services_.index.indexFile(), "CollectionsBookmarks.json"))
-            services_.index.rereadIndex();
-        restoreUserDefaults();
-        services_.index.cleanUpDuplicateCollections();
-        (void)services_.index.collections();
-        log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
-        log("✅ DataSync: Data restored from backup");
-    }
-    tellRestored();
+    const std::lock_guard lock(operation_);
+    const auto still = services_.storage.holdFlush();
+    log("📥 DataSync: Restoring data from backup");
+    restoreFolder("Collections");
+    restoreFolder("PlayFields");
+    restoreTimelines();
+    restoreIndex();
+    restoreUserDefaults();
+    services_.index.cleanUpDuplicateCollections();
+    (void)services_.index.collections();
+    log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
+    log("✅ DataSync: Data restored from backup");
 }
 
-bool DataSyncManager::restoreItem(const fs::path& backup, const fs::path& target,
-                                  const std::string& name) {
-    const std::string inFailure = name == "Collections" ? "collections" : name;
-    if (!holdsSomething(backup)) {  // the folders themselves are always made
+void DataSyncManager::restoreFolder(const std::string& name) {
+    const fs::path source = backupRoot() / "Tembrix-Stat" / name;
+    if (!holdsSomething(source)) {  // the folders themselves are always made
         log("⚠️ DataSync: " + name + " backup not found");
-        return false;
+        return;
     }
-    const auto copied = replaceByCopy(backup, target);
-    log(copied ? "✅ DataSync: " + name + " restored from backup"
-               : "❌ DataSync: Error restoring " + inFailure + " - " + copied.error().text);
-    return copied.ok();
+    if (const auto copied = replaceByCopy(source, documentsFolder() / name, CopyOf::folder); copied)
+        log("✅ DataSync: " + name + " restored from backup");
+    else
+        log("❌ DataSync: Error restoring " + (name == "Collections" ? "collections" : name) +
+            " - " + copied.error().text);
+}
+
+// One that cannot be read must not replace the names that are here.
+void DataSyncManager::restoreIndex() {
+    const fs::path source = backupRoot() / indexName;
+    if (!isThere(source)) {
+        log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
+        return;
+    }
+    const auto file = readFile(source);
+    const auto list = file ? decode<std::vector<CollectionInfo>>(*file)
+                           : Result<std::vector<CollectionInfo>>(file.error());
+    const auto copied = list ? replaceByCopy(source, services_.index.indexFile(), CopyOf::file)
+                             : Result<void>(list.error());
+    if (!copied) {
+        log("❌ DataSync: Error restoring CollectionsBookmarks.json - " + copied.error().text);
+        return;
+    }
+    services_.index.rereadIndex();
+    log("✅ DataSync: CollectionsBookmarks.json restored from backup");
 }
 
 // The backup holds a record per video; the working folder holds plain timeline documents.
@@ -101,52 +116,51 @@ void DataSyncManager::restoreTimelines() {
 }
 
 void DataSyncManager::restoreUserDefaults() {
-    const fs::path file = backupRoot() / "UserDefaultsBackup.plist";
-    if (!isThere(file)) {
-        log("⚠️ DataSync: UserDefaults backup not found");
-        return;
+    std::map<std::string, Bytes> values;
+    std::string outcome = "⚠️ DataSync: UserDefaults backup not found";
+    const fs::path file = backupRoot() / propertyListName;
+    if (isThere(file)) {
+        const auto bytes = readFile(file);
+        auto list = bytes ? services_.propertyLists.decode(*bytes)
+                          : Result<std::map<std::string, Bytes>>(bytes.error());
+        outcome = list ? "✅ DataSync: UserDefaults restored from backup"
+                       : "❌ DataSync: Error restoring UserDefaults - " + list.error().text;
+        if (list)
+            values = std::move(list).value();
     }
-    const auto bytes = readFile(file);
-    const auto values = bytes ? services_.propertyLists.decode(*bytes)
-                              : Result<std::map<std::string, Bytes>>(bytes.error());
-    if (!values) {
-        log("❌ DataSync: Error restoring UserDefaults - " + values.error().text);
-        return;
-    }
-    for (const char* key : {"videosData", "collectionsBookmarks"}) {
-        if (const auto found = values->find(key); found != values->end())
-            services_.defaults.setData(key, found->second);
-    }
-    log("✅ DataSync: UserDefaults restored from backup");
+    replaceDefaults([&] {
+        for (const char* key : {videosDataKey, collectionsBookmarksKey}) {
+            if (const auto found = values.find(key); found != values.end())
+                services_.defaults.setData(key, found->second);
+        }
+    });
+    log(outcome);
 }
 
 void DataSyncManager::deleteAllData() {
-    {
-        const std::lock_guard lock(operation_);
-        log("🗑️ DataSync: Deleting all user data");
-        std::error_code ignored;
-        for (const char* item : {"Collections", "PlayFields", "Timelines"}) {
-            const fs::path folder = documentsFolder() / item;
-            if (!isThere(folder))
-                continue;
-            fs::remove_all(folder, ignored);
-            log(std::string("✅ DataSync: ") + item + " deleted from Documents");
-        }
-        if (isThere(backupRoot())) {
-            fs::remove_all(backupRoot(), ignored);
-            log("✅ DataSync: Backup deleted from Application Support");
-        }
-        for (const char* key : {"videosData", "collectionsBookmarks", "DataSync_LastSyncDate"})
+    const std::lock_guard lock(operation_);
+    log("🗑️ DataSync: Deleting all user data");
+    std::error_code ignored;
+    for (const char* item : {"Collections", "PlayFields", "Timelines"}) {
+        const fs::path folder = documentsFolder() / item;
+        if (!isThere(folder))
+            continue;
+        fs::remove_all(folder, ignored);
+        log(std::string("✅ DataSync: ") + item + " deleted from Documents");
+    }
+    if (isThere(backupRoot())) {
+        fs::remove_all(backupRoot(), ignored);
+        log("✅ DataSync: Backup deleted from Application Support");
+    }
+    replaceDefaults([&] {
+        for (const char* key : {videosDataKey, collectionsBookmarksKey, lastSyncDateKey})
             services_.defaults.remove(key);
         log("✅ DataSync: UserDefaults cleared");
-        if (isThere(services_.index.indexFile())) {
-            fs::remove(services_.index.indexFile(), ignored);
+        if (fs::remove(services_.index.indexFile(), ignored))
             log("✅ DataSync: CollectionsBookmarks.json cleared");
-        }
         services_.index.rereadIndex();
-        log("✅ DataSync: All user data deleted");
-    }
-    tellRestored();
+    });
+    log("✅ DataSync: All user data deleted");
 }
 
 void DataSyncManager::deleteBackupTimelines() {

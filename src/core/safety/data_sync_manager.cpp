@@ -9,25 +9,18 @@
 #include "base/files.h"
 
 #include "core/records/codec.h"
+#include "core/safety/backup_names.h"
 #include "core/safety/folder_copy.h"
 
 namespace tembrix {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
-constexpr const char* videosDataKey = "videosData";
-constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
-constexpr const char* indexName = "CollectionsBookmarks.json";
-constexpr const char* propertyListName = "UserDefaultsBackup.plist";
-
-}  // namespace
+using namespace backup;
 
 DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::move(services)) {
     finishInterrupted();  // before anything reads the data
     makeBackupFolders();
+    recoverIndex();
 }
 
 DataSyncManager::~DataSyncManager() = default;
@@ -51,25 +44,36 @@ void DataSyncManager::makeBackupFolders() const {
 }
 
 void DataSyncManager::finishInterrupted() const {
-    for (const auto& folder : {documentsFolder(), backupRoot(), backupRoot() / "Tembrix-Stat",
-                               backupRoot() / "Tembrix-Stat/Collections"})
+    const fs::path copies = backupRoot() / "Tembrix-Stat";
+    for (const auto& folder : {documentsFolder(), backupRoot(), copies, copies / "Collections"})
         finishReplacingIn(folder);
+    for (const auto& folder :
+         {documentsFolder(), documentsFolder() / "Timelines", documentsFolder() / "PlayFields",
+          backupRoot(), backupTimelinesFolder(), copies / "PlayFields"})
+        removeUnfinishedReplacements(folder);
+    for (const auto& collections : {documentsFolder() / "Collections", copies / "Collections"}) {
+        std::error_code failure;
+        for (auto entry = fs::directory_iterator(collections, failure);
+             !failure && entry != fs::directory_iterator(); entry.increment(failure))
+            removeUnfinishedReplacements(entry->path());
+    }
 }
 
 void DataSyncManager::syncOnLaunch() {
     log("🔄 DataSync: Starting synchronization on app launch");
-    services_.scheduler.background(Priority::utility, [this, weak = std::weak_ptr(alive_)] {
-        if (const auto alive = weak.lock())
-            runLaunchWork();
-    });
+    // Asked now: the library stores a list of its own as soon as it comes up, even an empty one.
+    services_.scheduler.background(Priority::utility,
+                                   [this, hadData = hasData(), weak = std::weak_ptr(alive_)] {
+                                       if (const auto alive = weak.lock())
+                                           runLaunchWork(hadData);
+                                   });
 }
 
-void DataSyncManager::runLaunchWork() {
-    recoverIndex();
+void DataSyncManager::runLaunchWork(bool hadData) {
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
-    if (!hasData()) {
+    if (!hadData) {
         log("📥 DataSync: No data in Documents, restoring from backup");
         restoreFromBackup();
     } else {
@@ -84,8 +88,8 @@ void DataSyncManager::runLaunchWork() {
     scheduleBackup();
 }
 
-// The index has no working copy. Where its file is lost or broken, the collections that are still
-// here come back under the names that the backup knows.
+// Where the index is lost or broken, the collections that are still here come back under the names
+// that the backup knows; before the tag library comes up, so that the chosen one stays chosen.
 void DataSyncManager::recoverIndex() {
     if (indexReads() || !services_.index.collections().empty())
         return;
@@ -101,10 +105,8 @@ void DataSyncManager::recoverIndex() {
         services_.index.addOrUpdateCollection(record.id, record.name);
         found = true;
     }
-    if (!found)
-        return;
-    log("⚠️ DataSync: Collection index lost, rebuilt from the backup's");
-    tellRestored();
+    if (found)
+        log("⚠️ DataSync: Collection index lost, rebuilt from the backup's");
 }
 
 bool DataSyncManager::indexReads() const {
@@ -112,9 +114,12 @@ bool DataSyncManager::indexReads() const {
     return file && decode<std::vector<CollectionInfo>>(*file);
 }
 
-void DataSyncManager::tellRestored() {
-    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
-        if (!weak.expired() && restored_)
+// The main thread owns the list of videos and saves it as a whole: what replaces it from outside
+// is stored and taken up in one go, or the next save would bring the old list back.
+void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
+    services_.scheduler.onMainAndWait([&] {
+        replace();
+        if (restored_)
             restored_();
     });
 }
@@ -178,7 +183,10 @@ void DataSyncManager::backUp() {
     services_.storage.flushNow();
     services_.index.flushNow();
     makeBackupFolders();
-    backupCollections();
+    {
+        const auto still = services_.storage.holdFlush();  // no file changes while it is copied
+        backupCollections();
+    }
     backupPlayFields();
     backupTimelines();
     backupCollectionsBookmarks();
@@ -223,11 +231,13 @@ void DataSyncManager::backupCollections() {
         log("⚠️ DataSync: Collections directory in Documents does not exist");
     for (const auto& record : records) {
         const fs::path folder = source / pathFromText(record.id);
-        if (!isThere(folder)) {
+        if (!isFileName(record.id) || !isThere(folder)) {
             log("⚠️ DataSync: Collection folder missing in Documents: " + record.name);
             continue;
         }
-        if (const auto copied = replaceByCopy(folder, target / pathFromText(record.id)); copied)
+        if (const auto copied =
+                replaceByCopy(folder, target / pathFromText(record.id), CopyOf::folder);
+            copied)
             log("✅ DataSync: Backed up collection: " + record.name);
         else
             log("❌ DataSync: Error backing up collection " + record.name + " - " +
@@ -243,7 +253,9 @@ void DataSyncManager::backupPlayFields() {
         log("⚠️ DataSync: PlayFields directory in Documents does not exist");
         return;
     }
-    if (const auto copied = replaceByCopy(source, backupRoot() / "Tembrix-Stat/PlayFields"); copied)
+    if (const auto copied =
+            replaceByCopy(source, backupRoot() / "Tembrix-Stat/PlayFields", CopyOf::folder);
+        copied)
         log("✅ DataSync: PlayFields backed up");
     else
         log("❌ DataSync: Error backing up PlayFields - " + copied.error().text);
@@ -263,8 +275,9 @@ void DataSyncManager::backupTimelines() {
     }
     int written = 0;
     for (const auto& video : *videos) {
+        const std::lock_guard lock(records_);
         TimelineLines lines = services_.storage.loadTimeline(video.id);
-        if (lines.empty())
+        if (lines.empty() || !isFileName(video.id))
             continue;
         if (const auto done = writeRecord(recordOf(video, std::move(lines))); done)
             ++written;
@@ -298,6 +311,7 @@ void DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
     if (timelines.empty())
         return;
     makeBackupFolders();
+    const std::lock_guard lock(records_);
     if (const auto done = writeRecord(recordOf(video, timelines)); done)
         log("💾 DataSync: Video timeline " + video.id + " saved to backup before deletion");
     else
@@ -314,7 +328,7 @@ void DataSyncManager::backupCollectionsBookmarks() {
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - the file is damaged");
         return;
     }
-    if (const auto copied = replaceByCopy(source, backupRoot() / indexName); copied)
+    if (const auto copied = replaceByCopy(source, backupRoot() / indexName, CopyOf::file); copied)
         log("✅ DataSync: CollectionsBookmarks.json backed up");
     else
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);

@@ -47,7 +47,8 @@ class DataSyncManager final : public DeletedTimelineKeeper {
     explicit DataSyncManager(DataSyncServices services);
     ~DataSyncManager() override;
 
-    // Called on the main thread after a restore, so that what is in memory follows the files.
+    // Called on the main thread in the same turn in which a restore or a deletion replaced the
+    // defaults, with the files in place, so that what is in memory follows.
     void setRestored(std::function<void()> restored) { restored_ = std::move(restored); }
 
     void syncOnLaunch();    // returns at once
@@ -66,11 +67,11 @@ class DataSyncManager final : public DeletedTimelineKeeper {
 
   private:
     void finishInterrupted() const;
-    void runLaunchWork();
+    void runLaunchWork(bool hadData);
     void recoverIndex();
     bool indexReads() const;
     std::optional<double> backupMoment() const;
-    void tellRestored();
+    void replaceDefaults(const std::function<void()>& replace);
     bool hasData() const;
     bool backupIsNewer() const;
     void makeBackupFolders() const;
@@ -81,9 +82,9 @@ class DataSyncManager final : public DeletedTimelineKeeper {
     void backupCollectionsBookmarks();
     void backupUserDefaults();
     void keepSavedVideos(std::map<std::string, Bytes>& values) const;
-    bool restoreItem(const std::filesystem::path& backup, const std::filesystem::path& target,
-                     const std::string& name);
+    void restoreFolder(const std::string& name);
     void restoreTimelines();
+    void restoreIndex();
     void restoreUserDefaults();
     OrphanedTimeline recordOf(const VideosData& video, TimelineLines lines) const;
     Result<void> writeRecord(const OrphanedTimeline& record) const;
@@ -92,6 +93,7 @@ class DataSyncManager final : public DeletedTimelineKeeper {
     DataSyncServices services_;
     std::function<void()> restored_;
     std::mutex operation_;  // one operation at a time
+    std::mutex records_;    // held from reading a timeline to writing its record
     std::atomic<bool> pendingBackup_ = false;
     std::unique_ptr<Timer> backupTimer_;  // main thread only
     std::shared_ptr<int> alive_ = std::make_shared<int>();

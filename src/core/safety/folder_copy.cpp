@@ -5,6 +5,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/files.h"
+
 namespace tembrix {
 
 namespace fs = std::filesystem;
@@ -40,7 +42,7 @@ bool holdsSomething(const fs::path& path) {
     if (!fs::is_directory(path, ignored))
         return isThere(path);
     const fs::directory_iterator first(path, ignored);
-    return !ignored && first != fs::directory_iterator();
+    return ignored || first != fs::directory_iterator();
 }
 
 fs::path stagingPlace(const fs::path& target) {
@@ -86,16 +88,19 @@ Result<void> moveIntoPlace(const fs::path& finished, const fs::path& target) {
     return {};
 }
 
-Result<void> replaceByCopy(const fs::path& source, const fs::path& target) {
+Result<void> replaceByCopy(const fs::path& source, const fs::path& target, CopyOf kind) {
     finishReplacing(target);
     std::error_code failure;
+    if (fs::is_directory(source, failure) != (kind == CopyOf::folder))
+        return fileError(std::make_error_code(kind == CopyOf::folder ? std::errc::not_a_directory
+                                                                     : std::errc::is_a_directory));
     fs::create_directories(target.parent_path(), failure);
     const fs::path staging = stagingPlace(target);
     fs::copy(source, staging, fs::copy_options::recursive, failure);
-    if (failure) {
-        std::error_code ignored;
-        fs::remove_all(staging, ignored);
-        return fileError(failure);
+    const auto whole = failure ? Result<void>(fileError(failure)) : syncTree(staging);
+    if (!whole) {
+        fs::remove_all(staging, failure);
+        return whole;
     }
     return moveIntoPlace(staging, target);
 }

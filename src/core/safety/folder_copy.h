@@ -9,14 +9,16 @@ namespace tembrix {
 // Whether a file or folder is there; one that cannot be looked at is not.
 bool isThere(const std::filesystem::path& path);
 
-// Whether there is a file, or a folder with anything in it.
+// Whether there is a file, or a folder with anything in it or that cannot be listed.
 bool holdsSomething(const std::filesystem::path& path);
 
-// Replaces `target`, a file or a folder, by a copy of `source`. The copy is finished beside the
-// target before it takes its place, so that an interrupted run leaves the old content or the new
-// one; see finishReplacing. Errors: domain "file", code = errno.
-Result<void> replaceByCopy(const std::filesystem::path& source,
-                           const std::filesystem::path& target);
+enum class CopyOf { file, folder };
+
+// Replaces `target` by a copy of `source`, which has to be of that kind. The copy is finished and
+// synced beside the target before it takes its place, so that an interrupted run leaves the old
+// content or the new one; see finishReplacing. Errors: domain "file", code = errno.
+Result<void> replaceByCopy(const std::filesystem::path& source, const std::filesystem::path& target,
+                           CopyOf kind);
 
 // Puts a finished folder in the place of `target`; the way that replaceByCopy ends.
 Result<void> moveIntoPlace(const std::filesystem::path& finished,

@@ -36,6 +36,7 @@ VideosViewModel::VideosViewModel(VideoFilesManager& files, VideosPreviewManager&
     state.update([&](VideosState& s) { s.files = files_.files(); });
     files_.setUpdateFiles([this](const std::vector<FilesFile>& list) {
         state.update([&](VideosState& s) { s.files = list; });
+        windows_.libraryChanged();
     });
 }
 

@@ -54,6 +54,7 @@ void WindowsManager::openProject(const std::string& videoId) {
     storage_.userDefaults().setText("editingStampLineID", "");
     storage_.userDefaults().setText("editingStampID", "");
     isClosing_ = false;
+    openVideoId_ = videoId;
     timeline_.openTimeline(video->bookmark, std::move(loaded));
     player_.open(*file);
     // The keys of the last project went with it; the active collection is still the same.
@@ -113,6 +114,15 @@ void WindowsManager::closeAll() {
     hotkeys_.stopMonitoring();
     player_.cleanup();
     isClosing_ = true;
+}
+
+void WindowsManager::libraryChanged() {
+    if (isClosing_)
+        return;
+    if (const VideosData* video = library_.findById(openVideoId_))
+        timeline_.currentBookmark = video->bookmark;
+    else
+        closeAll();
 }
 
 // Resigning clears the field whichever window resigned, so the order of the two messages matters

@@ -26,7 +26,7 @@ class ProjectWindow {
     virtual ~ProjectWindow() = default;
     virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
     virtual void show() = 0;
-    // Ends its subscriptions and its callbacks, so that closing it tells nobody.
+    // Ends its content's subscriptions and its callbacks, so that closing it tells nobody.
     virtual void detach() = 0;
 };
 
@@ -67,6 +67,9 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
 
     void openProject(const std::string& videoId);
     void closeAll();
+    // The list of videos changed. The open project's marks are stored under its video's entry: they
+    // follow an entry that was bound to another file, and without an entry the project closes.
+    void libraryChanged();
     bool isClosing() const { return isClosing_; }  // true: no project is open
     const std::string& currentVideoId() const { return currentVideoId_; }
 
@@ -95,6 +98,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     EventBus& events_;
     const Texts& texts_;
     std::string currentVideoId_;
+    std::string openVideoId_;  // the current one may be another, which was refused
     bool isClosing_ = true;
     std::optional<WindowKind> currentActiveWindow_;
     KeyState keyState_ = KeyState::none;

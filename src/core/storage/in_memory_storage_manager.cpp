@@ -18,12 +18,6 @@ namespace {
 const std::string timelinePrefix = "timeline_";
 const std::string collectionPrefix = "collection_";
 
-// Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
-bool isFileName(const std::string& id) {
-    return !id.empty() && id != "." && id != ".." && id.find('/') == std::string::npos &&
-           id.find('\\') == std::string::npos && id.find('\0') == std::string::npos;
-}
-
 template <class Record>
 std::optional<Record> readRecord(const std::filesystem::path& file) {
     const auto content = readFile(file);
@@ -73,7 +67,10 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
         return;
     }
-    defaults_.setData(timelinePrefix + videoId, *encoded);
+    {
+        const std::lock_guard lock(workingCopies_);
+        defaults_.setData(timelinePrefix + videoId, *encoded);
+    }
     scheduleSaveToDisk();
 }
 
@@ -97,8 +94,20 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
             setAside(defaults_, log_, key, *stored);
         return {};
     }
-    defaults_.setData(key, *stored);
+    if (!fillWorkingCopy(key, cached, *stored))
+        return loadTimeline(videoId);
     return std::move(lines).value();
+}
+
+// The backup and the tag library load in the background: what they read from the disk must not
+// replace what a save put there meanwhile.
+bool InMemoryStorageManager::fillWorkingCopy(const std::string& key,
+                                             const std::optional<Bytes>& before, BytesView value) {
+    const std::lock_guard lock(workingCopies_);
+    if (defaults_.data(key) != before)
+        return false;
+    defaults_.setData(key, value);
+    return true;
 }
 
 void InMemoryStorageManager::deleteTimelineFile(const std::string& videoId) {
@@ -114,25 +123,31 @@ void InMemoryStorageManager::saveCollection(const CollectionData& collection) {
                   encoded.error().text);
         return;
     }
-    defaults_.setData(collectionPrefix + collection.id, *encoded);
+    {
+        const std::lock_guard lock(workingCopies_);
+        defaults_.setData(collectionPrefix + collection.id, *encoded);
+    }
     scheduleSaveToDisk();
 }
 
 std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::string& id) {
     const std::string key = collectionPrefix + id;
-    if (const auto cached = defaults_.data(key)) {
+    const auto cached = defaults_.data(key);
+    if (cached) {
         if (auto collection = decode<CollectionData>(*cached))
             return std::move(collection).value();
         setAside(defaults_, log_, key, *cached);
     }
     auto collection = readCollectionFolder(id);
     if (collection) {
-        if (const auto encoded = encode(*collection))
-            defaults_.setData(key, *encoded);
+        if (const auto encoded = encode(*collection);
+            encoded && !fillWorkingCopy(key, cached, *encoded))
+            return loadCollection(id);
     }
     return collection;
 }
 
+// Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
 std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
     const std::string& id) const {
     if (!isFileName(id))

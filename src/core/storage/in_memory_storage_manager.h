@@ -44,7 +44,7 @@ class InMemoryStorageManager {
     void setCollectionIndex(CollectionIndexStorage* index);
 
     void saveTimeline(const TimelineLines& lines, const std::string& videoId);
-    TimelineLines loadTimeline(const std::string& videoId);  // the worst case is empty
+    TimelineLines loadTimeline(const std::string& videoId);  // any thread; the worst case is empty
     void deleteTimelineFile(const std::string& videoId);
 
     void saveCollection(const CollectionData& collection);
@@ -70,6 +70,9 @@ class InMemoryStorageManager {
   private:
     struct Gate;
 
+    // False if the working copy is no longer what it was before the disk was read.
+    bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
+                         BytesView value);
     void flush();
     void writeAll();
     void saveTimelinesToDisk();
@@ -89,6 +92,7 @@ class InMemoryStorageManager {
     std::unique_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
+    std::mutex workingCopies_;  // a working copy is replaced by one writer at a time
     std::shared_ptr<Gate> gate_;
 };
 

@@ -33,6 +33,7 @@ struct TwoStoresModel {
     ById<TimelineLines> timelines;
     ById<CollectionData> collections;
     bool backupNoted = false;
+    std::optional<std::vector<CollectionInfo>> unsavedIndex;
     // The durable copies.
     ById<TimelineLines> timelineFiles;
     ById<CollectionData> folders;
@@ -42,6 +43,7 @@ struct TwoStoresModel {
     std::vector<CollectionInfo> index;
     double now = 0;
     std::optional<double> flushDue, indexDue, backupDue;
+    bool indexBeforeBackup = false;  // of two timers due at once the one armed first comes first
 
     template <class Value>
     static std::optional<Value> load(ById<Value>& working, const ById<Value>& durable,
@@ -65,7 +67,10 @@ struct TwoStoresModel {
     }
 
     void armFlush() { flushDue = flushDue.value_or(now + 30); }
-    void armIndex() { indexDue = indexDue.value_or(now + 2); }
+    void armIndex() {
+        indexDue = indexDue.value_or(now + 2);
+        unsavedIndex = index;
+    }
 
     void saveTimeline(const std::string& id, const TimelineLines& lines) {
         timelines[id] = lines;
@@ -120,6 +125,8 @@ struct TwoStoresModel {
         if (indexDue)
             indexFile = index;
         indexDue.reset();
+        indexBeforeBackup = false;
+        unsavedIndex.reset();
     }
     void backUp() {
         flush();
@@ -147,6 +154,7 @@ struct TwoStoresModel {
             indexFile = backup.index;
             index = *backup.index;
             indexDue.reset();
+            unsavedIndex.reset();
         }
         if (steps >= 4 && backup.videos)
             videos = *backup.videos;
@@ -160,14 +168,19 @@ struct TwoStoresModel {
         now = 0;
         flushDue = indexDue = std::nullopt;
         index = indexFile.value_or(std::vector<CollectionInfo>{});
+        if (unsavedIndex) {
+            index = *unsavedIndex;
+            armIndex();
+        }
         loadListed();
         // A lost index comes back from the backup as far as its collections are still here.
-        if (!indexFile && backup.index)
+        if (!indexFile && index.empty() && backup.index)
             for (const auto& row : *backup.index)
                 if (collection(row.id))
                     list(row);
         if (backup.videos && !backupNoted)
             restore();
+        indexBeforeBackup = indexDue.has_value();
         backupDue = now + 2;
     }
     void pass(double seconds) {
@@ -178,7 +191,9 @@ struct TwoStoresModel {
                 next = std::min(next, due.value_or(end));
             now = next;
             const auto fires = [&](std::optional<double>& due) { return due && *due <= now; };
-            if (fires(backupDue)) {
+            if (fires(indexDue) && indexBeforeBackup) {
+                writeIndex();
+            } else if (fires(backupDue)) {
                 backupDue.reset();
                 backUp();
             } else if (fires(flushDue)) {
@@ -199,6 +214,7 @@ struct TwoStoresModel {
         videos.clear();
         timelines.clear();
         collections.clear();
+        unsavedIndex.reset();
         backupNoted = false;
     }
     void loseDocuments() {
