@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
-#include <unordered_set>
+#include <shared_mutex>
+#include <utility>
 
 namespace tembrix {
 
@@ -11,45 +12,14 @@ namespace {
 
 constexpr const char* lastSelectedKey = "lastSelectedCollection";
 
-template <class Record>
-void appendNew(std::vector<Record>& list, std::unordered_set<std::string>& seen,
-               const std::vector<Record>& more) {
-    for (const auto& record : more)
-        if (seen.insert(record.id).second)
-            list.push_back(record);
-}
-
-// Joins lists; of records with one id the first one stays.
-class Merge {
-  public:
-    void add(const CollectionLists& more) {
-        appendNew(lists_.tags, tags_, more.tags);
-        appendNew(lists_.tagGroups, tagGroups_, more.tagGroups);
-        appendNew(lists_.labelGroups, labelGroups_, more.labelGroups);
-        appendNew(lists_.labels, labels_, more.labels);
-        appendNew(lists_.timeEvents, timeEvents_, more.timeEvents);
-    }
-    CollectionLists take() { return std::move(lists_); }
-
-  private:
-    CollectionLists lists_;
-    std::unordered_set<std::string> tags_, tagGroups_, labelGroups_, labels_, timeEvents_;
-};
-
-template <class Record>
-void indexById(std::map<std::string, std::size_t, std::less<>>& index,
-               const std::vector<Record>& list) {
-    index.clear();
-    for (std::size_t i = 0; i < list.size(); ++i)
-        index.emplace(list[i].id, i);
-}
-
 }  // namespace
 
 struct TagLibraryManager::Shared {
     std::mutex cacheLock;
     std::map<std::string, CollectionLists> cache;  // by display name
-    std::mutex running;                            // held by a load; the destructor waits for it
+    std::size_t drops = 0;                         // entries dropped so far
+    std::vector<std::string> deleted;              // ids, in the order of their deletion
+    std::shared_mutex running;  // held by each load; the destructor waits for them
     std::atomic<bool> stopped = false;
 
     std::optional<CollectionLists> cached(const std::string& name) {
@@ -57,17 +27,38 @@ struct TagLibraryManager::Shared {
         const auto found = cache.find(name);
         return found == cache.end() ? std::nullopt : std::optional(found->second);
     }
-    void store(const std::string& name, const CollectionLists& lists) {
+    // What to hand to store() after reading: what was read before a drop is no longer true.
+    std::size_t beforeReading() {
         const std::lock_guard lock(cacheLock);
-        cache.insert_or_assign(name, lists);
+        return drops;
+    }
+    void store(const std::string& name, const CollectionLists& lists, std::size_t before) {
+        const std::lock_guard lock(cacheLock);
+        if (drops == before)
+            cache.insert_or_assign(name, lists);
     }
     void drop(const std::string& name) {
         const std::lock_guard lock(cacheLock);
+        ++drops;
         cache.erase(name);
     }
     void clear() {
         const std::lock_guard lock(cacheLock);
+        ++drops;
         cache.clear();
+    }
+    void noteDeletion(const std::string& id) {
+        const std::lock_guard lock(cacheLock);
+        deleted.push_back(id);
+    }
+    std::size_t deletions() {
+        const std::lock_guard lock(cacheLock);
+        return deleted.size();
+    }
+    bool wasDeletedSince(std::size_t before, const std::string& id) {
+        const std::lock_guard lock(cacheLock);
+        return std::find(deleted.begin() + static_cast<std::ptrdiff_t>(before), deleted.end(),
+                         id) != deleted.end();
     }
 };
 
@@ -85,7 +76,7 @@ TagLibraryManager::TagLibraryManager(CollectionServices& services,
         [this](const auto& event) { handleTagUpdated(event); });
     collectionDataChanged_ = services_.events.observe<events::CollectionDataChanged>(
         [this](const auto& event) { handleCollectionDataChanged(event); });
-    setMerged(*active);
+    refreshMerged();
     loadAllCollections();
 }
 
@@ -129,6 +120,15 @@ void TagLibraryManager::restoreLastSelectedCollection() {
         selectStandardCollection(*name);
     else if (!standard.empty())
         selectStandardCollection(std::string(standard.front().name));
+    else
+        activateNothing();
+}
+
+// Of a deleted collection nothing stays on show.
+void TagLibraryManager::activateNothing() {
+    activate(TagCollection::standard(), {});
+    selectedStandardCollectionName.set(std::nullopt);
+    rebuildHotkeys();
 }
 
 void TagLibraryManager::selectStandardCollection(const std::string& name) {
@@ -153,13 +153,14 @@ void TagLibraryManager::selectUserCollection(const std::string& name) {
     services_.scheduler.background(
         Priority::userInitiated, [this, name, choice = switches_, shared = shared_,
                                   &services = services_, alive = std::weak_ptr(alive_)] {
-            const std::lock_guard running(shared->running);
+            const std::shared_lock running(shared->running);
             if (shared->stopped)
                 return;
+            const auto before = shared->beforeReading();
             CustomCollectionManager collection(services);
             if (!collection.loadCollection(name))
                 return;
-            shared->store(name, collection.lists());
+            shared->store(name, collection.lists(), before);
             services.scheduler.onMain([this, name, choice, alive, lists = collection.lists()] {
                 if (!alive.expired() && choice == switches_)
                     switchToUserCollection(name, lists);
@@ -176,6 +177,7 @@ void TagLibraryManager::switchToUserCollection(const std::string& name,
 }
 
 void TagLibraryManager::deleteUserCollection(const CollectionInfo& collection) {
+    shared_->noteDeletion(collection.id);
     services_.storage.deleteCollection(collection.id);
     services_.index.removeCollection(collection.id);
     shared_->drop(collection.name);
@@ -188,7 +190,7 @@ void TagLibraryManager::deleteUserCollection(const CollectionInfo& collection) {
 }
 
 void TagLibraryManager::refreshAllLists() {
-    setMerged(*active);
+    refreshMerged();
     loadAllCollections();
     rebuildHotkeys();
 }
@@ -200,10 +202,11 @@ std::vector<CollectionInfo> TagLibraryManager::userCollections() {
 std::optional<CollectionLists> TagLibraryManager::collectionData(const std::string& name) {
     if (auto lists = shared_->cached(name))
         return lists;
+    const auto before = shared_->beforeReading();
     CustomCollectionManager collection(services_);
     if (!collection.loadCollection(name))
         return std::nullopt;
-    shared_->store(name, collection.lists());
+    shared_->store(name, collection.lists(), before);
     return collection.lists();
 }
 
@@ -211,20 +214,31 @@ void TagLibraryManager::loadAllCollections() {
     collectionLoadingQueue_->async([this, shared = shared_, &services = services_,
                                     standard = *standardCollections,
                                     alive = std::weak_ptr(alive_)] {
-        const std::lock_guard running(shared->running);
+        const std::shared_lock running(shared->running);
         if (shared->stopped)
             return;
         const std::string subject = "TagLibraryManager: ";
+        const auto deletions = shared->deletions();
         const auto infos = services.index.collections();
         services.log.line("📚 " + subject + "Loading " + std::to_string(infos.size()) +
                           " user collections");
-        Merge merge;
+        CollectionLists all;
+        RecordPlaces places;
         for (const auto& info : infos) {
             if (shared->stopped)
                 return;
             services.log.line("📚 " + subject + "Loading collection '" + info.name +
                               "' (id: " + info.id + ")");
+            const auto before = shared->beforeReading();
             const auto data = services.storage.loadCollection(info.id);
+            if (shared->wasDeletedSince(deletions, info.id)) {
+                // Its folder is still there, and reading it has brought the working copy back.
+                services.scheduler.onMain([alive, &services, id = info.id] {
+                    if (!alive.expired())
+                        services.storage.deleteCollection(id);
+                });
+                continue;
+            }
             if (!data) {
                 services.log.line("❌ " + subject + "Failed to load collection '" + info.name + "'");
                 continue;
@@ -232,23 +246,26 @@ void TagLibraryManager::loadAllCollections() {
             services.log.line("✅ " + subject + "Successfully loaded collection '" + info.name +
                               "' - tags: " + std::to_string(data->tags.size()) +
                               ", tagGroups: " + std::to_string(data->tagGroups.size()));
-            shared->store(info.name, data->lists());
-            merge.add(data->lists());
+            const auto lists = data->lists();
+            shared->store(info.name, lists, before);
+            addCollection(all, places, lists);
         }
         for (const auto& collection : standard)
-            merge.add(collection.lists);
-        services.scheduler.onMain([this, alive, lists = merge.take()]() mutable {
-            if (alive.expired())
-                return;
-            setMerged(std::move(lists));
-            isReloadingCollections_ = false;
-            services_.log.line(
-                "✅ TagLibraryManager: Finished loading all collections - total "
-                "tags: " +
-                std::to_string(merged->tags.size()) +
-                ", tagGroups: " + std::to_string(merged->tagGroups.size()));
-            services_.events.post(events::CollectionsLoadingFinished{});
-        });
+            addCollection(all, places, collection.lists);
+        services.scheduler.onMain(
+            [this, alive, all = std::move(all), places = std::move(places)]() mutable {
+                if (alive.expired())
+                    return;
+                places_ = std::move(places);
+                merged.set(std::move(all));
+                isReloadingCollections_ = false;
+                services_.log.line(
+                    "✅ TagLibraryManager: Finished loading all collections - total "
+                    "tags: " +
+                    std::to_string(merged->tags.size()) +
+                    ", tagGroups: " + std::to_string(merged->tagGroups.size()));
+                services_.events.post(events::CollectionsLoadingFinished{});
+            });
     });
 }
 
@@ -297,32 +314,25 @@ void TagLibraryManager::addTransientTagGroup(const TagGroup& group) {
     active.update([&](CollectionLists& lists) { lists.tagGroups.push_back(group); });
 }
 
-void TagLibraryManager::setMerged(CollectionLists lists) {
-    Merge merge;
-    merge.add(lists);
-    lists = merge.take();
-    indexById(tagIndex_, lists.tags);
-    indexById(labelIndex_, lists.labels);
-    groupOfLabel_.clear();
-    for (std::size_t i = 0; i < lists.labelGroups.size(); ++i)
-        for (const auto& label : lists.labelGroups[i].lables)
-            groupOfLabel_.emplace(label, i);
-    merged.set(std::move(lists));
+// The active lists count at once. What is known of the other collections stays until the load has
+// read them again: their stamps keep their names and colours meanwhile, and follow a rename.
+void TagLibraryManager::refreshMerged() {
+    merged.update([this](CollectionLists& lists) { putCollection(lists, places_, *active); });
 }
 
 const Tag* TagLibraryManager::tagById(const std::string& id) const {
-    const auto found = tagIndex_.find(id);
-    return found == tagIndex_.end() ? nullptr : &merged->tags[found->second];
+    const auto found = places_.tags.find(id);
+    return found == places_.tags.end() ? nullptr : &merged->tags[found->second];
 }
 
 const Label* TagLibraryManager::labelById(const std::string& id) const {
-    const auto found = labelIndex_.find(id);
-    return found == labelIndex_.end() ? nullptr : &merged->labels[found->second];
+    const auto found = places_.labels.find(id);
+    return found == places_.labels.end() ? nullptr : &merged->labels[found->second];
 }
 
 const LabelGroupData* TagLibraryManager::labelGroupContaining(const std::string& labelId) const {
-    const auto found = groupOfLabel_.find(labelId);
-    return found == groupOfLabel_.end() ? nullptr : &merged->labelGroups[found->second];
+    const auto found = places_.groupOfLabel.find(labelId);
+    return found == places_.groupOfLabel.end() ? nullptr : &merged->labelGroups[found->second];
 }
 
 std::vector<Label> TagLibraryManager::labelsForTag(const Tag& tag) const {

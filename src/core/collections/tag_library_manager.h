@@ -1,8 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -14,6 +12,7 @@
 #include "ports/texts.h"
 
 #include "core/collections/custom_collection_manager.h"
+#include "core/collections/merged_lists.h"
 #include "core/collections/standard_collections.h"
 
 namespace tembrix {
@@ -73,16 +72,15 @@ class TagLibraryManager {
     void activate(const TagCollection& collection, const CollectionLists& lists);
     void switchToUserCollection(const std::string& name, const CollectionLists& lists);
     void refreshActiveCollection(const std::string& name, const CollectionLists& lists);
-    void setMerged(CollectionLists lists);
+    void activateNothing();
+    void refreshMerged();
     void loadAllCollections();
 
     CollectionServices& services_;
     HotkeyRegistry* hotkeys_ = nullptr;
     std::shared_ptr<Shared> shared_;
     std::shared_ptr<SerialQueue> collectionLoadingQueue_;
-    std::map<std::string, std::size_t, std::less<>> tagIndex_;  // id to place in merged.tags
-    std::map<std::string, std::size_t, std::less<>> labelIndex_;
-    std::map<std::string, std::size_t, std::less<>> groupOfLabel_;  // label id to its first group
+    RecordPlaces places_;  // in the merged lists
     bool isReloadingCollections_ = false;
     int switches_ = 0;  // a collection that was read too late gives way to a later choice
     Subscription tagUpdated_;

@@ -1,3 +1,7 @@
+#include <functional>
+#include <map>
+#include <utility>
+
 #include "collections_fixture.h"
 #include "core/collections/hot_key_manager.h"
 
@@ -105,6 +109,9 @@ TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
     defaults.setText("lastSelectedCollection", "Deleted");
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
+    defaults.setBoolean("lastSelectedCollection", true);  // of another kind
+    start();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
     folder.write("resources/names.json", "damaged");
     start();
     EXPECT_TRUE(activeTags().empty());
@@ -181,6 +188,7 @@ TEST_F(Library, ATagUpdateReloadsAndOneWithoutATagDoesNothing) {
     events.post(events::TagUpdated{});
     EXPECT_EQ(scheduler.pendingTasks(), 0u);
     events.post(events::TagUpdated{"own", "Renamed"});
+    EXPECT_NE(library->tagById("own"), nullptr) << "the timeline store looks the tag up next";
     scheduler.run();
     EXPECT_EQ(library->tagById("own")->name, "Renamed");
 }
@@ -200,6 +208,48 @@ TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
     EXPECT_FALSE(defaults.data("collection_" + id).has_value());
     EXPECT_FALSE(library->collectionData("Mine").has_value());
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / id));
+    EXPECT_EQ(library->tagById("Own"), nullptr);
+
+    const auto last = saveCollection("Mine", {"Own"});
+    folder.write("resources/names.json", "damaged");
+    start();
+    library->selectUserCollection("Mine");
+    scheduler.run();
+    library->deleteUserCollection({last, "Mine"});
+    EXPECT_TRUE(activeTags().empty() && registry.tags.empty());
+    EXPECT_FALSE(library->selectedStandardCollectionName->has_value());
+}
+
+// A load is under way when the user goes on: the log tells where it stands.
+TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
+    struct Meanwhile final : Log {
+        void line(std::string_view text) override {
+            for (auto& [at, act] : acts)
+                if (text.starts_with(at) && act)
+                    std::exchange(act, nullptr)();
+        }
+        std::map<std::string, std::function<void()>> acts;
+    } meanwhile;
+    storeUserCollection("1", "Gone", {makeTag("gone", "Gone")});
+    storeUserCollection("2", "Mine", {makeTag("old", "Old")});
+    scheduler.advance(60);
+    defaults.remove("collection_1");
+    CollectionServices watched{*storage, *index, bookmarks, scheduler, events, texts, meanwhile};
+    library = std::make_unique<TagLibraryManager>(watched, folder.path() / "resources", locale);
+    meanwhile.acts["📚 TagLibraryManager: Loading collection 'Gone'"] = [&] {
+        library->deleteUserCollection({"1", "Gone"});
+    };
+    meanwhile.acts["✅ TagLibraryManager: Successfully loaded collection 'Mine'"] = [&] {
+        storeUserCollection("2", "Mine", {makeTag("new", "New")});
+        events.post(events::CollectionDataChanged{"Mine"});
+    };
+    scheduler.advance(60);
+    EXPECT_FALSE(defaults.data("collection_1").has_value());
+    EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "1"));
+    EXPECT_EQ(library->tagById("gone"), nullptr);
+    library->selectUserCollection("Mine");
+    EXPECT_EQ(activeTags(), Ids{"new"});
+    library.reset();  // before its services
 }
 
 TEST_F(Library, LabelsAreOfferedThroughTheTagsGroupsInTheOrderOfAllLabels) {
