@@ -17,8 +17,8 @@ constexpr double defaultWidth = 100.0;
 constexpr double defaultHeight = 60.0;
 
 // A display name as a file name: it must not lead out of the folder.
-std::string fileName(const std::string& collectionName, const char* extension) {
-    return replaced(collectionName, "/", "_") + extension;
+std::string fileStem(const std::string& collectionName) {
+    return replaced(collectionName, "/", "_");
 }
 
 }  // namespace
@@ -27,12 +27,37 @@ std::filesystem::path CustomCollectionManager::fieldFolder() const {
     return services_.storage.dataFolder() / "PlayFields";
 }
 
+// Whether another collection's field shows the file of this name: one that took its name from a
+// collection renamed since, or that shares its name with this one before the first save.
+bool CustomCollectionManager::isPictureOfAnother(const std::string& name) const {
+    std::error_code ignored;
+    if (!std::filesystem::exists(fieldFolder() / pathFromText(name), ignored))
+        return false;
+    for (const auto& info : services_.index.collections()) {
+        if (info.id == collectionID_)
+            continue;
+        const auto other = services_.storage.loadCollection(info.id);
+        if (other && other->playField && other->playField->imagePath == name)
+            return true;
+    }
+    return false;
+}
+
+// The collection's name, with a counter where that is another collection's picture.
+std::string CustomCollectionManager::fieldFileStem() const {
+    auto stem = fileStem(collectionName_);
+    for (int counter = 1; isPictureOfAnother(stem + ".png"); ++counter)
+        stem = fileStem(collectionName_) + " (" + std::to_string(counter) + ")";
+    return stem;
+}
+
 bool CustomCollectionManager::setFieldImage(const std::filesystem::path& image) {
     const auto failed = [&](const std::string& why) {
         services_.log.line("❌ Error setting field image: " + why);
         return false;
     };
-    const auto name = fileName(collectionName_, ".png");
+    const auto stem = fieldFileStem();
+    const auto name = stem + ".png";
     const auto target = fieldFolder() / pathFromText(name);
     if (const auto made = makeFolder(fieldFolder()); !made)
         return failed(made.error().text);
@@ -46,18 +71,18 @@ bool CustomCollectionManager::setFieldImage(const std::filesystem::path& image) 
         PlayField{freshId(), "Field", {}, defaultWidth, defaultHeight, std::nullopt});
     field.imagePath = name;
     field.imageBookmark = *bookmark;
-    if (!writeFieldRecord(field))
+    if (!writeFieldRecord(field, stem))
         return false;
     playField_ = std::move(field);
     changed_.emit();
     return saveCollection();
 }
 
-bool CustomCollectionManager::writeFieldRecord(const PlayField& field) const {
+bool CustomCollectionManager::writeFieldRecord(const PlayField& field,
+                                               const std::string& stem) const {
     const auto json = encode(field, JsonStyle::pretty);
-    const auto written =
-        json ? replaceFile(fieldFolder() / pathFromText(fileName(collectionName_, ".json")), *json)
-             : Result<void>(json.error());
+    const auto written = json ? replaceFile(fieldFolder() / pathFromText(stem + ".json"), *json)
+                              : Result<void>(json.error());
     if (!written)
         services_.log.line("❌ Error setting field image: " + written.error().text);
     return written.ok();
@@ -66,9 +91,9 @@ bool CustomCollectionManager::writeFieldRecord(const PlayField& field) const {
 void CustomCollectionManager::removeField() {
     if (!playField_)
         return;
-    const auto image = playField_->imagePath.empty()
-                           ? std::filesystem::path{}
-                           : fieldFolder() / pathFromText(playField_->imagePath).filename();
+    const auto name = pathFromText(playField_->imagePath).filename();
+    const auto image = name.empty() || isPictureOfAnother(pathText(name)) ? std::filesystem::path{}
+                                                                          : fieldFolder() / name;
     services_.scheduler.background(
         Priority::userInitiated,
         [this, image, &scheduler = services_.scheduler, alive = std::weak_ptr(alive_)] {

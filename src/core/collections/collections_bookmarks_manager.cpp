@@ -325,6 +325,7 @@ void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
         return;
     }
     const auto groups = groupDuplicates(*folders);
+    keepOneWorkingCopyPerGroup(storage_.userDefaults(), groups, log_);
     keepOnePerGroup(parent, groups, log_);
 
     std::vector<CollectionInfo> list;

@@ -106,7 +106,9 @@ class CustomCollectionManager {
     void dropTag(const std::string& id);
     void dropLabel(const std::string& id);
     std::filesystem::path fieldFolder() const;
-    bool writeFieldRecord(const PlayField& field) const;
+    bool isPictureOfAnother(const std::string& name) const;
+    std::string fieldFileStem() const;
+    bool writeFieldRecord(const PlayField& field, const std::string& stem) const;
 
     CollectionServices& services_;
     CollectionLists lists_;

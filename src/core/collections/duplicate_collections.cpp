@@ -10,6 +10,10 @@
 #include "base/files.h"
 #include "base/utf8_text.h"
 
+#include "core/records/annotation_records.h"
+#include "core/records/codec.h"
+#include "core/storage/set_aside.h"
+
 namespace tembrix {
 
 namespace {
@@ -36,6 +40,27 @@ std::optional<Numbered> trailingNumber(std::string_view name) {
 double copyNumber(const std::string& name) {
     const auto numbered = trailingNumber(name);
     return numbered ? numbered->number : -1;
+}
+
+std::string workingCopyKey(const std::string& folder) {
+    return "collection_" + folder;
+}
+
+// The folder has the last word where there is no working copy of it that can be read.
+void moveWorkingCopy(UserDefaults& defaults, const std::string& from, const std::string& to,
+                     Log& log) {
+    const auto value = defaults.data(workingCopyKey(from));
+    auto collection = value ? decode<CollectionData>(*value).optional() : std::nullopt;
+    if (value && !collection)
+        setAside(defaults, log, workingCopyKey(from), *value);
+    if (collection)
+        collection->id = to;
+    const auto moved = collection ? encode(*collection).optional() : std::nullopt;
+    if (moved)
+        defaults.setData(workingCopyKey(to), *moved);
+    else
+        defaults.remove(workingCopyKey(to));
+    defaults.remove(workingCopyKey(from));
 }
 
 void renameFolder(const fs::path& parent, const std::string& from, const std::string& to,
@@ -84,6 +109,17 @@ Result<std::vector<CollectionFolder>> listCollectionFolders(const fs::path& pare
     if (error)
         return Error{"file", error.value(), pathText(parent) + ": " + error.message()};
     return folders;
+}
+
+void keepOneWorkingCopyPerGroup(UserDefaults& defaults,
+                                const std::map<std::string, std::vector<CollectionFolder>>& groups,
+                                Log& log) {
+    for (const auto& [base, copies] : groups) {
+        for (std::size_t i = 1; i < copies.size(); ++i)
+            defaults.remove(workingCopyKey(copies[i].name));
+        if (copies.front().name != base)
+            moveWorkingCopy(defaults, copies.front().name, base, log);
+    }
 }
 
 void keepOnePerGroup(const fs::path& parent,

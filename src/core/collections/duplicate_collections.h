@@ -9,6 +9,8 @@
 #include "base/log.h"
 #include "base/result.h"
 
+#include "ports/user_defaults.h"
+
 namespace tembrix {
 
 // A folder of the collections folder as the clean-up of duplicates looks at it.
@@ -28,6 +30,12 @@ std::map<std::string, std::vector<CollectionFolder>> groupDuplicates(
 
 // The folders in `parent`, hidden ones left out.
 Result<std::vector<CollectionFolder>> listCollectionFolders(const std::filesystem::path& parent);
+
+// The same for the working copies: the kept folder's goes under the base name, the others go, or
+// the next flush would bring their folders back and write their data over the kept one.
+void keepOneWorkingCopyPerGroup(UserDefaults& defaults,
+                                const std::map<std::string, std::vector<CollectionFolder>>& groups,
+                                Log& log);
 
 // Leaves one folder per group, under its base name. What cannot be removed or moved stays.
 void keepOnePerGroup(const std::filesystem::path& parent,

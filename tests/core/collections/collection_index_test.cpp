@@ -21,6 +21,12 @@ struct Index : CollectionsFixture {
         fs::create_directories(path);
         return path;
     }
+    void saveWorkingCopy(const std::string& id, const std::string& tagName) {
+        CollectionData data;
+        data.id = id;
+        data.tags = {makeTag("tag", tagName)};
+        storage->saveCollection(data);
+    }
 };
 
 TEST_F(Index, ABurstIsOneWriteTwoSecondsAfterItsFirstChange) {
@@ -134,6 +140,10 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
         std::this_thread::yield();
     }
     fs::create_directories(storage->collectionsFolder() / ".hidden (1)");
+    saveWorkingCopy("Hockey (1)", "the loser's");
+    saveWorkingCopy("Hockey (2)", "the kept one's");
+    saveWorkingCopy("Hockey", "of a folder that is not there");
+    saveWorkingCopy("Football", "the loser's");
     index->cleanUpDuplicateCollections();
     scheduler.run();
 
@@ -143,6 +153,11 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
         names.insert(pathText(entry.path().filename()));
     EXPECT_EQ(names, (std::set<std::string>{"Hockey", "Football", "UUID", ".hidden (1)"}));
     EXPECT_EQ(fileText(storage->collectionsFolder() / "Hockey" / "tags.json"), "Hockey (2)");
+    EXPECT_EQ(defaults.keys("collection_"),
+              (std::vector<std::string>{"collection_Fresh", "collection_Hockey"}))
+        << "the next flush would bring the others' folders back";
+    EXPECT_EQ(storage->loadCollection("Hockey")->tags[0].name, "the kept one's");
+    EXPECT_EQ(storage->loadCollection("Hockey")->id, "Hockey");
     const std::vector<CollectionInfo> expected{{"Football", "Name of Football"},
                                                {"Hockey", "Hockey"},
                                                {"UUID", "Name of UUID"},

@@ -161,13 +161,23 @@ TEST_F(Model, TheFieldPictureIsCopiedAndIntervalTagsKeepTheirFlag) {
     EXPECT_EQ(bookmarks.make(copy), collection.playField()->imageBookmark);
     EXPECT_EQ(reload("Mine/Yours").playField(), collection.playField());
 
+    // The name is free again after a rename, the picture's is not.
+    collection.setCollectionName("Renamed");
+    collection.saveCollection();
+    CustomCollectionManager next(*services);
+    next.setCollectionName("Mine/Yours");
+    ASSERT_TRUE(next.setFieldImage(folder.write("other.png", "other")));
+    EXPECT_EQ(fileText(copy), "second");
+    EXPECT_EQ(fileText(copy.parent_path() / next.playField()->imagePath), "other");
+    EXPECT_EQ(reload("Renamed").playField()->imagePath, copy.filename());
+
     collection.removeField();
     scheduler.run();
     EXPECT_FALSE(std::filesystem::exists(copy));
     EXPECT_FALSE(collection.playField().has_value());
     EXPECT_EQ(collection.lists().tags[0].mapEnabled, false);
     EXPECT_EQ(collection.lists().tags[0].isInterval, true);
-    EXPECT_FALSE(reload("Mine/Yours").playField().has_value());
+    EXPECT_FALSE(reload("Renamed").playField().has_value());
 }
 
 }  // namespace
