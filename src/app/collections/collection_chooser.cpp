@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPointer>
 #include <QStandardItemModel>
 #include <QToolButton>
@@ -51,13 +52,15 @@ CollectionChooser::CollectionChooser(AppServices& services, MarkingFlow& flow, Q
       services_(services),
       flow_(flow),
       names_(new Names(this)),
-      delete_(makeIconButton(services.texts, "tagLibraryDeleteCollection", "edit-delete", this)) {
+      delete_(makeIconButton(services.texts, "tagLibraryDeleteCollection", "edit-delete", this)),
+      deletable_(new QMenu(delete_)) {
     nameControl(names_, services.texts, "tagLibraryCollections");
     names_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     names_->setMinimumContentsLength(12);
     names_->setMaxVisibleItems(20);
     connect(names_, &QComboBox::activated, this, &CollectionChooser::choose);
-    connect(delete_, &QToolButton::clicked, this, &CollectionChooser::askToDelete);
+    nameControl(deletable_, services.texts, "tagLibraryDeleteCollection");
+    connect(delete_, &QToolButton::clicked, this, &CollectionChooser::chooseToDelete);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(theme::unit);
@@ -88,8 +91,13 @@ void CollectionChooser::rebuild() {
         add(collection.name, standardKind);
     if (names_->count() > 0 && !flow_.userCollections->empty())
         names_->insertSeparator(names_->count());
-    for (const auto& collection : *flow_.userCollections)
+    deletable_->clear();
+    for (const auto& collection : *flow_.userCollections) {
         add(collection.name, userKind);
+        auto* action = deletable_->addAction(qtext(collection.name).replace('&', "&&"));
+        action->setObjectName(qtext(collection.id));
+        connect(action, &QAction::triggered, this, [this, collection] { askToDelete(collection); });
+    }
     refresh();
 }
 
@@ -113,7 +121,7 @@ void CollectionChooser::refresh() {
     names_->setCurrentIndex(current);
     names_->setEnabled(standardAllowed || !flow_.userCollections->empty());
     delete_->setVisible(!flow_.userCollections->empty());
-    delete_->setEnabled(type.isUser());
+    delete_->setEnabled(flow_.activeIntervalTags->empty());
 }
 
 void CollectionChooser::choose(int index) {
@@ -125,19 +133,26 @@ void CollectionChooser::choose(int index) {
     refresh();  // a choice that was not taken, or waits for its data, shows as what it is
 }
 
-void CollectionChooser::askToDelete() {
+// The active collection at once; where a standard one is active, one of the list, so that a
+// collection whose data is gone, which cannot become active, can be deleted too.
+void CollectionChooser::chooseToDelete() {
     const auto& list = *flow_.userCollections;
     const auto& type = *services_.tagLibrary.currentCollectionType;
     const auto found = std::find_if(list.begin(), list.end(), [&](const CollectionInfo& info) {
         return type.isUser() && info.name == type.name;
     });
-    if (found == list.end())
-        return;
+    if (found != list.end())
+        askToDelete(CollectionInfo(*found));
+    else
+        deletable_->popup(delete_->mapToGlobal(QPoint(0, delete_->height())));
+}
+
+void CollectionChooser::askToDelete(const CollectionInfo& collection) {
     const auto& texts = services_.texts;
-    services_.panels.confirm(texts.format("tagLibraryDeleteCollectionTitle", {found->name}),
+    services_.panels.confirm(texts.format("tagLibraryDeleteCollectionTitle", {collection.name}),
                              texts.text("tagLibraryDeleteCollectionMessage"),
                              texts.text("deleteButtonTitle"),
-                             [self = QPointer(this), info = *found](bool confirmed) {
+                             [self = QPointer(this), info = collection](bool confirmed) {
                                  if (self && confirmed)
                                      self->services_.tagLibrary.deleteUserCollection(info);
                              });

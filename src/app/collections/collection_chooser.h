@@ -6,8 +6,10 @@
 #include "base/signal.h"
 
 #include "app/services.h"
+#include "core/records/annotation_records.h"
 
 class QComboBox;
+class QMenu;
 class QToolButton;
 
 namespace tembrix {
@@ -15,7 +17,7 @@ namespace tembrix {
 class MarkingFlow;
 
 // The row on top of the tag panel: chooses the active collection, the standard ones of the language
-// first, then the user's own, and deletes one of those.
+// first, then the user's own, and deletes any of those.
 class CollectionChooser final : public QWidget {
     Q_OBJECT
   public:
@@ -25,12 +27,14 @@ class CollectionChooser final : public QWidget {
     void rebuild();
     void refresh();  // what can be chosen now, and what is chosen
     void choose(int index);
-    void askToDelete();
+    void chooseToDelete();
+    void askToDelete(const CollectionInfo& collection);
 
     AppServices& services_;
     MarkingFlow& flow_;
     QComboBox* names_;
     QToolButton* delete_;
+    QMenu* deletable_;  // the user's collections
     std::vector<Subscription> subscriptions_;
 };
 

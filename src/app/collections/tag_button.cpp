@@ -23,24 +23,49 @@ constexpr int padding = theme::unit + 2;
 constexpr int ringWidth = 2;
 constexpr int smallHeight = 15;  // of the cap and of the count
 constexpr int smallSize = 10;
-constexpr int countWidth = 20;
+constexpr int countEdge = 3;  // of the count to the button's edges
 constexpr int idleMark = 8;
 constexpr int smallestWidth = 64;
 constexpr int largestNameWidth = 200;
 
-QFont smallFont() {
-    return theme::font(smallSize, QFont::DemiBold);
+const QFont& smallFont() {
+    static const QFont font = theme::font(smallSize, QFont::DemiBold);
+    return font;
 }
 
-QFont nameFont() {
-    return theme::font(theme::textSize, QFont::Medium);
+const QFont& nameFont() {
+    static const QFont font = theme::font(theme::textSize, QFont::Medium);
+    return font;
+}
+
+int widthOfCount(const QString& count) {
+    return std::max(QFontMetrics(smallFont()).horizontalAdvance(count) + padding, smallHeight);
+}
+
+// Kept free from the start, so that neither the name nor the grid gives way as the count grows.
+int countRoom() {
+    static const int width = theme::unit + widthOfCount(QStringLiteral("000")) + countEdge;
+    return width;
+}
+
+// Of the running time of an interval.
+int timeWidth() {
+    static const int width = static_cast<int>(
+        std::ceil(tabularWidth(QFontMetricsF(smallFont()), QStringLiteral("−00:00"))));
+    return width;
 }
 
 }  // namespace
 
 TagButton::TagButton(const Tag& tag, QWidget* parent)
-    : QAbstractButton(parent), tag_(tag), cap_(qtext(hotkeyCaption(tag.hotkey.value_or("")))) {
+    : QAbstractButton(parent),
+      tag_(tag),
+      cap_(qtext(hotkeyCaption(tag.hotkey.value_or("")))),
+      nameWidth_(QFontMetrics(nameFont()).horizontalAdvance(qtext(tag.name))) {
     setText(qtext(tag.name));
+    if (!cap_.isEmpty())
+        capWidth_ =
+            std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);
     nameControl(this, tag.id, text());
     setCheckable(isInterval());
     setFocusPolicy(Qt::StrongFocus);
@@ -49,11 +74,12 @@ TagButton::TagButton(const Tag& tag, QWidget* parent)
     setCursor(Qt::PointingHandCursor);
 }
 
-void TagButton::setCount(int count) {
+bool TagButton::setCount(int count) {
     if (count_ == count)
-        return;
+        return false;
     count_ = count;
     update();
+    return true;
 }
 
 void TagButton::setRunningTime(std::optional<double> seconds) {
@@ -68,22 +94,10 @@ void TagButton::setRunningTime(std::optional<double> seconds) {
     update();
 }
 
-int TagButton::capWidth() const {
-    if (cap_.isEmpty())
-        return 0;
-    return std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);
-}
-
-int TagButton::timeWidth() const {
-    return static_cast<int>(
-        std::ceil(tabularWidth(QFontMetricsF(smallFont()), QStringLiteral("−00:00"))));
-}
-
 QSize TagButton::sizeHint() const {
-    const int name = std::min(QFontMetrics(nameFont()).horizontalAdvance(text()), largestNameWidth);
-    int width = padding + name + countWidth + theme::unit;
+    int width = padding + std::min(nameWidth_, largestNameWidth) + countRoom();
     if (!cap_.isEmpty())
-        width += capWidth() + theme::unit + ringWidth;
+        width += capWidth_ + theme::unit + ringWidth;
     if (isInterval())
         width += timeWidth() + theme::unit;
     return {std::max(width, smallestWidth), buttonHeight};
@@ -133,7 +147,7 @@ void TagButton::paintEvent(QPaintEvent*) {
     const int middle = rect().height() / 2;
     int left = padding;
     if (!cap_.isEmpty()) {
-        const QRect cap(left, middle - smallHeight / 2, capWidth(), smallHeight);
+        const QRect cap(left, middle - smallHeight / 2, capWidth_, smallHeight);
         painter.setBrush(shade);
         painter.drawRoundedRect(cap, theme::unit, theme::unit);
         painter.setPen(ink);
@@ -142,18 +156,17 @@ void TagButton::paintEvent(QPaintEvent*) {
         left = cap.right() + 1 + theme::unit + ringWidth;
     }
 
-    int right = width() - countWidth;
+    int right = width() - countRoom();
     painter.setPen(ink);
-    if (count_ > 0) {
-        const QString count = QString::number(count_);
-        painter.setFont(smallFont());
-        const int wide =
-            std::max(painter.fontMetrics().horizontalAdvance(count) + padding, smallHeight);
-        const QRect pill(width() - wide - 3, 3, wide, smallHeight);
+    if (count_.value_or(0) > 0) {
+        const QString count = QString::number(*count_);
+        const int wide = widthOfCount(count);
+        const QRect pill(width() - wide - countEdge, countEdge, wide, smallHeight);
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme::background);
         painter.drawRoundedRect(pill, smallHeight / 2.0, smallHeight / 2.0);
         painter.setPen(theme::text);
+        painter.setFont(smallFont());
         painter.drawText(pill, Qt::AlignCenter, count);
         right = std::min(right, pill.left() - theme::unit);
     }
@@ -176,7 +189,9 @@ void TagButton::paintEvent(QPaintEvent*) {
     painter.setPen(ink);
     const QRect name(left, 0, right - left, buttonHeight);
     painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
-                     painter.fontMetrics().elidedText(text(), Qt::ElideRight, name.width()));
+                     nameWidth_ <= name.width()
+                         ? text()
+                         : painter.fontMetrics().elidedText(text(), Qt::ElideRight, name.width()));
 }
 
 }  // namespace tembrix

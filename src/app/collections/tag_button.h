@@ -16,7 +16,7 @@ class TagButton final : public QAbstractButton {
 
     const Tag& tag() const { return tag_; }
 
-    void setCount(int count);
+    bool setCount(int count);  // false: it is the count that shows already
     // Seconds since the interval was opened; absent while it is closed.
     void setRunningTime(std::optional<double> seconds);
 
@@ -30,12 +30,12 @@ class TagButton final : public QAbstractButton {
 
   private:
     bool isInterval() const { return tag_.isInterval.value_or(false); }
-    int capWidth() const;
-    int timeWidth() const;
 
     Tag tag_;
     QString cap_;
-    int count_ = 0;
+    int nameWidth_;  // measured once: a panel lays out and paints many buttons at a time
+    int capWidth_ = 0;
+    std::optional<int> count_;
     QString runningTime_;  // empty while closed
 };
 

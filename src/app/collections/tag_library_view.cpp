@@ -4,6 +4,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cmath>
 
 #include "app/collections/collection_chooser.h"
 #include "app/collections/fold_section.h"
@@ -21,7 +22,7 @@ namespace tembrix {
 namespace {
 
 std::string seconds(double value) {
-    return QString::number(value, 'f', value == static_cast<int>(value) ? 0 : 1).toStdString();
+    return QString::number(value, 'f', value == std::trunc(value) ? 0 : 1).toStdString();
 }
 
 // The same buttons would show.
@@ -178,7 +179,8 @@ void TagLibraryView::showCounts() {
     for (const auto& [id, button] : buttons_) {
         const auto found = flow_.tagCounts->find(id);
         const int count = found == flow_.tagCounts->end() ? 0 : found->second;
-        button->setCount(count);
+        if (!button->setCount(count))
+            continue;
         button->setAccessibleDescription(
             qtext(services_.texts.format("tagLibraryTagCount", {std::to_string(count)})));
     }

@@ -51,9 +51,10 @@ class TagLibraryView final : public QWidget {
     FlowLayout* openFlow_;
     std::vector<TagButton*> openButtons_;
     QWidget* content_ = nullptr;
-    std::map<std::string, FoldSection*> groups_;
-    std::multimap<std::string, TagButton*> buttons_;  // a tag may stand in two groups
-    std::map<std::string, TimeEventChip*> chips_;
+    // A tag may stand in two groups; damaged collections repeat the other ids, too.
+    std::multimap<std::string, FoldSection*> groups_;
+    std::multimap<std::string, TagButton*> buttons_;
+    std::multimap<std::string, TimeEventChip*> chips_;
     std::vector<Subscription> subscriptions_;
 };
 

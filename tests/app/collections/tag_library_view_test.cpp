@@ -1,6 +1,7 @@
 #include "app/collections/tag_library_view.h"
 
 #include <QComboBox>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -207,7 +208,27 @@ TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
     app->settle(1);
     auto* remove = child<QToolButton>(*view, "tagLibraryDeleteCollection");
     EXPECT_TRUE(remove->isVisible());
-    EXPECT_FALSE(remove->isEnabled()) << "a standard collection stays";
+    // Where a standard collection is active, the user's are offered, also one whose data is gone.
+    app->index.addOrUpdateCollection("lost", "Lost & gone");
+    app->events.post(events::CollectionDataChanged{});
+    app->settle(1);
+    choose("Lost & gone");
+    EXPECT_EQ(chooser()->currentText(), "Football");
+    click(remove);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->actions().size(), 2);
+    picture(*menu, "delete-a-collection");
+    menu->setActiveAction(view->findChild<QAction*>("lost"));
+    QTest::keyClick(menu, Qt::Key_Return);
+    EXPECT_EQ(app->panels.answerConfirm(true),
+              (FakePanels::Message{
+                  "Delete the collection “Lost & gone”?",
+                  "Its buttons and labels go with it. What was marked with them stays on the "
+                  "timelines.",
+                  "Delete"}));
+    app->settle(1);
+    EXPECT_EQ(chooser()->findText("Lost & gone"), -1);
 
     choose("Hockey");
     EXPECT_EQ(chooser()->currentText(), "Hockey");
@@ -224,6 +245,10 @@ TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(tag(own->id.c_str())->text(), "Renamed");
 
+    click(remove);
+    app->panels.answerConfirm(false);
+    app->settle(1);
+    EXPECT_EQ(chooser()->currentText(), "Mine");
     click(remove);
     app->panels.answerConfirm(true);
     app->settle(1);
