@@ -6,7 +6,6 @@
 #include <QListView>
 #include <QPaintEvent>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -16,10 +15,10 @@
 #include "adapters/qt/file_bookmarks.h"
 #include "adapters/qt/qt_directories.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
+#include "bench_user.h"
 #include "core/records/codec.h"
 #include "core/records/video_records.h"
 #include "fakes/captured_log.h"
-#include "fakes/temp_folder.h"
 #include "main/application.h"
 
 namespace tembrix {
@@ -27,22 +26,6 @@ namespace {
 
 constexpr int videos = 1000;
 constexpr int laterStarts = 5;
-
-double now() {
-    return std::chrono::duration<double, std::milli>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
-
-// A user of its own, so that no other's library takes part.
-void settleIn(const TempFolder& home) {
-    const std::string path = home.path().string();
-    ::setenv("HOME", path.c_str(), 1);
-    for (const char* kind : {"DATA", "CONFIG", "CACHE", "STATE"}) {
-        const std::string name = std::string("XDG_") + kind + "_HOME";
-        ::setenv(name.c_str(), (path + "/" + kind).c_str(), 1);
-    }
-}
 
 void fillLibrary(const TempFolder& home) {
     CapturedLog log;
@@ -74,12 +57,12 @@ class FirstPaint final : public QObject {
 double start(const std::filesystem::path& resources) {
     FirstPaint first;
     qApp->installEventFilter(&first);
-    const double begin = now();
+    const double begin = nowMs();
     Application program(resources);
     program.start();
-    while (!first.painted && now() < begin + 20000)
+    while (!first.painted && nowMs() < begin + 20000)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    const double taken = now() - begin;
+    const double taken = nowMs() - begin;
     const auto* list = program.listWindow().findChild<QListView*>(QStringLiteral("videosList"));
     return first.painted && list && list->model()->rowCount() == videos ? taken : -1;
 }
@@ -95,11 +78,11 @@ int main(int argc, char** argv) {
     settleIn(home);
     fillLibrary(home);
 
-    const double begin = now();
+    const double begin = nowMs();
     Application::prepare();
     QApplication toolkit(argc, argv);
     toolkit.setQuitOnLastWindowClosed(false);
-    const double ready = now() - begin;
+    const double ready = nowMs() - begin;
     const std::filesystem::path resources = TEMBRIX_RESOURCES;
     const double first = start(resources);
     std::vector<double> later;
