@@ -73,7 +73,11 @@ CollectionChooser::CollectionChooser(AppServices& services, MarkingFlow& flow, Q
             published.observe([this, react](const auto&) { (this->*react)(); }));
     };
     on(library.standardCollections, &CollectionChooser::rebuild);
-    on(flow.userCollections, &CollectionChooser::rebuild);
+    subscriptions_.push_back(
+        flow.userCollections.observe([this](const std::vector<CollectionInfo>& now) {
+            if (now != shown_)  // an open list stays open through any other change
+                rebuild();
+        }));
     on(library.currentCollectionType, &CollectionChooser::refresh);
     on(library.selectedStandardCollectionName, &CollectionChooser::refresh);
     on(flow.isLoadingCollections, &CollectionChooser::refresh);
@@ -92,7 +96,8 @@ void CollectionChooser::rebuild() {
     if (names_->count() > 0 && !flow_.userCollections->empty())
         names_->insertSeparator(names_->count());
     deletable_->clear();
-    for (const auto& collection : *flow_.userCollections) {
+    shown_ = *flow_.userCollections;
+    for (const auto& collection : shown_) {
         add(collection.name, userKind);
         auto* action = deletable_->addAction(qtext(collection.name).replace('&', "&&"));
         action->setObjectName(qtext(collection.id));

@@ -35,6 +35,7 @@ class CollectionChooser final : public QWidget {
     QComboBox* names_;
     QToolButton* delete_;
     QMenu* deletable_;  // the user's collections
+    std::vector<CollectionInfo> shown_;
     std::vector<Subscription> subscriptions_;
 };
 

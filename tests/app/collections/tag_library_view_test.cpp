@@ -177,6 +177,7 @@ TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndHoldsTheCollectio
     click(possession);
     EXPECT_TRUE(possession->isChecked());
     EXPECT_FALSE(allows("Hockey"));
+    EXPECT_FALSE(child<QToolButton>(*view, "tagLibraryDeleteCollection")->isEnabled());
     EXPECT_EQ(*app->player.status, PlayerStatus::playing);
     playTo(25);
     choose("Hockey");
@@ -255,6 +256,39 @@ TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
     EXPECT_EQ(chooser()->findText("Mine"), -1);
     EXPECT_EQ(chooser()->currentText(), "Football");
     EXPECT_FALSE(remove->isVisible());
+}
+
+TEST_F(TagLibraryViewTest, ADamagedCollectionShowsWhatItHolds) {
+    CollectionData data;
+    data.id = "damaged";
+    Tag odd;
+    odd.id = "odd";
+    odd.color = "no colour";
+    odd.defaultTimeBefore = 1e300;
+    odd.defaultTimeAfter = -1;
+    odd.lablesGroup = {"gone"};
+    odd.hotkey = "?";
+    odd.labelHotkeys.emplace()["gone"] = "1";
+    data.tags = {odd, odd};
+    data.tagGroups = {{"twice", "A", {"odd", "gone"}}, {"twice", "B", {"odd"}}, {"none", "", {}}};
+    data.labelGroups = {{"l", "L", {"gone"}}};
+    data.timeEvents = {{"event", "E"}, {"event", "F"}};
+    app->storage.saveCollection(data);
+    app->index.addOrUpdateCollection("damaged", "Damaged");
+    app->events.post(events::CollectionDataChanged{});
+    app->settle(1);
+    choose("Damaged");
+    EXPECT_EQ(view->findChildren<TagButton*>("odd").size(), 2);
+    click(child(*view, "twice.header"));
+    for (auto* button : view->findChildren<TagButton*>("odd"))
+        EXPECT_FALSE(button->isVisible()) << "both groups fold by the id that they share";
+    click(child(*view, "twice.header"));
+    click(tag("odd"));
+    ASSERT_EQ(stamps().size(), 1u);
+    EXPECT_EQ(stamps()[0].idTag, "odd");
+    click(child(*view, "event"));
+    for (auto* chip : view->findChildren<TimeEventChip*>("event"))
+        EXPECT_TRUE(chip->isChecked());
 }
 
 TEST_F(TagLibraryViewTest, GroupsFoldAndTheDrawingEditorTakesThePanelAway) {
