@@ -1,158 +1,174 @@
 #include "adapters/qt/native_keys.h"
 
-#include <QHash>
 #include <QKeyEvent>
+#include <algorithm>
 #include <array>
-#include <utility>
 
 namespace tembrix {
 namespace {
 
 constexpr int none = -1;
 
-// By the kernel's key code. X11 and Wayland count from 8.
-constexpr std::array<int, 112> byKernelCode = {
-    /*   0 */ none,
-    53,
-    18,
-    19,
-    20,
-    21,
-    23,
-    22,
-    26,
-    28,  // Esc 1-8
-    /*  10 */ 25,
-    29,
-    27,
-    24,
-    51,
-    48,
-    12,
-    13,
-    14,
-    15,  // 9 0 - = Backspace Tab Q-R
-    /*  20 */ 17,
-    16,
-    32,
-    34,
-    31,
-    35,
-    33,
-    30,
-    36,
-    none,  // T-P [ ] Return Ctrl
-    /*  30 */ 0,
-    1,
-    2,
-    3,
-    5,
-    4,
-    38,
-    40,
-    37,
-    41,  // A-L ;
-    /*  40 */ 39,
-    50,
-    none,
-    42,
-    6,
-    7,
-    8,
-    9,
-    11,
-    45,  // ' ` Shift backslash Z-N
-    /*  50 */ 46,
-    43,
-    47,
-    44,
-    none,
-    67,
-    none,
-    49,
-    none,
-    122,  // M , . / Shift KP* Alt Space Caps F1
-    /*  60 */ 120,
-    99,
-    118,
-    96,
-    97,
-    98,
-    100,
-    101,
-    109,
-    71,  // F2-F10 NumLock
-    /*  70 */ none,
-    89,
-    91,
-    92,
-    78,
-    86,
-    87,
-    88,
-    69,
-    83,  // ScrollLock KP7-9 - 4-6 + 1
-    /*  80 */ 84,
-    85,
-    82,
-    65,
-    none,
-    none,
-    10,
-    103,
-    111,
-    none,  // KP2 3 0 . 102nd F11 F12
-    /*  90 */ none,
-    none,
-    none,
-    none,
-    none,
-    none,
-    76,
-    none,
-    75,
-    none,  // KPEnter Ctrl KP/
-    /* 100 */ none,
-    none,
-    115,
-    126,
-    116,
-    123,
-    124,
-    119,
-    125,
-    121,  // Alt Home Up PgUp Left Right End Down PgDn
-    /* 110 */ 114,
-    117,  // Insert Delete
+struct Key {
+    quint32 kernelCode;  // what the kernel of Linux calls it; the set-1 scan code where it has one
+    int code;            // of the key tables
+    int qtKey = 0;       // on an English keyboard, for events without a scan code
 };
 
-// Keys of the tables by what they type on an English keyboard: for events without a scan code.
-const QHash<int, quint32>& kernelCodeByKey() {
-    static const QHash<int, quint32> codes = [] {
-        QHash<int, quint32> result;
-        const auto row = [&](const char* keys, quint32 first) {
-            for (; *keys; ++keys)
-                result.insert(*keys, first++);
-        };
-        row("1234567890-=", 2);
-        row("QWERTYUIOP[]", 16);
-        row("ASDFGHJKL;'`", 30);
-        row("\\ZXCVBNM,./", 43);
-        for (int i = 0; i < 10; ++i)
-            result.insert(Qt::Key_F1 + i, static_cast<quint32>(59 + i));
-        const std::pair<int, quint32> named[] = {
-            {Qt::Key_Escape, 1},   {Qt::Key_Backspace, 14}, {Qt::Key_Tab, 15},
-            {Qt::Key_Backtab, 15}, {Qt::Key_Return, 28},    {Qt::Key_Space, 57},
-            {Qt::Key_F11, 87},     {Qt::Key_F12, 88},       {Qt::Key_Enter, 96},
-            {Qt::Key_Home, 102},   {Qt::Key_Up, 103},       {Qt::Key_PageUp, 104},
-            {Qt::Key_Left, 105},   {Qt::Key_Right, 106},    {Qt::Key_End, 107},
-            {Qt::Key_Down, 108},   {Qt::Key_PageDown, 109}, {Qt::Key_Insert, 110},
-            {Qt::Key_Delete, 111}};
-        for (const auto& [key, code] : named)
-            result.insert(key, code);
-        return result;
-    }();
-    return codes;
+constexpr auto keys = std::to_array<Key>({
+    {1, 53, Qt::Key_Escape},
+    {2, 18, Qt::Key_1},
+    {3, 19, Qt::Key_2},
+    {4, 20, Qt::Key_3},
+    {5, 21, Qt::Key_4},
+    {6, 23, Qt::Key_5},
+    {7, 22, Qt::Key_6},
+    {8, 26, Qt::Key_7},
+    {9, 28, Qt::Key_8},
+    {10, 25, Qt::Key_9},
+    {11, 29, Qt::Key_0},
+    {12, 27, Qt::Key_Minus},
+    {13, 24, Qt::Key_Equal},
+    {14, 51, Qt::Key_Backspace},
+    {15, 48, Qt::Key_Tab},
+    {16, 12, Qt::Key_Q},
+    {17, 13, Qt::Key_W},
+    {18, 14, Qt::Key_E},
+    {19, 15, Qt::Key_R},
+    {20, 17, Qt::Key_T},
+    {21, 16, Qt::Key_Y},
+    {22, 32, Qt::Key_U},
+    {23, 34, Qt::Key_I},
+    {24, 31, Qt::Key_O},
+    {25, 35, Qt::Key_P},
+    {26, 33, Qt::Key_BracketLeft},
+    {27, 30, Qt::Key_BracketRight},
+    {28, 36, Qt::Key_Return},
+    {30, 0, Qt::Key_A},
+    {31, 1, Qt::Key_S},
+    {32, 2, Qt::Key_D},
+    {33, 3, Qt::Key_F},
+    {34, 5, Qt::Key_G},
+    {35, 4, Qt::Key_H},
+    {36, 38, Qt::Key_J},
+    {37, 40, Qt::Key_K},
+    {38, 37, Qt::Key_L},
+    {39, 41, Qt::Key_Semicolon},
+    {40, 39, Qt::Key_Apostrophe},
+    {41, 50, Qt::Key_QuoteLeft},
+    {43, 42, Qt::Key_Backslash},
+    {44, 6, Qt::Key_Z},
+    {45, 7, Qt::Key_X},
+    {46, 8, Qt::Key_C},
+    {47, 9, Qt::Key_V},
+    {48, 11, Qt::Key_B},
+    {49, 45, Qt::Key_N},
+    {50, 46, Qt::Key_M},
+    {51, 43, Qt::Key_Comma},
+    {52, 47, Qt::Key_Period},
+    {53, 44, Qt::Key_Slash},
+    {55, 67, 0},
+    {57, 49, Qt::Key_Space},
+    {59, 122, Qt::Key_F1},
+    {60, 120, Qt::Key_F2},
+    {61, 99, Qt::Key_F3},
+    {62, 118, Qt::Key_F4},
+    {63, 96, Qt::Key_F5},
+    {64, 97, Qt::Key_F6},
+    {65, 98, Qt::Key_F7},
+    {66, 100, Qt::Key_F8},
+    {67, 101, Qt::Key_F9},
+    {68, 109, Qt::Key_F10},
+    {69, 71, 0},
+    {71, 89, 0},
+    {72, 91, 0},
+    {73, 92, 0},
+    {74, 78, 0},
+    {75, 86, 0},
+    {76, 87, 0},
+    {77, 88, 0},
+    {78, 69, 0},
+    {79, 83, 0},
+    {80, 84, 0},
+    {81, 85, 0},
+    {82, 82, 0},
+    {83, 65, 0},
+    {86, 10, 0},
+    {87, 103, Qt::Key_F11},
+    {88, 111, Qt::Key_F12},
+    {96, 76, Qt::Key_Enter},
+    {98, 75, 0},
+    {102, 115, Qt::Key_Home},
+    {103, 126, Qt::Key_Up},
+    {104, 116, Qt::Key_PageUp},
+    {105, 123, Qt::Key_Left},
+    {106, 124, Qt::Key_Right},
+    {107, 119, Qt::Key_End},
+    {108, 125, Qt::Key_Down},
+    {109, 121, Qt::Key_PageDown},
+    {110, 114, Qt::Key_Insert},
+    {111, 117, Qt::Key_Delete},
+    {183, 105, Qt::Key_F13},
+    {184, 107, Qt::Key_F14},
+    {185, 113, Qt::Key_F15},
+    {186, 106, Qt::Key_F16},
+    {187, 64, Qt::Key_F17},
+    {188, 79, Qt::Key_F18},
+    {189, 80, Qt::Key_F19},
+    {190, 90, Qt::Key_F20},
+});
+
+// The keys whose scan codes Windows tells with the extended bit.
+struct ExtendedKey {
+    quint32 scanCode;
+    quint32 kernelCode;
+};
+constexpr auto extendedKeys = std::to_array<ExtendedKey>({
+    {0x11C, 96},
+    {0x135, 98},
+    {0x145, 69},
+    {0x147, 102},
+    {0x148, 103},
+    {0x149, 104},
+    {0x14B, 105},
+    {0x14D, 106},
+    {0x14F, 107},
+    {0x150, 108},
+    {0x151, 109},
+    {0x152, 110},
+    {0x153, 111},
+});
+
+template <class Match>
+int codeWhere(Match matches) {
+    const auto found = std::find_if(keys.begin(), keys.end(), matches);
+    return found == keys.end() ? none : found->code;
+}
+
+int codeOfKernelCode(quint32 kernelCode) {
+    return codeWhere([&](const Key& key) { return key.kernelCode == kernelCode; });
+}
+
+int codeOfQtKey(int qtKey) {
+    if (qtKey == Qt::Key_Backtab)
+        qtKey = Qt::Key_Tab;
+    return codeWhere([&](const Key& key) { return key.qtKey != 0 && key.qtKey == qtKey; });
+}
+
+// By the place of the key. An event that a program made tells none.
+int placeOf(const QKeyEvent& event) {
+    const bool fromKeyboard = event.nativeScanCode() != 0 || event.nativeVirtualKey() != 0 ||
+                              event.nativeModifiers() != 0;
+    if (!fromKeyboard)
+        return codeOfQtKey(event.key());
+#if defined(Q_OS_MACOS)
+    return static_cast<int>(event.nativeVirtualKey());
+#elif defined(Q_OS_WINDOWS)
+    return keyCodeOfWindowsScanCode(event.nativeScanCode());
+#else
+    return event.nativeScanCode() != 0 ? keyCodeOfScanCode(event.nativeScanCode())
+                                       : codeOfQtKey(event.key());
+#endif
 }
 
 bool isModifier(int key) {
@@ -227,7 +243,20 @@ QString charactersOf(const QKeyEvent& event) {
 }  // namespace
 
 int keyCodeOfScanCode(quint32 scanCode) {
-    return scanCode >= 8 && scanCode - 8 < byKernelCode.size() ? byKernelCode[scanCode - 8] : none;
+    constexpr quint32 first = 8;  // where X11 and Wayland begin to count
+    return scanCode > first ? codeOfKernelCode(scanCode - first) : none;
+}
+
+int keyCodeOfWindowsScanCode(quint32 scanCode) {
+    const auto extended =
+        std::find_if(extendedKeys.begin(), extendedKeys.end(),
+                     [&](const ExtendedKey& key) { return key.scanCode == scanCode; });
+    if (extended != extendedKeys.end())
+        return codeOfKernelCode(extended->kernelCode);
+    // The rest stands where the kernel of Linux has it, except that the Pause key says NumLock.
+    constexpr quint32 last = 0x58;
+    constexpr quint32 pause = 0x45;
+    return scanCode <= last && scanCode != pause ? codeOfKernelCode(scanCode) : none;
 }
 
 NativeKey translateKey(const QKeyEvent& event) {
@@ -237,13 +266,13 @@ NativeKey translateKey(const QKeyEvent& event) {
     result.option = modifiers & Qt::AltModifier;
     result.shift = modifiers & Qt::ShiftModifier;
     result.command = modifiers & Qt::ControlModifier;
+#ifdef Q_OS_MACOS
+    constexpr quint32 functionFlag = 1U << 23;
+    result.function = event.nativeModifiers() & functionFlag;
+#endif
     if (isModifier(event.key()))
         return result;
-    if (event.nativeScanCode() != 0)
-        result.code = keyCodeOfScanCode(event.nativeScanCode());
-    else if (const auto code = kernelCodeByKey().constFind(event.key());
-             code != kernelCodeByKey().constEnd())
-        result.code = keyCodeOfScanCode(*code + 8);
+    result.code = placeOf(event);
     result.characters = charactersOf(event).toStdString();
     return result;
 }

@@ -48,11 +48,19 @@ KeyMonitor::KeyMonitor(HotKeyManager& hotkeys, Translate translate)
 bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     // A press reaches the native window first and its widgets after that; the first is the one to
     // take.
-    if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
+    const bool asksForShortcuts = event->type() == QEvent::ShortcutOverride;
+    if ((!asksForShortcuts && event->type() != QEvent::KeyPress) || !watched->isWindowType() ||
         QApplication::activePopupWidget())
         return false;
     const auto& native = static_cast<const QKeyEvent&>(*event);
     const KeyPress press = translate_(native);
+    if (asksForShortcuts) {
+        // Shortcuts are looked up before the press itself comes: a hot key goes before them too.
+        if (belongsToSheet(press) || !hotkeys_.takes(press))
+            return false;
+        event->accept();
+        return true;
+    }
     if (!belongsToSheet(press) && hotkeys_.handleKeyDown(press))
         return true;
     return pressFocusedButton(native);

@@ -70,7 +70,7 @@ KeyCaptureView::KeyCaptureView(KeyCapture& capture, Translate translate, const T
 
 QString KeyCaptureView::shownText() const {
     const auto& recorded = *capture_.keyString;
-    return recorded && !recorded->empty() ? qtext(*recorded) : prompt_;
+    return recorded && !recorded->empty() ? qtext(hotkeyCaption(*recorded)) : prompt_;
 }
 
 QSize KeyCaptureView::sizeHint() const {

@@ -14,8 +14,8 @@ class QKeyEvent;
 namespace tembrix {
 
 // The field in which a user records a hot key: while a capture runs it takes the keyboard and the
-// mouse and shows what was recorded. The owner starts the capture on the KeyCapture, which must
-// outlive the view.
+// mouse. What was recorded shows with the names that stand on the keyboard. The owner starts the
+// capture on the KeyCapture, which must outlive the view.
 class KeyCaptureView final : public QWidget {
     Q_OBJECT
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/utf8_text.h"
@@ -40,6 +41,26 @@ constexpr auto capturedKeys = std::to_array<KeyName>({
     {125, "↓"},     {126, "↑"},       {122, "F1"},   {120, "F2"},        {99, "F3"},  {118, "F4"},
     {96, "F5"},     {97, "F6"},       {98, "F7"},    {100, "F8"},        {101, "F9"}, {109, "F10"},
     {103, "F11"},   {111, "F12"},
+});
+
+// Keys outside both tables that type no character to show: what their recording reads, and their
+// names on a button.
+struct UnprintableKey {
+    int code;
+    std::string_view typed;
+    std::string_view name;
+};
+constexpr auto unprintableKeys = std::to_array<UnprintableKey>({
+    {76, "\x03", "Enter"},
+    {117, "\uF728", "Del"},
+    {105, "\uF710", "F13"},
+    {107, "\uF711", "F14"},
+    {113, "\uF712", "F15"},
+    {106, "\uF713", "F16"},
+    {64, "\uF714", "F17"},
+    {79, "\uF715", "F18"},
+    {80, "\uF716", "F19"},
+    {90, "\uF717", "F20"},
 });
 
 // Characters that a key outside the recording table types with Shift or on a Russian layout, by
@@ -97,6 +118,9 @@ std::string canonicalKey(const std::string& name) {
     for (const auto& entry : typedCharacters)
         if (entry.typed == name)
             return std::string(entry.key);
+    for (const auto& entry : unprintableKeys)
+        if (entry.typed == name)
+            return lookupKey(entry.code);
     // "Key(10)", the name of a key without characters.
     if (int code = 0; name.starts_with("key(") && name.ends_with(')') &&
                       std::from_chars(name.data() + 4, name.data() + name.size() - 1, code).ptr ==
@@ -144,19 +168,43 @@ std::string lookupForm(const KeyModifiers& modifiers, const std::string& key) {
     return text + key;
 }
 
+std::string numberedKey(int code) {
+    return "Key(" + std::to_string(code) + ")";
+}
+
+// As the keyboards of the platform have it.
+std::string printedKeyName(int code) {
+#ifndef __APPLE__
+    if (code == key::deleteKey)
+        return "Backspace";
+    if (code == key::help)
+        return "Insert";
+#endif
+    if (const auto name = textOf(capturedKeys, code))
+        return std::string(*name);
+    for (const auto& entry : unprintableKeys)
+        if (entry.code == code)
+            return std::string(entry.name);
+    return "Key " + std::to_string(code);
+}
+
 std::string capturedKeyName(const KeyPress& press) {
     if (const auto name = textOf(capturedKeys, press.code))
         return std::string(*name);
     if (press.characters.empty())
-        return "Key(" + std::to_string(press.code) + ")";
+        return numberedKey(press.code);
     if (press.characters == " ")
         return "Space";
     // On some layouts a key types what names another place; there the key's own text is recorded,
     // so that the same key answers later.
-    const auto place = textOf(lookupKeys, press.code);
-    if (place && canonicalKey(lowerCased(press.characters)) != *place &&
-        isLookupKey(canonicalKey(lowerCased(press.characters))))
-        return std::string(*place);
+    const auto typed = canonicalKey(lowerCased(press.characters));
+    if (isLookupKey(typed)) {
+        const auto place = textOf(lookupKeys, press.code);
+        if (place && typed != *place)
+            return std::string(*place);
+        if (press.code == key::besideLeftShift)
+            return numberedKey(press.code);
+    }
     return upperCased(press.characters);
 }
 
@@ -193,14 +241,22 @@ std::string canonicalHotkey(std::string_view stored) {
 }
 
 std::string hotkeyCaption(std::string_view stored) {
-    const auto [modifiers, key] = parse(stored);
-    std::string caption;
+    auto [modifiers, key] = parse(stored);
     // The modifiers as they are printed on the keyboards of the platform.
 #ifdef __APPLE__
     constexpr std::string_view control = "⌃", option = "⌥", command = "⌘";
 #else
     constexpr std::string_view control = "Meta+", option = "Alt+", command = "Ctrl+";
 #endif
+    // Modifiers alone, with nothing for the last one to hold to.
+    for (const auto& [name, flag] :
+         {std::pair("⌘", &KeyModifiers::command), std::pair("⌥", &KeyModifiers::option),
+          std::pair("⌃", &KeyModifiers::control), std::pair("⇧", &KeyModifiers::shift)})
+        if (key == name) {
+            modifiers.*flag = true;
+            key.clear();
+        }
+    std::string caption;
     if (modifiers.control)
         caption += control;
     if (modifiers.command)
@@ -209,12 +265,12 @@ std::string hotkeyCaption(std::string_view stored) {
         caption += option;
     if (modifiers.shift)
         caption += "⇧";
+    if (key.empty() && caption.ends_with('+'))
+        caption.pop_back();
     if (int code = 0;
         key.starts_with("key-") &&
-        std::from_chars(key.data() + 4, key.data() + key.size(), code).ec == std::errc{}) {
-        const auto name = textOf(capturedKeys, code);
-        return caption + (name ? std::string(*name) : "Key " + std::to_string(code));
-    }
+        std::from_chars(key.data() + 4, key.data() + key.size(), code).ec == std::errc{})
+        return caption + printedKeyName(code);
     return caption + upperCased(key);
 }
 

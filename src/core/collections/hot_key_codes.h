@@ -10,8 +10,9 @@ namespace tembrix {
 // Keys by their place on the keyboard, in the virtual key codes of the key tables. Adapters
 // translate the native scan codes into them.
 namespace key {
-inline constexpr int z = 6, c = 8, v = 9, returnKey = 36, tab = 48, space = 49, deleteKey = 51,
-                     escape = 53, left = 123, right = 124, down = 125, up = 126;
+inline constexpr int z = 6, c = 8, v = 9, besideLeftShift = 10, returnKey = 36, tab = 48,
+                     space = 49, deleteKey = 51, escape = 53, help = 114, left = 123, right = 124,
+                     down = 125, up = 126;
 }
 
 // Modifiers of a key press. On Linux and Windows Command is Ctrl, and Control is the Meta key.

@@ -64,81 +64,82 @@ void HotKeyManager::clearHotkeys() {
 }
 
 bool HotKeyManager::handleKeyDown(const KeyPress& press) {
-    if (!monitoring_)
-        return false;
-    if (isEditorModeActive_ && !isEditingTextBox_) {
-        if (press.code == key::returnKey) {
-            events_.post(events::EditorEnterKeyPressed{});
-            return true;
-        }
-        if (press.modifiers.command) {
-            switch (press.code) {
-                case key::c:
-                    events_.post(events::EditorCopyKeyPressed{});
-                    return true;
-                case key::v:
-                    events_.post(events::EditorPasteKeyPressed{});
-                    return true;
-                case key::z:
-                    events_.post(events::EditorUndoKeyPressed{});
-                    return true;
-                default:
-                    break;
-            }
-        }
-    }
-    if (press.code == key::space && windows_ && windows_->isControlOrLibraryKey() &&
-        windows_->isProjectWindowActive() && *isEnabled && !*blockedSheetActive) {
-        transport_.togglePlayPause();
-        return true;
-    }
-    return *isEnabled && !*blockedSheetActive && !isEditorModeActive_ &&
-           !*focus_.isAnyTextFieldFocused && lookUp(press);
+    const Meaning meaning = meaningOf(press);
+    if (meaning)
+        meaning();
+    return meaning != nullptr;
 }
 
-bool HotKeyManager::lookUp(const KeyPress& press) {
+HotKeyManager::Meaning HotKeyManager::meaningOf(const KeyPress& press) {
+    if (!monitoring_)
+        return nullptr;
+    if (isEditorModeActive_ && !isEditingTextBox_)
+        if (auto meaning = editorMeaningOf(press))
+            return meaning;
+    if (press.code == key::space && windows_ && windows_->isControlOrLibraryKey() &&
+        windows_->isProjectWindowActive() && *isEnabled && !*blockedSheetActive)
+        return [this] { transport_.togglePlayPause(); };
+    if (!*isEnabled || *blockedSheetActive || isEditorModeActive_ || *focus_.isAnyTextFieldFocused)
+        return nullptr;
+    return lookUp(press);
+}
+
+HotKeyManager::Meaning HotKeyManager::editorMeaningOf(const KeyPress& press) {
+    if (press.code == key::returnKey)
+        return [this] { events_.post(events::EditorEnterKeyPressed{}); };
+    if (!press.modifiers.command)
+        return nullptr;
+    switch (press.code) {
+        case key::c:
+            return [this] { events_.post(events::EditorCopyKeyPressed{}); };
+        case key::v:
+            return [this] { events_.post(events::EditorPasteKeyPressed{}); };
+        case key::z:
+            return [this] { events_.post(events::EditorUndoKeyPressed{}); };
+        default:
+            return nullptr;
+    }
+}
+
+HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
     if (!windows_ || (!windows_->isProjectWindowActive() && !windows_->isViewerActive()))
-        return false;
+        return nullptr;
     const bool viewerMode = windows_->isViewerActive();
     if (press.code == key::space) {
         if (isEditingTextBox_)
-            return false;
+            return nullptr;
         if (viewerMode)
-            events_.post(events::ToggleViewerPlayer{});
-        else
-            transport_.togglePlayPause();
-        return true;
+            return [this] { events_.post(events::ToggleViewerPlayer{}); };
+        return [this] { transport_.togglePlayPause(); };
     }
     if (press.modifiers.shift && press.code == key::right) {
         if (viewerMode)
-            events_.post(events::SeekViewerPlayerForward{});
-        else
-            transport_.seek(transport_.transportTime() + seekStep);
-        return true;
+            return [this] { events_.post(events::SeekViewerPlayerForward{}); };
+        return [this] { transport_.seek(transport_.transportTime() + seekStep); };
     }
     if (press.modifiers.shift && press.code == key::left) {
         if (viewerMode)
-            events_.post(events::SeekViewerPlayerBackward{});
-        else
-            transport_.seek(transport_.transportTime() - seekStep);
-        return true;
+            return [this] { events_.post(events::SeekViewerPlayerBackward{}); };
+        return [this] { transport_.seek(transport_.transportTime() - seekStep); };
     }
     if (*isLabelHotkeyMode) {
         const auto label = labelFor(press);
         if (!label)
-            return false;
-        hotKeySelectedLabelId.set(label->labelId);
-        events_.post(events::LabelHotkeyPressed{label->labelId, label->tagId});
-        return true;
+            return nullptr;
+        return [this, label = *label] {
+            hotKeySelectedLabelId.set(label.labelId);
+            events_.post(events::LabelHotkeyPressed{label.labelId, label.tagId});
+        };
     }
     const auto found = find(registeredHotkeys_, press);
     if (!found)
-        return false;
+        return nullptr;
     // Two turns of the main queue later, after everything that this very press has set off.
-    scheduler_.onMain([&scheduler = scheduler_, &events = events_, tag = *found] {
-        scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
-    });
-    return true;
+    return [&scheduler = scheduler_, &events = events_, tag = *found] {
+        scheduler.onMain([&scheduler, &events, tag] {
+            scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
+        });
+    };
 }
 
 std::optional<HotKeyManager::LabelHotkey> HotKeyManager::labelFor(const KeyPress& press) const {

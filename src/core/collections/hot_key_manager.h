@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -69,6 +70,8 @@ class HotKeyManager final : public HotkeyRegistry {
 
     // The monitor's handler. True swallows the press, false lets it go on to the views.
     bool handleKeyDown(const KeyPress& press);
+    // Whether the press would be swallowed now, for those who would otherwise be asked first.
+    bool takes(const KeyPress& press) { return meaningOf(press) != nullptr; }
 
     Published<bool> isEnabled{true};
     Published<std::optional<std::string>> hotKeySelectedLabelId;
@@ -82,7 +85,11 @@ class HotKeyManager final : public HotkeyRegistry {
     const TagCollection& activeCollection() const { return activeCollection_; }
 
   private:
-    bool lookUp(const KeyPress& press);
+    // What a press sets off as things stand; empty if it belongs to the views.
+    using Meaning = std::function<void()>;
+    Meaning meaningOf(const KeyPress& press);
+    Meaning editorMeaningOf(const KeyPress& press);
+    Meaning lookUp(const KeyPress& press);
     std::optional<LabelHotkey> labelFor(const KeyPress& press) const;
 
     EventBus& events_;

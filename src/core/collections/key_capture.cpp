@@ -29,6 +29,14 @@ bool released(const KeyModifiers& before, const KeyModifiers& now) {
 
 }  // namespace
 
+KeyCapture::KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {
+    // The last capture ended with its modifiers still held, and nobody told of their release.
+    capturing_ = isCapturing.observe([this](bool capturing) {
+        if (capturing)
+            lastFlags_ = {};
+    });
+}
+
 void KeyCapture::keyDown(const KeyPress& press) {
     if (!*isCapturing)
         return;

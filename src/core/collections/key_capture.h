@@ -15,7 +15,7 @@ namespace tembrix {
 // Records one hot key: the logic behind the key capture control.
 class KeyCapture {
   public:
-    explicit KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {}
+    explicit KeyCapture(Scheduler& scheduler);
 
     Published<std::optional<std::string>> keyString;
     Published<bool> isCapturing{false};
@@ -28,6 +28,7 @@ class KeyCapture {
     Scheduler& scheduler_;
     KeyModifiers lastFlags_;
     std::unique_ptr<Timer> end_;
+    Subscription capturing_;
 };
 
 }  // namespace tembrix

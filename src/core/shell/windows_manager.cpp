@@ -140,8 +140,9 @@ bool WindowsManager::isControlOrLibraryKey() const {
            *currentActiveWindow_ != WindowKind::video;
 }
 
+// A sheet or a panel has the keyboard for itself, except that labels are picked by their keys.
 bool WindowsManager::isProjectWindowActive() const {
-    return currentActiveWindow_.has_value();
+    return currentActiveWindow_ && (keyState_ == KeyState::window || *hotkeys_.isLabelHotkeyMode);
 }
 
 void WindowsManager::openFieldMapSelection(const Tag&, const Bytes&, std::function<void(Point)>) {}

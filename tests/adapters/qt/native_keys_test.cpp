@@ -32,6 +32,16 @@ TEST(NativeKeys, EachKeyHasTheCodeOfItsPlace) {
         EXPECT_EQ(keyCodeOfScanCode(scan), code);
     for (const quint32 outside : {0U, 7U, 8U, 120U, 5000U, 0xFFFFFFFFU})
         EXPECT_EQ(keyCodeOfScanCode(outside), -1);
+    // Windows counts the main block alike, and tells arrows from the key pad by one bit.
+    for (quint32 scan = 1; scan <= 0x39; ++scan)
+        EXPECT_EQ(keyCodeOfWindowsScanCode(scan), keyCodeOfScanCode(scan + 8));
+    const std::map<quint32, int> windows = {{0x3B, 122},  {0x44, 109},  {0x57, 103},  {0x58, 111},
+                                            {0x4B, 86},   {0x14B, 123}, {0x14D, 124}, {0x148, 126},
+                                            {0x150, 125}, {0x147, 115}, {0x14F, 119}, {0x149, 116},
+                                            {0x151, 121}, {0x152, 114}, {0x153, 117}, {0x11C, 76},
+                                            {0x56, 10},   {0x145, 71},  {0x45, -1},   {0x15B, -1}};
+    for (const auto& [scan, code] : windows)
+        EXPECT_EQ(keyCodeOfWindowsScanCode(scan), code) << scan;
     std::map<int, quint32> seen;
     for (quint32 scan = 8; scan < 200; ++scan) {
         const int code = keyCodeOfScanCode(scan);

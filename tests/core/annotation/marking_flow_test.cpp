@@ -162,6 +162,15 @@ TEST_F(MarkingFlowTest, APressRightAfterAStampIsNotOvertakenByItsTimers) {
     EXPECT_FALSE(playhead.playing);
 }
 
+TEST_F(MarkingFlowTest, ASecondTagStruckBeforeTheSheetIsUpDoesNotTakeItsAnswer) {
+    project.addLine("Attack");
+    flow.handleTagHotkey(project.known("goal"));
+    flow.handleTagHotkey(project.known("pass"));
+    flow.completeSheet({"own"});
+    ASSERT_THAT(project.stamps(), SizeIs(1));
+    EXPECT_EQ(project.stamps()[0].idTag, "goal");
+}
+
 TEST_F(MarkingFlowTest, IntervalsOpenAndCloseEachByItself) {
     project.addLine("Attack");
     playhead.time = 10;

@@ -77,9 +77,17 @@ TEST(HotKeyForms, LivePressesAndCapturesOfTheSameKeyMeetInOneForm) {
     EXPECT_EQ(capturedForm(press(10)), "Key(10)");
     EXPECT_EQ(canonicalHotkey("Key(10)"), "key-10");
     EXPECT_EQ(canonicalHotkey("cmd+Shift+A"), "shift+cmd+a");
-    EXPECT_EQ(hotkeyCaption("shift+a"), "⇧A");
-    EXPECT_EQ(hotkeyCaption("Fn+F5"), "F5");
-    EXPECT_EQ(hotkeyCaption("key-36"), "Return");
+    // A key that types what names another place answers by itself; keys that type nothing to show
+    // have names.
+    EXPECT_EQ(capturedForm(press(10, {}, "<")), "Key(10)");
+    EXPECT_EQ(canonicalHotkey(capturedForm(press(117, shift, "\uF728"))), "shift+key-117");
+    const std::map<std::string, std::string> captions{
+        {"shift+a", "⇧A"},    {"Fn+F5", "F5"},
+        {"key-36", "Return"}, {"⌘+⇧+\uF728", "Ctrl+⇧Del"},
+        {"\x03", "Enter"},    {"⌘+Delete", "Ctrl+Backspace"},
+        {"⌘", "Ctrl"},        {"", ""}};
+    for (const auto& [stored, caption] : captions)
+        EXPECT_EQ(hotkeyCaption(stored), caption);
 }
 
 TEST(HotKeyForms, KeysGoByTheirPlaceOnARussianLayoutToo) {
@@ -141,7 +149,7 @@ TEST_F(HotKeys, GatesHoldKeysBack) {
 
     events.post(events::AddLineSheetAppeared{});
     silent("a sheet with a text field");
-    EXPECT_FALSE(hotkeys.handleKeyDown(press(key::space)));
+    EXPECT_FALSE(hotkeys.takes(press(key::space)));
     events.post(events::EditTimelineSheetAppeared{});
     events.post(events::SheetDismissed{});
 
@@ -151,6 +159,7 @@ TEST_F(HotKeys, GatesHoldKeysBack) {
     hotkeys.stopMonitoring();
     silent("no project");
     hotkeys.startMonitoring();
+    EXPECT_TRUE(hotkeys.takes(press(0)) && hotkeys.takes(press(key::space)));  // and does nothing
     EXPECT_EQ(pressed(press(0)), "tag");
     EXPECT_EQ(transport.toggles, 1);
 }
@@ -246,6 +255,10 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     scheduler.advance(0.05);
     EXPECT_EQ(**capture.keyString, "⌘+A");
 
+    // The last capture ended while its modifier was still held; its release is no hot key.
+    capture.isCapturing.set(true);
+    capture.keyDown(press(0, command, "a"));
+    scheduler.advance(0.05);
     capture.isCapturing.set(true);
     capture.modifiersChanged(shift);
     capture.modifiersChanged({});
