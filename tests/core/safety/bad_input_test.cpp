@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/files.h"
+#include "base/uuid.h"
 
 #include "core/collections/standard_collections.h"
 #include "core/records/codec.h"
@@ -162,8 +163,9 @@ TEST_F(BadInput, AClockSetBackRestoresNothing) {
     EXPECT_TRUE(fs::exists(program->storage.timelineFile(video))) << "timers go by elapsed time";
 }
 
-TEST_F(BadInput, ABrokenListInTheBackupCostsTheListAloneAndIsReplaced) {
+TEST_F(BadInput, ABrokenListOrRecordInTheBackupCostsItselfAloneAndIsReplaced) {
     spoil(plist());
+    spoil(machine.backup() / "Timelines/BROKEN.json");
     machine.defaults = std::make_unique<MemoryUserDefaults>();
     fs::remove_all(machine.documents());
     restart();
@@ -187,6 +189,37 @@ TEST_F(BadInput, ABackupOfNothingReplacesNothing) {
     EXPECT_TRUE(logged("⚠️ DataSync: CollectionsBookmarks.json not found in backup"));
     expectAllThere();
     EXPECT_TRUE(fs::exists(program->storage.timelineFile(video)));
+}
+
+TEST_F(BadInput, WhatIsOfTheWrongKindInTheBackupReplacesNothing) {
+    const fs::path copies = machine.backup() / "Tembrix-Stat/Collections";
+    fs::remove_all(copies);
+    spoil(copies, "a file where the folder should be");
+    spoil(machine.backup() / "CollectionsBookmarks.json");
+    program->sync.restoreFromBackup();
+    program->scheduler.run();
+    EXPECT_TRUE(logged("❌ DataSync: Error restoring collections - "));
+    EXPECT_TRUE(logged("❌ DataSync: Error restoring CollectionsBookmarks.json - "));
+    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / "tags.json"));
+    expectAllThere();
+}
+
+TEST_F(BadInput, WhatAKilledWriteLeftGoesAtTheNextLaunch) {
+    const std::string left = ".new-" + freshId();
+    const fs::path places[] = {index().parent_path(),
+                               program->storage.timelinesFolder(),
+                               program->storage.collectionsFolder() / hockey.id,
+                               machine.backup(),
+                               machine.backup() / "Timelines",
+                               machine.backup() / "Tembrix-Stat/Collections" / hockey.id};
+    for (const auto& place : places)
+        spoil(place / left);
+    spoil(places[1] / ".new-notes", "the user's own");
+    restart();
+    for (const auto& place : places)
+        EXPECT_FALSE(fs::exists(place / left)) << place;
+    EXPECT_TRUE(fs::exists(places[1] / ".new-notes"));
+    expectAllThere();
 }
 
 // The write that a termination started comes after the restore put another index in place.

@@ -142,20 +142,6 @@ TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolder
     EXPECT_TRUE(logged(project.log, "Collection folder missing in Documents: Football"));
 }
 
-TEST_F(DataSyncTest, ABrokenRecordOrListCostsOnlyItself) {
-    const auto id = project.addVideo();
-    project.storage.saveTimeline(oneLine("Attack"), id);
-    sync.backUpNow();
-    ASSERT_TRUE(replaceFile(sync.backupTimelinesFolder() / "BROKEN.json", toBytes("{")).ok());
-    ASSERT_TRUE(replaceFile(sync.backupRoot() / "UserDefaultsBackup.plist", toBytes("junk")).ok());
-    project.defaults.remove("timeline_" + id);
-    fs::remove_all(documents() / "Timelines");
-    sync.restoreFromBackup();
-    EXPECT_EQ(project.storage.loadTimeline(id).size(), 1U);
-    EXPECT_TRUE(logged(project.log, "❌ DataSync: Error restoring UserDefaults - "));
-    EXPECT_EQ(project.library.videosData().size(), 1U);
-}
-
 TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFoldersAgain) {
     const auto id = project.addVideo();
     project.storage.saveTimeline(oneLine("Attack"), id);

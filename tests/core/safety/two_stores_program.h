@@ -23,6 +23,7 @@ struct Machine {
     std::unique_ptr<MemoryUserDefaults> defaults = std::make_unique<MemoryUserDefaults>();
     MemoryKeychain keychain;
     FakeBookmarks bookmarks;
+    bool libraryComesLate = false;  // after the launch work, not before it
 
     std::filesystem::path documents() const { return folder.path() / "Documents/Tembrix-Stat"; }
     std::filesystem::path backup() const {
@@ -55,6 +56,8 @@ struct RunningProgram {
             events.post(events::CollectionDataChanged{});
         });
         sync.syncOnLaunch();
+        if (machine.libraryComesLate)
+            scheduler.run();
         library.start();
         scheduler.run();
     }

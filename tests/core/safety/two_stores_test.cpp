@@ -124,6 +124,7 @@ class TwoLives {
     void did(const std::string& what) { story_ += (story_.empty() ? "" : ", ") + what; }
 
     void launch() {
+        machine_.libraryComesLate = below(2) == 0;
         program_ = std::make_unique<RunningProgram>(machine_);
         model_.launch();
     }
