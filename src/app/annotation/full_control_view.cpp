@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QShortcut>
 #include <QToolButton>
@@ -107,9 +108,9 @@ void FullControlView::hideEvent(QHideEvent* event) {
 
 bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
     // A press reaches the native window first and its widgets after that; the first is the one to
-    // take. Both delete keys of a keyboard count.
+    // take. Both delete keys of a keyboard count. Sheets and panels keep their keys.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
-        QApplication::activePopupWidget())
+        QApplication::activePopupWidget() || qobject_cast<QDialog*>(QApplication::activeWindow()))
         return false;
     const auto* press = static_cast<QKeyEvent*>(event);
     if (press->key() == Qt::Key_F10 && press->modifiers() == Qt::ShiftModifier)

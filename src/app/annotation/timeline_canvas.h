@@ -92,7 +92,7 @@ class TimelineCanvas final : public QWidget {
     QRectF headerArea() const;
     QRectF rowsArea() const;
     std::optional<TimelineHit> hitAt(QPointF position) const;
-    void showPointer(QPointF position);
+    void showPointer(const QMouseEvent& event);  // its shape, and what lies under it
     void dragTo(QPointF position);
     QPointF beyond(QPointF position) const;
     bool handleGesture(QEvent* event);

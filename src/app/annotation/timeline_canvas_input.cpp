@@ -50,11 +50,7 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
         beyondTimer_.stop();
         model_.cancelGesture();
     }
-    showPointer(at);
-    if (!isActiveWindow())
-        return;
-    const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
-    model_.hover(static_cast<double>(event->timestamp()) / 1000, at.x() + scrollX_, fromTop, axis_);
+    showPointer(*event);
 }
 
 QPointF TimelineCanvas::beyond(QPointF at) const {
@@ -127,7 +123,7 @@ void TimelineCanvas::mouseReleaseEvent(QMouseEvent* event) {
     } else if (std::holds_alternative<Moving>(press) && model_.move()) {
         model_.endMove(event->position().y() - rowArea(model_.move()->row()).top());
     }
-    showPointer(event->position());
+    showPointer(*event);
 }
 
 void TimelineCanvas::leaveEvent(QEvent* event) {
@@ -135,14 +131,19 @@ void TimelineCanvas::leaveEvent(QEvent* event) {
     QWidget::leaveEvent(event);
 }
 
-void TimelineCanvas::showPointer(QPointF position) {
-    const auto hit = hitAt(position);
+void TimelineCanvas::showPointer(const QMouseEvent& event) {
+    const QPointF at = event.position();
+    const auto hit = hitAt(at);
     if (hit && hit->grip)
         setCursor(Qt::SizeHorCursor);
     else if (hit && hit->stamp)
         setCursor(Qt::PointingHandCursor);
     else
         unsetCursor();
+    if (!isActiveWindow())
+        return;
+    const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
+    model_.hover(static_cast<double>(event.timestamp()) / 1000, at.x() + scrollX_, fromTop, axis_);
 }
 
 bool TimelineCanvas::event(QEvent* event) {

@@ -112,6 +112,7 @@ QMenu { color: @text; background: @raised; border: 1px solid @line; padding: 4px
 QMenu::item { padding: 5px 20px 5px 12px; border-radius: 4px; }
 QMenu::item:selected { background: @accent; color: @onAccent; }
 QMenu::item:disabled { color: @disabledText; background: transparent; }
+QMenu#stampMenu::item:disabled { color: @secondaryText; }
 QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
 QMenuBar { color: @text; background: @background; }
 QMenuBar::item { padding: 4px 8px; background: transparent; border-radius: 4px; }

@@ -52,7 +52,7 @@ TEST_F(TimelinesAreaTest, ZoomKeepsThePlayheadInPlaceAndRowsScrollInStep) {
 TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
     for (int i = 0; i < 8; ++i)
         view->model().zoomIn();
-    auto* bar = view->findChild<QScrollBar*>();
+    QScrollBar* bar = nullptr;
     for (auto* each : view->findChildren<QScrollBar*>())
         bar = each->parent() == canvas->parent() && each->orientation() == Qt::Horizontal ? each
                                                                                           : bar;
