@@ -74,6 +74,10 @@ TEST_F(MarkingFlowTest, OrdinaryPressStopsTheVideoStampsAndGoesOn) {
     project.scheduler.advance(1);
     EXPECT_THAT(project.stamps()[1].timeEvents, SizeIs(2));
     EXPECT_FALSE(playhead.playing);
+
+    playhead.duration = 0;  // no item: every stamp ends in the first second
+    press("pass");
+    EXPECT_EQ(project.stamps()[2].timeFinishSeconds, 1);
 }
 
 TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
@@ -90,14 +94,6 @@ TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
     project.addLine("Attack");
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::selection);
-}
-
-TEST_F(MarkingFlowTest, WithoutAnItemEveryStampEndsInTheFirstSecond) {
-    project.addLine("Attack");
-    playhead.duration = 0;
-    playhead.time = 3;
-    press("pass");
-    EXPECT_EQ(project.stamps()[0].timeFinishSeconds, 1);
 }
 
 TEST_F(MarkingFlowTest, TagBasedModeMakesALinePerTagAndLeavesTheSelection) {

@@ -1,0 +1,120 @@
+#include "app/shell/key_monitor.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QMenu>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTest>
+#include <QVBoxLayout>
+#include <gtest/gtest.h>
+#include <map>
+
+#include "fakes/virtual_scheduler.h"
+
+namespace tembrix {
+namespace {
+
+struct ProjectHasTheKeyboard final : KeyWindows {
+    bool isControlOrLibraryKey() const override { return false; }
+    bool isProjectWindowActive() const override { return true; }
+    bool isViewerActive() const override { return false; }
+};
+
+struct NoPlayer final : KeyTransport {
+    void togglePlayPause() override {}
+    double transportTime() const override { return 0; }
+    void seek(double) override {}
+};
+
+// The few keys of this test in the key tables' terms.
+KeyPress translate(const QKeyEvent& event) {
+    const std::map<int, int> codes{
+        {Qt::Key_Z, key::z}, {Qt::Key_K, 40}, {Qt::Key_Space, key::space}};
+    const auto found = codes.find(event.key());
+    KeyModifiers modifiers;
+    modifiers.command = event.modifiers() & Qt::ControlModifier;
+    return {found == codes.end() ? -1 : found->second, modifiers, ""};
+}
+
+struct KeyMonitorTest : testing::Test {
+    ProjectHasTheKeyboard windows;
+    NoPlayer player;
+    EventBus events;
+    VirtualScheduler scheduler;
+    FocusStateManager focus;
+    HotKeyManager hotkeys{events, scheduler, focus, player};
+    KeyMonitor monitor{hotkeys, &translate};
+    QWidget window;
+    QPushButton* button = new QPushButton("Button", &window);
+    int undone = 0;
+    int zoomed = 0;
+    int clicked = 0;
+    std::vector<std::string> tags;
+    Subscription struck = events.observe<events::ShowLabelSheet>(
+        [this](const events::ShowLabelSheet& event) { tags.push_back(event.tag.name); });
+
+    void SetUp() override {
+        Tag tag;
+        tag.id = tag.name = "tag";
+        tag.hotkey = "⌘+Z";
+        hotkeys.registerHotkeys({tag}, TagCollection::standard());
+        hotkeys.setKeyWindows(&windows);
+        (new QVBoxLayout(&window))->addWidget(button);
+        const auto count = [](int& times) { return [&times] { ++times; }; };
+        QObject::connect(new QShortcut(QKeySequence("Ctrl+Z"), &window), &QShortcut::activated,
+                         &window, count(undone));
+        QObject::connect(new QShortcut(QKeySequence("Ctrl+K"), &window), &QShortcut::activated,
+                         &window, count(zoomed));
+        QObject::connect(button, &QPushButton::clicked, &window, count(clicked));
+        show(window);
+    }
+    static void show(QWidget& top) {
+        top.show();
+        top.activateWindow();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &top; }));
+    }
+    // From the window system on, as a real press comes.
+    void strike(QWidget& top, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(top.windowHandle(), key, modifiers);
+        scheduler.run();
+    }
+};
+
+TEST_F(KeyMonitorTest, AHotKeyGoesBeforeAShortcutAndLeavesTheOthers) {
+    strike(window, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(tags, std::vector<std::string>{"tag"});
+    EXPECT_EQ(undone, 0);
+    strike(window, Qt::Key_K, Qt::ControlModifier);
+    EXPECT_EQ(zoomed, 1);
+    hotkeys.clearHotkeys();
+    strike(window, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(undone, 1);
+    EXPECT_EQ(tags.size(), 1u);
+}
+
+TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
+    button->setFocus();
+    strike(window, Qt::Key_Return);
+    EXPECT_EQ(clicked, 1);
+
+    QDialog sheet(&window);
+    auto* box = new QCheckBox("Box", &sheet);
+    (new QVBoxLayout(&sheet))->addWidget(box);
+    show(sheet);
+    box->setFocus();
+    strike(sheet, Qt::Key_Space);
+    EXPECT_TRUE(box->isChecked());
+    sheet.close();
+
+    QMenu menu(&window);
+    menu.addAction("Action");
+    menu.popup(window.mapToGlobal(QPoint()));
+    strike(window, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(tags.empty());
+    menu.close();
+}
+
+}  // namespace
+}  // namespace tembrix
