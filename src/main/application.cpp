@@ -6,6 +6,8 @@
 #include <QMenuBar>
 #include <QVBoxLayout>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 #include "base/files.h"
 
@@ -49,26 +51,47 @@ constexpr QSize listSize{1080, 720};
 KeyPress keyPress(const QKeyEvent& event) {
     NativeKey native = translateKey(event);
     return {native.code,
-            {native.control, native.option, native.shift, native.command},
+            {native.control, native.option, native.shift, native.command, native.function},
             std::move(native.characters)};
 }
 
 }  // namespace
 
-struct Application::Parts {
+namespace {
+
+// What the launch synchronisation needs. It starts here, before anything else reads the data.
+struct Foundation {
+    Foundation() {
+        storage.setCollectionIndex(&index);
+        dataSync.syncOnLaunch();
+    }
+    ~Foundation() { storage.setCollectionIndex(nullptr); }
+
+    StandardLog log;
+    Directories directories = qtDirectories();
+    QtScheduler scheduler;
+    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    FileKeychain keychain{programStateFolder() / "keychain", log};
+    FileBookmarks bookmarks;
+    PlistPropertyList propertyLists;
+    EventBus events;
+    InMemoryStorageManager storage{defaults, scheduler, directories, log};
+    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
+    DataSyncManager dataSync{DataSyncServices{defaults, storage, index, bookmarks, propertyLists,
+                                              scheduler, directories, log}};
+};
+
+}  // namespace
+
+struct Application::Parts : Foundation {
     explicit Parts(const std::filesystem::path& resources);
     ~Parts();
 
     QtWindowFactory::Content makeContent(WindowKind kind, QWidget* parent);
     void makeListWindow();
 
-    StandardLog log;
-    Directories directories = qtDirectories();
+    std::filesystem::path resources;
     std::string language = systemLanguage();
-    QtScheduler scheduler;
-    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
-    FileKeychain keychain{programStateFolder() / "keychain", log};
-    FileBookmarks bookmarks;
     FileTexts texts;
     QtLocale locale{language};
     QtImageCodec images;
@@ -76,17 +99,11 @@ struct Application::Parts {
     QtPictureRenderer pictures{theme::font().families()};
     QtProcessRunner processes;
     QtPanels panels{texts};
-    PlistPropertyList propertyLists;
     FfmpegMedia media;
     FfmpegMovieRenderer renderer;
     MpvPlayerFactory players{media};
 
-    EventBus events;
     FocusStateManager focus;
-    InMemoryStorageManager storage{defaults, scheduler, directories, log};
-    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
-    DataSyncManager dataSync{DataSyncServices{defaults, storage, index, bookmarks, propertyLists,
-                                              scheduler, directories, log}};
     CollectionServices collections{storage, index, bookmarks, scheduler, events, texts, log};
     VideoFilesManager library{storage, bookmarks, directories, texts, log};
     VideosPreviewManager previews{media, images, scheduler, directories};
@@ -112,17 +129,17 @@ struct Application::Parts {
         [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); }};
     WindowsManager windows{library,    storage,       timeline, player, hotkeys,
                            tagLibrary, windowFactory, events,   texts};
-    VideosViewModel videos;
     KeyMonitor keyMonitor{hotkeys, &keyPress};
+    QuitKeys quitKeys{texts};
+    std::optional<VideosViewModel> videos;
     std::unique_ptr<MarkingFlow> marking;  // of the open tag panel
     std::unique_ptr<QWidget> listWindow;
 };
 
-Application::Parts::Parts(const std::filesystem::path& resources)
-    : texts(resources / "texts", language, log),
-      tagLibrary(collections, resources / "collections", locale),
-      videos(library, previews, windows, panels, scheduler, texts, locale, resources / "guides") {
-    storage.setCollectionIndex(&index);
+Application::Parts::Parts(const std::filesystem::path& resourceFolder)
+    : resources(resourceFolder),
+      texts(resources / "texts", language, log),
+      tagLibrary(collections, resources / "collections", locale) {
     tagLibrary.setHotkeyRegistry(&hotkeys);
     library.setDeletedTimelineKeeper(&dataSync);
     dataSync.setRestored([this] {
@@ -143,11 +160,9 @@ Application::Parts::~Parts() {
     if (!scheduler.drain(quitPatience))
         std::_Exit(0);
     tagLibrary.setHotkeyRegistry(nullptr);
-    storage.setCollectionIndex(nullptr);
 }
 
 QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
-    addQuitKey(texts, parent);
     switch (kind) {
         case WindowKind::video:
             return {new VideoPlayerView(services, parent), {}};
@@ -162,6 +177,9 @@ QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidge
 }
 
 void Application::Parts::makeListWindow() {
+    library.start();
+    videos.emplace(library, previews, windows, panels, scheduler, texts, locale,
+                   resources / "guides");
     listWindow = std::make_unique<QWidget>();
     listWindow->setObjectName(QStringLiteral("list"));
     listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));
@@ -170,7 +188,7 @@ void Application::Parts::makeListWindow() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->setMenuBar(makeMainMenu(texts, listWindow.get()));
-    layout->addWidget(new VideosView(videos, services, dataSync));
+    layout->addWidget(new VideosView(*videos, services, dataSync));
     listWindow->resize(listSize);
 }
 
@@ -178,19 +196,24 @@ void Application::prepare() {
     MpvPlayerFactory::prepareApplication();
 }
 
-Application::Application(const std::filesystem::path& resources)
-    : parts_(std::make_unique<Parts>(resources)) {}
+Application::Application(std::filesystem::path resources) : resources_(std::move(resources)) {}
 
 Application::~Application() = default;
 
 void Application::start() {
-    parts_->dataSync.syncOnLaunch();
+    parts_ = std::make_unique<Parts>(resources_);
     theme::applyTheme(*qApp);
     installDialogTexts(*qApp, parts_->language);
-    parts_->library.start();
-    parts_->videos.send(videos::RefreshFiles{});
     parts_->makeListWindow();
     parts_->listWindow->show();
+}
+
+void Application::bringForward() {
+    QWidget& list = listWindow();
+    list.setWindowState(list.windowState() & ~Qt::WindowMinimized);
+    list.show();
+    list.raise();
+    list.activateWindow();
 }
 
 QWidget& Application::listWindow() {

@@ -20,17 +20,20 @@ class Application {
     static void prepare();
 
     // `resources` holds texts, collections and guides.
-    explicit Application(const std::filesystem::path& resources);
+    explicit Application(std::filesystem::path resources);
     ~Application();
 
-    // The launch: synchronisation in the background, appearance, menu, the list window.
+    // The launch: synchronisation in the background, then the services, appearance, menu and the
+    // list window. Called once, before anything below.
     void start();
+    void bringForward();  // the list window, also one that was closed
 
     QWidget& listWindow();
     const AppServices& services() const;
 
   private:
     struct Parts;
+    std::filesystem::path resources_;
     std::unique_ptr<Parts> parts_;
 };
 

@@ -38,6 +38,10 @@ void installDialogTexts(QApplication& application, const std::string& language) 
     if (translator->load(QLocale(QString::fromStdString(language)), "qtbase", "_",
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         application.installTranslator(translator);
+    // Dates and numbers in fields read as the texts around them.
+    const QLocale ofTexts(QString::fromStdString(language));
+    if (QLocale::system().language() != ofTexts.language())
+        QLocale::setDefault(ofTexts);
 }
 
 std::string QtLocale::identifier() const {

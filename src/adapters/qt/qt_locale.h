@@ -16,7 +16,8 @@ std::string chooseLanguage(const QStringList& uiLanguages);
 // The same for the user of this session, by the environment.
 std::string systemLanguage();
 
-// Puts the texts of the toolkit's own dialogs into the language, where the system has them.
+// Puts the texts of the toolkit's own dialogs into the language, where the system has them, and the
+// dates and numbers of fields, where the system's are in another.
 void installDialogTexts(QApplication& application, const std::string& language);
 
 class QtLocale final : public Locale {

@@ -135,11 +135,16 @@ void VideosView::showState(const VideosState& state) {
 
 void VideosView::showList() {
     const QModelIndex before = list_->currentIndex();
+    const bool sameQuestion =
+        shownSearch_ == search_->text() && shownFilter_ == filter_->chosen() && before.isValid();
+    shownSearch_ = search_->text();
+    shownFilter_ = filter_->chosen();
     const std::string chosen = before.isValid() ? model_->file(before).videoData.id : std::string();
     model_->show(utf8Text(search_->text()), static_cast<VideoFilter>(filter_->chosen()));
     QModelIndex current = model_->indexOf(chosen);
+    // After a deletion the hand stays where it was; a new search begins at its first find.
     if (!current.isValid())
-        current = model_->index(0);
+        current = model_->index(sameQuestion ? qMin(before.row(), model_->rowCount() - 1) : 0);
     list_->setCurrentIndex(current);
 
     const bool noVideos = viewModel_.state->files.empty();

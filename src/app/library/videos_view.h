@@ -62,6 +62,8 @@ class VideosView final : public QWidget {
     QListView* list_ = nullptr;
     QLabel* emptyTitle_ = nullptr;
     QLabel* emptyHint_ = nullptr;
+    QString shownSearch_;
+    int shownFilter_ = 0;
     QPointer<Sheet> sheet_;  // one at a time
     Subscription state_;
 };

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
+#include <QEvent>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -12,9 +13,11 @@ namespace tembrix {
 
 namespace {
 
+constexpr QLatin1String quitName("macQuitAppTitle");
+
 QAction* makeQuitAction(const Texts& texts, QObject* parent) {
     auto* quit = new QAction(QString::fromStdString(texts.text("macQuitAppTitle")), parent);
-    quit->setObjectName(QStringLiteral("macQuitAppTitle"));
+    quit->setObjectName(quitName);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     QObject::connect(quit, &QAction::triggered, qApp, &quitProgram);
     return quit;
@@ -33,16 +36,28 @@ QMenuBar* makeMainMenu(const Texts& texts, QWidget* parent) {
     return bar;
 }
 
-void addQuitKey(const Texts& texts, QWidget* window) {
-    window->addAction(makeQuitAction(texts, window));
+QuitKeys::QuitKeys(const Texts& texts) : texts_(texts) {
+    qApp->installEventFilter(this);
+}
+
+bool QuitKeys::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Show)
+        return false;
+    auto* window = qobject_cast<QWidget*>(watched);
+    const bool takesKeys =
+        window && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
+    if (takesKeys && !window->findChild<QAction*>(quitName))
+        window->addAction(makeQuitAction(texts_, window));
+    return false;
 }
 
 void quitProgram() {
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (auto* dialog = qobject_cast<QDialog*>(window))
+        if (auto* dialog = qobject_cast<QDialog*>(window); dialog && dialog->isVisible())
             dialog->reject();
     }
-    QApplication::quit();
+    // Not quit(), which asks each window to close: a sheet at work or an open editor refuses.
+    QApplication::exit();
 }
 
 }  // namespace tembrix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+
 class QMenuBar;
 class QWidget;
 
@@ -7,13 +9,21 @@ namespace tembrix {
 
 class Texts;
 
-// The program's one menu with its one item, quit. Quitting ends sheets and panels first and never
-// asks.
+// The program's one menu with its one item, quit.
 QMenuBar* makeMainMenu(const Texts& texts, QWidget* parent);
 
-// Makes the quit key work in a window that has no menu of its own.
-void addQuitKey(const Texts& texts, QWidget* window);
+// Makes the quit key work in every window, sheet and panel, whichever has the keyboard. A modal
+// sheet would otherwise keep the menu's key from the menu.
+class QuitKeys final : public QObject {
+  public:
+    explicit QuitKeys(const Texts& texts);
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
+  private:
+    const Texts& texts_;
+};
+
+// Ends sheets and panels, then the program. Never asks, and nothing can refuse.
 void quitProgram();
 
 }  // namespace tembrix

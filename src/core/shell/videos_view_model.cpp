@@ -4,15 +4,16 @@
 #include <utility>
 
 #include "base/file_dates.h"
-#include "base/files.h"
+#include "base/file_url.h"
 #include "base/utf8_text.h"
 
 namespace tembrix {
 
 namespace {
 
-const std::vector<std::string> videoExtensions{"mp4",  "mov", "avi", "mkv",  "m4v", "mpg",
-                                               "mpeg", "ts",  "mts", "webm", "wmv", "flv"};
+const std::vector<std::string> videoExtensions{"mp4",  "mov", "avi", "mkv",  "m4v",  "mpg",
+                                               "mpeg", "ts",  "mts", "m2ts", "webm", "wmv",
+                                               "flv",  "mxf", "3gp", "vob",  "ogv",  "dv"};
 
 template <class... Handlers>
 struct Overloaded : Handlers... {
@@ -138,7 +139,7 @@ void VideosViewModel::filePicked(const std::filesystem::path& file) {
     state.update([&](VideosState& s) {
         s.videoMetadata = VideoMetadata{};
         s.videoMetadata.dateTime = scheduler_.now();
-        s.videoMetadata.urlString = pathText(file);
+        s.videoMetadata.urlString = fileUrl(file);
         s.showMetadataSheet = true;
     });
 }
@@ -154,19 +155,24 @@ void VideosViewModel::saveMatch(const videos::SaveVideoMetadata& action) {
         return;
     }
     const VideoMetadata match{action.team1, action.team2, action.score, action.date,
-                              pathText(*action.url)};
+                              fileUrl(*action.url)};
     const auto added = files_.addVideoNamed(*action.url, videoName(match));
     if (!added) {
         showError(texts_.text("alertsFileErrorTitle"));
         return;
     }
-    const auto video = files_.resolveVideoURL(added->videoData.bookmark);
+    makePreview(added->videoData.id);
+}
+
+void VideosViewModel::makePreview(const std::string& videoId) {
+    const VideosData* entry = files_.findById(videoId);
+    const auto video = entry ? files_.resolveVideoURL(entry->bookmark) : std::nullopt;
     if (!video)
         return;
-    previews_.makePreview(*video, [this, weak = std::weak_ptr(alive_), id = added->videoData.id](
-                                      Result<std::shared_ptr<const ImageBuffer>> preview) {
+    previews_.makePreview(*video, [this, weak = std::weak_ptr(alive_),
+                                   videoId](Result<std::shared_ptr<const ImageBuffer>> preview) {
         if (!weak.expired() && preview)
-            files_.setPreview(id, *preview);
+            files_.setPreview(videoId, *preview);
     });
 }
 
@@ -197,12 +203,13 @@ void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path&
         s.showRebindAlert = false;
         s.fileToRebind.reset();
     });
+    makePreview(id);
     windows_.openProject(id);
 }
 
 void VideosViewModel::openGuide() {
     const bool russian = locale_.preferredLocalization().starts_with("ru");
-    panels_.browse("file://" + pathText(guides_ / (russian ? "ru.html" : "en.html")));
+    panels_.browse(fileUrl(guides_ / (russian ? "ru.html" : "en.html")));
 }
 
 std::string VideosViewModel::displayName(const FilesFile& file) const {

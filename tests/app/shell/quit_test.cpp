@@ -1,0 +1,60 @@
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QLineEdit>
+#include <QTest>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include "app/shell/main_menu.h"
+#include "fakes/fake_texts.h"
+
+namespace tembrix {
+namespace {
+
+// A window that will not go, as the player's does while its editor is open.
+class Stubborn final : public QWidget {
+    void closeEvent(QCloseEvent* event) override { event->ignore(); }
+};
+// A sheet whose work is not done.
+class Busy final : public QDialog {
+  public:
+    using QDialog::QDialog;
+    void reject() override { ++asked; }
+    int asked = 0;
+};
+
+TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
+    FakeTexts texts;
+    const QuitKeys keys(texts);
+    Stubborn window;
+    window.show();
+    QDialog sheet(&window);
+    auto* field = new QLineEdit(&sheet);
+    Busy busy(&sheet);
+    const auto onTop = [](QWidget& top) {
+        top.activateWindow();
+        return QTest::qWaitForWindowActive(&top);
+    };
+    for (QDialog* modal : {static_cast<QDialog*>(&sheet), static_cast<QDialog*>(&busy)}) {
+        modal->setWindowModality(Qt::WindowModal);
+        modal->open();
+        ASSERT_TRUE(onTop(*modal));
+        QWidget* focus = modal == &sheet ? field : static_cast<QWidget*>(modal);
+        bool pressed = false;
+        QTimer::singleShot(0, focus, [&] {
+            pressed = true;
+            QTest::keyClick(focus, Qt::Key_Q, Qt::ControlModifier);
+        });
+        QTimer::singleShot(5000, &window, [] { QApplication::exit(1); });
+        EXPECT_EQ(QApplication::exec(), 0);
+        EXPECT_TRUE(pressed);
+        EXPECT_FALSE(sheet.isVisible());
+        if (modal == &sheet)
+            sheet.open();
+    }
+    EXPECT_EQ(busy.asked, 1);
+}
+
+}  // namespace
+}  // namespace tembrix
