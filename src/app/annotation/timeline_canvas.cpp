@@ -131,7 +131,6 @@ void TimelineCanvas::followCursor() {
     }
     shownCursor_ = *model_.cursor;
     announceCursor();
-    Q_EMIT cursorMoved();
 }
 
 void TimelineCanvas::followGesture() {

@@ -42,7 +42,7 @@ class TimelineCanvas final : public QWidget {
   Q_SIGNALS:
     void axisChanged();
     void rowCountChanged();
-    void cursorMoved();
+    void cursorMoved();  // by keyboard: what the pointer clicks is in view
     // A pinch: the factor since its beginning, and where on the widget.
     void pinched(double magnification, double x);
     void pinchEnded();

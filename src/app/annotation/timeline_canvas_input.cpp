@@ -199,6 +199,7 @@ void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
     const bool control = modifiers == Qt::ControlModifier;
     const auto step = [&](int by) {
         const bool across = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+        const TimelineCursor before = *model_.cursor;
         if (plain)
             across ? model_.moveCursorAcross(by) : model_.moveCursorAlong(by);
         else if (alt)
@@ -207,6 +208,8 @@ void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
             model_.nudgeCursor(ResizeEdge::right, by);
         else
             event->ignore();
+        if (*model_.cursor != before)
+            Q_EMIT cursorMoved();
     };
     switch (event->key()) {
         case Qt::Key_Up:

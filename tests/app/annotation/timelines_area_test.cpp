@@ -68,6 +68,18 @@ TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
     app.player.seek(20.3);
     app.settle();
     EXPECT_EQ(canvas->scrollX(), 3 * canvas->width());
+
+    // A click on a stamp that reaches out of view leaves the view where it is; the keyboard, coming
+    // from elsewhere, brings its stamp into view.
+    const Uuid wide = addStamp(a, 62, 99);
+    const Uuid far = addStamp(a, 10, 12);
+    app.player.seek(61);
+    click(area(wide).topLeft() + QPointF(60, 12));
+    app.settle();
+    EXPECT_EQ(canvas->scrollX(), 3 * canvas->width());
+    canvas->setFocus();
+    QTest::keyClick(canvas, Qt::Key_Left);
+    EXPECT_TRUE(canvas->rect().contains(area(far).center().toPoint()));
 }
 
 TEST_F(TimelinesAreaTest, HoverTextStandsInTheStatusLine) {
