@@ -104,15 +104,5 @@ TEST_F(VideosViewModelTest, FiltersByFavouriteAndByLastAccess) {
     EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"beta.mp4", "alpha.mp4"}));
 }
 
-TEST_F(VideosViewModelTest, RenamesThroughTheSheet) {
-    project.addVideo("raw.mp4");
-    model.send(videos::ShowRenameSheet{model.state->files.front()});
-    EXPECT_TRUE(model.state->showRenameSheet);
-    EXPECT_EQ(model.state->newFileName, "raw.mp4");
-    model.send(videos::RenameSimpleVideo{*model.state->fileToRename, "Derby"});
-    EXPECT_FALSE(model.state->showRenameSheet);
-    EXPECT_EQ(names("", VideoFilter::all), std::vector<std::string>{"Derby"});
-}
-
 }  // namespace
 }  // namespace tembrix
