@@ -38,9 +38,10 @@ void installDialogTexts(QApplication& application, const std::string& language) 
     if (translator->load(QLocale(QString::fromStdString(language)), "qtbase", "_",
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         application.installTranslator(translator);
-    // Dates and numbers in fields read as the texts around them.
+    // Dates and numbers in fields read as the texts around them. The "C" customs are nobody's own.
     const QLocale ofTexts(QString::fromStdString(language));
-    if (QLocale::system().language() != ofTexts.language())
+    const QLocale system = QLocale::system();
+    if (system.language() != ofTexts.language() || system.dateFormat() == QLocale::c().dateFormat())
         QLocale::setDefault(ofTexts);
 }
 
