@@ -74,6 +74,12 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& ser
     status_ = makeLabel(texts(), "dataManagementProcessing", LabelLook::secondary);
     status_->hide();
     content()->addWidget(status_);
+    // Both keep their room, so that nothing moves or is cut when they come and go.
+    for (QWidget* part : {actions_, static_cast<QWidget*>(status_)}) {
+        QSizePolicy policy = part->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        part->setSizePolicy(policy);
+    }
     close_ = addAcceptButton("closeButtonTitle", ButtonLook::quiet, false);
     connect(close_, &QPushButton::clicked, this, &DataManagementSheet::reject);
 }
@@ -123,8 +129,12 @@ void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
                                   std::function<void()> confirmed) {
     auto* question = new Sheet(this, texts(), titleKey);
     question->content()->addWidget(makeLabel(texts(), messageKey, LabelLook::secondary));
-    question->addCancelButton("cancelButtonTitle");
+    auto* cancel = question->addCancelButton("cancelButtonTitle");
     question->addAcceptButton(buttonKey, look);
+    if (look == ButtonLook::destructive) {
+        cancel->setDefault(true);
+        cancel->setFocus();
+    }
     connect(question, &QDialog::accepted, this,
             [confirmed = std::move(confirmed)] { confirmed(); });
     question->present();

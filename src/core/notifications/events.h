@@ -37,6 +37,8 @@ struct CollectionsLoadingFinished {
     static constexpr const char* name = "collectionsLoadingFinished";
 };
 // A collection changed, or, without a name, any of them.
+//                                            index, collection model, tag library, restore -> tag
+// library, tag panel
 struct CollectionDataChanged {
     static constexpr const char* name = "collectionDataChanged";
     std::optional<std::string> collectionName;
@@ -67,6 +69,9 @@ struct TimelineStampHoverChanged {
     std::optional<std::string> stampInfo;
 };
 // The drawing editor opens or closes on the player.
+//                                            player and its window -> HotKeyManager, control
+//                                            window,
+// tag panel
 struct EditorModeChanged {
     static constexpr const char* name = "editorModeChanged";
     std::optional<bool> active;
@@ -113,7 +118,7 @@ struct SeekViewerPlayerForward {
 struct SeekViewerPlayerBackward {
     static constexpr const char* name = "seekViewerPlayerBackward";
 };
-// Sheets with a text field block hot keys while they are up.
+// Sheets with a text field block hot keys while they are up.    the sheets -> HotKeyManager
 struct AddLineSheetAppeared {
     static constexpr const char* name = "AddLineSheetAppeared";
 };

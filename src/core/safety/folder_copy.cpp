@@ -30,6 +30,28 @@ fs::path replacedPlace(const fs::path& target) {
     return beside(target, replacedSuffix);
 }
 
+// Content without permissions: a copy of what cannot be written or listed could be neither used
+// nor removed. Links to folders may lead in circles and are left out.
+std::error_code copyTree(const fs::path& source, const fs::path& target) {
+    std::error_code failure;
+    if (!fs::is_directory(source, failure)) {
+        fs::copy_file(source, target, failure);
+        if (!failure)
+            fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write,
+                            fs::perm_options::add, failure);
+        return failure;
+    }
+    fs::create_directory(target, failure);
+    for (fs::directory_iterator entry(source, failure), end; !failure && entry != end;) {
+        const bool folder = entry->is_directory(failure) && !entry->is_symlink(failure);
+        if (folder || entry->is_regular_file(failure))
+            failure = copyTree(entry->path(), target / entry->path().filename());
+        if (!failure)
+            entry.increment(failure);
+    }
+    return failure;
+}
+
 }  // namespace
 
 bool isThere(const fs::path& path) {
@@ -96,7 +118,7 @@ Result<void> replaceByCopy(const fs::path& source, const fs::path& target, CopyO
                                                                      : std::errc::is_a_directory));
     fs::create_directories(target.parent_path(), failure);
     const fs::path staging = stagingPlace(target);
-    fs::copy(source, staging, fs::copy_options::recursive, failure);
+    failure = copyTree(source, staging);
     const auto whole = failure ? Result<void>(fileError(failure)) : syncTree(staging);
     if (!whole) {
         fs::remove_all(staging, failure);

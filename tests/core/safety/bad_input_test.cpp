@@ -204,6 +204,24 @@ TEST_F(BadInput, WhatIsOfTheWrongKindInTheBackupReplacesNothing) {
     expectAllThere();
 }
 
+// A backup brought back from a medium that cannot be written.
+TEST_F(BadInput, ARestoreLeavesDataThatCanBeWritten) {
+    const fs::path copy = machine.backup() / "Tembrix-Stat/Collections" / hockey.id;
+    const auto readOnly = fs::perms::owner_read | fs::perms::owner_exec;
+    for (const auto& entry : fs::directory_iterator(copy))
+        fs::permissions(entry.path(), fs::perms::owner_read);
+    fs::permissions(copy, readOnly);
+    fs::permissions(copy.parent_path(), readOnly);
+    program->sync.restoreFromBackup();
+    const auto written = [&](const fs::path& path) {
+        return (fs::status(path).permissions() & fs::perms::owner_write) != fs::perms::none;
+    };
+    const fs::path folder = program->storage.collectionsFolder() / hockey.id;
+    EXPECT_TRUE(written(folder) && written(folder.parent_path()) && written(folder / "tags.json"));
+    fs::permissions(copy.parent_path(), fs::perms::owner_all);
+    fs::permissions(copy, fs::perms::owner_all);
+}
+
 TEST_F(BadInput, WhatAKilledWriteLeftGoesAtTheNextLaunch) {
     const std::string left = ".new-" + freshId();
     const fs::path places[] = {index().parent_path(),
