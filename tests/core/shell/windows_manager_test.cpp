@@ -147,22 +147,6 @@ TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
     EXPECT_TRUE(fake.open.empty());
 }
 
-TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
-    const auto id = project.addVideo();
-    const auto other = project.addVideo("other.mp4");
-    project.library.setUpdateFiles([&](const auto&) { windows.libraryChanged(); });
-    windows.openProject(id);
-    windows.openProject(other);  // refused; the id of the open project is still the first one
-    ASSERT_TRUE(project.library.rebindVideo(id, project.folder.write("moved.mp4", "bytes")));
-    project.timeline.addLine("Marked after the move");
-    EXPECT_EQ(project.storage.loadTimeline(id).size(), 2U);
-    project.library.deleteVideo(project.library.files().back());
-    EXPECT_FALSE(windows.isClosing());
-    project.library.deleteVideo(project.library.files().front());
-    EXPECT_TRUE(windows.isClosing());
-    EXPECT_TRUE(fake.open.empty());
-}
-
 TEST_F(WindowsManagerTest, FollowsWhichWindowHasTheKeyboard) {
     windows.openProject(project.addVideo());
     const auto say = [&](WindowKind kind, KeyState state) {
