@@ -15,6 +15,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
+#include "app/widgets/letter_keys.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/stamp_items_sheet.h"
 #include "core/annotation/timeline_history.h"
@@ -68,16 +69,17 @@ FullControlView::~FullControlView() {
 }
 
 void FullControlView::addShortcuts() {
-    const auto add = [this](const QKeySequence& keys, auto action) {
-        auto* shortcut = new QShortcut(keys, this);
+    const auto add = [this](const QList<QKeySequence>& keys, auto action) {
+        auto* shortcut = new QShortcut(this);
+        shortcut->setKeys(keys);
         connect(shortcut, &QShortcut::activated, this, action);
         return shortcut;
     };
-    QShortcut* undo = add(QKeySequence("Ctrl+Z"), [this] {
+    QShortcut* undo = add(letterKeys(Qt::ControlModifier, Qt::Key_Z), [this] {
         model_.cancelGesture();
         services_.history.undo();
     });
-    QShortcut* redo = add(QKeySequence("Ctrl+Shift+Z"), [this] {
+    QShortcut* redo = add(letterKeys(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_Z), [this] {
         model_.cancelGesture();
         services_.history.redo();
     });
@@ -85,9 +87,8 @@ void FullControlView::addShortcuts() {
         for (QShortcut* shortcut : {undo, redo})
             shortcut->setEnabled(model_.canTakeBack());
     }));
-    for (const char* keys : {"Ctrl++", "Ctrl+="})
-        add(QKeySequence(keys), [this] { model_.zoomIn(); });
-    add(QKeySequence("Ctrl+-"), [this] { model_.zoomOut(); });
+    add({QKeySequence("Ctrl++"), QKeySequence("Ctrl+=")}, [this] { model_.zoomIn(); });
+    add({QKeySequence("Ctrl+-")}, [this] { model_.zoomOut(); });
 }
 
 void FullControlView::showEvent(QShowEvent* event) {

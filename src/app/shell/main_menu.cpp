@@ -9,6 +9,8 @@
 
 #include "ports/texts.h"
 
+#include "app/widgets/letter_keys.h"
+
 namespace tembrix {
 
 namespace {
@@ -18,7 +20,7 @@ constexpr QLatin1String quitName("macQuitAppTitle");
 QAction* makeQuitAction(const Texts& texts, QObject* parent) {
     auto* quit = new QAction(QString::fromStdString(texts.text("macQuitAppTitle")), parent);
     quit->setObjectName(quitName);
-    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setShortcuts(letterKeys(Qt::ControlModifier, Qt::Key_Q));
     QObject::connect(quit, &QAction::triggered, qApp, &quitProgram);
     return quit;
 }

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
@@ -71,13 +72,22 @@ class QtWindowFactory::Handle final : public ProjectWindow {
 
     void show() override {
         shell_->show();
-        shell_->raise();
-        shell_->activateWindow();
+        comeForward(shell_);
+        // The second press of a double click on the list raises it over what the first one opened.
+        QTimer::singleShot(QApplication::doubleClickInterval(), shell_, [shell = shell_] {
+            if (!dynamic_cast<Shell*>(QApplication::activeWindow()))
+                comeForward(shell);
+        });
     }
 
     void detach() override { shell_->detach(); }
 
   private:
+    static void comeForward(QWidget* window) {
+        window->raise();
+        window->activateWindow();
+    }
+
     QMargins decoration() const {
         const QWindow* window = shell_->windowHandle();
         const QMargins known = window ? window->frameMargins() : QMargins();
