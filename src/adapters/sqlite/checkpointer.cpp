@@ -6,6 +6,20 @@
 
 namespace tembrix::sqlite {
 
+namespace {
+
+// The log is cut to size as it begins anew, which happens here.
+constexpr const char* setUp =
+    "PRAGMA synchronous=NORMAL;"
+    "PRAGMA wal_autocheckpoint=0;"
+    "PRAGMA journal_size_limit=67108864;";
+
+// The first write after a whole checkpoint begins the log anew and syncs its head. This one takes
+// that upon itself, so that no caller's write does; it changes nothing that anyone reads.
+constexpr const char* beginLogAnew = "PRAGMA user_version=1";
+
+}  // namespace
+
 Checkpointer::Checkpointer(const std::filesystem::path& file)
     : file_(file), thread_([this] { work(); }) {}
 
@@ -37,7 +51,10 @@ void Checkpointer::wakeAndWait() {
 void Checkpointer::work() {
     auto database = Database::open(file_, Access::readWrite);
     // A connection learns of the log when it first reads; before that a checkpoint does nothing.
-    const bool able = database && database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
+    const bool able = database && database->run(setUp) == SQLITE_OK &&
+                      database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
+    if (able)
+        sqlite3_busy_timeout(database->handle(), 0);  // a caller that writes goes first
     std::unique_lock lock(mutex_);
     // Without a checkpointer the log grows until the last connection closes; nothing is lost.
     ended_ = ended_ || !able;
@@ -49,8 +66,12 @@ void Checkpointer::work() {
         ++begun_;
         lock.unlock();
         // Passive: never makes a writer or a reader wait. What it leaves, the next one takes.
-        sqlite3_wal_checkpoint_v2(database->handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
-                                  nullptr);
+        int inLog = 0;
+        int taken = 0;
+        const int code = sqlite3_wal_checkpoint_v2(database->handle(), nullptr,
+                                                   SQLITE_CHECKPOINT_PASSIVE, &inLog, &taken);
+        if (code == SQLITE_OK && inLog > 0 && taken == inLog)
+            database->run(beginLogAnew);
         lock.lock();
         done_ = begun_;
         changed_.notify_all();

@@ -17,7 +17,7 @@ class Checkpointer {
 
     void wake();  // any thread
     // Waits for a checkpoint that begins after this call. If nobody writes meanwhile it takes the
-    // whole log, which the next write then begins anew.
+    // whole log, which is then begun anew.
     void wakeAndWait();
 
   private:

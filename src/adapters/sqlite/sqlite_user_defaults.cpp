@@ -28,7 +28,6 @@ constexpr const char* setUp =
     "PRAGMA journal_mode=WAL;"
     "PRAGMA synchronous=NORMAL;"
     "PRAGMA wal_autocheckpoint=0;"
-    "PRAGMA journal_size_limit=67108864;"
     "PRAGMA cache_size=-16384;";
 constexpr const char* createTable =
     "CREATE TABLE IF NOT EXISTS value("

@@ -1,11 +1,13 @@
 #include "adapters/sqlite/sqlite_user_defaults.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "fakes/captured_log.h"
@@ -183,6 +185,27 @@ TEST_F(Sqlite, TheLogIsCheckpointedAndDoesNotGrowWithoutEnd) {
         largest = std::max(largest, std::filesystem::file_size(logFile += "-wal"));
     }
     EXPECT_LT(largest, 200'000'000u);  // of 600 MB written
+}
+
+// Whoever begins the log anew waits for the disk; that is not to be the press of a key.
+TEST_F(Sqlite, TheLogBeginsAnewWithoutACallersWrite) {
+    auto defaults = open();
+    const auto timesBegun = [&] {
+        auto logFile = file;
+        std::ifstream stream(logFile += "-wal", std::ios::binary);
+        stream.seekg(12);
+        unsigned char bytes[4] = {};
+        stream.read(reinterpret_cast<char*>(bytes), 4);
+        return (bytes[2] << 8) + bytes[3];
+    };
+    const int before = timesBegun();
+    for (int i = 0; i < 6; ++i)  // enough to wake the checkpointer once
+        defaults.setData("timeline_1", Bytes(3'000'000, static_cast<std::uint8_t>(i)));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (timesBegun() == before && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    EXPECT_EQ(timesBegun(), before + 1);
+    EXPECT_EQ(defaults.data("timeline_1"), Bytes(3'000'000, 5));
 }
 
 // A child writes values and tells each one that the call has taken; it is killed in the middle.
