@@ -55,10 +55,6 @@ KeyPress keyPress(const QKeyEvent& event) {
             std::move(native.characters)};
 }
 
-}  // namespace
-
-namespace {
-
 // What the launch synchronisation needs. It starts here, before anything else reads the data.
 struct Foundation {
     Foundation() {
