@@ -170,7 +170,9 @@ bool WorkdayData::write(const std::filesystem::path& scratch) {
     const auto tags = store.storage.loadCollection(store.index.collections().front().id)->tags;
     std::vector<VideosData> library{
         {*store.bookmarks.make(films / "match.mp4"), matchId, matchName(), true}};
-    store.storage.saveTimeline(timelines(tags, lines, stampsPerLine), matchId);
+    TimelineLines project = timelines(tags, lines, stampsPerLine);
+    project.insert(project.begin(), TimelineLine{drawingsLineId(), "Drawings", {}, {}});
+    store.storage.saveTimeline(project, matchId);
     for (int i = 1; i < videos; ++i) {
         const auto file = films / fmt::format("other {}.mp4", i);
         std::filesystem::copy_file(rawClip, file);

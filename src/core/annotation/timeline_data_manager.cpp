@@ -66,6 +66,7 @@ void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines load
     lines.set(std::move(loaded));
     const bool selects = markupMode_.currentMarkupMode() == MarkupMode::standard && !lines->empty();
     selectedLineID.set(selects ? std::optional(lines->front()->id) : std::nullopt);
+    storage_.prepareToSave(*lines);
     ensureDrawingsTimeline();
     replaced.emit();
 }

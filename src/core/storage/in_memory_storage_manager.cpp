@@ -48,7 +48,7 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       scheduler_(scheduler),
       directories_(std::move(directories)),
       log_(log),
-      encoder_(std::make_unique<TimelineEncoder>()),
+      encoder_(std::make_shared<TimelineEncoder>()),
       gate_(std::make_shared<Gate>()) {}
 
 InMemoryStorageManager::~InMemoryStorageManager() {
@@ -62,6 +62,7 @@ void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
 }
 
 void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
+    ++encodings_;
     const auto encoded = encoder_->encode(lines);
     if (!encoded) {
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
@@ -72,6 +73,22 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
         defaults_.setData(timelinePrefix + videoId, *encoded);
     }
     scheduleSaveToDisk();
+}
+
+void InMemoryStorageManager::prepareToSave(TimelineLines lines) {
+    // Lines are let go of on the main thread only, where their owner looks whether they are shared.
+    scheduler_.background(
+        Priority::userInitiated,
+        [this, &scheduler = scheduler_, number = ++encodings_, weak = std::weak_ptr(gate_),
+         encoder = std::make_shared<TimelineEncoder>(),
+         opened = std::make_shared<TimelineLines>(std::move(lines))]() mutable {
+            (void)encoder->encode(*opened);
+            scheduler.onMain([this, number, weak, encoder = std::move(encoder),
+                              opened = std::move(opened)]() mutable {
+                if (!weak.expired() && number == encodings_)
+                    encoder_ = std::move(encoder);
+            });
+        });
 }
 
 TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {

@@ -44,6 +44,9 @@ class InMemoryStorageManager {
     void setCollectionIndex(CollectionIndexStorage* index);
 
     void saveTimeline(const TimelineLines& lines, const std::string& videoId);
+    // Encodes what was opened in the background, so that the first save costs no more than the
+    // later ones.
+    void prepareToSave(TimelineLines lines);
     TimelineLines loadTimeline(const std::string& videoId);  // any thread; the worst case is empty
     void deleteTimelineFile(const std::string& videoId);
 
@@ -89,7 +92,8 @@ class InMemoryStorageManager {
     Directories directories_;
     Log& log_;
     CollectionIndexStorage* index_ = nullptr;  // read and set through the gate
-    std::unique_ptr<TimelineEncoder> encoder_;
+    std::shared_ptr<TimelineEncoder> encoder_;
+    int encodings_ = 0;  // begun so far; the last one's encoder is the one to keep
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
     std::mutex workingCopies_;  // a working copy is replaced by one writer at a time
