@@ -1,5 +1,5 @@
 // The control window's painting with 10,000 stamps on 50 lines: everything anew, as while scrolling
-// or zooming; one new stamp; and a move of the playhead.
+// or zooming, and a move of the playhead.
 
 #include <QApplication>
 #include <benchmark/benchmark.h>
@@ -76,20 +76,6 @@ BENCHMARK(paintEverything)
     ->Name("paint of 50 lines, 10,000 stamps, at zoom")
     ->Arg(1)
     ->Arg(8)
-    ->Unit(benchmark::kMillisecond);
-
-void newStamp(benchmark::State& state) {
-    Window window;
-    double time = 0;
-    const Uuid line = (*window.project.timeline.lines)[3]->id;
-    for (auto _ : state) {
-        window.project.timeline.appendStamp(line, makeStamp(time += 0.5, 8, 3));
-        QApplication::processEvents();
-    }
-}
-BENCHMARK(newStamp)
-    ->Name("a new stamp, stored and painted")
-    ->Iterations(200)
     ->Unit(benchmark::kMillisecond);
 
 void playheadMove(benchmark::State& state) {
