@@ -54,7 +54,7 @@ void Checkpointer::work() {
     const bool able = database && database->run(setUp) == SQLITE_OK &&
                       database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
     if (able)
-        sqlite3_busy_timeout(database->handle(), 0);  // a caller that writes goes first
+        sqlite3_busy_handler(database->handle(), nullptr, nullptr);  // callers go first
     std::unique_lock lock(mutex_);
     // Without a checkpointer the log grows until the last connection closes; nothing is lost.
     ended_ = ended_ || !able;

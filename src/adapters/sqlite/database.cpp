@@ -9,8 +9,13 @@ namespace tembrix::sqlite {
 
 namespace {
 
-// How long to wait for another connection that writes; only a second program instance is one.
+// How long to wait for another connection that writes: the checkpointer, for a moment, or another
+// program. A press may wait, so it looks again every millisecond and not ever more seldom.
 constexpr int busyTimeoutMilliseconds = 2000;
+
+int waitForWriter(void*, int waits) {
+    return waits < busyTimeoutMilliseconds && sqlite3_sleep(1) > 0;
+}
 
 // The characters that end the path part of a URI, or begin an escape in it.
 std::string uriText(const std::filesystem::path& file) {
@@ -41,7 +46,7 @@ Result<Database> Database::open(const std::filesystem::path& file, Access access
     Database database(handle);
     if (code != SQLITE_OK)
         return Error{"sqlite", code, database.lastError()};
-    sqlite3_busy_timeout(handle, busyTimeoutMilliseconds);
+    sqlite3_busy_handler(handle, waitForWriter, nullptr);
     return database;
 }
 
