@@ -6,6 +6,9 @@
 #include <QMenuBar>
 #include <QVBoxLayout>
 #include <cstdlib>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <optional>
 #include <utility>
 
@@ -189,6 +192,10 @@ void Application::Parts::makeListWindow() {
 }
 
 void Application::prepare() {
+#ifdef __GLIBC__
+    // Every background thread would keep the room of the largest document that it ever had in hand.
+    mallopt(M_ARENA_MAX, 2);
+#endif
     MpvPlayerFactory::prepareApplication();
 }
 
