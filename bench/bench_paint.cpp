@@ -73,7 +73,7 @@ void paintEverything(benchmark::State& state) {
     }
 }
 BENCHMARK(paintEverything)
-    ->Name("paint of 50 lines, 10,000 stamps, at zoom")
+    ->Name("Paint of 50 lines with 10,000 stamps, zoom")
     ->Arg(1)
     ->Arg(8)
     ->Unit(benchmark::kMillisecond);
@@ -89,7 +89,7 @@ void playheadMove(benchmark::State& state) {
             time = 0;
     }
 }
-BENCHMARK(playheadMove)->Name("playhead move")->Unit(benchmark::kMillisecond);
+BENCHMARK(playheadMove)->Name("Playhead move")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tembrix

@@ -217,12 +217,15 @@ void Workday::findButtons() {
             for (auto* button : top->findChildren<TagButton*>())
                 if (button->isVisible() && button->tag().hotkey)
                     buttons_[static_cast<Qt::Key>(button->tag().hotkey->front())] = button;
+    for (const char* name = WorkdayData::keys; *name; ++name)
+        if (!buttons_.contains(static_cast<Qt::Key>(*name)))
+            throw Failure("a tag of the workday has no button");
 }
 
 // From the key to the stamp stored and shown on the button, and on its line if that is in view.
 double Workday::press(int number, bool inView) {
     const Qt::Key which = tagKey(number);
-    const QWidget* button = buttons_.at(which);
+    const QWidget* button = buttons_[which];
     const int before = count_;
     const double time = until(
         "a press to be shown",
@@ -271,28 +274,36 @@ void Workday::switchCollections() {
     Times blocks;
     const auto active = services_.tagLibrary.active.observe(
         [this](const CollectionLists&) { loop_.forgetPaintings(); });
+    const auto chosen = [this] {
+        const auto& type = *services_.tagLibrary.currentCollectionType;
+        return type.isUser() ? type.name
+                             : services_.tagLibrary.selectedStandardCollectionName->value_or("");
+    };
+    // Down to the last one and up to a standard one, which has all of them loaded anew; the day
+    // goes on with one of the user's.
+    constexpr int lastStandard = 1;
     bool down = true;
-    for (int i = 0; i < 2 * WorkdayData::collections; ++i) {
+    for (int i = 0; i < 2 * WorkdayData::collections || names->currentIndex() <= lastStandard;
+         ++i) {
         if (names->currentIndex() == names->count() - 1)
             down = false;
-        else if (names->currentIndex() == names->count() - WorkdayData::collections)
+        else if (names->currentIndex() <= lastStandard)
             down = true;
         names->setFocus();
         key(Qt::Key_Down);
         until("the list of collections", [] { return QApplication::activePopupWidget(); });
         key(down ? Qt::Key_Down : Qt::Key_Up);
         loop_.run(0.2);
-        const std::string before = services_.tagLibrary.currentCollectionType->name;
+        const std::string before = chosen();
         loop_.resetLongest();
         times.add(until(
             "another collection",
             [&] {
                 const auto* button = inWindow<TagButton>("tagLibrary");
-                return services_.tagLibrary.currentCollectionType->name != before && button &&
-                       loop_.isPainted(button);
+                return chosen() != before && button && loop_.isPainted(button);
             },
             [] { key(Qt::Key_Return); }));
-        loop_.run(0.1);
+        loop_.run(0.3);  // what a switch loads in the background is taken over
         blocks.add(loop_.longest().wall);
     }
     print("Switch of the collection to shown", times);
