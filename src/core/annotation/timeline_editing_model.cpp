@@ -63,6 +63,9 @@ void TimelineEditingModel::takeLines(const TimelineLines& lines) {
     if (lost)
         cancelGesture();
     rowsChanged.emit(changed);
+    // What the hand rests on may have another name, length or line now, or be gone.
+    if (hovered_ && hoverText() != *hoveredStampInfo)
+        showHover(hovered_);
 }
 
 TimelineAxis TimelineEditingModel::axis(double available) const {
@@ -236,23 +239,31 @@ void TimelineEditingModel::hover(double timestamp, double x, double fromTop,
         return;
     lastUpdateTime_ = timestamp;
     if (axis.duration <= 0 || axis.width <= 0 || fromTop <= TimelineMetrics::headerHeight)
-        return postHover({});
+        return showHover({});
     const auto row = static_cast<std::size_t>((fromTop - TimelineMetrics::headerHeight) /
                                               TimelineMetrics::rowHeight);
     if (row >= rows_.size())
-        return postHover({});
+        return showHover({});
     const double time = std::clamp(axis.time(std::clamp(x, 0.0, axis.width)), 0.0, axis.duration);
-    const TimelineLine& line = *rows_[row].line;
-    const TimelineStamp* stamp = stampAt(line, time);
-    postHover(stamp ? std::optional(stampHoverText(line, *stamp, tagLibrary_)) : std::nullopt);
+    const TimelineStamp* stamp = stampAt(*rows_[row].line, time);
+    showHover(stamp ? std::optional(stamp->id) : std::nullopt);
 }
 
 void TimelineEditingModel::hoverEnded() {
-    postHover({});
+    showHover({});
 }
 
-void TimelineEditingModel::postHover(std::optional<std::string> text) {
-    events_.post(events::TimelineStampHoverChanged{std::move(text)});
+void TimelineEditingModel::showHover(const std::optional<Uuid>& stamp) {
+    hovered_ = stamp;
+    events_.post(events::TimelineStampHoverChanged{hoverText()});
+}
+
+std::optional<std::string> TimelineEditingModel::hoverText() const {
+    const auto hit = hovered_ ? rows_.findStamp(*hovered_) : std::nullopt;
+    if (!hit)
+        return std::nullopt;
+    const TimelineLine& line = *rows_[hit->row].line;
+    return stampHoverText(line, *line.stamps[*hit->stamp], tagLibrary_);
 }
 
 bool TimelineEditingModel::handleKeyDown(const KeyPress& press) {
@@ -277,12 +288,7 @@ void TimelineEditingModel::moveCursorAlong(int step) {
 
 void TimelineEditingModel::goTo(const TimelineCursor& place) {
     cursor.set(place);
-    // The keyboard learns of its stamp what the pointer would.
-    const auto hit = place.stamp ? rows_.findStamp(*place.stamp) : std::nullopt;
-    if (!hit)
-        return postHover({});
-    const TimelineLine& line = *rows_[hit->row].line;
-    postHover(stampHoverText(line, *line.stamps[*hit->stamp], tagLibrary_));
+    showHover(place.stamp);  // the keyboard learns of its stamp what the pointer would
 }
 
 void TimelineEditingModel::activateCursor() {

@@ -113,7 +113,8 @@ class TimelineEditingModel {
 
   private:
     void takeLines(const TimelineLines& lines);
-    void postHover(std::optional<std::string> text);
+    void showHover(const std::optional<Uuid>& stamp);
+    std::optional<std::string> hoverText() const;  // of the hovered stamp
     void zoomTo(double scale);
     void goTo(const TimelineCursor& place);
     void endResizing();
@@ -128,6 +129,7 @@ class TimelineEditingModel {
     std::variant<std::monostate, StampResize, StampMove> gesture_;
     DragSeek dragSeek_;
     std::optional<double> lastUpdateTime_;
+    std::optional<Uuid> hovered_;
     bool onScreen_ = false;
     Subscription lines_;
     std::vector<Subscription> subscriptions_;

@@ -304,7 +304,7 @@ TEST_F(TimelineEditingModelTest, DroppedLinesStandDirectlyAboveTheirTarget) {
 TEST_F(TimelineEditingModelTest, HoverTellsTheFirstStampAtTheTimeAtMostTenTimesASecond) {
     const Uuid line = addLine("Attack");
     addStamp(line, 65, 72.9, "Pass");
-    addStamp(line, 60, 80, "Later");
+    const Uuid later = addStamp(line, 60, 80, "Later");
     project.events.post(events::StampCountsChanged{});
     const auto label = [&] {
         return project.tagLibrary.merged->labels.empty()
@@ -323,7 +323,14 @@ TEST_F(TimelineEditingModelTest, HoverTellsTheFirstStampAtTheTimeAtMostTenTimesA
         EXPECT_FALSE(model.hoveredStampInfo->has_value()) << fromTop;
     }
     model.hover(9000, 790, row, axis());
-    EXPECT_TRUE((*model.hoveredStampInfo)->starts_with("Later\n"));
+    EXPECT_TRUE((*model.hoveredStampInfo)->starts_with("Later\nAttack\n"));
+    // The pointer rests while the keyboard works.
+    project.timeline.renameLine(line, "Defence");
+    EXPECT_TRUE((*model.hoveredStampInfo)->starts_with("Later\nDefence\n"));
+    project.timeline.removeStamp(line, later);
+    EXPECT_FALSE(model.hoveredStampInfo->has_value());
+    model.hover(9000.5, 700, row, axis());
+    EXPECT_TRUE(model.hoveredStampInfo->has_value());
     model.hoverEnded();
     EXPECT_FALSE(model.hoveredStampInfo->has_value());
 
