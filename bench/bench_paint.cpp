@@ -6,7 +6,7 @@
 #include <memory>
 #include <random>
 
-#include "app/annotation/timeline_canvas.h"
+#include "app/control/timeline_canvas.h"
 #include "app/theme/theme.h"
 #include "fakes/core_project.h"
 

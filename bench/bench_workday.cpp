@@ -20,9 +20,9 @@
 #include <unistd.h>
 #include <vector>
 
-#include "app/annotation/line_names_view.h"
-#include "app/annotation/timeline_canvas.h"
-#include "app/collections/tag_button.h"
+#include "app/control/line_names_view.h"
+#include "app/control/timeline_canvas.h"
+#include "app/marking/tag_button.h"
 #include "app/services.h"
 #include "app/widgets/qt_text.h"
 #include "bench_user.h"

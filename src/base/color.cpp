@@ -71,7 +71,7 @@ bool isDarkHexColor(std::string_view text) {
     if (characterCount(text) != 6)
         return false;
     const std::uint32_t n = hexPrefix(text);
-    // In thousandths, so that a grey of exactly one half is not lost to rounding.
+    // In thousandths, so that a gray of exactly one half is not lost to rounding.
     return 299 * (n >> 16) + 587 * (n >> 8 & 255) + 114 * (n & 255) < 128'000;
 }
 

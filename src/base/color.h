@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// An sRGB colour, components 0 to 1, alpha not premultiplied.
+// An sRGB color, components 0 to 1, alpha not premultiplied.
 struct Color {
     double red = 0;
     double green = 0;
@@ -19,7 +19,7 @@ struct Color {
 // digit stripped from both ends; any other length is opaque black.
 Color parseHexColor(std::string_view text);
 
-// Six upper-case hex digits, components truncated; absent for a colour with components that are not
+// Six upper-case hex digits, components truncated; absent for a color with components that are not
 // finite.
 std::optional<std::string> hexText(const Color& color);
 

@@ -30,19 +30,19 @@
 #include "adapters/qt/qt_process_runner.h"
 #include "adapters/qt/qt_scheduler.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
-#include "app/annotation/full_control_view.h"
-#include "app/collections/tag_library_view.h"
+#include "app/control/full_control_view.h"
 #include "app/library/videos_view.h"
+#include "app/marking/tag_library_view.h"
 #include "app/playback/video_player_view.h"
 #include "app/services.h"
 #include "app/shell/key_monitor.h"
 #include "app/shell/main_menu.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
-#include "core/annotation/timeline_history.h"
 #include "core/export/export_helper.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
+#include "core/timeline/timeline_history.h"
 
 namespace tembrix {
 
@@ -58,7 +58,7 @@ KeyPress keyPress(const QKeyEvent& event) {
             std::move(native.characters)};
 }
 
-// What the launch synchronisation needs. It starts here, before anything else reads the data.
+// What the launch synchronization needs. It starts here, before anything else reads the data.
 struct Foundation {
     Foundation() {
         storage.setCollectionIndex(&index);

@@ -23,7 +23,7 @@ class Application {
     explicit Application(std::filesystem::path resources);
     ~Application();
 
-    // The launch: synchronisation in the background, then the services, appearance, menu and the
+    // The launch: synchronization in the background, then the services, appearance, menu and the
     // list window. Called once, before anything below.
     void start();
     void bringForward();  // the list window, also one that was closed

@@ -23,7 +23,7 @@ class ImageCodec {
 
 enum class FontWeight { regular, semibold };
 
-// A run of text in one colour and weight; a line feed inside breaks the line.
+// A run of text in one color and weight; a line feed inside breaks the line.
 struct TextRun {
     std::string text;
     Color color;

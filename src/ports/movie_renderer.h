@@ -18,7 +18,7 @@ struct SourcePiece {
     double duration = 0;
 };
 
-// A still picture fitted whole and centred on black, silent.
+// A still picture fitted whole and centerd on black, silent.
 struct StillPiece {
     ImageBuffer image;
     double duration = 0;
@@ -60,7 +60,7 @@ class MovieSession {
 // succeeds.
 class MovieRenderer {
   public:
-    // Called once, on a thread of the renderer's. Errors: domain "Export", code 999 when cancelled;
+    // Called once, on a thread of the renderer's. Errors: domain "Export", code 999 when canceled;
     // domain "file", code = errno, where the target cannot be written.
     using Completion = std::function<void(Result<std::filesystem::path>)>;
 

@@ -24,7 +24,7 @@ struct SavePanelRequest {
 };
 
 // Questions to the user. Always asynchronous: a call returns at once and its answer comes later on
-// the main thread, exactly once. Cancelled gives an empty answer.
+// the main thread, exactly once. Canceled gives an empty answer.
 class Panels {
   public:
     virtual ~Panels() = default;

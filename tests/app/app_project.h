@@ -6,8 +6,8 @@
 #include "base/files.h"
 
 #include "app/services.h"
-#include "core/annotation/timeline_history.h"
 #include "core/export/export_helper.h"
+#include "core/timeline/timeline_history.h"
 #include "fakes/core_project.h"
 #include "fakes/fake_images.h"
 #include "fakes/fake_media.h"

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "core/annotation/marking_flow.h"
-#include "core/collections/hot_key_manager.h"
 #include "core/collections/tag_library_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/marking/marking_flow.h"
 #include "core/playback/video_player_manager.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"

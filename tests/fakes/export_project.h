@@ -70,7 +70,7 @@ struct ExportProject : MatchRecords {
         project.tagLibrary.active.set(library);
         setStamps({stamp("pass", "Пас", 10, 15, {"long"}, {"half"}), stamp("shot", "Shot", 40, 42)},
                   {stamp("pass", "Пас", 2, 4)});
-        processes.behaviour = [](const FakeProcessRunner::Call& call) {
+        processes.behavior = [](const FakeProcessRunner::Call& call) {
             std::ofstream(call.arguments[1]) << "archive";
             return Result<ProcessOutcome>(ProcessOutcome{});
         };

@@ -54,7 +54,7 @@ class FakeTextMeasure final : public TextMeasure {
     }
 };
 
-// Fills what a list fills and marks where its texts go with their first colour. Keeps the lists.
+// Fills what a list fills and marks where its texts go with their first color. Keeps the lists.
 class FakePictureRenderer final : public PictureRenderer {
   public:
     ImageBuffer render(const DisplayList& list) const override {

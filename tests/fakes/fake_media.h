@@ -13,7 +13,7 @@
 
 namespace tembrix {
 
-// Media files that exist only by name. A frame is one colour, by which a test tells its number.
+// Media files that exist only by name. A frame is one color, by which a test tells its number.
 class FakeMedia final : public Media {
   public:
     // A video of `seconds` with frames at a constant rate.

@@ -26,10 +26,10 @@ class FakeMovieRenderer final : public MovieRenderer {
         float progress() const override { return progress_; }
         void cancel() override {
             if (completion_)
-                cancelled_ = true;
-            end(Error{"Export", 999, "Cancelled"});
+                canceled_ = true;
+            end(Error{"Export", 999, "Canceled"});
         }
-        bool cancelled() const { return cancelled_; }
+        bool canceled() const { return canceled_; }
         bool ended() const { return !completion_; }
 
         void setProgress(float value) { progress_ = value; }
@@ -53,7 +53,7 @@ class FakeMovieRenderer final : public MovieRenderer {
         Scheduler& scheduler_;
         Completion completion_;
         float progress_ = 0;
-        bool cancelled_ = false;
+        bool canceled_ = false;
     };
 
     explicit FakeMovieRenderer(Scheduler& scheduler) : scheduler_(scheduler) {}

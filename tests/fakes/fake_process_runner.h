@@ -10,7 +10,7 @@
 
 namespace tembrix {
 
-// Answers each call through `behaviour`, which may make the files that the program would make, and
+// Answers each call through `behavior`, which may make the files that the program would make, and
 // keeps the calls. Programs succeed silently unless the test says otherwise.
 class FakeProcessRunner final : public ProcessRunner {
   public:
@@ -28,7 +28,7 @@ class FakeProcessRunner final : public ProcessRunner {
             const std::lock_guard lock(mutex_);
             calls_.push_back(call);
         }
-        return behaviour(call);
+        return behavior(call);
     }
 
     std::vector<Call> calls() const {
@@ -36,7 +36,7 @@ class FakeProcessRunner final : public ProcessRunner {
         return calls_;
     }
 
-    std::function<Result<ProcessOutcome>(const Call&)> behaviour = [](const Call&) {
+    std::function<Result<ProcessOutcome>(const Call&)> behavior = [](const Call&) {
         return Result<ProcessOutcome>(ProcessOutcome{});
     };
 

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
-#include "core/annotation/marking_flow.h"
-#include "core/annotation/timeline_history.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/marking/marking_flow.h"
 #include "core/playback/video_player_manager.h"
+#include "core/timeline/timeline_history.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_bookmarks.h"
 #include "fakes/fake_player.h"

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <QPushButton>
 
-#include "app/annotation/timeline_canvas.h"
+#include "app/control/timeline_canvas.h"
 #include "core/playback/video_player_manager.h"
 #include "tour/stage.h"
 

@@ -34,7 +34,7 @@ void keepTheLibrary(Stage& stage) {
     QWidget* list = &stage.application().listWindow();
     driver.activate("list");
 
-    driver.say("A favourite, a new name, search and filters");
+    driver.say("A favorite, a new name, search and filters");
     listMenu(stage, "addToFavorites");
     driver.key(Qt::Key_F2);
     driver.sheet();

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "app/services.h"
-#include "core/annotation/timeline_data_manager.h"
+#include "core/timeline/timeline_data_manager.h"
 #include "main/application.h"
 #include "tour/driver.h"
 

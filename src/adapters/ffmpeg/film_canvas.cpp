@@ -70,17 +70,17 @@ FrameHandle FilmCanvas::copy(const AVFrame& frame) {
 
 bool FilmCanvas::inShape(const AVFrame& frame) const {
     return frame.format == AV_PIX_FMT_YUV420P && frame.width == width_ && frame.height == height_ &&
-           colourCoding(frame) == ColourCoding{matrix_, false};
+           colorCoding(frame) == ColorCoding{matrix_, false};
 }
 
-Result<void> FilmCanvas::scale(const AVFrame& from, ColourCoding coding, AVFrame& to, int x, int y,
+Result<void> FilmCanvas::scale(const AVFrame& from, ColorCoding coding, AVFrame& to, int x, int y,
                                int width, int height) {
     scaler_.reset(sws_getCachedContext(
         scaler_.release(), from.width, from.height, static_cast<AVPixelFormat>(from.format), width,
         height, AV_PIX_FMT_YUV420P, SWS_BICUBIC | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
     if (!scaler_)
         return mediaError(MediaFault::undecodable, "the picture's format is not known");
-    setColours(*scaler_, coding, {matrix_, false});
+    setColors(*scaler_, coding, {matrix_, false});
     std::uint8_t* planes[3];
     for (int p = 0; p < 3; ++p) {
         const int shift = p == 0 ? 0 : 1;
@@ -108,7 +108,7 @@ Result<FrameHandle> FilmCanvas::fit(const AVFrame& frame, Size shown, int rotati
         av_image_fill_black(out->data, strides, AV_PIX_FMT_YUV420P, AVCOL_RANGE_MPEG, width_,
                             height_);
     }
-    const auto coding = colourCoding(frame);
+    const auto coding = colorCoding(frame);
     if (rotation == 0) {
         if (auto scaled = scale(frame, coding, *out, x, y, width, height); !scaled)
             return scaled.error();

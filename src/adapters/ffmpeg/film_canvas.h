@@ -22,7 +22,7 @@ class FilmCanvas {
     int height() const { return height_; }
     AVColorSpace matrix() const { return matrix_; }
 
-    // The source's frame fitted whole and centred on black. `shown` is its size in square pixels
+    // The source's frame fitted whole and centerd on black. `shown` is its size in square pixels
     // after turning it clockwise by `rotation` degrees.
     Result<FrameHandle> fit(const AVFrame& frame, Size shown, int rotation);
     Result<FrameHandle> fit(const ImageBuffer& image);
@@ -32,7 +32,7 @@ class FilmCanvas {
   private:
     FrameHandle blank();
     bool inShape(const AVFrame& frame) const;
-    Result<void> scale(const AVFrame& from, ColourCoding coding, AVFrame& to, int x, int y,
+    Result<void> scale(const AVFrame& from, ColorCoding coding, AVFrame& to, int x, int y,
                        int width, int height);
 
     const int width_;

@@ -39,7 +39,7 @@ Result<std::unique_ptr<FilmPictures>> FilmPictures::open(const MovieJob& job, co
     const auto& coded = *pictures->file_.source->stream()->codecpar;
     pictures->canvas_ = std::make_unique<FilmCanvas>(
         evenSize(job.renderSize.width), evenSize(job.renderSize.height),
-        colourMatrix(coded.color_space, coded.width, coded.height));
+        colorMatrix(coded.color_space, coded.width, coded.height));
     pictures->blends_.resize(job.overlays.size());
     return pictures;
 }

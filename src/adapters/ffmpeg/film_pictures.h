@@ -19,7 +19,7 @@ class FilmPictures {
     static Result<std::unique_ptr<FilmPictures>> open(const MovieJob& job, const FilmPlan& plan,
                                                       const std::atomic<bool>& stop);
 
-    // The size and the colours of the pictures, which are those of the source.
+    // The size and the colors of the pictures, which are those of the source.
     FilmFormat format() const;
     bool sourceHasAudio() const { return file_.source->info().hasAudio; }
 

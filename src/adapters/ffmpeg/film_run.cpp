@@ -16,8 +16,8 @@ namespace {
 constexpr double picturesWaiting = 64e6;  // bytes
 constexpr std::size_t soundsWaiting = 128;
 
-Error cancelledError() {
-    return {"Export", 999, "Cancelled"};
+Error canceledError() {
+    return {"Export", 999, "Canceled"};
 }
 
 Error exportError(const Error& error) {
@@ -94,13 +94,13 @@ FilmRun::~FilmRun() {
 
 void FilmRun::begin() {
     thread_ = std::thread([this] {
-        Result<std::filesystem::path> result = cancelledError();
-        if (turns_->take(cancelled_)) {
+        Result<std::filesystem::path> result = canceledError();
+        if (turns_->take(canceled_)) {
             result = render();
             turns_->giveBack();
         }
-        if (!result && cancelled_)
-            result = cancelledError();
+        if (!result && canceled_)
+            result = canceledError();
         completion_(result);
         completion_ = nullptr;
         ended_ = true;
@@ -108,7 +108,7 @@ void FilmRun::begin() {
 }
 
 void FilmRun::cancel() {
-    cancelled_ = true;
+    canceled_ = true;
     stop_ = true;
     turns_->wake();
 }
@@ -138,7 +138,7 @@ Result<std::filesystem::path> FilmRun::render() {
         return writer.error();
     if (auto encoded = encode(pictures, sound.get(), **writer); !encoded)
         return encoded.error();
-    if (auto finished = (*writer)->finish(cancelled_); !finished)
+    if (auto finished = (*writer)->finish(canceled_); !finished)
         return finished.error();
     progress_ = 1;
     return job_.target;
@@ -178,9 +178,9 @@ Result<void> FilmRun::encode(FilmPictures& pictures, FilmSound* sound, FilmWrite
     for (int k = 0; k < frames; ++k) {
         auto picture = decoded.next();
         if (stop_)
-            return cancelledError();
+            return canceledError();
         if (!picture)
-            return decoded.failure() ? exportError(*decoded.failure()) : cancelledError();
+            return decoded.failure() ? exportError(*decoded.failure()) : canceledError();
         if (auto added = writer.addPicture(std::move(*picture)); !added)
             return added;
         // The sound follows the pictures closely, as a file that plays while it loads needs it.

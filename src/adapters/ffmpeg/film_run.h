@@ -52,7 +52,7 @@ class FilmRun final : public MovieSession {
     const FilmPlan plan_;
     MovieRenderer::Completion completion_;
     const std::shared_ptr<Turns> turns_;
-    std::atomic<bool> cancelled_ = false;
+    std::atomic<bool> canceled_ = false;
     std::atomic<bool> stop_ = false;  // ends all threads, after a failure as after cancel()
     std::atomic<bool> ended_ = false;
     std::atomic<float> progress_ = 0;

@@ -24,7 +24,7 @@ Weights weightsOf(AVColorSpace matrix) {
     }
 }
 
-// The part of the overlay that shows, in pixels of the film, widened to whole colour samples.
+// The part of the overlay that shows, in pixels of the film, widened to whole color samples.
 struct Box {
     int left = 0, top = 0, right = 0, bottom = 0;
 };
@@ -61,7 +61,7 @@ OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
     for (Layer* chroma : {&blue_, &red_})
         prepare(*chroma, box.left / 2, box.top / 2, luma_.width / 2, luma_.height / 2);
 
-    // The colours come multiplied by their alpha, and so do the offsets of the film's coding.
+    // The colors come multiplied by their alpha, and so do the offsets of the film's coding.
     const auto& image = overlay.image;
     std::vector<double> alphas(blue_.keep.size()), blues(alphas.size()), reds(alphas.size());
     for (int y = 0; y < luma_.height; ++y) {

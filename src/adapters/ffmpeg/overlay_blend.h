@@ -9,10 +9,10 @@
 
 namespace tembrix {
 
-// An overlay turned once into the film's own colours, to be laid over many frames.
+// An overlay turned once into the film's own colors, to be laid over many frames.
 class OverlayBlend {
   public:
-    // For films of `width` by `height` pixels whose colours follow `matrix`, limited range.
+    // For films of `width` by `height` pixels whose colors follow `matrix`, limited range.
     OverlayBlend(const MovieOverlay& overlay, int width, int height, AVColorSpace matrix);
 
     // Blends over a writable frame of 8-bit 4:2:0. Touches only the rows that the overlay covers.

@@ -32,22 +32,22 @@ ImageBuffer turned(const ImageBuffer& image, int rotation) {
 
 }  // namespace
 
-AVColorSpace colourMatrix(AVColorSpace said, int width, int height) {
+AVColorSpace colorMatrix(AVColorSpace said, int width, int height) {
     if (said != AVCOL_SPC_UNSPECIFIED && said != AVCOL_SPC_RGB)
         return said;
     return width >= 1280 || height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
 }
 
-ColourCoding colourCoding(const AVFrame& frame) {
-    ColourCoding coding;
-    coding.matrix = colourMatrix(frame.colorspace, frame.width, frame.height);
+ColorCoding colorCoding(const AVFrame& frame) {
+    ColorCoding coding;
+    coding.matrix = colorMatrix(frame.colorspace, frame.width, frame.height);
     const auto format = static_cast<AVPixelFormat>(frame.format);
     coding.fullRange = frame.color_range == AVCOL_RANGE_JPEG || format == AV_PIX_FMT_YUVJ420P ||
                        format == AV_PIX_FMT_YUVJ422P || format == AV_PIX_FMT_YUVJ444P;
     return coding;
 }
 
-void setColours(SwsContext& scaler, ColourCoding from, ColourCoding to) {
+void setColors(SwsContext& scaler, ColorCoding from, ColorCoding to) {
     constexpr int neutral = 1 << 16;
     sws_setColorspaceDetails(&scaler, sws_getCoefficients(from.matrix), from.fullRange ? 1 : 0,
                              sws_getCoefficients(to.matrix), to.fullRange ? 1 : 0, 0, neutral,
@@ -70,8 +70,8 @@ Result<ImageBuffer> toImage(const AVFrame& frame, Size size, int rotation) {
         image.height, AV_PIX_FMT_RGBA, flags, nullptr, nullptr, nullptr));
     if (!scaler)
         return mediaError(MediaFault::undecodable, "the picture's format is not known");
-    const auto coding = colourCoding(frame);
-    setColours(*scaler, coding, {coding.matrix, true});
+    const auto coding = colorCoding(frame);
+    setColors(*scaler, coding, {coding.matrix, true});
     std::uint8_t* const planes[] = {image.pixels.data()};
     const int strides[] = {static_cast<int>(image.stride())};
     sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, planes, strides);

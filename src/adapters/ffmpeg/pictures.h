@@ -7,20 +7,20 @@
 
 namespace tembrix {
 
-// How a video's numbers stand for colours.
-struct ColourCoding {
+// How a video's numbers stand for colors.
+struct ColorCoding {
     AVColorSpace matrix = AVCOL_SPC_BT709;
     bool fullRange = false;
-    bool operator==(const ColourCoding&) const = default;
+    bool operator==(const ColorCoding&) const = default;
 };
 
 // The frame's own coding; a frame that does not say follows the custom for its size.
-ColourCoding colourCoding(const AVFrame& frame);
+ColorCoding colorCoding(const AVFrame& frame);
 // The same from what a stream says of itself.
-AVColorSpace colourMatrix(AVColorSpace said, int width, int height);
+AVColorSpace colorMatrix(AVColorSpace said, int width, int height);
 
 // Tells the scaler the codings of both sides. Sides in RGB are always full range.
-void setColours(SwsContext& scaler, ColourCoding from, ColourCoding to);
+void setColors(SwsContext& scaler, ColorCoding from, ColorCoding to);
 
 // `content` fitted whole into `bounds`, never larger than `largest` times its size.
 Size fittedInto(Size content, Size bounds, double largest = 1e9);

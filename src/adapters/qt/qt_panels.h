@@ -12,7 +12,7 @@ namespace tembrix {
 // Questions as dialogs over the active window, which alone they hold back. The file dialogs are the
 // system's own unless the application attribute AA_DontUseNativeDialogs is set. The dialogs' object
 // names are "openPanel", "savePanel", "alertPanel" and "confirmPanel"; a dialog that goes with its
-// window counts as cancelled. No answer comes after the panels are gone.
+// window counts as canceled. No answer comes after the panels are gone.
 class QtPanels final : public Panels {
   public:
     explicit QtPanels(const Texts& texts) : texts_(texts) {}

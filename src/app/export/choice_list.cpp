@@ -36,7 +36,7 @@ QIcon chip(const Color& color) {
     painter.setBrush(theme::toQColor(color));
     painter.drawRoundedRect(pixmap.rect(), theme::corner, theme::corner);
     QIcon icon(pixmap);
-    icon.addPixmap(pixmap, QIcon::Selected);  // a colour of the data is never tinted
+    icon.addPixmap(pixmap, QIcon::Selected);  // a color of the data is never tinted
     return icon;
 }
 

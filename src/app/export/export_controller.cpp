@@ -21,7 +21,7 @@ ExportController::ExportController(const AppServices& services, QWidget* window)
       waiting_(new WaitingPanel(services.texts, window)) {
     progress_ = exportHelper_.progress.observe(
         [this](const float& progress) { waiting_->setProgress(progress); });
-    connect(waiting_, &WaitingPanel::cancelled, this,
+    connect(waiting_, &WaitingPanel::canceled, this,
             [this] { exportHelper_.cancelCurrentExport(); });
 }
 

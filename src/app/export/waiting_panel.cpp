@@ -78,7 +78,7 @@ WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
     column->setSpacing(gap);
     column->addWidget(ring_, 0, Qt::AlignHCenter);
     auto* button = makeButton(texts, "cancelButtonTitle", ButtonLook::plain, this);
-    connect(button, &QPushButton::clicked, this, &WaitingPanel::cancelled);
+    connect(button, &QPushButton::clicked, this, &WaitingPanel::canceled);
     column->addWidget(button, 0, Qt::AlignHCenter);
     connect(fading_, &QPropertyAnimation::finished, this, [this] {
         if (opacity_->opacity() == 0)
@@ -89,7 +89,7 @@ WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
 }
 
 void WaitingPanel::appear() {
-    centre();
+    center();
     show();
     raise();
     fade(1);
@@ -111,7 +111,7 @@ void WaitingPanel::fade(double to) {
     fading_->start();
 }
 
-void WaitingPanel::centre() {
+void WaitingPanel::center() {
     adjustSize();
     const auto room = parentWidget()->size() - size();
     move(room.width() / 2, room.height() / 2);
@@ -119,7 +119,7 @@ void WaitingPanel::centre() {
 
 bool WaitingPanel::eventFilter(QObject*, QEvent* event) {
     if (event->type() == QEvent::Resize && isVisible())
-        centre();
+        center();
     return false;
 }
 

@@ -21,7 +21,7 @@ class WaitingPanel final : public QWidget {
     void setProgress(float progress);
 
   Q_SIGNALS:
-    void cancelled();
+    void canceled();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -30,7 +30,7 @@ class WaitingPanel final : public QWidget {
   private:
     class Ring;
     void fade(double to);
-    void centre();
+    void center();
 
     Ring* ring_;
     QGraphicsOpacityEffect* opacity_;

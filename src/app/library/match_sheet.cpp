@@ -35,7 +35,7 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, FocusStateManager& f
     date_->setDisplayFormat(dateFormat());
     date_->setCalendarPopup(true);
     new TextFocusTracker(date_, focus);
-    content()->addWidget(labelled(texts, "videosViewFieldDateTime", date_));
+    content()->addWidget(labeled(texts, "videosViewFieldDateTime", date_));
 
     addCancelButton("cancelButtonTitle");
     addAcceptButton("saveButtonTitle");
@@ -48,7 +48,7 @@ FocusAwareLineEdit* MatchSheet::addField(FocusStateManager& focus, const char* k
     field->setPlaceholderText(qtext(texts().text(prompt)));
     field->setText(qtext(value));
     field->setMinimumWidth(fieldWidth);
-    content()->addWidget(labelled(texts(), key, field));
+    content()->addWidget(labeled(texts(), key, field));
     return field;
 }
 
@@ -73,7 +73,7 @@ RenameSheet::RenameSheet(QWidget* parent, const Texts& texts, FocusStateManager&
     name_->setText(qtext(name));
     name_->setMinimumWidth(fieldWidth);
     name_->selectAll();
-    content()->addWidget(labelled(texts, "videosViewFieldFileName", name_));
+    content()->addWidget(labeled(texts, "videosViewFieldFileName", name_));
     addCancelButton("cancelButtonTitle");
     addAcceptButton("saveButtonTitle");
     name_->setFocus();

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "app/widgets/sheet.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
 #include "core/records/video_records.h"
 
 class QDateTimeEdit;

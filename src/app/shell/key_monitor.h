@@ -3,7 +3,7 @@
 #include <QObject>
 #include <functional>
 
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
 
 class QKeyEvent;
 

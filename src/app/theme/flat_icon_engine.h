@@ -7,7 +7,7 @@
 
 namespace tembrix::theme {
 
-// Shows the shape of another icon in one colour, so that icons drawn for any ground are readable on
+// Shows the shape of another icon in one color, so that icons drawn for any ground are readable on
 // the dark one.
 class FlatIconEngine final : public QIconEngine {
   public:

@@ -9,7 +9,7 @@
 
 class QApplication;
 
-// How the program looks: every colour and size that is not data stands here and nowhere else.
+// How the program looks: every color and size that is not data stands here and nowhere else.
 // Widgets are styled by applyTheme(); painters take the values below.
 namespace tembrix::theme {
 
@@ -53,13 +53,13 @@ void applyTheme(QApplication& application);
 // The program's font.
 QFont font(int pixelSize = textSize, QFont::Weight weight = QFont::Normal);
 
-// An icon by its freedesktop name in one flat colour; dimmed where its control is disabled.
+// An icon by its freedesktop name in one flat color; dimmed where its control is disabled.
 QIcon icon(const QString& name, const QColor& color = text);
 
-// A colour of the data.
+// A color of the data.
 QColor toQColor(const Color& color);
 
-// The readable one of black and white on a ground of the data's colour.
+// The readable one of black and white on a ground of the data's color.
 QColor textOn(const QColor& ground);
 
 }  // namespace tembrix::theme

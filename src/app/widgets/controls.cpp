@@ -96,7 +96,7 @@ void nameControl(QWidget* control, std::string_view objectName, const QString& a
     control->setAccessibleName(accessibleName);
 }
 
-QWidget* labelled(const Texts& texts, std::string_view key, QWidget* control) {
+QWidget* labeled(const Texts& texts, std::string_view key, QWidget* control) {
     auto* box = new QWidget;
     auto* column = new QVBoxLayout(box);
     column->setContentsMargins(0, 0, 0, 0);

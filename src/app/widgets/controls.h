@@ -43,7 +43,7 @@ void nameControl(QWidget* control, const Texts& texts, std::string_view key);
 void nameControl(QWidget* control, std::string_view objectName, const QString& accessibleName);
 
 // The control beneath a small caption with the key's text; names the control by it.
-QWidget* labelled(const Texts& texts, std::string_view key, QWidget* control);
+QWidget* labeled(const Texts& texts, std::string_view key, QWidget* control);
 
 // A thin line between groups of a bar or a form.
 QFrame* makeSeparator(Qt::Orientation orientation, QWidget* parent = nullptr);

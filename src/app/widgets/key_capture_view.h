@@ -7,7 +7,7 @@
 
 #include "ports/texts.h"
 
-#include "core/collections/key_capture.h"
+#include "core/keyboard/key_capture.h"
 
 class QKeyEvent;
 

@@ -9,7 +9,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/flow_layout.h"
 #include "app/widgets/qt_text.h"
-#include "core/collections/hot_key_codes.h"
+#include "core/keyboard/hot_key_codes.h"
 
 namespace tembrix {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/widgets/sheet.h"
-#include "core/annotation/stamp_items_selection.h"
+#include "core/marking/stamp_items_selection.h"
 
 class QAbstractButton;
 

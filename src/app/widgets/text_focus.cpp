@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QFocusEvent>
 
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
 
 namespace tembrix {
 

@@ -7,7 +7,7 @@
 #include "base/utf8_text.h"
 #include "base/uuid.h"
 
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
 
 namespace tembrix {
 

@@ -315,7 +315,7 @@ void TagLibraryManager::addTransientTagGroup(const TagGroup& group) {
 }
 
 // The active lists count at once. What is known of the other collections stays until the load has
-// read them again: their stamps keep their names and colours meanwhile, and follow a rename.
+// read them again: their stamps keep their names and colors meanwhile, and follow a rename.
 void TagLibraryManager::refreshMerged() {
     merged.update([this](CollectionLists& lists) { putCollection(lists, places_, *active); });
 }

@@ -14,15 +14,9 @@
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/merged_lists.h"
 #include "core/collections/standard_collections.h"
+#include "core/keyboard/hotkey_registry.h"
 
 namespace tembrix {
-
-// Takes the tags of the active collection whenever they change: the hot keys.
-class HotkeyRegistry {
-  public:
-    virtual ~HotkeyRegistry() = default;
-    virtual void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) = 0;
-};
 
 // The process-wide store of what a user can mark with: one active collection, and merged lists of
 // everything from all collections, which serve every lookup by id. Published lists change on the

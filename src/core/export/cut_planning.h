@@ -7,8 +7,8 @@
 
 #include "ports/texts.h"
 
-#include "core/annotation/timeline_data_manager.h"
 #include "core/export/cut_records.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 

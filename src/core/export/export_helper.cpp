@@ -16,14 +16,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int cancelledCode = 999;
+constexpr int canceledCode = 999;
 
 Error plainError(std::string text) {
     return {"NSError", -1, std::move(text)};
 }
 
-Error cancelledError() {
-    return {"Export", cancelledCode, "Cancelled"};
+Error canceledError() {
+    return {"Export", canceledCode, "Canceled"};
 }
 
 // What the user reads about a failure. What the user can mend is told in the program's language;
@@ -66,7 +66,7 @@ struct ExportHelper::Run {
     ExportSnapshot snapshot;
     Completion completion;
     std::stop_source stop;  // asked by background work too
-    bool cancelled() const { return stop.stop_requested(); }
+    bool canceled() const { return stop.stop_requested(); }
 
     // What the saving step says and asks.
     std::string extension;
@@ -194,8 +194,8 @@ void ExportHelper::beginFilm(const RunPointer& run) {
             return job;
         },
         [this, run](Result<MovieJob>& job) {
-            if (run->cancelled())
-                return fail(run, cancelledError());
+            if (run->canceled())
+                return fail(run, canceledError());
             if (!job)
                 return fail(run, job.error());
             run->defaultName = pathText(job->target.filename());
@@ -214,10 +214,10 @@ void ExportHelper::beginFilm(const RunPointer& run) {
 
 void ExportHelper::filmEnded(const RunPointer& run, const Result<fs::path>& result) {
     stopProgressTimer();
-    if (run->cancelled()) {
+    if (run->canceled()) {
         if (result)
             removeQuietly(*result);
-        return fail(run, cancelledError());
+        return fail(run, canceledError());
     }
     if (!result)
         return fail(run, result.error());
@@ -241,8 +241,8 @@ void ExportHelper::beginClips(const RunPointer& run) {
                                                 services.drawings, services.texts, services.log});
         },
         [this, run](Result<std::vector<MovieJob>>& jobs) {
-            if (run->cancelled())
-                return fail(run, cancelledError());
+            if (run->canceled())
+                return fail(run, canceledError());
             if (!jobs)
                 return fail(run, jobs.error());
             run->jobs = std::move(*jobs);
@@ -252,7 +252,7 @@ void ExportHelper::beginClips(const RunPointer& run) {
 }
 
 void ExportHelper::startNextClips(const RunPointer& run) {
-    while (run->running < sessionsAtOnce && run->nextJob < run->jobs.size() && !run->cancelled()) {
+    while (run->running < sessionsAtOnce && run->nextJob < run->jobs.size() && !run->canceled()) {
         const std::size_t clip = run->nextJob++;
         removeQuietly(run->jobs[clip].target);
         const auto session = startSession(
@@ -271,7 +271,7 @@ void ExportHelper::clipEnded(const RunPointer& run, std::size_t clip,
                              const Result<fs::path>& result) {
     if (result)
         run->clips[clip] = *result;
-    else if (!run->cancelled())
+    else if (!run->canceled())
         run->lastError = result.error();
     ++processedSegments_;
     --run->running;
@@ -286,8 +286,8 @@ void ExportHelper::clipsEnded(const RunPointer& run) {
     for (const auto& clip : run->clips)
         if (clip)
             clips.push_back(*clip);
-    if (run->cancelled())
-        return fail(run, cancelledError());
+    if (run->canceled())
+        return fail(run, canceledError());
     if (run->lastError) {
         std::for_each(clips.begin(), clips.end(), removeQuietly);
         return fail(run, *run->lastError);
@@ -302,8 +302,8 @@ void ExportHelper::clipsEnded(const RunPointer& run) {
             return archive;
         },
         [this, run](const Result<fs::path>& archive) {
-            if (run->cancelled() && !archive)
-                return fail(run, cancelledError());
+            if (run->canceled() && !archive)
+                return fail(run, canceledError());
             if (!archive)
                 return fail(run, archive.error());
             save(run, *archive);
@@ -346,8 +346,8 @@ void ExportHelper::beginScreenshots(const RunPointer& run) {
                                services.texts, run->stop.get_token());
         },
         [this, run](const Result<fs::path>& archive) {
-            if (run->cancelled() && !archive)
-                return fail(run, cancelledError());
+            if (run->canceled() && !archive)
+                return fail(run, canceledError());
             if (!archive)
                 return fail(run, archive.error());
             run->failurePrefix = "Ошибка сохранения скриншотов: ";
@@ -380,9 +380,9 @@ Result<std::shared_ptr<MovieSession>> ExportHelper::startSession(
 // The ends of all runs.
 
 void ExportHelper::save(const RunPointer& run, const fs::path& product) {
-    if (run->cancelled()) {
+    if (run->canceled()) {
         removeQuietly(product);
-        return fail(run, cancelledError());
+        return fail(run, canceledError());
     }
     const auto& texts = services_.texts;
     const auto title =
@@ -392,21 +392,21 @@ void ExportHelper::save(const RunPointer& run, const fs::path& product) {
         [this, alive = std::weak_ptr(alive_), run, product](std::optional<fs::path> target) {
             if (alive.expired())
                 return;
-            if (!target || run->cancelled())
+            if (!target || run->canceled())
                 return finish(run, std::nullopt);  // the product stays where it is
             inBackground(
                 [run, product, target = *target] {
                     std::error_code ignored;
                     const bool inPlace = fs::equivalent(target, product, ignored);
                     const auto copied =
-                        replaceFileByCopy(target, product, [&] { return !run->cancelled(); });
+                        replaceFileByCopy(target, product, [&] { return !run->canceled(); });
                     if (!inPlace)
                         removeQuietly(product);
                     return copied;
                 },
                 [this, run, target = *target](const Result<void>& copied) {
-                    if (run->cancelled() && !copied)
-                        return fail(run, cancelledError());
+                    if (run->canceled() && !copied)
+                        return fail(run, canceledError());
                     if (!copied)
                         return fail(run, copied.error());
                     services_.log.line(run->successText + pathText(target));
@@ -416,7 +416,7 @@ void ExportHelper::save(const RunPointer& run, const fs::path& product) {
 }
 
 void ExportHelper::fail(const RunPointer& run, const Error& error) {
-    if (error.code == cancelledCode)
+    if (error.code == canceledCode)
         return finish(run, std::nullopt);
     finish(run, plainError(run->failurePrefix + describe(error, services_.texts)));
 }
@@ -430,7 +430,7 @@ void ExportHelper::finish(const RunPointer& run, std::optional<Error> error) {
 void ExportHelper::cancelCurrentExport() {
     if (run_)
         run_->stop.request_stop();
-    // A session may end, and so change the list, while it is being cancelled.
+    // A session may end, and so change the list, while it is being canceled.
     for (const auto& session : std::exchange(activeExportSessions_, {}))
         session->cancel();
     stopProgressTimer();

@@ -47,11 +47,11 @@ struct ExportServices {
 // A run goes through these steps: checks and planning at once; the look into the source and the
 // composing in the background; rendering in sessions; for clips the packing in the background; the
 // save panel; and the copying in the background. Each step begins on the main thread, where it
-// first looks whether the run was cancelled.
+// first looks whether the run was canceled.
 class ExportHelper {
   public:
     // Called exactly once, on the main thread, after startExport has returned. Absent: done, or
-    // cancelled, which says nothing.
+    // canceled, which says nothing.
     using Completion = std::function<void(std::optional<Error>)>;
 
     // Clips that are rendered at the same time: two keep two cores busy, and more would only hold

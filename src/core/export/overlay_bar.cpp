@@ -16,7 +16,7 @@ constexpr double fontSize = 13;           // at a picture of fontSizeHeight
 constexpr double fontSizeHeight = 360;    // pixels
 constexpr Color barColor{0, 0, 0, 0.55};  // lets the picture shine through
 
-// The system colours that read on a dark ground.
+// The system colors that read on a dark ground.
 constexpr Color green{48 / 255.0, 209 / 255.0, 88 / 255.0, 1};
 constexpr Color orange{255 / 255.0, 159 / 255.0, 10 / 255.0, 1};
 constexpr Color white{1, 1, 1, 1};

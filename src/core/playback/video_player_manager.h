@@ -10,8 +10,8 @@
 
 #include "ports/player.h"
 
-#include "core/annotation/playhead.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/playback/playhead.h"
 
 namespace tembrix {
 

@@ -17,7 +17,7 @@ struct Tag {
         primaryID;  // the identity at first creation; carried, never looked up
     std::string name;
     std::string description;
-    std::string color;             // hex colour text
+    std::string color;             // hex color text
     double defaultTimeBefore = 0;  // seconds before the press at which a stamp starts
     double defaultTimeAfter = 0;   // seconds after the press at which it ends
     std::optional<std::string> collection;

@@ -17,7 +17,7 @@ struct TimelineStamp {
     std::optional<std::string> primaryID;
     double timeStartSeconds = 0;  // from the start of the video
     double timeFinishSeconds = 0;
-    std::string colorHex;  // the tag's colour at marking
+    std::string colorHex;  // the tag's color at marking
     std::string label;     // the text shown
     std::optional<bool> isActiveForMapView;
     std::vector<std::string> labels;

@@ -8,8 +8,8 @@
 
 #include "base/geometry.h"
 
-#include "core/annotation/marking_flow.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/marking/marking_flow.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {

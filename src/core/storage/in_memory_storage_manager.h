@@ -16,18 +16,11 @@
 
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
+#include "core/storage/collection_index_storage.h"
 
 namespace tembrix {
 
 class TimelineEncoder;
-
-// What the storage asks of the collection index, which stands above it.
-class CollectionIndexStorage {
-  public:
-    virtual ~CollectionIndexStorage() = default;
-    virtual std::vector<CollectionInfo> collections() = 0;  // any thread
-    virtual void saveNow() = 0;  // writes a pending change in the background
-};
 
 // The two-level store of timelines and collections. The user defaults hold the working copy,
 // written at once on every change; files under Documents hold the durable copy, written at most

@@ -14,17 +14,10 @@
 #include "ports/user_defaults.h"
 
 #include "core/records/video_records.h"
+#include "core/storage/deleted_timeline_keeper.h"
 #include "core/storage/in_memory_storage_manager.h"
 
 namespace tembrix {
-
-// Keeps the timeline of a video that is about to leave the library.
-class DeletedTimelineKeeper {
-  public:
-    virtual ~DeletedTimelineKeeper() = default;
-    virtual void saveTimelineBeforeDeletion(const VideosData& video,
-                                            const TimelineLines& timelines) = 0;
-};
 
 // The library: the list of videos that the user added, its storage, migration and clean-ups. A
 // video is never copied; the id of its entry is the key of everything that belongs to it. Main

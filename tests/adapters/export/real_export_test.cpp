@@ -46,7 +46,7 @@ class AwaitedRenderer final : public MovieRenderer {
     FfmpegMovieRenderer renderer_;
 };
 
-// What a look at the frames of a film is for: their numbers, and the colours at the lower edge.
+// What a look at the frames of a film is for: their numbers, and the colors at the lower edge.
 struct Seen {
     int number = -1;
     double edge = 0;      // luminance beside the text, near the lower right corner

@@ -73,7 +73,7 @@ TEST_P(MediaVariants, ProbeTellsWhatTheUserSees) {
 INSTANTIATE_TEST_SUITE_P(Files, MediaVariants, testing::ValuesIn(allVariants()), testName);
 INSTANTIATE_TEST_SUITE_P(Rare, MediaVariants, testing::ValuesIn(rareVariants()), testName);
 
-TEST(Media, ColoursComeOutAsTheyWentIn) {
+TEST(Media, ColorsComeOutAsTheyWentIn) {
     FfmpegMedia media;
     const auto picture = media.frame(fixtureFile("30"), 0);
     ASSERT_TRUE(picture.ok());

@@ -100,7 +100,7 @@ TEST_P(RendererContract, ACancelledRunEndsSoonAndLeavesNothing) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
     ASSERT_EQ(run.endings->size(), 1U);
     ASSERT_FALSE(run.endings->front().ok());
-    EXPECT_EQ(run.endings->front().error(), (Error{"Export", 999, "Cancelled"}));
+    EXPECT_EQ(run.endings->front().error(), (Error{"Export", 999, "Canceled"}));
     EXPECT_TRUE(folderIsEmpty());
 }
 

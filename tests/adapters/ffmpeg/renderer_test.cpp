@@ -151,7 +151,7 @@ TEST_F(Films, StillsAreFittedOnBlackAndSilentAndKeepTheRestInStep) {
     EXPECT_LT(loudest, 0.002F);
 }
 
-TEST_F(Films, OverlaysLieOverTheirCutsOnlyAndKeepTheirColours) {
+TEST_F(Films, OverlaysLieOverTheirCutsOnlyAndKeepTheirColors) {
     auto work =
         job(fixtureFile("30"), {SourcePiece{1, 0.7}, SourcePiece{4, 0.51}, SourcePiece{2, 0.4}});
     // A bar of black at a little over half, with an opaque green field in it.
@@ -254,7 +254,7 @@ TEST_F(Films, AFullDiskEndsTheRunWithATextAndLeavesNothing) {
     EXPECT_FALSE(renderAndWait(renderer_, work).ok());
 }
 
-TEST_F(Films, ManyRunsAtOnceAllEndAndWaitingOnesCanBeCancelled) {
+TEST_F(Films, ManyRunsAtOnceAllEndAndWaitingOnesCanBeCanceled) {
     constexpr int count = 12;
     std::vector<std::shared_ptr<MovieSession>> sessions;
     std::vector<std::future<Result<fs::path>>> endings;

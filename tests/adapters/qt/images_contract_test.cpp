@@ -173,7 +173,7 @@ TEST_F(QtPictures, TooMuchTextEndsInAnEllipsisOnAWholeLine) {
     EXPECT_LE(slip.bottom, 10 + line * 0.7);
 }
 
-TEST_F(QtPictures, RunsHaveTheirColoursAndWeights) {
+TEST_F(QtPictures, RunsHaveTheirColorsAndWeights) {
     const Color red{1, 0, 0, 1}, blue{0, 0, 1, 1};
     RichText text{{{"████", red}, {"████\n", blue}, {"████", red, FontWeight::regular}}, 20};
     const auto image = paint(text, {0, 0, 400, 100});

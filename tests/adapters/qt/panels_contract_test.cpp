@@ -128,7 +128,7 @@ TYPED_TEST(PanelsContract, FilesComeBackByTheirNamesAndCancellingGivesNone) {
     EXPECT_FALSE(saved[1]);
 }
 
-TEST(QtPanels, ADialogThatGoesWithItsWindowIsCancelled) {
+TEST(QtPanels, ADialogThatGoesWithItsWindowIsCanceled) {
     FakeTexts texts;
     QtPanels panels(texts);
     auto window = std::make_unique<QWidget>();

@@ -172,7 +172,7 @@ TEST_F(ExportFlow, ClosingTheWindowEndsTheRun) {
     press("exportModeFilm");
     project.scheduler.run();
     delete exports;
-    EXPECT_TRUE(session().cancelled());
+    EXPECT_TRUE(session().canceled());
     project.scheduler.run();
     EXPECT_THAT(project.panels.saves, IsEmpty());
 }

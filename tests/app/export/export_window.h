@@ -34,7 +34,7 @@ struct ExportWindow : MatchRecords {
                             stamp("shot", "Shot", 40, 42)}),
              line("Second", {stamp("pass", "Пас", 2, 4, {"exact", "long"})})});
         project.timeline.selectedLineID.set((*project.timeline.lines)[0]->id);
-        project.processes.behaviour = [](const FakeProcessRunner::Call& call) {
+        project.processes.behavior = [](const FakeProcessRunner::Call& call) {
             std::ofstream(call.arguments[1]) << "archive";
             return Result<ProcessOutcome>(ProcessOutcome{});
         };

@@ -15,7 +15,7 @@
 namespace tembrix {
 namespace {
 
-// The colours of the pixels that an icon paints in full.
+// The colors of the pixels that an icon paints in full.
 QSet<QRgb> solidColors(const QIcon& icon, QIcon::Mode mode) {
     const auto image = icon.pixmap(QSize(32, 32), 1.0, mode).toImage();
     QSet<QRgb> colors;
@@ -70,7 +70,7 @@ TEST(Theme, ControlsAreStyled) {
     EXPECT_EQ(at(accented), theme::raised.rgb());
 }
 
-TEST(Theme, TextOnDataColoursIsReadable) {
+TEST(Theme, TextOnDataColorsIsReadable) {
     EXPECT_EQ(theme::textOn(Qt::yellow), QColor(Qt::black));
     EXPECT_EQ(theme::textOn(QColor(0x10, 0x30, 0x80)), QColor(Qt::white));
     EXPECT_EQ(theme::toQColor({2, -1, 0.5, 1}).name(), "#ff0080");

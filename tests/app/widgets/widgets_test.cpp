@@ -15,7 +15,7 @@
 #include "app/widgets/sheet.h"
 #include "app/widgets/tabular_label.h"
 #include "app/widgets/text_focus.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
 #include "fakes/fake_texts.h"
 
 namespace tembrix {
@@ -176,7 +176,7 @@ TEST_F(WidgetsTest, ElidedTextsAreReadWhole) {
 }
 
 TEST_F(WidgetsTest, ASwitchTellsTheUsersChoicesOnly) {
-    SegmentedSwitch filter(texts, {"all", "favourites", "recent"});
+    SegmentedSwitch filter(texts, {"all", "favorites", "recent"});
     std::vector<int> choices;
     QObject::connect(&filter, &SegmentedSwitch::chosenByUser,
                      [&](int index) { choices.push_back(index); });
@@ -184,15 +184,15 @@ TEST_F(WidgetsTest, ASwitchTellsTheUsersChoicesOnly) {
     EXPECT_EQ(filter.chosen(), 0);
     filter.choose(2);
     EXPECT_EQ(filter.chosen(), 2);
-    auto* favourites = filter.findChild<QToolButton*>("favourites");
-    ASSERT_NE(favourites, nullptr);
-    EXPECT_EQ(favourites->accessibleName(), "favourites");
-    QTest::mouseClick(favourites, Qt::LeftButton);
-    QTest::mouseClick(favourites, Qt::LeftButton);
+    auto* favorites = filter.findChild<QToolButton*>("favorites");
+    ASSERT_NE(favorites, nullptr);
+    EXPECT_EQ(favorites->accessibleName(), "favorites");
+    QTest::mouseClick(favorites, Qt::LeftButton);
+    QTest::mouseClick(favorites, Qt::LeftButton);
     EXPECT_EQ(filter.chosen(), 1);
     EXPECT_EQ(choices.front(), 1);
-    favourites->setFocus();
-    QTest::keyClick(favourites, Qt::Key_Right);
+    favorites->setFocus();
+    QTest::keyClick(favorites, Qt::Key_Right);
     EXPECT_EQ(filter.chosen(), 2);
 }
 

@@ -52,7 +52,7 @@ TEST(Base64, RefusesWhatNoEncoderWrites) {
         EXPECT_FALSE(base64Decode(bad)) << bad;
 }
 
-TEST(Colour, ParsesEveryLengthLeniently) {
+TEST(Color, ParsesEveryLengthLeniently) {
     const Color orange{1, 128 / 255.0, 0, 1};
     EXPECT_EQ(parseHexColor("FF8000"), orange);
     EXPECT_EQ(parseHexColor("#ff8000"), orange);
@@ -68,7 +68,7 @@ TEST(Colour, ParsesEveryLengthLeniently) {
     EXPECT_EQ(parseHexColor("FFxxxx"), (Color{0, 0, 1, 1}));  // only the leading digits count
 }
 
-TEST(Colour, PrintsTruncatedAndNothingForNoColour) {
+TEST(Color, PrintsTruncatedAndNothingForNoColor) {
     EXPECT_EQ(hexText({1, 0.5, 0, 0.3}), "FF7F00");
     EXPECT_EQ(hexText({2, -1, 0.999, 1}), "FF00FE");
     EXPECT_EQ(hexText({std::nan(""), 0, 0, 1}), std::nullopt);
@@ -77,7 +77,7 @@ TEST(Colour, PrintsTruncatedAndNothingForNoColour) {
         EXPECT_EQ(hexText(parseHexColor(text)), text);
 }
 
-TEST(Colour, DarknessHasTwoMeasures) {
+TEST(Color, DarknessHasTwoMeasures) {
     EXPECT_TRUE(isDarkColor(parseHexColor("0000FF")));
     EXPECT_FALSE(isDarkColor(parseHexColor("FFFF00")));
     EXPECT_FALSE(isDarkColor({0.5, 0.5, 0.5, 1}));

@@ -2,9 +2,9 @@
 
 #include "base/files.h"
 
-#include "collections_fixture.h"
 #include "core/collections/duplicate_collections.h"
 #include "core/records/codec.h"
+#include "fakes/collections_fixture.h"
 
 namespace tembrix {
 namespace {

@@ -1,4 +1,4 @@
-#include "collections_fixture.h"
+#include "fakes/collections_fixture.h"
 
 namespace tembrix {
 namespace {

@@ -6,8 +6,8 @@
 #include "base/color.h"
 #include "base/utf8_text.h"
 
-#include "core/collections/hot_key_codes.h"
 #include "core/collections/standard_collections.h"
+#include "core/keyboard/hot_key_codes.h"
 #include "fakes/temp_folder.h"
 
 namespace tembrix {
@@ -49,7 +49,7 @@ void expectSound(const StandardCollection& collection) {
     EXPECT_GE(lists.tags.size(), 25u);
     EXPECT_GE(lists.timeEvents.size(), 4u);
 
-    std::set<std::string> grouped, offered, hotkeys, colours;
+    std::set<std::string> grouped, offered, hotkeys, colors;
     for (const auto& group : lists.tagGroups)
         for (const auto& id : group.tags) {
             EXPECT_TRUE(tags.contains(id)) << id;
@@ -66,7 +66,7 @@ void expectSound(const StandardCollection& collection) {
     for (const auto& tag : lists.tags) {
         SCOPED_TRACE(tag.id);
         EXPECT_EQ(hexText(parseHexColor(tag.color)), tag.color);
-        EXPECT_TRUE(colours.insert(tag.color).second);
+        EXPECT_TRUE(colors.insert(tag.color).second);
         EXPECT_GT(tag.defaultTimeBefore + tag.defaultTimeAfter, 0.5);
         interval = interval || tag.isInterval == true;
         if (tag.hotkey) {

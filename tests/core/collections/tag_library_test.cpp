@@ -2,8 +2,8 @@
 #include <map>
 #include <utility>
 
-#include "collections_fixture.h"
-#include "core/collections/hot_key_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "fakes/collections_fixture.h"
 
 namespace tembrix {
 namespace {

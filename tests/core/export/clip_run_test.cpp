@@ -81,7 +81,7 @@ TEST_F(ClipRun, CancelStartsNoMoreClipsAndKeepsTheFinishedOnes) {
     cancel();
     EXPECT_TRUE(endedWell());
     EXPECT_EQ(renderer.sessions.size(), 3U);
-    EXPECT_TRUE(session(1).cancelled() && session(2).cancelled());
+    EXPECT_TRUE(session(1).canceled() && session(2).canceled());
     EXPECT_THAT(leftovers(), ElementsAre("First_Ball_a_1.mp4"));
     EXPECT_THAT(processes.calls(), IsEmpty());
 
@@ -100,7 +100,7 @@ TEST_F(ClipRun, CancelStartsNoMoreClipsAndKeepsTheFinishedOnes) {
 
 TEST_F(ClipRun, ThePackersFailureIsTold) {
     const auto runWith = [&](Result<ProcessOutcome> outcome) {
-        processes.behaviour = [outcome](const FakeProcessRunner::Call& call) {
+        processes.behavior = [outcome](const FakeProcessRunner::Call& call) {
             std::ofstream(call.arguments[1]) << "half an arch";
             return outcome;
         };

@@ -147,7 +147,7 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     // While it renders.
     start(cuts::CurrentTimeline{});
     cancel();
-    EXPECT_TRUE(session(0).cancelled());
+    EXPECT_TRUE(session(0).canceled());
     EXPECT_TRUE(endedWell());
     EXPECT_TRUE(noTimerRuns());
 
@@ -197,7 +197,7 @@ TEST_F(FilmRun, ASecondRunWaitsForNobodyAndDisturbsNothing) {
 TEST_F(FilmRun, AHelperThatGoesAwayTakesItsRunAlong) {
     start(cuts::CurrentTimeline{});
     helper.reset();
-    EXPECT_TRUE(session().cancelled());
+    EXPECT_TRUE(session().canceled());
     project.scheduler.run();
     EXPECT_EQ(completions, 0);
 

@@ -43,12 +43,12 @@ TEST_F(ScreenshotsRun, TellsWhatIsMissing) {
     EXPECT_TRUE(endedWith("Не найдены файлы скриншотов"));
 
     project.folder.write("One.png", "1");
-    processes.behaviour = [](const FakeProcessRunner::Call&) {
+    processes.behavior = [](const FakeProcessRunner::Call&) {
         return Result<ProcessOutcome>(ProcessOutcome{12, "nothing to do"});
     };
     startScreenshots();
     EXPECT_TRUE(endedWith("nothing to do"));
-    processes.behaviour = [](const FakeProcessRunner::Call& call) {
+    processes.behavior = [](const FakeProcessRunner::Call& call) {
         std::ofstream(call.arguments[1]) << "archive";
         return Result<ProcessOutcome>(ProcessOutcome{});
     };

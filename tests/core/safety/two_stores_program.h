@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "core/annotation/timeline_data_manager.h"
 #include "core/safety/data_sync_manager.h"
+#include "core/timeline/timeline_data_manager.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_bookmarks.h"
 #include "fakes/fake_property_list.h"

@@ -91,7 +91,7 @@ TEST_F(VideosViewModelTest, AMovedVideoAsksToBeBoundAgainAndThenOpensWithItsId) 
     EXPECT_TRUE(model.state->files.front().preview);
 }
 
-TEST_F(VideosViewModelTest, FiltersByFavouriteAndByLastAccess) {
+TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
     const auto a = project.addVideo("alpha.mp4");
     project.addVideo("beta.mp4");
     model.send(videos::ToggleFavorite{model.state->files.front()});

@@ -84,7 +84,7 @@ TEST_F(VideoFiles, AFileAddedUnderANewNameIsTheOldEntry) {
     expectInStep();
 }
 
-TEST_F(VideoFiles, LoadingNormalisesAndDropsDuplicatesButNoAbsentVideo) {
+TEST_F(VideoFiles, LoadingNormalizesAndDropsDuplicatesButNoAbsentVideo) {
     const auto a = bookmarks.add("/videos/a.mp4");
     const Bytes absent = toBytes("bookmark:/unmounted/x.mp4");
     store({{a, "1", {}, {}},

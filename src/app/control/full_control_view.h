@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+#include "app/services.h"
+#include "core/control/timeline_editing_model.h"
+
+namespace tembrix {
+
+class ControlToolbar;
+class ElidedLabel;
+class TimelinesArea;
+
+// The content of the control window: the workbench of an open project. All timelines of the video
+// on one time axis, and everything that is done to them.
+class FullControlView final : public QWidget {
+    Q_OBJECT
+  public:
+    explicit FullControlView(AppServices& services, QWidget* parent = nullptr);
+    ~FullControlView() override;
+
+    TimelineEditingModel& model() { return model_; }
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void addShortcuts();
+    bool openMenuByKeyboard();
+    void openAddLine();
+    void openEditName(const Uuid& line);
+    void openStampEdit(StampEditSheetType type);
+    void showHover(const std::optional<std::string>& text);
+
+    AppServices& services_;
+    TimelineEditingModel model_;
+    ControlToolbar* toolbar_;
+    TimelinesArea* area_;
+    ElidedLabel* status_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix

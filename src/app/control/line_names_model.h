@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QAbstractListModel>
+
+#include "core/control/timeline_editing_model.h"
+
+namespace tembrix {
+
+// The lines of the open video for the name column: name, color chip, count. A line that is dragged
+// carries its id as plain text.
+class LineNamesModel final : public QAbstractListModel {
+    Q_OBJECT
+  public:
+    enum Role { colorRole = Qt::UserRole, countRole, selectedRole };
+
+    LineNamesModel(TimelineEditingModel& model, TimelineDataManager& timeline,
+                   TagLibraryManager& library, const Texts& texts, QObject* parent = nullptr);
+
+    std::optional<Uuid> lineAt(const QModelIndex& index) const;
+    QModelIndex indexOf(const Uuid& line) const;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
+    QStringList mimeTypes() const override { return {"text/plain"}; }
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
+    bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                      const QModelIndex& parent) override;
+
+  Q_SIGNALS:
+    // Before and after all rows are replaced.
+    void aboutToReplace();
+    void replaced();
+
+  private:
+    void takeRows();
+    // The row above which a drop lands; the number of rows for one below them all.
+    int dropRow(int row, const QModelIndex& parent) const;
+
+    TimelineEditingModel& model_;
+    TimelineDataManager& timeline_;
+    TagLibraryManager& library_;
+    const Texts& texts_;
+    std::vector<Uuid> lines_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QListView>
+
+#include "app/control/line_names_model.h"
+
+namespace tembrix {
+
+// The name column beside the rows: click or Enter selects a line, dragging or Alt with the arrows
+// moves it, the context menu renames and deletes it, F2 renames it too. A bar shows where a dragged
+// line would stand.
+class LineNamesView final : public QListView {
+    Q_OBJECT
+  public:
+    LineNamesView(TimelineEditingModel& model, LineNamesModel& names, const Texts& texts,
+                  QWidget* parent = nullptr);
+
+    std::optional<Uuid> currentLine() const { return names_.lineAt(currentIndex()); }
+
+  Q_SIGNALS:
+    void lineMenuRequested(const tembrix::Uuid& line, const QPoint& globalPosition);
+    void renameRequested(const tembrix::Uuid& line);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    void moveCurrent(int step);
+    void showGap(std::optional<int> row);
+    QRect gapArea(int row) const;
+
+    TimelineEditingModel& model_;
+    LineNamesModel& names_;
+    std::optional<Uuid> kept_;  // the current line while the rows are replaced
+    std::optional<int> gap_;    // the row above which a dragged line would stand
+};
+
+}  // namespace tembrix

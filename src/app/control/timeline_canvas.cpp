@@ -1,0 +1,293 @@
+#include "app/control/timeline_canvas.h"
+
+#include <QContextMenuEvent>
+#include <QNativeGestureEvent>
+#include <QPainter>
+#include <QPinchGesture>
+#include <cmath>
+
+#include "app/control/timeline_accessible.h"
+#include "app/theme/theme.h"
+
+namespace tembrix {
+
+namespace {
+
+constexpr double rowHeight = TimelineMetrics::rowHeight;
+constexpr double headerHeight = TimelineMetrics::headerHeight;
+
+}  // namespace
+
+TimelineCanvas::TimelineCanvas(TimelineEditingModel& model, TimelineDataManager& timeline,
+                               QWidget* parent)
+    : QWidget(parent), model_(model), timeline_(timeline) {
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    grabGesture(Qt::PinchGesture);
+    installTimelineAccessibility();
+
+    subscriptions_.push_back(
+        model.rowsChanged.observe([this](const std::vector<std::size_t>& rows) {
+            if (model_.rows().size() != rowCount_) {
+                rowCount_ = model_.rows().size();
+                redrawAll();
+                Q_EMIT rowCountChanged();
+            }
+            for (const std::size_t row : rows)
+                redrawRow(row);
+        }));
+    subscriptions_.push_back(
+        timeline.selectedLineID.observe([this](const std::optional<Uuid>&) { followSelection(); }));
+    subscriptions_.push_back(timeline.selectedStampID.observe(
+        [this](const std::optional<Uuid>&) { followSelection(); }));
+    subscriptions_.push_back(
+        model.cursor.observe([this](const TimelineCursor&) { followCursor(); }));
+    subscriptions_.push_back(
+        model.tagEdgePosition.observe([this](const std::optional<double>&) { movePlayhead(); }));
+    subscriptions_.push_back(model.gestureChanged.observe([this] { followGesture(); }));
+    rowCount_ = model.rows().size();
+    followSelection();
+    refreshAxis();
+}
+
+QRectF TimelineCanvas::headerArea() const {
+    return {0, 0, static_cast<double>(width()), headerHeight};
+}
+
+QRectF TimelineCanvas::rowsArea() const {
+    return {0, headerHeight, static_cast<double>(width()), height() - headerHeight};
+}
+
+QRectF TimelineCanvas::rowArea(std::size_t row) const {
+    return {0, headerHeight + static_cast<double>(row) * rowHeight - scrollY_,
+            static_cast<double>(width()), rowHeight};
+}
+
+QRectF TimelineCanvas::stampArea(std::size_t row, std::size_t stamp) const {
+    const TimelineRow& shown = model_.rows()[row];
+    const Rect rect = stampRect(*shown.line->stamps[stamp], shown.levels[stamp], axis_);
+    return {rect.x - scrollX_, rowArea(row).top() + rect.y, rect.width, rect.height};
+}
+
+std::optional<TimelineHit> TimelineCanvas::hitAt(QPointF position) const {
+    if (position.y() < headerHeight)
+        return {};
+    return model_.rows().hit({position.x() + scrollX_, position.y() - headerHeight + scrollY_},
+                             axis_, *timeline_.selectedStampID);
+}
+
+void TimelineCanvas::setScroll(double x, double y) {
+    if (x == scrollX_ && y == scrollY_)
+        return;
+    scrollX_ = x;
+    scrollY_ = y;
+    redrawAll();
+}
+
+void TimelineCanvas::refreshAxis() {
+    const TimelineAxis axis = model_.axis(width());
+    if (axis == axis_)
+        return;
+    if (model_.resize())
+        model_.cancelGesture();  // it counts in points of the axis as it was
+    axis_ = axis;
+    redrawAll();
+    Q_EMIT axisChanged();
+}
+
+void TimelineCanvas::movePlayhead() {
+    const double x = playheadX();
+    if (x != shownPlayheadX_ && std::holds_alternative<Idle>(press_))
+        Q_EMIT playheadMoved(shownPlayheadX_, x);
+    const QRectF before = PlayheadPainter::strip(rect(), view(), shownPlayheadX_);
+    const QRectF after = PlayheadPainter::strip(rect(), view(), x);
+    shownPlayheadX_ = x;
+    if (before == after)
+        return;
+    update(before.toAlignedRect());
+    update(after.toAlignedRect());
+}
+
+void TimelineCanvas::followSelection() {
+    if (*timeline_.selectedStampID != shownStamp_) {
+        redrawRowOf(shownStamp_);
+        shownStamp_ = *timeline_.selectedStampID;
+        redrawRowOf(shownStamp_);
+    }
+    if (*timeline_.selectedLineID != shownLine_) {
+        for (const auto& line : {shownLine_, *timeline_.selectedLineID})
+            if (line)
+                redrawRow(model_.rows().indexOfLine(*line));
+        shownLine_ = *timeline_.selectedLineID;
+    }
+}
+
+void TimelineCanvas::followCursor() {
+    for (const auto& cursor : {shownCursor_, *model_.cursor}) {
+        redrawRowOf(cursor.stamp);
+        if (cursor.line)
+            redrawRow(model_.rows().indexOfLine(*cursor.line));
+    }
+    shownCursor_ = *model_.cursor;
+    announceCursor();
+}
+
+void TimelineCanvas::followGesture() {
+    const StampResize* resize = model_.resize();
+    const StampMove* move = model_.move();
+    const auto inHand = resize ? std::optional(resize->stamp())
+                        : move ? std::optional(move->info().stampID)
+                               : std::nullopt;
+    if (!inHand) {
+        press_ = Idle();
+        beyondTimer_.stop();
+    }
+    if (resize || inHand != shownGesture_) {
+        redrawRowOf(shownGesture_);
+        redrawRowOf(inHand);
+        shownGesture_ = inHand;
+    }
+    // A stamp on its way lies over the layer: only where it was and where it is changes.
+    update(shownMoving_);
+    shownMoving_ = movingArea();
+    update(shownMoving_);
+}
+
+QRect TimelineCanvas::movingArea() const {
+    const StampMove* move = model_.move();
+    const auto stamp =
+        move ? model_.rows()[move->row()].stampIndex(move->info().stampID) : std::nullopt;
+    if (!stamp)
+        return {};
+    constexpr double margin = StampSprites::margin;
+    return stampArea(move->row(), *stamp)
+        .translated(0, move->offsetY())
+        .adjusted(-margin, -margin, margin, margin)
+        .toAlignedRect();
+}
+
+void TimelineCanvas::announceCursor() {
+    if (hasFocus())
+        announceTimelineCursor(*this);
+}
+
+void TimelineCanvas::redrawRow(std::optional<std::size_t> row) {
+    if (!row)
+        return;
+    dirtyRows_.insert(*row);
+    update(rowArea(*row).toAlignedRect());
+}
+
+void TimelineCanvas::redrawRowOf(const std::optional<Uuid>& stamp) {
+    if (!stamp)
+        return;
+    if (const auto hit = model_.rows().findStamp(*stamp))
+        redrawRow(hit->row);
+}
+
+void TimelineCanvas::redrawAll() {
+    allDirty_ = true;
+    shownPlayheadX_ = playheadX();
+    shownMoving_ = movingArea();
+    update();
+}
+
+void TimelineCanvas::renderRow(QPainter& painter, std::size_t row,
+                               const StampsPainter::Marks& marks) {
+    const QRectF area = rowArea(row);
+    const TimelineRow& shown = model_.rows()[row];
+    const bool selected = *timeline_.selectedLineID == shown.line->id;
+    painter.drawPixmap(area.topLeft(), ground_[selected ? 1 : 0]);
+    StampsPainter::paint(painter, area, view(), shown, marks, sprites_);
+}
+
+void TimelineCanvas::renderLayer() {
+    const double ratio = devicePixelRatioF();
+    const QSize pixels = (QSizeF(size()) * ratio).toSize();
+    if (layer_.size() != pixels || layer_.devicePixelRatio() != ratio) {
+        layer_ = QPixmap(pixels);
+        layer_.setDevicePixelRatio(ratio);
+        allDirty_ = true;
+    }
+    if (!allDirty_ && dirtyRows_.empty())
+        return;
+    QPainter painter(&layer_);
+    const AxisView shown = view();
+    if (allDirty_) {
+        for (const bool selected : {false, true}) {
+            QPixmap& ground = ground_[selected ? 1 : 0];
+            ground = QPixmap(pixels.width(), static_cast<int>(rowHeight * ratio));
+            ground.setDevicePixelRatio(ratio);
+            QPainter onGround(&ground);
+            RowGroundPainter::paint(onGround, {0, 0, headerArea().width(), rowHeight}, shown,
+                                    selected);
+        }
+        TimestampsHeaderPainter::paint(painter, headerArea(), shown);
+    }
+
+    painter.setClipRect(rowsArea());
+    const StampsPainter::Marks marks{*timeline_.selectedStampID,
+                                     hasFocus() ? model_.cursor->stamp : std::nullopt,
+                                     model_.resize(), model_.move()};
+    const std::size_t count = model_.rows().size();
+    const auto first = static_cast<std::size_t>(std::max(scrollY_, 0.0) / rowHeight);
+    for (std::size_t row = first; row < count && rowArea(row).top() < height(); ++row)
+        if (allDirty_ || dirtyRows_.contains(row))
+            renderRow(painter, row, marks);
+    if (allDirty_) {
+        const double bottom = std::max(rowArea(count).top(), headerHeight);
+        const QRectF below(0, bottom, width(), height() - bottom);
+        if (!below.isEmpty()) {
+            painter.fillRect(below, theme::background);
+            TimeGridPainter::paint(painter, below, shown);
+        }
+    }
+    allDirty_ = false;
+    dirtyRows_.clear();
+}
+
+void TimelineCanvas::paintEvent(QPaintEvent* event) {
+    renderLayer();
+    QPainter painter(this);
+    const double ratio = layer_.devicePixelRatio();
+    for (const QRect& part : event->region())
+        painter.drawPixmap(QRectF(part), layer_,
+                           {QPointF(part.topLeft()) * ratio, QSizeF(part.size()) * ratio});
+
+    painter.setClipRect(rowsArea());
+    if (const StampMove* move = model_.move())
+        StampsPainter::paintMoving(painter, rowArea(move->row()), view(),
+                                   model_.rows()[move->row()], *move, sprites_);
+    if (hasFocus() && model_.cursor->line)
+        if (const auto row = model_.rows().indexOfLine(*model_.cursor->line))
+            painter.fillRect(QRectF(0, rowArea(*row).top(), 3, rowHeight - 1), theme::accent);
+    painter.setClipping(false);
+    const double bottom = headerHeight + model_.rows().height() - scrollY_;
+    PlayheadPainter::paint(painter, QRectF(0, 0, width(), std::min(bottom, height() * 1.0)), view(),
+                           shownPlayheadX_);
+}
+
+void TimelineCanvas::resizeEvent(QResizeEvent*) {
+    refreshAxis();
+    redrawAll();
+}
+
+void TimelineCanvas::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::EnabledChange && !isEnabled())
+        model_.cancelGesture();
+    QWidget::changeEvent(event);
+}
+
+void TimelineCanvas::focusInEvent(QFocusEvent* event) {
+    redrawRowOf(model_.cursor->stamp);
+    announceCursor();
+    QWidget::focusInEvent(event);
+}
+
+void TimelineCanvas::focusOutEvent(QFocusEvent* event) {
+    redrawRowOf(model_.cursor->stamp);
+    QWidget::focusOutEvent(event);
+}
+
+}  // namespace tembrix

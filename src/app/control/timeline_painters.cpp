@@ -1,0 +1,183 @@
+#include "app/control/timeline_painters.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+
+#include "app/theme/theme.h"
+#include "app/widgets/qt_text.h"
+#include "core/control/timeline_ruler.h"
+
+namespace tembrix {
+
+namespace {
+
+QColor withAlpha(QColor color, float alpha) {
+    color.setAlphaF(alpha);
+    return color;
+}
+
+// Where a stamp lies on the axis, a resize in progress taken into account.
+Rect shownRect(const TimelineStamp& stamp, int level, const AxisView& view,
+               const StampResize* resize) {
+    return resize && resize->stamp() == stamp.id
+               ? stampRect(resize->x(), resize->width(), level, view.axis)
+               : stampRect(stamp, level, view.axis);
+}
+
+StampLook lookOf(std::uint32_t color, const Rect& rect, int level, double pixelRatio,
+                 bool selected) {
+    return {color,
+            std::max(static_cast<int>(std::lround(rect.width * pixelRatio)), 1),
+            static_cast<int>(std::lround(rect.y * 2)),
+            static_cast<int>(std::lround(rect.height * 2)),
+            level > 0,
+            selected};
+}
+
+void paintGrips(QPainter& painter, const Rect& stamp, const AxisView& view, double top) {
+    const auto grips = gripRects(stamp, view.axis);
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const Rect& grip : {grips.left, grips.right}) {
+        const QRectF area(view.left(grip.x), top + grip.y, grip.width, grip.height);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(withAlpha(theme::accent, 0.85F));
+        painter.drawRoundedRect(area.adjusted(1, 1, -1, -1), 3, 3);
+        painter.setBrush(theme::onAccent);
+        const double bar = std::max(area.height() - 12, 3.0);
+        painter.drawRoundedRect(
+            QRectF(area.center().x() - 0.75, area.center().y() - bar / 2, 1.5, bar), 0.75, 0.75);
+    }
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+}  // namespace
+
+void TimeGridPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view) {
+    const double first = view.scroll + rect.left() - 1;
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    for (const auto& tick : axisTicks(view.axis, first, first + rect.width() + 2)) {
+        // The thinner lines are half as wide: on one pixel, half as strong.
+        const auto strength = static_cast<float>(theme::grid.alphaF()) * (tick.major ? 1.0F : 0.5F);
+        painter.fillRect(QRectF(std::floor(view.left(tick.x)), rect.top(), 1, rect.height()),
+                         withAlpha(theme::grid, strength));
+    }
+}
+
+void TimestampsHeaderPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view) {
+    constexpr int textSize = 9;
+    constexpr double tickHeight = 4;
+    constexpr double half = 24;  // room for the longest time on either side of its tick
+    painter.fillRect(rect, theme::panel);
+    painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), theme::line);
+    painter.setFont(theme::font(textSize, QFont::Medium));
+    const double first = view.scroll + rect.left() - half;
+    for (const auto& tick : axisTicks(view.axis, first, first + rect.width() + 2 * half)) {
+        const double x = view.left(tick.x);
+        painter.fillRect(QRectF(std::floor(x), rect.bottom() - tickHeight, 1, tickHeight),
+                         theme::secondaryText);
+        // The first and the last time stay inside the axis.
+        auto flags = Qt::AlignVCenter | Qt::AlignHCenter;
+        QRectF area(x - half, rect.top(), 2 * half, rect.height() - tickHeight);
+        if (tick.x < half / 2) {
+            area = area.translated(half + 3, 0);
+            flags = Qt::AlignVCenter | Qt::AlignLeft;
+        } else if (tick.x > view.axis.width - half / 2) {
+            area = area.translated(-half - 3, 0);
+            flags = Qt::AlignVCenter | Qt::AlignRight;
+        }
+        painter.setPen(tick.major ? theme::text : theme::secondaryText);
+        painter.drawText(area, static_cast<int>(flags), qtext(tickText(tick)));
+    }
+}
+
+void RowGroundPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view,
+                             bool selected) {
+    painter.fillRect(rect, theme::background);
+    TimeGridPainter::paint(painter, rect, view);
+    const QColor tint = selected ? theme::accent : theme::secondaryText;
+    QLinearGradient ground(rect.topLeft(), rect.bottomLeft());
+    ground.setColorAt(0, withAlpha(tint, selected ? 0.15F : 0.05F));
+    ground.setColorAt(1, withAlpha(tint, selected ? 0.08F : 0.02F));
+    painter.fillRect(rect, ground);
+    painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), theme::grid);
+    if (selected) {
+        const QColor border = withAlpha(theme::accent, 0.3F);
+        painter.fillRect(QRectF(rect.left(), rect.top(), rect.width(), 1), border);
+        painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), border);
+    }
+}
+
+void StampsPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view,
+                          const TimelineRow& row, const Marks& marks, StampSprites& sprites) {
+    const double from = view.scroll + rect.left() - StampSprites::margin;
+    const double to = from + rect.width() + 2 * StampSprites::margin;
+    const double ratio = view.pixelRatio;
+    std::optional<Rect> selectedRect;
+    std::optional<Rect> cursorRect;
+    const auto& stamps = row.line->stamps;
+    for (std::size_t i = 0; i < stamps.size(); ++i) {
+        const TimelineStamp& stamp = *stamps[i];
+        const Rect at = shownRect(stamp, row.levels[i], view, marks.resize);
+        if (at.right() < from || at.x > to ||
+            (marks.move && marks.move->info().stampID == stamp.id))
+            continue;
+        const bool selected = marks.selected == stamp.id;
+        const StampLook look =
+            lookOf(sprites.color(stamp.colorHex), at, row.levels[i], ratio, selected);
+        const double x = std::round(view.left(at.x) * ratio) / ratio;
+        if (StampSprites::isKept(look)) {
+            painter.drawPixmap(QPointF(x - StampSprites::margin, rect.top()),
+                               sprites.sprite(look, ratio));
+        } else {
+            painter.translate(x, rect.top());
+            StampSprites::paint(painter, look, ratio);
+            painter.translate(-x, -rect.top());
+        }
+        if (selected)
+            selectedRect = at;
+        if (marks.cursor == stamp.id && !selected)
+            cursorRect = at;
+    }
+    if (selectedRect)
+        paintGrips(painter, *selectedRect, view, rect.top());
+    if (cursorRect) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(theme::text, 1.5));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(view.left(cursorRect->x), rect.top() + cursorRect->y,
+                                       cursorRect->width, cursorRect->height)
+                                    .adjusted(-0.75, -0.75, 0.75, 0.75),
+                                6, 6);
+        painter.setRenderHint(QPainter::Antialiasing, false);
+    }
+}
+
+void StampsPainter::paintMoving(QPainter& painter, const QRectF& rect, const AxisView& view,
+                                const TimelineRow& row, const StampMove& move,
+                                StampSprites& sprites) {
+    const auto index = row.stampIndex(move.info().stampID);
+    if (!index)
+        return;
+    const TimelineStamp& stamp = *row.line->stamps[*index];
+    const Rect at = stampRect(stamp, row.levels[*index], view.axis);
+    painter.save();
+    painter.translate(view.left(at.x), rect.top() + move.offsetY());
+    const StampLook look =
+        lookOf(sprites.color(stamp.colorHex), at, row.levels[*index], view.pixelRatio, true);
+    StampSprites::paint(painter, look, view.pixelRatio);
+    painter.restore();
+}
+
+QRectF PlayheadPainter::strip(const QRectF& rect, const AxisView& view, double x) {
+    const double left = std::round((view.left(x) - width / 2) * view.pixelRatio) / view.pixelRatio;
+    return {left, rect.top(), width, rect.height()};
+}
+
+void PlayheadPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view, double x) {
+    painter.fillRect(strip(rect, view, x), theme::playhead);
+}
+
+}  // namespace tembrix

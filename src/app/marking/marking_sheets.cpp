@@ -1,0 +1,88 @@
+#include "app/marking/marking_sheets.h"
+
+#include <QLabel>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <memory>
+
+#include "app/widgets/controls.h"
+#include "app/widgets/sheet.h"
+#include "app/widgets/stamp_items_sheet.h"
+#include "core/marking/marking_flow.h"
+#include "core/marking/stamp_items_selection.h"
+
+namespace tembrix {
+
+MarkingSheets::MarkingSheets(AppServices& services, MarkingFlow& flow, QWidget* panel)
+    : QObject(panel), services_(services), flow_(flow), panel_(panel) {
+    showLabelSheet_ = flow.showLabelSheet.observe([this](bool show) {
+        if (!show)
+            dismiss();
+        else if (!sheet_)
+            open();
+    });
+}
+
+MarkingSheets::~MarkingSheets() {
+    dismiss();
+}
+
+void MarkingSheets::open() {
+    switch (flow_.sheetContent()) {
+        case MarkingFlow::SheetContent::noTimeline:
+            sheet_ = makeMessage("tagLibraryNoTimeline");
+            sheet_->addAcceptButton("closeButtonTitle");
+            // Nothing can be marked, so either way out is the same.
+            connect(sheet_, &QDialog::finished, this, [this] {
+                sheet_.clear();
+                flow_.cancelSheet();
+            });
+            break;
+        case MarkingFlow::SheetContent::addingTag:
+            sheet_ = makeMessage("tagLibraryAddingTag");
+            QTimer::singleShot(0, sheet_, [this] { flow_.completeSheet({}); });
+            break;
+        case MarkingFlow::SheetContent::selection:
+            sheet_ = makeSelection();
+            break;
+    }
+    sheet_->present();
+}
+
+Sheet* MarkingSheets::makeMessage(const char* key) {
+    auto* sheet = new Sheet(panel_->window(), services_.texts, "tagLibrary");
+    sheet->content()->addWidget(makeLabel(services_.texts, key, LabelLook::body, sheet));
+    return sheet;
+}
+
+Sheet* MarkingSheets::makeSelection() {
+    const Tag tag = **flow_.selectedTag;
+    auto* sheet = new StampItemsSheet(
+        panel_->window(), services_.texts, StampEditSheetType::lables,
+        std::make_unique<StampItemsSelection>(
+            StampItemsSelection::Arguments{.sheetType = StampEditSheetType::lables,
+                                           .stampName = tag.name,
+                                           .initialIds = {},
+                                           .tag = tag,
+                                           .timeEvents = {}},
+            services_.tagLibrary, services_.hotkeys, services_.events));
+    connect(sheet, &QDialog::accepted, this, [this, sheet] {
+        sheet_.clear();
+        flow_.completeSheet(sheet->ids());
+    });
+    connect(sheet, &QDialog::rejected, this, [this] {
+        sheet_.clear();
+        flow_.cancelSheet();
+    });
+    return sheet;
+}
+
+void MarkingSheets::dismiss() {
+    if (!sheet_)
+        return;
+    sheet_->disconnect(this);
+    sheet_->close();
+    sheet_.clear();
+}
+
+}  // namespace tembrix

@@ -1,0 +1,113 @@
+#include "core/control/stamp_layout.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+
+namespace tembrix {
+
+namespace {
+
+// Counts of values by rank, with prefix sums in log n.
+class Tally {
+  public:
+    explicit Tally(std::size_t ranks) : sums_(ranks + 1, 0) {}
+    void add(std::size_t rank, int count) {
+        for (std::size_t i = rank + 1; i < sums_.size(); i += i & (~i + 1))
+            sums_[i] += count;
+    }
+    int below(std::size_t rank) const {  // ranks 0 .. rank - 1
+        int sum = 0;
+        for (std::size_t i = rank; i > 0; i -= i & (~i + 1))
+            sum += sums_[i];
+        return sum;
+    }
+
+  private:
+    std::vector<int> sums_;
+};
+
+struct Span {
+    std::size_t start;  // ranks among all times of the line
+    std::size_t finish;
+    std::size_t index;
+};
+
+// For each span, the spans before it that start at its finish or later and finish at its start or
+// earlier. Among spans that do not run backwards only coinciding moments do that. Divides by order
+// and sweeps by start.
+void countOutside(std::vector<Span>& spans, std::size_t first, std::size_t last, Tally& finishes,
+                  std::vector<int>& counts) {
+    if (last - first < 2)
+        return;
+    const std::size_t middle = first + (last - first) / 2;
+    countOutside(spans, first, middle, finishes, counts);
+    countOutside(spans, middle, last, finishes, counts);
+
+    const auto at = [&](std::size_t i) { return spans.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::sort(at(first), at(middle), [](auto& a, auto& b) { return a.start > b.start; });
+    std::sort(at(middle), at(last), [](auto& a, auto& b) { return a.finish > b.finish; });
+    auto earlier = at(first);
+    for (auto later = at(middle); later != at(last); ++later) {
+        for (; earlier != at(middle) && earlier->start >= later->finish; ++earlier)
+            finishes.add(earlier->finish, 1);
+        counts[later->index] += finishes.below(later->start + 1);
+    }
+    for (auto added = at(first); added != earlier; ++added)
+        finishes.add(added->finish, -1);
+}
+
+}  // namespace
+
+std::vector<int> overlapLevels(const Stamps& stamps) {
+    std::vector<double> times;
+    times.reserve(stamps.size() * 2);
+    for (const auto& stamp : stamps) {
+        times.push_back(stamp->timeStartSeconds);
+        times.push_back(stamp->timeFinishSeconds);
+    }
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    const auto rank = [&](double time) {
+        return static_cast<std::size_t>(std::lower_bound(times.begin(), times.end(), time) -
+                                        times.begin());
+    };
+
+    // An earlier stamp overlaps if it starts before this one's finish and does not finish by this
+    // one's start: those that start early enough, less those that finish too early, plus those that
+    // were taken off without having been counted, which only moments and backward stamps can be.
+    std::vector<int> levels(stamps.size(), 0);
+    std::vector<Span> spans;
+    bool backward = false;
+    Tally starts(times.size());
+    Tally finishes(times.size());
+    for (std::size_t i = 0; i < stamps.size(); ++i) {
+        const Span span{rank(stamps[i]->timeStartSeconds), rank(stamps[i]->timeFinishSeconds), i};
+        levels[i] = starts.below(span.finish) - finishes.below(span.start + 1);
+        starts.add(span.start, 1);
+        finishes.add(span.finish, 1);
+        backward |= span.finish < span.start;
+        spans.push_back(span);
+    }
+    if (!backward)
+        std::erase_if(spans, [](const Span& span) { return span.start != span.finish; });
+    Tally outside(times.size());
+    countOutside(spans, 0, spans.size(), outside, levels);
+    return levels;
+}
+
+Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis) {
+    return stampRect(axis.x(stamp.timeStartSeconds),
+                     std::max(axis.x(stamp.length()), TimelineMetrics::smallestStampWidth), level,
+                     axis);
+}
+
+Rect stampRect(double x, double width, int level, const TimelineAxis& axis) {
+    const double height =
+        std::max(TimelineMetrics::stampHeight - TimelineMetrics::stampHeightPerLevel * level,
+                 TimelineMetrics::smallestStampHeight);
+    const double center = std::min(std::max(x, 0.0) + width / 2, axis.width - width / 2);
+    return {center - width / 2, (TimelineMetrics::rowHeight - height) / 2, width, height};
+}
+
+}  // namespace tembrix

@@ -1,0 +1,138 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+#include "ports/texts.h"
+#include "ports/user_defaults.h"
+
+#include "core/control/drag_seek.h"
+#include "core/control/stamp_editing.h"
+#include "core/control/stamp_gestures.h"
+#include "core/control/timeline_cursor.h"
+#include "core/control/timeline_rows.h"
+#include "core/control/timeline_texts.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/notifications/event_bus.h"
+#include "core/playback/playhead.h"
+#include "core/timeline/timeline_data_manager.h"
+
+namespace tembrix {
+
+// The logic of the control window: zoom, selection, the gestures on stamps and lines, hover text
+// and the keyboard. The view gives it points on the axis and paints what it publishes. Lives as
+// long as the window. Main thread only.
+class TimelineEditingModel {
+  public:
+    static constexpr double zoomStep = 0.5;
+    static constexpr double smallestScale = 1.0;
+    static constexpr double updateInterval = 0.1;  // seconds between two hover tests
+    static constexpr double nudge = 0.1;           // seconds per press of a key
+
+    TimelineEditingModel(TimelineDataManager& timeline, const TagLibraryManager& tagLibrary,
+                         MarkupModeStore& markupModes, Playhead& playhead,
+                         const FocusStateManager& focus, UserDefaults& defaults,
+                         Scheduler& scheduler, EventBus& events);
+
+    // The window comes on screen and leaves it.
+    void appear();
+    void disappear();
+
+    Published<MarkupMode> markupMode;
+    Published<double> timelineScale{smallestScale};
+    Published<double> magnifyScale{1.0};               // of a pinch in progress
+    Published<std::optional<double>> tagEdgePosition;  // x, while an edge is dragged
+    Published<bool> isEditorModeActive{false};
+    Published<bool> isScreenshotDisplayActive{false};
+    Published<std::optional<std::string>> hoveredStampInfo;
+    Published<TimelineCursor> cursor;
+    Signal<> zoomChanged;                          // once per step, both scales being settled
+    Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to draw again
+    StampEditing editing;
+
+    bool timelinesEnabled() const { return !*isEditorModeActive && !*isScreenshotDisplayActive; }
+    // While a drawing is edited, undo is the editor's.
+    bool canTakeBack() const { return !*isEditorModeActive; }
+    const TimelineRows& rows() const { return rows_; }
+
+    // The axis for a window that leaves `available` points for it.
+    TimelineAxis axis(double available) const;
+    double playheadX(const TimelineAxis& axis) const;
+
+    // An edge that is dragged holds the zoom: it counts in points of the axis.
+    void zoomIn();
+    void zoomOut();
+    void magnify(double magnification);
+    void endMagnify();
+    std::string zoomText() const;  // "1.5x"
+
+    void setMode(MarkupMode mode) { markupModes_.setMarkupMode(mode); }
+    bool canAddLine() const { return *markupMode == MarkupMode::standard; }
+    void selectLine(const Uuid& line);
+    // A line was dropped on another, or below all of them: `text` is what it carried. Anything but
+    // a line's id is ignored.
+    void dropLine(const std::string& text, const std::optional<Uuid>& currentLine);
+    void moveLineBy(const Uuid& line, int step);  // the same by keyboard, one place at a time
+
+    void clickStamp(const Uuid& line, const Uuid& stamp);
+    void clickBackground();
+    void seekTo(double x, const TimelineAxis& axis);  // a press or drag on the header
+    void removeStamp(const Uuid& line, const Uuid& stamp);
+
+    // The gesture on a stamp that is under way.
+    const StampResize* resize() const { return std::get_if<StampResize>(&gesture_); }
+    const StampMove* move() const { return std::get_if<StampMove>(&gesture_); }
+    void beginResize(const Uuid& line, const Uuid& stamp, ResizeEdge edge,
+                     const TimelineAxis& axis);
+    void changeResize(double dx);  // points from where the edge stands
+    void endResize();
+    void beginMove(const Uuid& line, const Uuid& stamp);
+    void changeMove(double dy);  // points since the press
+    void endMove(double y);      // points below the top of the stamp's own row
+    void cancelGesture();        // back to where it was
+    Signal<> gestureChanged;
+
+    // The pointer moved, `x` along the axis, `fromTop` below the top of the header; `timestamp` is
+    // the event's own time in seconds.
+    void hover(double timestamp, double x, double fromTop, const TimelineAxis& axis);
+    void hoverEnded();
+
+    // Option+Delete; true if the press was taken.
+    bool handleKeyDown(const KeyPress& press);
+
+    void moveCursorAcross(int step);
+    void moveCursorAlong(int step);
+    void activateCursor();  // what a click on the stamp or the line does
+    void nudgeCursor(ResizeEdge edge, int step);
+    void moveCursorStamp(int step);  // to the line above or below
+
+  private:
+    void takeLines(const TimelineLines& lines);
+    void showHover(const std::optional<Uuid>& stamp);
+    std::optional<std::string> hoverText() const;  // of the hovered stamp
+    void zoomTo(double scale);
+    void goTo(const TimelineCursor& place);
+    void endResizing();
+
+    TimelineDataManager& timeline_;
+    const TagLibraryManager& tagLibrary_;
+    MarkupModeStore& markupModes_;
+    Playhead& playhead_;
+    const FocusStateManager& focus_;
+    EventBus& events_;
+    TimelineRows rows_;
+    std::variant<std::monostate, StampResize, StampMove> gesture_;
+    DragSeek dragSeek_;
+    std::optional<double> lastUpdateTime_;
+    std::optional<Uuid> hovered_;
+    bool onScreen_ = false;
+    Subscription lines_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace tembrix

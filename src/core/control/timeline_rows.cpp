@@ -1,0 +1,98 @@
+#include "core/control/timeline_rows.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace tembrix {
+
+std::optional<std::size_t> TimelineRow::stampIndex(const Uuid& stamp) const {
+    for (std::size_t i = 0; i < line->stamps.size(); ++i)
+        if (line->stamps[i]->id == stamp)
+            return i;
+    return {};
+}
+
+GripRects gripRects(const Rect& stamp, const TimelineAxis& axis) {
+    constexpr double width = TimelineMetrics::gripWidth;
+    GripRects grips{{stamp.x, stamp.y, width, stamp.height},
+                    {stamp.right() - width, stamp.y, width, stamp.height}};
+    if (stamp.width < 3 * width) {
+        grips.left.x = std::max(stamp.x - width, 0.0);
+        grips.right.x = std::min(stamp.right(), axis.width - width);
+    }
+    return grips;
+}
+
+std::vector<std::size_t> TimelineRows::update(const TimelineLines& lines) {
+    // Lines that only changed places keep their levels.
+    std::unordered_map<const TimelineLine*, std::vector<int>*> kept;
+    for (auto& row : rows_)
+        kept.emplace(&*row.line, &row.levels);
+
+    std::vector<TimelineRow> next;
+    next.reserve(lines.size());
+    std::vector<std::size_t> changed;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const bool same = i < rows_.size() && rows_[i].line.sharesWith(lines[i]);
+        if (!same || lines.size() != rows_.size())
+            changed.push_back(i);
+        const auto found = kept.extract(&*lines[i]);
+        next.push_back(
+            {lines[i], found ? std::move(*found.mapped()) : overlapLevels(lines[i]->stamps)});
+    }
+    rows_ = std::move(next);
+    return changed;
+}
+
+std::optional<std::size_t> TimelineRows::indexOfLine(const Uuid& line) const {
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+        if (rows_[i].line->id == line)
+            return i;
+    return {};
+}
+
+std::optional<TimelineHit> TimelineRows::findStamp(const Uuid& stamp) const {
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+        if (const auto index = rows_[i].stampIndex(stamp))
+            return TimelineHit{i, index, {}};
+    return {};
+}
+
+std::optional<TimelineHit> TimelineRows::hit(Point point, const TimelineAxis& axis,
+                                             const std::optional<Uuid>& selectedStamp) const {
+    if (point.y < 0 || point.y >= height())
+        return {};
+    TimelineHit hit{static_cast<std::size_t>(point.y / TimelineMetrics::rowHeight), {}, {}};
+    const TimelineRow& row = rows_[hit.row];
+    const auto& stamps = row.line->stamps;
+    const Point inRow{point.x, point.y - static_cast<double>(hit.row) * TimelineMetrics::rowHeight};
+
+    if (selectedStamp)
+        if (const auto index = row.stampIndex(*selectedStamp)) {
+            const auto grips =
+                gripRects(stampRect(*stamps[*index], row.levels[*index], axis), axis);
+            if (grips.left.contains(inRow))
+                hit.grip = ResizeEdge::left;
+            else if (grips.right.contains(inRow))
+                hit.grip = ResizeEdge::right;
+            if (hit.grip) {
+                hit.stamp = index;
+                return hit;
+            }
+        }
+    for (std::size_t i = stamps.size(); i-- > 0;)
+        if (stampRect(*stamps[i], row.levels[i], axis).contains(inRow)) {
+            hit.stamp = i;
+            break;
+        }
+    return hit;
+}
+
+const TimelineStamp* stampAt(const TimelineLine& line, double time) {
+    for (const auto& stamp : line.stamps)
+        if (stamp->timeStartSeconds <= time && time <= stamp->timeFinishSeconds)
+            return &*stamp;
+    return nullptr;
+}
+
+}  // namespace tembrix

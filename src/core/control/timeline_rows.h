@@ -1,0 +1,67 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+
+#include "core/control/stamp_layout.h"
+#include "core/control/timeline_axis.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+enum class ResizeEdge { left, right };
+
+// One line as the control window shows it.
+struct TimelineRow {
+    Cow<TimelineLine> line;
+    std::vector<int> levels;  // the overlap level of each stamp
+
+    std::optional<std::size_t> stampIndex(const Uuid& stamp) const;
+};
+
+// What lies under a point of the rows.
+struct TimelineHit {
+    std::size_t row = 0;
+    std::optional<std::size_t> stamp;  // index in the row's line; absent on the background
+    std::optional<ResizeEdge> grip;    // of that stamp
+    bool operator==(const TimelineHit&) const = default;
+};
+
+// The two grips of a stamp. They stand inside its ends, or beside them if the stamp is too short to
+// leave room for its body.
+struct GripRects {
+    Rect left;
+    Rect right;
+};
+GripRects gripRects(const Rect& stamp, const TimelineAxis& axis);
+
+// The rows of the control window with what is worth keeping between repaints. Coordinates are
+// points: x along the axis, y from the top of the first row.
+class TimelineRows {
+  public:
+    // Takes the lines as they are now and gives the indices of the rows that changed; all of them
+    // if rows came, went or changed places beyond what an index can tell.
+    std::vector<std::size_t> update(const TimelineLines& lines);
+
+    std::size_t size() const { return rows_.size(); }
+    const TimelineRow& operator[](std::size_t index) const { return rows_[index]; }
+    double height() const { return static_cast<double>(size()) * TimelineMetrics::rowHeight; }
+
+    std::optional<std::size_t> indexOfLine(const Uuid& line) const;
+    std::optional<TimelineHit> findStamp(const Uuid& stamp) const;
+
+    // The stamp that is drawn uppermost at the point. The grips of the selected stamp go before
+    // all.
+    std::optional<TimelineHit> hit(Point point, const TimelineAxis& axis,
+                                   const std::optional<Uuid>& selectedStamp) const;
+
+  private:
+    std::vector<TimelineRow> rows_;
+};
+
+// The first stamp of the line that holds the time; null if there is none.
+const TimelineStamp* stampAt(const TimelineLine& line, double time);
+
+}  // namespace tembrix

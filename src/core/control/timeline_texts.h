@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ports/texts.h"
+
+#include "core/collections/tag_library_manager.h"
+#include "core/records/markup_mode.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// The four lines that tell about a stamp under the pointer.
+std::string stampHoverText(const TimelineLine& line, const TimelineStamp& stamp,
+                           const TagLibraryManager& library);
+
+// What a screen reader says of a stamp: name and times.
+std::string stampAccessibleText(const TimelineStamp& stamp);
+
+enum class StampMenuAction { deleteTag, editLabels, editTimeEvents };
+
+// An entry of a context menu; without an action it only tells something.
+struct StampMenuItem {
+    std::string key;  // of its text
+    std::string text;
+    std::optional<StampMenuAction> action;
+    bool operator==(const StampMenuItem&) const = default;
+};
+std::vector<StampMenuItem> stampMenu(const TimelineStamp& stamp, const TagLibraryManager& library,
+                                     const Texts& texts);
+
+enum class LineMenuAction { editName, deleteTimeline };
+struct LineMenuItem {
+    std::string key;
+    std::string text;
+    LineMenuAction action;
+    bool enabled = true;
+    bool operator==(const LineMenuItem&) const = default;
+};
+// The drawings timeline can be neither renamed nor deleted.
+std::vector<LineMenuItem> lineMenu(const Uuid& line, MarkupMode mode, const Texts& texts);
+
+// The color that stands for a line, as hex text: that of its tag, else of its first stamp; empty
+// for a line with neither.
+std::string lineColorHex(const TimelineLine& line, const TagLibraryManager& library);
+
+}  // namespace tembrix

@@ -1,0 +1,277 @@
+#include "core/keyboard/hot_key_codes.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/utf8_text.h"
+
+namespace tembrix {
+
+namespace {
+
+struct KeyName {
+    int code;
+    std::string_view text;
+};
+
+// What a press of the key is looked up as; other keys go by their number.
+constexpr auto lookupKeys = std::to_array<KeyName>({
+    {0, "a"},   {1, "s"},  {2, "d"},  {3, "f"},  {4, "h"},  {5, "g"},  {6, "z"},  {7, "x"},
+    {8, "c"},   {9, "v"},  {11, "b"}, {12, "q"}, {13, "w"}, {14, "e"}, {15, "r"}, {16, "y"},
+    {17, "t"},  {18, "1"}, {19, "2"}, {20, "3"}, {21, "4"}, {22, "6"}, {23, "5"}, {24, "="},
+    {25, "9"},  {26, "7"}, {27, "-"}, {28, "8"}, {29, "0"}, {30, "]"}, {31, "o"}, {32, "u"},
+    {33, "["},  {34, "i"}, {35, "p"}, {37, "l"}, {38, "j"}, {39, "'"}, {40, "k"}, {41, ";"},
+    {42, "\\"}, {43, ","}, {44, "/"}, {45, "n"}, {46, "m"}, {47, "."}, {50, "`"},
+});
+
+// What a recorded hot key calls the key; other keys go by the characters they type.
+constexpr auto capturedKeys = std::to_array<KeyName>({
+    {0, "A"},       {1, "S"},         {2, "D"},      {3, "F"},           {4, "H"},    {5, "G"},
+    {6, "Z"},       {7, "X"},         {8, "C"},      {9, "V"},           {11, "B"},   {12, "Q"},
+    {13, "W"},      {14, "E"},        {15, "R"},     {16, "Y"},          {17, "T"},   {18, "1"},
+    {19, "2"},      {20, "3"},        {21, "4"},     {22, "6"},          {23, "5"},   {25, "9"},
+    {26, "7"},      {28, "8"},        {29, "0"},     {31, "O"},          {32, "U"},   {34, "I"},
+    {35, "P"},      {37, "L"},        {38, "J"},     {40, "K"},          {45, "N"},   {46, "M"},
+    {36, "Return"}, {48, "Tab"},      {49, "Space"}, {51, "Delete"},     {53, "Esc"}, {114, "Help"},
+    {115, "Home"},  {116, "Page Up"}, {119, "End"},  {121, "Page Down"}, {123, "←"},  {124, "→"},
+    {125, "↓"},     {126, "↑"},       {122, "F1"},   {120, "F2"},        {99, "F3"},  {118, "F4"},
+    {96, "F5"},     {97, "F6"},       {98, "F7"},    {100, "F8"},        {101, "F9"}, {109, "F10"},
+    {103, "F11"},   {111, "F12"},
+});
+
+// Keys outside both tables that type no character to show: what their recording reads, and their
+// names on a button.
+struct UnprintableKey {
+    int code;
+    std::string_view typed;
+    std::string_view name;
+};
+constexpr auto unprintableKeys = std::to_array<UnprintableKey>({
+    {76, "\x03", "Enter"},
+    {117, "\uF728", "Del"},
+    {105, "\uF710", "F13"},
+    {107, "\uF711", "F14"},
+    {113, "\uF712", "F15"},
+    {106, "\uF713", "F16"},
+    {64, "\uF714", "F17"},
+    {79, "\uF715", "F18"},
+    {80, "\uF716", "F19"},
+    {90, "\uF717", "F20"},
+});
+
+// Characters that a key outside the recording table types with Shift or on a Russian layout, by
+// the key's text in the lookup.
+struct Character {
+    std::string_view typed;
+    std::string_view key;
+};
+constexpr auto typedCharacters = std::to_array<Character>({
+    {"+", "="},
+    {"_", "-"},
+    {"}", "]"},
+    {"{", "["},
+    {"\"", "'"},
+    {":", ";"},
+    {"|", "\\"},
+    {"<", ","},
+    {">", "."},
+    {"?", "/"},
+    {"~", "`"},
+    {"ъ", "]"},
+    {"х", "["},
+    {"э", "'"},
+    {"ж", ";"},
+    {"б", ","},
+    {"ю", "."},
+    {"ё", "`"},
+});
+
+template <std::size_t size>
+std::optional<std::string_view> textOf(const std::array<KeyName, size>& table, int code) {
+    for (const auto& entry : table)
+        if (entry.code == code)
+            return entry.text;
+    return std::nullopt;
+}
+
+std::string lookupKey(int code) {
+    const auto text = textOf(lookupKeys, code);
+    return text ? std::string(*text) : "key-" + std::to_string(code);
+}
+
+bool isLookupKey(std::string_view text) {
+    return std::any_of(lookupKeys.begin(), lookupKeys.end(),
+                       [&](const KeyName& entry) { return entry.text == text; });
+}
+
+// The lookup text of a key in lower case, from either form; anything unknown stays as it is.
+std::string canonicalKey(const std::string& name) {
+    if (isLookupKey(name))
+        return name;
+    for (const auto& entry : capturedKeys)
+        if (lowerCased(entry.text) == name)
+            return lookupKey(entry.code);
+    for (const auto& entry : typedCharacters)
+        if (entry.typed == name)
+            return std::string(entry.key);
+    for (const auto& entry : unprintableKeys)
+        if (entry.typed == name)
+            return lookupKey(entry.code);
+    // "Key(10)", the name of a key without characters.
+    if (int code = 0; name.starts_with("key(") && name.ends_with(')') &&
+                      std::from_chars(name.data() + 4, name.data() + name.size() - 1, code).ptr ==
+                          name.data() + name.size() - 1)
+        return lookupKey(code);
+    return name;
+}
+
+struct ParsedHotkey {
+    KeyModifiers modifiers;
+    std::string key;  // in lookup form
+};
+
+ParsedHotkey parse(std::string_view stored) {
+    ParsedHotkey parsed;
+    auto text = lowerCased(stored);
+    const auto take = [&](std::string_view name, bool KeyModifiers::*flag) {
+        if (!text.starts_with(name) || text.size() <= name.size() || text[name.size()] != '+')
+            return false;
+        parsed.modifiers.*flag = true;
+        text.erase(0, name.size() + 1);
+        return true;
+    };
+    while (take("ctrl", &KeyModifiers::control) || take("⌃", &KeyModifiers::control) ||
+           take("alt", &KeyModifiers::option) || take("⌥", &KeyModifiers::option) ||
+           take("shift", &KeyModifiers::shift) || take("⇧", &KeyModifiers::shift) ||
+           take("cmd", &KeyModifiers::command) || take("⌘", &KeyModifiers::command) ||
+           take("fn", &KeyModifiers::function)) {
+    }
+    parsed.key = canonicalKey(text);
+    return parsed;
+}
+
+// The Fn key only selects the function keys; it is no part of a lookup.
+std::string lookupForm(const KeyModifiers& modifiers, const std::string& key) {
+    std::string text;
+    if (modifiers.control)
+        text += "ctrl+";
+    if (modifiers.option)
+        text += "alt+";
+    if (modifiers.shift)
+        text += "shift+";
+    if (modifiers.command)
+        text += "cmd+";
+    return text + key;
+}
+
+std::string numberedKey(int code) {
+    return "Key(" + std::to_string(code) + ")";
+}
+
+// As the keyboards of the platform have it.
+std::string printedKeyName(int code) {
+#ifndef __APPLE__
+    if (code == key::deleteKey)
+        return "Backspace";
+    if (code == key::help)
+        return "Insert";
+#endif
+    if (const auto name = textOf(capturedKeys, code))
+        return std::string(*name);
+    for (const auto& entry : unprintableKeys)
+        if (entry.code == code)
+            return std::string(entry.name);
+    return "Key " + std::to_string(code);
+}
+
+std::string capturedKeyName(const KeyPress& press) {
+    if (const auto name = textOf(capturedKeys, press.code))
+        return std::string(*name);
+    if (press.characters.empty())
+        return numberedKey(press.code);
+    if (press.characters == " ")
+        return "Space";
+    // On some layouts a key types what names another place; there the key's own text is recorded,
+    // so that the same key answers later.
+    const auto typed = canonicalKey(lowerCased(press.characters));
+    if (isLookupKey(typed)) {
+        const auto place = textOf(lookupKeys, press.code);
+        if (place && typed != *place)
+            return std::string(*place);
+        if (press.code == key::besideLeftShift)
+            return numberedKey(press.code);
+    }
+    return upperCased(press.characters);
+}
+
+}  // namespace
+
+std::string keyString(const KeyPress& press) {
+    return lookupForm(press.modifiers, lookupKey(press.code));
+}
+
+std::string capturedModifiers(const KeyModifiers& modifiers) {
+    std::vector<std::string> parts;
+    if (modifiers.command)
+        parts.emplace_back("⌘");
+    if (modifiers.option)
+        parts.emplace_back("⌥");
+    if (modifiers.control)
+        parts.emplace_back("⌃");
+    if (modifiers.shift)
+        parts.emplace_back("⇧");
+    if (modifiers.function)
+        parts.emplace_back("Fn");
+    return joined(parts, "+");
+}
+
+std::string capturedForm(const KeyPress& press) {
+    const auto modifiers = capturedModifiers(press.modifiers);
+    const auto key = capturedKeyName(press);
+    return modifiers.empty() ? key : modifiers + "+" + key;
+}
+
+std::string canonicalHotkey(std::string_view stored) {
+    const auto parsed = parse(stored);
+    return parsed.key.empty() ? std::string{} : lookupForm(parsed.modifiers, parsed.key);
+}
+
+std::string hotkeyCaption(std::string_view stored) {
+    auto [modifiers, key] = parse(stored);
+    // The modifiers as they are printed on the keyboards of the platform.
+#ifdef __APPLE__
+    constexpr std::string_view control = "⌃", option = "⌥", command = "⌘";
+#else
+    constexpr std::string_view control = "Meta+", option = "Alt+", command = "Ctrl+";
+#endif
+    // Modifiers alone, with nothing for the last one to hold to.
+    for (const auto& [name, flag] :
+         {std::pair("⌘", &KeyModifiers::command), std::pair("⌥", &KeyModifiers::option),
+          std::pair("⌃", &KeyModifiers::control), std::pair("⇧", &KeyModifiers::shift)})
+        if (key == name) {
+            modifiers.*flag = true;
+            key.clear();
+        }
+    std::string caption;
+    if (modifiers.control)
+        caption += control;
+    if (modifiers.command)
+        caption += command;
+    if (modifiers.option)
+        caption += option;
+    if (modifiers.shift)
+        caption += "⇧";
+    if (key.empty() && caption.ends_with('+'))
+        caption.pop_back();
+    if (int code = 0;
+        key.starts_with("key-") &&
+        std::from_chars(key.data() + 4, key.data() + key.size(), code).ec == std::errc{})
+        return caption + printedKeyName(code);
+    return caption + upperCased(key);
+}
+
+}  // namespace tembrix

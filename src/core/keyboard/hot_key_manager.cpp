@@ -1,0 +1,162 @@
+#include "core/keyboard/hot_key_manager.h"
+
+#include <algorithm>
+
+namespace tembrix {
+
+namespace {
+
+// By the place of the key, and for a key that stands in no table by what a recording of it reads:
+// the key pad answers for its digits.
+template <class Value>
+std::optional<Value> find(const std::map<std::string, Value>& registered, const KeyPress& press) {
+    auto found = registered.find(keyString(press));
+    if (found == registered.end() && !press.characters.empty())
+        found = registered.find(canonicalHotkey(capturedForm(press)));
+    return found == registered.end() ? std::nullopt : std::optional(found->second);
+}
+
+}  // namespace
+
+HotKeyManager::HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
+                             KeyTransport& transport)
+    : events_(events), scheduler_(scheduler), focus_(focus), transport_(transport) {
+    const auto on = [&]<class Event>(std::function<void(const Event&)> handler) {
+        subscriptions_.push_back(events_.observe<Event>(std::move(handler)));
+    };
+    on(std::function([this](const events::CollectionEditorOpened&) { isEnabled.set(false); }));
+    on(std::function([this](const events::CollectionEditorClosed&) { isEnabled.set(true); }));
+    on(std::function([this](const events::EditorModeChanged& event) {
+        isEditorModeActive_ = event.active.value_or(isEditorModeActive_);
+    }));
+    on(std::function([this](const events::TextBoxEditingChanged& event) {
+        isEditingTextBox_ = event.active.value_or(isEditingTextBox_);
+    }));
+    on(std::function(
+        [this](const events::AddLineSheetAppeared&) { blockedSheetActive.set(true); }));
+    on(std::function(
+        [this](const events::EditTimelineSheetAppeared&) { blockedSheetActive.set(true); }));
+    on(std::function([this](const events::SheetDismissed&) { blockedSheetActive.set(false); }));
+}
+
+void HotKeyManager::registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) {
+    clearHotkeys();
+    activeCollection_ = collection;
+    for (const auto& tag : tags) {
+        if (tag.hotkey && !tag.hotkey->empty())
+            registeredHotkeys_.insert_or_assign(canonicalHotkey(*tag.hotkey), tag);
+        if (!tag.labelHotkeys)
+            continue;
+        for (const auto& [labelId, hotkey] : *tag.labelHotkeys) {
+            if (hotkey.empty())
+                continue;
+            const auto text = canonicalHotkey(hotkey);
+            registeredLabelHotkeys_.insert_or_assign(text, LabelHotkey{labelId, tag.id});
+            labelHotkeysOfTags_[tag.id].insert_or_assign(text, labelId);
+        }
+    }
+}
+
+void HotKeyManager::clearHotkeys() {
+    registeredHotkeys_.clear();
+    registeredLabelHotkeys_.clear();
+    labelHotkeysOfTags_.clear();
+}
+
+bool HotKeyManager::handleKeyDown(const KeyPress& press) {
+    const Meaning meaning = meaningOf(press);
+    if (meaning)
+        meaning();
+    return meaning != nullptr;
+}
+
+HotKeyManager::Meaning HotKeyManager::meaningOf(const KeyPress& press) {
+    if (!monitoring_)
+        return nullptr;
+    if (isEditorModeActive_ && !isEditingTextBox_)
+        if (auto meaning = editorMeaningOf(press))
+            return meaning;
+    if (press.code == key::space && windows_ && windows_->isControlOrLibraryKey() &&
+        windows_->isProjectWindowActive() && *isEnabled && !*blockedSheetActive)
+        return [this] { transport_.togglePlayPause(); };
+    if (!*isEnabled || *blockedSheetActive || isEditorModeActive_ || *focus_.isAnyTextFieldFocused)
+        return nullptr;
+    return lookUp(press);
+}
+
+HotKeyManager::Meaning HotKeyManager::editorMeaningOf(const KeyPress& press) {
+    if (press.code == key::returnKey)
+        return [this] { events_.post(events::EditorEnterKeyPressed{}); };
+    if (!press.modifiers.command)
+        return nullptr;
+    switch (press.code) {
+        case key::c:
+            return [this] { events_.post(events::EditorCopyKeyPressed{}); };
+        case key::v:
+            return [this] { events_.post(events::EditorPasteKeyPressed{}); };
+        case key::z:
+            return [this] { events_.post(events::EditorUndoKeyPressed{}); };
+        default:
+            return nullptr;
+    }
+}
+
+HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
+    if (!windows_ || (!windows_->isProjectWindowActive() && !windows_->isViewerActive()))
+        return nullptr;
+    const bool viewerMode = windows_->isViewerActive();
+    if (press.code == key::space) {
+        if (isEditingTextBox_)
+            return nullptr;
+        if (viewerMode)
+            return [this] { events_.post(events::ToggleViewerPlayer{}); };
+        return [this] { transport_.togglePlayPause(); };
+    }
+    if (press.modifiers.shift && press.code == key::right) {
+        if (viewerMode)
+            return [this] { events_.post(events::SeekViewerPlayerForward{}); };
+        return [this] { transport_.seek(transport_.transportTime() + seekStep); };
+    }
+    if (press.modifiers.shift && press.code == key::left) {
+        if (viewerMode)
+            return [this] { events_.post(events::SeekViewerPlayerBackward{}); };
+        return [this] { transport_.seek(transport_.transportTime() - seekStep); };
+    }
+    if (*isLabelHotkeyMode) {
+        const auto label = labelFor(press);
+        if (!label)
+            return nullptr;
+        return [this, label = *label] {
+            hotKeySelectedLabelId.set(label.labelId);
+            events_.post(events::LabelHotkeyPressed{label.labelId, label.tagId});
+        };
+    }
+    const auto found = find(registeredHotkeys_, press);
+    if (!found)
+        return nullptr;
+    // Two turns of the main queue later, after everything that this very press has set off.
+    return [&scheduler = scheduler_, &events = events_, tag = *found] {
+        scheduler.onMain([&scheduler, &events, tag] {
+            scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
+        });
+    };
+}
+
+std::optional<HotKeyManager::LabelHotkey> HotKeyManager::labelFor(const KeyPress& press) const {
+    if (labelHotkeyTag_) {
+        const auto own = labelHotkeysOfTags_.find(*labelHotkeyTag_);
+        if (own != labelHotkeysOfTags_.end())
+            if (const auto label = find(own->second, press))
+                return LabelHotkey{*label, *labelHotkeyTag_};
+    }
+    return find(registeredLabelHotkeys_, press);
+}
+
+bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,
+                  const std::optional<std::string>& exceptTagId) {
+    return hotkey && !hotkey->empty() && std::any_of(tags.begin(), tags.end(), [&](const Tag& tag) {
+               return tag.hotkey == hotkey && tag.id != exceptTagId;
+           });
+}
+
+}  // namespace tembrix

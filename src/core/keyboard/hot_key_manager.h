@@ -1,0 +1,96 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+
+#include "core/keyboard/hot_key_codes.h"
+#include "core/keyboard/hotkey_registry.h"
+#include "core/keyboard/key_transport.h"
+#include "core/keyboard/key_windows.h"
+#include "core/keyboard/text_focus.h"
+#include "core/notifications/event_bus.h"
+#include "core/records/annotation_records.h"
+
+namespace tembrix {
+
+// The one place where key presses are looked at before any view gets them. Turns a press into a tag
+// press, a label pick, a transport command or an editor command, and holds back when something else
+// has the keyboard. Main thread only.
+class HotKeyManager final : public HotkeyRegistry {
+  public:
+    static constexpr double seekStep = 3.0;  // seconds
+
+    struct LabelHotkey {
+        std::string labelId;
+        std::string tagId;
+        bool operator==(const LabelHotkey&) const = default;
+    };
+
+    HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
+                  KeyTransport& transport);
+
+    void setKeyWindows(const KeyWindows* windows) { windows_ = windows; }
+
+    void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) override;
+    void clearHotkeys();
+
+    // The tag whose labels are being chosen: its own label hot keys come before those of other
+    // tags, which may use the same keys.
+    void setLabelHotkeyTag(std::optional<std::string> tagId) { labelHotkeyTag_ = std::move(tagId); }
+
+    void startMonitoring() { monitoring_ = true; }
+    void stopMonitoring() { monitoring_ = false; }
+
+    // The monitor's handler. True swallows the press, false lets it go on to the views.
+    bool handleKeyDown(const KeyPress& press);
+    // Whether the press would be swallowed now, for those who would otherwise be asked first.
+    bool takes(const KeyPress& press) { return meaningOf(press) != nullptr; }
+
+    Published<bool> isEnabled{true};
+    Published<std::optional<std::string>> hotKeySelectedLabelId;
+    Published<bool> isLabelHotkeyMode{false};
+    Published<bool> blockedSheetActive{false};
+
+    const std::map<std::string, Tag>& registeredHotkeys() const { return registeredHotkeys_; }
+    const std::map<std::string, LabelHotkey>& registeredLabelHotkeys() const {
+        return registeredLabelHotkeys_;
+    }
+    const TagCollection& activeCollection() const { return activeCollection_; }
+
+  private:
+    // What a press sets off as things stand; empty if it belongs to the views.
+    using Meaning = std::function<void()>;
+    Meaning meaningOf(const KeyPress& press);
+    Meaning editorMeaningOf(const KeyPress& press);
+    Meaning lookUp(const KeyPress& press);
+    std::optional<LabelHotkey> labelFor(const KeyPress& press) const;
+
+    EventBus& events_;
+    Scheduler& scheduler_;
+    FocusStateManager& focus_;
+    KeyTransport& transport_;
+    const KeyWindows* windows_ = nullptr;
+    bool monitoring_ = true;
+    bool isEditorModeActive_ = false;
+    bool isEditingTextBox_ = false;
+    TagCollection activeCollection_;
+    std::map<std::string, Tag> registeredHotkeys_;
+    std::map<std::string, LabelHotkey> registeredLabelHotkeys_;
+    std::map<std::string, std::map<std::string, std::string>> labelHotkeysOfTags_;  // key to label
+    std::optional<std::string> labelHotkeyTag_;
+    std::vector<Subscription> subscriptions_;
+};
+
+// Whether a hot key is taken, by exact text, for the warnings of an editor.
+bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,
+                  const std::optional<std::string>& exceptTagId = {});
+
+}  // namespace tembrix

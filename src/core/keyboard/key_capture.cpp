@@ -1,0 +1,75 @@
+#include "core/keyboard/key_capture.h"
+
+#include <array>
+#include <string_view>
+
+namespace tembrix {
+
+namespace {
+
+constexpr double settleDelay = 0.05;   // seconds after a key
+constexpr double modifierDelay = 0.1;  // seconds after released modifiers
+
+// U+F700 to U+F703, what the arrow keys type.
+constexpr std::array<std::string_view, 4> arrowCharacters{"\uF700", "\uF701", "\uF702", "\uF703"};
+
+bool isArrow(const KeyPress& press) {
+    for (const auto characters : arrowCharacters)
+        if (press.characters == characters)
+            return true;
+    return false;
+}
+
+// Some flag of `before` is gone.
+bool released(const KeyModifiers& before, const KeyModifiers& now) {
+    return (before.control && !now.control) || (before.option && !now.option) ||
+           (before.shift && !now.shift) || (before.command && !now.command) ||
+           (before.function && !now.function);
+}
+
+}  // namespace
+
+KeyCapture::KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {
+    // The last capture ended with its modifiers still held, and nobody told of their release.
+    capturing_ = isCapturing.observe([this](bool capturing) {
+        if (capturing)
+            lastFlags_ = {};
+    });
+}
+
+void KeyCapture::keyDown(const KeyPress& press) {
+    if (!*isCapturing)
+        return;
+    lastFlags_ = press.modifiers;
+    if (press.characters.empty() || isArrow(press))
+        return;
+    const auto recorded = capturedForm(press);
+    if (recorded.empty())
+        return;
+    const auto old = *keyString;
+    keyString.set(recorded);
+    end_ = scheduler_.after(settleDelay, [this, old, recorded] {
+        if (*keyString && *keyString != recorded && !(*keyString)->empty())
+            keyString.set(old);
+        isCapturing.set(false);
+    });
+}
+
+void KeyCapture::modifiersChanged(const KeyModifiers& modifiers) {
+    if (!*isCapturing)
+        return;
+    const auto before = lastFlags_;
+    lastFlags_ = modifiers;
+    const auto held = capturedModifiers(modifiers);
+    if (!released(before, modifiers) || held.empty())
+        return;
+    keyString.set(held);
+    end_ = scheduler_.after(modifierDelay, [this] { isCapturing.set(false); });
+}
+
+void KeyCapture::focusLost() {
+    if (*isCapturing)
+        end_ = scheduler_.after(0, [this] { isCapturing.set(false); });
+}
+
+}  // namespace tembrix

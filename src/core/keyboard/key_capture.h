@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+
+#include "core/keyboard/hot_key_codes.h"
+
+namespace tembrix {
+
+// Records one hot key: the logic behind the key capture control.
+class KeyCapture {
+  public:
+    explicit KeyCapture(Scheduler& scheduler);
+
+    Published<std::optional<std::string>> keyString;
+    Published<bool> isCapturing{false};
+
+    void keyDown(const KeyPress& press);
+    void modifiersChanged(const KeyModifiers& modifiers);
+    void focusLost();
+
+  private:
+    Scheduler& scheduler_;
+    KeyModifiers lastFlags_;
+    std::unique_ptr<Timer> end_;
+    Subscription capturing_;
+};
+
+}  // namespace tembrix

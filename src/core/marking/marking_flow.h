@@ -1,0 +1,123 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/published.h"
+
+#include "ports/scheduler.h"
+
+#include "core/marking/field_map_question.h"
+#include "core/playback/playhead.h"
+#include "core/timeline/timeline_data_manager.h"
+
+namespace tembrix {
+
+// An interval tag that is open: in memory only.
+struct ActiveIntervalTag {
+    std::string id;
+    Tag tag;
+    double startTime = 0;  // video time of the first press
+};
+
+// An interval on the video, seconds.
+struct StampTimes {
+    double start = 0;
+    double finish = 0;
+    bool operator==(const StampTimes&) const = default;
+};
+
+StampTimes ordinaryStampTimes(const Tag& tag, double now, double maxDuration);
+StampTimes intervalStampTimes(const Tag& tag, double openTime, double now, double maxDuration);
+
+// From a press of a tag to a stamp: the logic of the tag panel. Lives as long as the panel. Main
+// thread only.
+class MarkingFlow {
+  public:
+    static constexpr double resumeDelay = 0.1;  // seconds from the stamp to playback
+
+    MarkingFlow(TimelineDataManager& timeline, TagLibraryManager& tagLibrary,
+                MarkupModeStore& markupModes, CollectionServices& collections, Playhead& playhead,
+                FieldMapQuestion& fieldMap, Scheduler& scheduler, EventBus& events);
+    ~MarkingFlow();
+
+    // The panel appears: subscribes, loads the collection list, reads the mode, counts the stamps.
+    void appear();
+    // The panel closes: from here on nothing that happens elsewhere reaches it.
+    void disappear();
+
+    Published<std::vector<CollectionInfo>> userCollections;
+
+    Published<MarkupMode> markupMode;
+    Published<std::optional<Tag>> selectedTag;
+    Published<bool> showLabelSheet{false};
+    Published<std::vector<ActiveIntervalTag>> activeIntervalTags;
+    Published<std::map<std::string, int>> tagCounts;
+    Published<bool> isEditorModeActive{false};
+    Published<bool> isLoadingCollections{false};
+    Published<std::vector<std::string>> expandedGroups;
+
+    void handleTagTap(const Tag& tag);     // the mouse
+    void handleTagHotkey(const Tag& tag);  // the keyboard
+    void handleTimeEventTap(const std::string& id);
+
+    // What the label sheet shows, decided when it appears.
+    enum class SheetContent { noTimeline, addingTag, selection };
+    SheetContent sheetContent() const;
+    void completeSheet(const std::vector<std::string>& labels);
+    void cancelSheet();
+
+    bool asksForLabels(const Tag& tag) const;
+    bool isIntervalOpen(const std::string& tagId) const;
+    void refreshTagCounts();
+
+    // A switch of collection from the panel.
+    void switchToStandardCollection(const std::string& name);
+    void switchToUserCollection(const std::string& name);
+
+  private:
+    void subscribe();
+    void press(const Tag& tag, bool fromMouse);
+    void closeInterval(const std::string& entryId, const Tag& tag, const StampTimes& times);
+    void openSheet();
+    bool isSheetAwaited() const;  // neither completed nor canceled yet
+    void pausePlayer();
+    void dropIntervals(const std::string& tagId);
+    // Without times the press counts at the moment when the stamp is made.
+    void processTag(const Tag& tag, const std::vector<std::string>& labels,
+                    std::optional<StampTimes> times);
+    void loadPlayField(const std::string& name, std::function<void(std::optional<PlayField>)> done);
+    void askForPlace(const Tag& tag, const std::vector<std::string>& labels,
+                     std::optional<StampTimes> times);
+    void createStamp(const Tag& tag, const std::vector<std::string>& labels,
+                     std::optional<StampTimes> times, std::optional<Point> point);
+    void addStamp(const Tag& tag, TimelineStamp stamp);
+    void resumeSoon();
+    void expandNewGroups();
+    bool isSelectedLineKnown() const;
+
+    TimelineDataManager& timeline_;
+    TagLibraryManager& tagLibrary_;
+    MarkupModeStore& markupModes_;
+    CollectionServices& collections_;
+    Playhead& playhead_;
+    FieldMapQuestion& fieldMap_;
+    Scheduler& scheduler_;
+    EventBus& events_;
+    std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
+    bool playFieldIsStale_ = false;  // a collection changed since the field was loaded
+    std::set<std::string> knownGroups_;
+    TimelineLines countedLines_;  // as tagCounts saw them
+    std::unique_ptr<Timer> resumeTimer_;
+    std::unique_ptr<Timer> hideSheetTimer_;
+    std::vector<Subscription> subscriptions_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace tembrix

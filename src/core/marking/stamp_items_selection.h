@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/published.h"
+
+#include "core/collections/tag_library_manager.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/records/timeline_records.h"
+
+namespace tembrix {
+
+// The choice of labels or time events of one stamp: the logic of the selection sheet.
+class StampItemsSelection {
+  public:
+    struct Item {
+        std::string id;
+        std::string name;
+        std::optional<std::string> hotkey;  // of a label, for the tag in hand
+    };
+    struct Section {
+        std::string title;
+        std::vector<Item> items;
+    };
+    struct Arguments {
+        StampEditSheetType sheetType = StampEditSheetType::lables;
+        std::string stampName;
+        std::vector<std::string> initialIds;
+        std::optional<Tag> tag;
+        std::vector<TimeEvent> timeEvents;
+    };
+
+    // The label hot key mode is on for the lifetime of the object.
+    StampItemsSelection(Arguments arguments, const TagLibraryManager& tagLibrary,
+                        HotKeyManager& hotkeys, EventBus& events);
+    ~StampItemsSelection();
+
+    Published<std::set<std::string>> selectedItems;
+    const std::vector<Section>& sections() const { return sections_; }
+    const std::string& stampName() const { return arguments_.stampName; }
+
+    void toggle(const std::string& id);
+    std::vector<std::string> ids() const;
+
+  private:
+    Arguments arguments_;
+    HotKeyManager& hotkeys_;
+    std::vector<Section> sections_;
+    Subscription labelHotkeyPressed_;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "core/records/timeline_records.h"
+#include "core/records/video_records.h"
+
+namespace tembrix {
+
+// Keeps the timeline of a video that is about to leave the library.
+class DeletedTimelineKeeper {
+  public:
+    virtual ~DeletedTimelineKeeper() = default;
+    virtual void saveTimelineBeforeDeletion(const VideosData& video,
+                                            const TimelineLines& timelines) = 0;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,185 @@
+#include "core/timeline/timeline_changes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tembrix {
+
+namespace {
+
+using Inverse = std::optional<TimelineChange>;
+
+std::ptrdiff_t place(std::size_t index, std::size_t size) {
+    return static_cast<std::ptrdiff_t>(std::min(index, size));
+}
+
+// The line for writing and the stamp's place in it, if both are there.
+struct StampPlace {
+    Cow<TimelineLine>* line;
+    std::size_t index;
+    const TimelineStamp& read() const { return *(*line)->stamps[index]; }
+    TimelineStamp& write() const { return line->write().stamps[index].write(); }
+};
+std::optional<StampPlace> findPlace(TimelineLines& lines, const Uuid& line, const Uuid& stamp) {
+    const auto row = lineIndex(lines, line);
+    if (!row)
+        return std::nullopt;
+    const auto index = stampIndex(*lines[*row], stamp);
+    if (!index)
+        return std::nullopt;
+    return StampPlace{&lines[*row], *index};
+}
+
+Inverse apply(TimelineLines& lines, const InsertLine& change) {
+    if (lineIndex(lines, change.line->id))
+        return std::nullopt;
+    lines.insert(lines.begin() + place(change.index, lines.size()), change.line);
+    return RemoveLine{change.line->id};
+}
+
+Inverse apply(TimelineLines& lines, const RemoveLine& change) {
+    const auto index = lineIndex(lines, change.line);
+    if (!index)
+        return std::nullopt;
+    const auto at = lines.begin() + static_cast<std::ptrdiff_t>(*index);
+    InsertLine inverse{*index, std::move(*at)};
+    lines.erase(at);
+    return inverse;
+}
+
+Inverse apply(TimelineLines& lines, const MoveLine& change) {
+    const auto from = lineIndex(lines, change.line);
+    if (!from)
+        return std::nullopt;
+    const std::size_t to = std::min(change.index, lines.size() - 1);
+    if (*from == to)
+        return std::nullopt;
+    const auto first = lines.begin() + static_cast<std::ptrdiff_t>(std::min(*from, to));
+    const auto last = lines.begin() + static_cast<std::ptrdiff_t>(std::max(*from, to)) + 1;
+    std::rotate(first, *from < to ? first + 1 : last - 1, last);
+    return MoveLine{change.line, *from};
+}
+
+Inverse apply(TimelineLines& lines, const RenameLine& change) {
+    const auto index = lineIndex(lines, change.line);
+    if (!index || lines[*index]->name == change.name)
+        return std::nullopt;
+    TimelineLine& line = lines[*index].write();
+    return RenameLine{line.id, std::exchange(line.name, change.name), line.tagIdForMode};
+}
+
+Inverse apply(TimelineLines& lines, const InsertStamp& change) {
+    const auto row = lineIndex(lines, change.line);
+    if (!row || stampIndex(*lines[*row], change.stamp->id))
+        return std::nullopt;
+    Stamps& stamps = lines[*row].write().stamps;
+    stamps.insert(stamps.begin() + place(change.index, stamps.size()), change.stamp);
+    return RemoveStamp{change.line, change.stamp->id};
+}
+
+Inverse apply(TimelineLines& lines, const RemoveStamp& change) {
+    const auto found = findPlace(lines, change.line, change.stamp);
+    if (!found)
+        return std::nullopt;
+    Stamps& stamps = found->line->write().stamps;
+    const auto at = stamps.begin() + static_cast<std::ptrdiff_t>(found->index);
+    InsertStamp inverse{change.line, found->index, std::move(*at)};
+    stamps.erase(at);
+    return inverse;
+}
+
+Inverse apply(TimelineLines& lines, const SetStampTimes& change) {
+    const auto found = findPlace(lines, change.line, change.stamp);
+    if (!found || (found->read().timeStartSeconds == change.start &&
+                   found->read().timeFinishSeconds == change.finish))
+        return std::nullopt;
+    TimelineStamp& stamp = found->write();
+    return SetStampTimes{change.line, change.stamp,
+                         std::exchange(stamp.timeStartSeconds, change.start),
+                         std::exchange(stamp.timeFinishSeconds, change.finish)};
+}
+
+Inverse apply(TimelineLines& lines, const SetStampLabels& change) {
+    const auto found = findPlace(lines, change.line, change.stamp);
+    if (!found || found->read().labels == change.labels)
+        return std::nullopt;
+    return SetStampLabels{change.line, change.stamp,
+                          std::exchange(found->write().labels, change.labels)};
+}
+
+Inverse apply(TimelineLines& lines, const SetStampTimeEvents& change) {
+    const auto found = findPlace(lines, change.line, change.stamp);
+    if (!found || found->read().timeEvents == change.events)
+        return std::nullopt;
+    return SetStampTimeEvents{change.line, change.stamp,
+                              std::exchange(found->write().timeEvents, change.events)};
+}
+
+bool renameStamp(Cow<TimelineStamp>& stamp, const std::string& tagId, const std::string& name) {
+    if (stamp->idTag != tagId || stamp->label == name)
+        return false;
+    stamp.write().label = name;
+    return true;
+}
+
+}  // namespace
+
+std::optional<TimelineChange> applyChange(TimelineLines& lines, const TimelineChange& change) {
+    return std::visit([&](const auto& kind) { return apply(lines, kind); }, change);
+}
+
+std::vector<TimelineChange> applyChanges(TimelineLines& lines,
+                                         const std::vector<TimelineChange>& changes) {
+    std::vector<TimelineChange> inverses;
+    for (const TimelineChange& change : changes)
+        if (auto inverse = applyChange(lines, change))
+            inverses.push_back(std::move(*inverse));
+    std::reverse(inverses.begin(), inverses.end());
+    return inverses;
+}
+
+bool renameTagIn(Cow<TimelineLine>& line, const std::string& tagId, const std::string& name) {
+    bool changed = false;
+    for (std::size_t i = 0; i < line->stamps.size(); ++i) {
+        const TimelineStamp& stamp = *line->stamps[i];
+        // Look before writing: a line that does not hold the tag stays shared.
+        if (stamp.idTag == tagId && stamp.label != name)
+            changed |= renameStamp(line.write().stamps[i], tagId, name);
+    }
+    if (line->tagIdForMode == tagId && line->name != name) {
+        line.write().name = name;
+        changed = true;
+    }
+    return changed;
+}
+
+void renameTagIn(TimelineChange& change, const std::string& tagId, const std::string& name) {
+    if (auto* insert = std::get_if<InsertStamp>(&change))
+        renameStamp(insert->stamp, tagId, name);
+    else if (auto* line = std::get_if<InsertLine>(&change))
+        renameTagIn(line->line, tagId, name);
+    else if (auto* rename = std::get_if<RenameLine>(&change);
+             rename && rename->tagIdForMode == tagId)
+        rename->name = name;
+}
+
+bool isDrawingStamp(const TimelineStamp& stamp) {
+    return stamp.idTag.starts_with("screenshot_");
+}
+
+std::optional<std::size_t> lineIndex(const TimelineLines& lines, const Uuid& line) {
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        if (lines[i]->id == line)
+            return i;
+    return std::nullopt;
+}
+
+std::optional<std::size_t> stampIndex(const TimelineLine& line, const Uuid& stamp) {
+    // From the end: what is changed or taken back is most often what was made last.
+    for (std::size_t i = line.stamps.size(); i-- > 0;)
+        if (line.stamps[i]->id == stamp)
+            return i;
+    return std::nullopt;
+}
+
+}  // namespace tembrix

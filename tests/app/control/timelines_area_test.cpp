@@ -1,0 +1,182 @@
+// How the timelines are seen: zoom, scrolling, hover text, veil, what is painted, what is read out.
+
+#include <QAccessible>
+
+#include "app/control/control_window_fixture.h"
+#include "app/theme/theme.h"
+#include "app/widgets/elided_label.h"
+#include "app/widgets/tabular_label.h"
+
+namespace tembrix {
+namespace {
+
+using TimelinesAreaTest = ControlWindowTest;
+
+TEST_F(TimelinesAreaTest, ZoomKeepsThePlayheadInPlaceAndRowsScrollInStep) {
+    app.player.seek(50);
+    const double before = canvas->playheadX() - canvas->scrollX();
+    for (int i = 0; i < 8; ++i)
+        press("fullControlZoomIn");
+    EXPECT_EQ(find<TabularLabel>("fullControlZoom")->text(), "5.0x");
+    EXPECT_DOUBLE_EQ(canvas->axis().width, 5.0 * canvas->width());
+    EXPECT_NEAR(canvas->playheadX() - canvas->scrollX(), before, 1.0);
+
+    Q_EMIT canvas->pinched(2.0, 100);
+    EXPECT_EQ(find<TabularLabel>("fullControlZoom")->text(), "10.0x");
+    Q_EMIT canvas->pinchEnded();
+    EXPECT_DOUBLE_EQ(*view->model().timelineScale, 10.0);
+    const double scroll = canvas->scrollX();
+    drag({100, 10}, {canvas->width() + 30.0, 10});  // the header, beyond the right side
+    EXPECT_GT(canvas->scrollX(), scroll);
+    for (int i = 0; i < 30; ++i)
+        view->model().zoomOut();
+    EXPECT_DOUBLE_EQ(canvas->axis().width, canvas->width());
+    for (int i = 0; i < 120; ++i)  // no upper limit
+        view->model().magnify(1.2), view->model().endMagnify();
+    EXPECT_GE(canvas->scrollX(), 0);
+    while (*view->model().timelineScale > 1)
+        view->model().magnify(0.01), view->model().endMagnify();
+    EXPECT_FALSE(find("fullControlZoomOut")->isEnabled());
+    EXPECT_EQ(canvas->scrollX(), 0);
+
+    for (int i = 0; i < 30; ++i)
+        addLine("L" + std::to_string(i));
+    app.settle();
+    names->scrollToBottom();
+    EXPECT_GT(canvas->scrollY(), 0);
+    EXPECT_EQ(canvas->scrollY(), names->verticalScrollBar()->value());
+    const double bottom = canvas->rowArea(view->model().rows().size() - 1).bottom();
+    EXPECT_NEAR(bottom, canvas->height(), 1);
+}
+
+TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
+    for (int i = 0; i < 8; ++i)
+        view->model().zoomIn();
+    QScrollBar* bar = nullptr;
+    for (auto* each : view->findChildren<QScrollBar*>())
+        bar = each->parent() == canvas->parent() && each->orientation() == Qt::Horizontal ? each
+                                                                                          : bar;
+    const auto playhead = [&] { return canvas->playheadX() - canvas->scrollX(); };
+    bar->setValue(0);
+    app.player.seek(19.9);
+    app.settle();
+    EXPECT_EQ(canvas->scrollX(), 0);
+    app.player.seek(20.1);
+    app.settle();
+    EXPECT_NEAR(playhead(), canvas->width() / 4.0, 1);
+    bar->setValue(3 * canvas->width());  // to look at something else
+    app.player.seek(20.3);
+    app.settle();
+    EXPECT_EQ(canvas->scrollX(), 3 * canvas->width());
+
+    // A click on a stamp that reaches out of view leaves the view where it is; the keyboard, coming
+    // from elsewhere, brings its stamp into view.
+    const Uuid wide = addStamp(a, 62, 99);
+    const Uuid far = addStamp(a, 10, 12);
+    app.player.seek(61);
+    click(area(wide).topLeft() + QPointF(60, 12));
+    app.settle();
+    EXPECT_EQ(canvas->scrollX(), 3 * canvas->width());
+    canvas->setFocus();
+    QTest::keyClick(canvas, Qt::Key_Left);
+    EXPECT_TRUE(canvas->rect().contains(area(far).center().toPoint()));
+}
+
+TEST_F(TimelinesAreaTest, HoverTextStandsInTheStatusLine) {
+    const Uuid id = addStamp(a, 40, 60, "Shot");
+    auto* status = find<ElidedLabel>("timelineHoverText");
+    hover(area(id).center());
+    EXPECT_EQ(status->fullText(), "Shot   ·   Attack   ·   —   ·   00:40 • 00:20");
+    hover({x(70), area(id).center().y()});
+    EXPECT_EQ(status->fullText(), "");
+    hover(area(id).center());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(canvas, &leave);
+    EXPECT_EQ(status->fullText(), "");
+}
+
+TEST_F(TimelinesAreaTest, ADrawingOnScreenDisablesAndDimsTheTimelines) {
+    const Uuid id = addStamp(a, 40, 60);
+    const QPoint place = canvas->mapTo(view.get(), area(id).center().toPoint());
+    const auto color = [&] { return view->grab().toImage().pixelColor(place); };
+    const QColor bright = color();
+    app.events.post(events::EditorModeChanged{true});
+    EXPECT_FALSE(canvas->isEnabled());
+    for (int i = 0; i < 3; ++i)  // however often it is painted
+        EXPECT_NEAR(color().green(), (bright.green() + theme::background.green()) / 2, 2);
+    picture(*view, "control-veiled");
+    app.events.post(events::EditorModeChanged{false});
+    app.events.post(events::ScreenshotDisplayChanged{true});
+    EXPECT_FALSE(names->isEnabled());
+    app.events.post(events::ScreenshotDisplayChanged{false});
+    EXPECT_TRUE(canvas->isEnabled());
+    EXPECT_EQ(color(), bright);
+}
+
+TEST_F(TimelinesAreaTest, APlayheadMoveRepaintsItsStripAloneAndStampsTheirRow) {
+    class Watch final : public QObject {
+      public:
+        QRegion painted;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint)
+                painted += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+    } watch;
+    app.settle();
+    canvas->installEventFilter(&watch);
+    app.player.seek(10);
+    app.settle();
+    watch.painted = {};
+    app.player.seek(30);
+    app.settle();
+    EXPECT_FALSE(watch.painted.isEmpty());
+    int pixels = 0;
+    for (const QRect& rect : watch.painted)
+        pixels += rect.width() * rect.height();
+    EXPECT_LE(pixels, 2 * 4 * canvas->height());
+
+    watch.painted = {};
+    addStamp(b, 1, 5);
+    app.settle();
+    EXPECT_EQ(watch.painted.boundingRect().height(), 30);
+
+    // A stamp on its way to another row repaints where it was and where it is.
+    watch.painted = {};
+    const Uuid brief = addStamp(a, 40, 42);
+    const QPointF from = area(brief).center();
+    mouse(QEvent::MouseButtonPress, from);
+    mouse(QEvent::MouseMove, from + QPointF(0, 12));
+    app.settle();
+    watch.painted = {};
+    mouse(QEvent::MouseMove, from + QPointF(0, 20));
+    app.settle();
+    EXPECT_LE(watch.painted.boundingRect().width(), 80);
+    EXPECT_LE(watch.painted.boundingRect().height(), 60);
+    watch.painted = {};
+    mouse(QEvent::MouseButtonRelease, from + QPointF(0, 2));
+    app.settle();
+    EXPECT_LE(watch.painted.boundingRect().height(), 75);
+}
+
+TEST_F(TimelinesAreaTest, ScreenReadersFindLinesAndStamps) {
+    const Uuid id = addStamp(a, 40, 60, "Shot");
+    auto* list = QAccessible::queryAccessibleInterface(canvas);
+    ASSERT_TRUE(list);
+    ASSERT_EQ(list->childCount(), 3);
+    auto* line = list->child(1);
+    EXPECT_EQ(line->text(QAccessible::Name), "Attack");
+    ASSERT_EQ(line->childCount(), 1);
+    auto* item = line->child(0);
+    EXPECT_EQ(item->text(QAccessible::Name), "Shot, 00:40 – 01:00");
+    EXPECT_EQ(item->parent(), line);
+    EXPECT_TRUE(item->rect().contains(canvas->mapToGlobal(area(id).center().toPoint())));
+    app.timeline.removeStamp(a, id);
+    EXPECT_FALSE(item->isValid());
+    EXPECT_EQ(item->text(QAccessible::Name), "");
+
+    EXPECT_EQ(unnamedControls(*view), QStringList());
+}
+
+}  // namespace
+}  // namespace tembrix

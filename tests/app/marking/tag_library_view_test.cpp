@@ -1,0 +1,357 @@
+#include "app/marking/tag_library_view.h"
+
+#include <QComboBox>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStandardItemModel>
+#include <QTest>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+#include "app/control/control_project.h"
+#include "app/marking/tag_button.h"
+#include "app/marking/time_event_chip.h"
+#include "app/widgets/qt_text.h"
+#include "app/widgets/stamp_items_sheet.h"
+#include "app/window_tests.h"
+#include "core/marking/marking_flow.h"
+
+namespace tembrix {
+namespace {
+
+struct NoMap final : FieldMapQuestion {
+    void openFieldMapSelection(const Tag&, const Bytes&, std::function<void(Point)>) override {}
+};
+
+struct PanelHasTheKeyboard final : KeyWindows {
+    bool isControlOrLibraryKey() const override { return true; }
+    bool isProjectWindowActive() const override { return true; }
+    bool isViewerActive() const override { return false; }
+};
+
+class TagLibraryViewTest : public testing::Test {
+  protected:
+    TagLibraryViewTest() { open("en"); }
+    ~TagLibraryViewTest() override { close(); }
+
+    void open(const QString& language) {
+        close();
+        app = std::make_unique<ControlProject>(language);
+        if (language == "ru") {
+            app->tagLibrary.standardCollections.set(
+                loadStandardCollections(TEMBRIX_RESOURCES "/collections", "ru"));
+            app->tagLibrary.selectStandardCollection("Футбол");
+        }
+        app->hotkeys.setKeyWindows(&windows);
+        app->timeline.selectLine(addLine("Moments"));
+        flow = std::make_unique<MarkingFlow>(app->timeline, app->tagLibrary, app->markupModes,
+                                             app->collections, app->player, map, app->scheduler,
+                                             app->events);
+        view = std::make_unique<TagLibraryView>(app->services, *flow);
+        view->resize(640, 560);
+        view->show();
+        view->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(view.get()));
+        app->settle(1);
+    }
+    void close() {
+        view.reset();
+        flow.reset();
+        app.reset();
+    }
+    Uuid addLine(const std::string& name) { return app->addLine(name); }
+
+    TagButton* tag(const char* id) { return child<TagButton>(*view, id); }
+    QComboBox* chooser() { return child<QComboBox>(*view, "tagLibraryCollections"); }
+    StampItemsSheet* sheet() { return view->findChild<StampItemsSheet*>(); }
+    void click(QWidget* widget) {
+        ASSERT_NE(widget, nullptr);
+        QTest::mouseClick(widget, Qt::LeftButton);
+        app->settle();
+    }
+    void hotkey(int code, KeyModifiers modifiers = {}) {
+        EXPECT_TRUE(app->hotkeys.handleKeyDown({code, modifiers, ""}));
+        app->settle();
+    }
+    void playTo(double seconds) {
+        app->players.player()->advanceTo(seconds);
+        app->settle();
+    }
+    std::vector<TimelineStamp> stamps() {
+        std::vector<TimelineStamp> all;
+        for (const auto& line : *app->timeline.lines)
+            for (const auto& stamp : line->stamps)
+                all.push_back(*stamp);
+        return all;
+    }
+    void choose(const QString& name) {
+        const int index = chooser()->findText(name);
+        ASSERT_GE(index, 0);
+        chooser()->setCurrentIndex(index);
+        Q_EMIT chooser()->activated(index);
+        app->settle();
+    }
+    bool allows(const QString& name) {
+        const auto* model = qobject_cast<QStandardItemModel*>(chooser()->model());
+        return model->item(chooser()->findText(name))->isEnabled();
+    }
+
+    NoMap map;
+    PanelHasTheKeyboard windows;
+    std::unique_ptr<ControlProject> app;
+    std::unique_ptr<MarkingFlow> flow;
+    std::unique_ptr<TagLibraryView> view;
+};
+
+TEST_F(TagLibraryViewTest, AMousePressWithoutLabelsMakesAStamp) {
+    app->player.play();
+    playTo(30);
+    click(child(*view, "football.event.half1"));
+    EXPECT_TRUE(child<TimeEventChip>(*view, "football.event.half1")->isChecked());
+    click(tag("football.tag.note"));
+    ASSERT_EQ(stamps().size(), 1u);
+    EXPECT_EQ(stamps()[0].label, "Note");
+    EXPECT_DOUBLE_EQ(stamps()[0].timeStartSeconds, 22);
+    EXPECT_EQ(stamps()[0].timeEvents, std::vector<std::string>{"football.event.half1"});
+    EXPECT_EQ(tag("football.tag.note")->accessibleDescription(), "Marked: 1");
+    EXPECT_EQ(*app->player.status, PlayerStatus::paused);
+    app->settle(0.1);
+    EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+    EXPECT_TRUE(unnamedControls(*view).isEmpty())
+        << unnamedControls(*view).join(", ").toStdString();
+}
+
+TEST_F(TagLibraryViewTest, AHotKeyAsksForLabelsByKeyAndReturnMakesTheStamp) {
+    app->player.play();
+    playTo(50);
+    hotkey(1);  // S, a shot
+    ASSERT_NE(sheet(), nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet()));
+    EXPECT_EQ(*app->player.status, PlayerStatus::paused);
+    EXPECT_TRUE(*app->hotkeys.isLabelHotkeyMode);
+    hotkey(18);  // 1: our team, a key that many tags share
+    hotkey(12);  // Q: goal
+    hotkey(13);
+    hotkey(13);  // on and off again
+    picture(*sheet(), "labels-en");
+    EXPECT_TRUE(child<QPushButton>(*sheet(), "football.label.team.own")->isChecked());
+    QTest::keyClick(sheet(), Qt::Key_Return);
+    app->settle();
+    ASSERT_EQ(stamps().size(), 1u);
+    const TimelineStamp shot = stamps()[0];
+    EXPECT_EQ(shot.label, "Shot");
+    EXPECT_EQ(std::set<std::string>(shot.labels.begin(), shot.labels.end()),
+              (std::set<std::string>{"football.label.shot.goal", "football.label.team.own"}));
+    EXPECT_FALSE(*app->hotkeys.isLabelHotkeyMode);
+    app->settle(0.2);
+    EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+
+    // Escape leaves no stamp, and the video goes on.
+    hotkey(1);
+    ASSERT_NE(sheet(), nullptr);
+    QTest::keyClick(sheet(), Qt::Key_Escape);
+    app->settle();
+    EXPECT_EQ(stamps().size(), 1u);
+    EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+    EXPECT_EQ(sheet(), nullptr);
+}
+
+TEST_F(TagLibraryViewTest, WithoutATimelineTheSheetSaysSo) {
+    app->timeline.selectedLineID.set(std::nullopt);
+    click(tag("football.tag.shot"));
+    auto* text = child(*view, "tagLibraryNoTimeline");
+    ASSERT_NE(text, nullptr);
+    QTest::keyClick(text->window(), Qt::Key_Return);
+    app->settle();
+    EXPECT_EQ(child(*view, "tagLibraryNoTimeline"), nullptr);
+    EXPECT_TRUE(stamps().empty());
+    EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+}
+
+TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndHoldsTheCollection) {
+    app->player.play();
+    playTo(10);
+    auto* possession = tag("football.tag.possession");
+    click(possession);
+    EXPECT_TRUE(possession->isChecked());
+    EXPECT_FALSE(allows("Hockey"));
+    EXPECT_FALSE(child<QToolButton>(*view, "tagLibraryDeleteCollection")->isEnabled());
+    EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+    playTo(25);
+    choose("Hockey");
+    EXPECT_EQ(chooser()->currentText(), "Football");
+    QTest::keyClick(possession, Qt::Key_Return);
+    app->settle(0.2);
+    EXPECT_FALSE(possession->isChecked());
+    EXPECT_FALSE(child(*view, "tagLibraryOpenIntervals")->isVisible());
+    ASSERT_EQ(stamps().size(), 1u);
+    EXPECT_DOUBLE_EQ(stamps()[0].timeStartSeconds, 9);
+    EXPECT_DOUBLE_EQ(stamps()[0].timeFinishSeconds, 26);
+    EXPECT_TRUE(allows("Hockey"));
+
+    // An open interval can be closed where it always shows.
+    hotkey(6);  // Z
+    click(tag("open.football.tag.possession"));
+    EXPECT_FALSE(possession->isChecked());
+    EXPECT_EQ(stamps().size(), 2u);
+}
+
+TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
+    CustomCollectionManager mine(app->collections);
+    mine.setCollectionName("Mine");
+    TagFormData form;
+    form.name = "Own";
+    form.hexColor = "FF8800";
+    const auto own = mine.addTag(form, mine.addTagGroup("Group").id);
+    mine.saveCollection();
+    app->settle(1);
+    auto* remove = child<QToolButton>(*view, "tagLibraryDeleteCollection");
+    EXPECT_TRUE(remove->isVisible());
+    // Where a standard collection is active, the user's are offered, also one whose data is gone.
+    app->index.addOrUpdateCollection("lost", "Lost & gone");
+    app->events.post(events::CollectionDataChanged{});
+    app->settle(1);
+    choose("Lost & gone");
+    EXPECT_EQ(chooser()->currentText(), "Football");
+    click(remove);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->actions().size(), 2);
+    picture(*menu, "delete-a-collection");
+    menu->setActiveAction(view->findChild<QAction*>("lost"));
+    QTest::keyClick(menu, Qt::Key_Return);
+    EXPECT_EQ(app->panels.answerConfirm(true),
+              (FakePanels::Message{
+                  "Delete the collection “Lost & gone”?",
+                  "Its buttons and labels go with it. What was marked with them stays on the "
+                  "timelines.",
+                  "Delete"}));
+    app->settle(1);
+    EXPECT_EQ(chooser()->findText("Lost & gone"), -1);
+
+    choose("Hockey");
+    EXPECT_EQ(chooser()->currentText(), "Hockey");
+    EXPECT_NE(tag("hockey.tag.faceOff"), nullptr);
+    choose("Mine");
+    app->settle();
+    EXPECT_EQ(chooser()->currentText(), "Mine");
+    EXPECT_TRUE(tag(own->id.c_str())->isVisible());
+
+    form.name = "Renamed";
+    mine.updateTag(own->id, form);
+    mine.saveCollection();
+    app->settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(tag(own->id.c_str())->text(), "Renamed");
+
+    click(remove);
+    app->panels.answerConfirm(false);
+    app->settle(1);
+    EXPECT_EQ(chooser()->currentText(), "Mine");
+    click(remove);
+    app->panels.answerConfirm(true);
+    app->settle(1);
+    EXPECT_EQ(chooser()->findText("Mine"), -1);
+    EXPECT_EQ(chooser()->currentText(), "Football");
+    EXPECT_FALSE(remove->isVisible());
+}
+
+TEST_F(TagLibraryViewTest, ADamagedCollectionShowsWhatItHolds) {
+    CollectionData data;
+    data.id = "damaged";
+    Tag odd;
+    odd.id = "odd";
+    odd.color = "no color";
+    odd.defaultTimeBefore = 1e300;
+    odd.defaultTimeAfter = -1;
+    odd.lablesGroup = {"gone"};
+    odd.hotkey = "?";
+    odd.labelHotkeys.emplace()["gone"] = "1";
+    data.tags = {odd, odd};
+    data.tagGroups = {{"twice", "A", {"odd", "gone"}}, {"twice", "B", {"odd"}}, {"none", "", {}}};
+    data.labelGroups = {{"l", "L", {"gone"}}};
+    data.timeEvents = {{"event", "E"}, {"event", "F"}};
+    app->storage.saveCollection(data);
+    app->index.addOrUpdateCollection("damaged", "Damaged");
+    app->events.post(events::CollectionDataChanged{});
+    app->settle(1);
+    choose("Damaged");
+    EXPECT_EQ(view->findChildren<TagButton*>("odd").size(), 2);
+    click(child(*view, "twice.header"));
+    for (auto* button : view->findChildren<TagButton*>("odd"))
+        EXPECT_FALSE(button->isVisible()) << "both groups fold by the id that they share";
+    click(child(*view, "twice.header"));
+    click(tag("odd"));
+    ASSERT_EQ(stamps().size(), 1u);
+    EXPECT_EQ(stamps()[0].idTag, "odd");
+    click(child(*view, "event"));
+    for (auto* chip : view->findChildren<TimeEventChip*>("event"))
+        EXPECT_TRUE(chip->isChecked());
+}
+
+TEST_F(TagLibraryViewTest, GroupsFoldAndTheDrawingEditorTakesThePanelAway) {
+    auto* header = child<QToolButton>(*view, "football.group.attack.header");
+    QTest::keyClick(header, Qt::Key_Return);
+    EXPECT_FALSE(tag("football.tag.goal")->isVisible());
+    click(header);
+    EXPECT_TRUE(tag("football.tag.goal")->isVisible());
+    app->events.post(events::EditorModeChanged{true});
+    click(tag("football.tag.note"));
+    click(child(*view, "football.event.half1"));
+    EXPECT_TRUE(stamps().empty());
+    EXPECT_TRUE(app->tagLibrary.selectedTimeEvents->empty());
+    picture(*view, "panel-editor");
+    app->events.post(events::EditorModeChanged{false});
+    EXPECT_TRUE(tag("football.tag.note")->isEnabled());
+}
+
+TEST_F(TagLibraryViewTest, EveryControlIsReachedByTab) {
+    std::set<QString> reached;
+    chooser()->setFocus();
+    for (int i = 0; i < 200; ++i) {
+        if (auto* focused = QApplication::focusWidget())
+            reached.insert(focused->objectName());
+        QTest::keyClick(view.get(), Qt::Key_Tab);
+    }
+    for (const auto* button : view->findChildren<QAbstractButton*>())
+        EXPECT_TRUE(!button->isVisible() || reached.contains(button->objectName()))
+            << button->objectName().toStdString();
+}
+
+TEST_F(TagLibraryViewTest, TextsFitInBothLanguages) {
+    for (const QString language : {"en", "ru"}) {
+        open(language);
+        app->player.play();
+        playTo(10);
+        click(tag("football.tag.possession"));
+        click(tag("football.tag.highPress"));
+        click(child(*view, "football.event.half1"));
+        for (int i = 0; i < 12; ++i) {
+            click(tag("football.tag.note"));
+            app->settle(0.2);
+        }
+        playTo(47);
+        for (const int width : {640, 500}) {
+            view->resize(width, 560);
+            app->settle();
+            QTest::qWait(250);  // the chip's animation
+            picture(*view, QString("panel-%1-%2").arg(language).arg(width));
+            for (const auto* button : view->findChildren<QAbstractButton*>())
+                EXPECT_GE(button->width(), button->sizeHint().width())
+                    << button->accessibleName().toStdString();
+        }
+        auto* bar = view->findChild<QScrollArea*>()->verticalScrollBar();
+        bar->setValue(bar->maximum());
+        app->settle();
+        picture(*view, "panel-end-" + language);
+        click(tag("football.tag.shot"));
+        ASSERT_NE(sheet(), nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet()));
+        picture(*sheet(), "labels-" + language);
+    }
+}
+
+}  // namespace
+}  // namespace tembrix

@@ -1,0 +1,305 @@
+#include "core/timeline/timeline_history.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+#include "fakes/marking_project.h"
+
+namespace tembrix {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// Drawings whose files stand and fall as a folder's would.
+struct DrawingFolder final : DrawingLinks {
+    std::set<std::string> files;
+    std::vector<Uuid> checked;
+    void deleteDrawingFiles(const std::string& name) override { files.erase(name); }
+    void checkLinksAfterResize(const Uuid& stamp, double, double) override {
+        checked.push_back(stamp);
+    }
+    bool drawingExists(const std::string& name) const override { return files.contains(name); }
+};
+
+class TimelineHistoryTest : public testing::Test {
+  protected:
+    TimelineHistoryTest() { store.setDrawingLinks(&drawings); }
+
+    TimelineStamp addStamp(const Uuid& line, double start = 1, const std::string& tag = "pass") {
+        TimelineStamp stamp;
+        stamp.id = Uuid::random();
+        stamp.idTag = tag;
+        stamp.label = tag;
+        stamp.timeStartSeconds = start;
+        stamp.timeFinishSeconds = start + 5;
+        store.appendStamp(line, stamp);
+        return stamp;
+    }
+    TimelineStamp addDrawing(const std::string& name) {
+        drawings.files.insert(name);
+        TimelineStamp stamp;
+        stamp.id = Uuid::random();
+        stamp.idTag = "screenshot_" + name + "_" + freshId();
+        stamp.label = name;
+        stamp.timeFinishSeconds = 6;
+        store.appendStamp(drawingsLineId(), stamp);
+        return stamp;
+    }
+    TimelineLines stored() {
+        return project.storage.loadTimeline(project.library.videosData().front().id);
+    }
+
+    MarkingProject project;
+    TimelineDataManager& store = project.timeline;
+    DrawingFolder drawings;
+    TimelineHistory history{store};
+};
+
+TEST_F(TimelineHistoryTest, APressIsOneStepEvenIfItMakesALine) {
+    project.markupModes.setMarkupMode(MarkupMode::tagBased);
+    const TimelineLines before = *store.lines;
+    project.flow.handleTagTap(project.known("pass"));
+    const TimelineLines after = *store.lines;
+    EXPECT_TRUE(history.canUndo.get());
+    EXPECT_EQ(history.undoName.get(), "timelineStepMark");
+    history.undo();
+    EXPECT_EQ(*store.lines, before);
+    EXPECT_EQ(stored(), before);
+    EXPECT_TRUE(project.flow.tagCounts->empty());
+    EXPECT_FALSE(history.canUndo.get());
+    EXPECT_EQ(history.redoName.get(), "timelineStepMark");
+    history.redo();
+    EXPECT_EQ(*store.lines, after);
+    EXPECT_EQ(stored(), after);
+    EXPECT_EQ(project.flow.tagCounts->at("pass"), 1);
+    EXPECT_FALSE(history.canRedo.get());
+}
+
+TEST_F(TimelineHistoryTest, SelectionGoesBackWithTheLineUnlessTheUserHasMovedOn) {
+    const Uuid a = project.addLine("A");
+    const Uuid b = project.addLine("B");
+    history.undo();
+    EXPECT_EQ(store.selectedLineID.get(), a);
+    history.redo();
+    EXPECT_EQ(store.selectedLineID.get(), b);
+    store.deleteLine(b);
+    history.undo();
+    EXPECT_EQ(store.selectedLineID.get(), b);
+    store.selectLine(a);
+    history.undo();  // B was never made
+    EXPECT_EQ(store.selectedLineID.get(), a);
+}
+
+TEST_F(TimelineHistoryTest, WhatChangesNothingIsNoStepAndANewEditEndsRedo) {
+    const Uuid line = project.addLine("A");
+    const TimelineStamp stamp = addStamp(line);
+    history.clear();
+    store.renameLine(line, "A");
+    store.setStampLabels(line, stamp.id, {});
+    store.setStampTimeEvents(line, Uuid::random(), {"x"});
+    store.removeStamp(line, Uuid::random());
+    store.moveLine(line, line);
+    EXPECT_FALSE(history.canUndo.get());
+    store.setStampLabels(line, stamp.id, {"x"});
+    EXPECT_EQ(history.undoName.get(), "timelineStepEditLabels");
+    history.undo();
+    EXPECT_TRUE(history.canRedo.get());
+    store.renameLine(line, "B");
+    EXPECT_FALSE(history.canRedo.get());
+}
+
+TEST_F(TimelineHistoryTest, AnotherProjectOrAnotherTimelineEndsTheHistory) {
+    project.addLine("A");
+    store.replaceLines(*store.lines);
+    EXPECT_FALSE(history.canUndo.get());
+    project.addLine("B");
+    project.openVideo("second.mp4");
+    EXPECT_FALSE(history.canUndo.get());
+    EXPECT_EQ(history.undoName.get(), std::nullopt);
+}
+
+TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
+    const Uuid line = project.addLine("A");
+    const TimelineStamp pass = addStamp(line);
+    const TimelineStamp kept = addDrawing("Kept");
+    const TimelineStamp gone = addDrawing("Gone");
+    EXPECT_EQ(history.undoName.get(), "timelineStepMark");  // of the pass: a drawing is no step
+
+    // A resize of a drawing's stamp is a step; once the drawing is deleted it has nothing to undo,
+    // and the press goes to the step before.
+    store.updateStampTimes(drawingsLineId(), gone.id, std::nullopt, 9.0);
+    EXPECT_EQ(history.undoName.get(), "timelineStepResizeTag");
+    store.removeStamp(drawingsLineId(), gone.id);
+    EXPECT_FALSE(drawings.drawingExists("Gone"));
+    history.undo();
+    EXPECT_FALSE(store.findStamp(gone.id));
+    EXPECT_FALSE(store.findStamp(pass.id));
+    history.redo();
+    EXPECT_TRUE(store.findStamp(pass.id));
+    EXPECT_FALSE(history.canRedo.get());
+    EXPECT_THAT(store.lines->front()->stamps, SizeIs(1));
+
+    // Moved to another line and deleted with it, the stamp comes back while its drawing exists.
+    store.moveStamp({drawingsLineId(), kept.id}, line);
+    store.deleteLine(line);
+    history.undo();
+    EXPECT_THAT(store.findLine(line)->stamps, SizeIs(2));
+    history.undo();
+    EXPECT_EQ(*store.findStamp(kept.id)->stamp, kept);
+    EXPECT_EQ(store.findStamp(kept.id)->line->id, drawingsLineId());
+    history.redo();
+    history.redo();
+    drawings.files.clear();
+    history.undo();
+    EXPECT_THAT(store.findLine(line)->stamps, SizeIs(1));  // the pass alone
+    EXPECT_TRUE(store.findStamp(pass.id));
+    EXPECT_EQ(stored(), *store.lines);
+}
+
+TEST_F(TimelineHistoryTest, LinksAreCheckedAgainWhenTimesGoBack) {
+    const Uuid line = project.addLine("A");
+    const Uuid id = addStamp(line).id;
+    store.updateStampTimes(line, id, std::nullopt, 50.0);
+    drawings.checked.clear();
+    history.undo();
+    EXPECT_THAT(drawings.checked, ElementsAre(id));
+}
+
+TEST_F(TimelineHistoryTest, WhatComesBackBearsTheTagsPresentName) {
+    project.markupModes.setMarkupMode(MarkupMode::tagBased);
+    project.flow.handleTagTap(project.known("pass"));
+    const Uuid line = store.lines->back()->id;
+    const Uuid stamp = store.lines->back()->stamps[0]->id;
+    store.renameLine(line, "My passes");
+    store.deleteLine(line);
+    project.events.post(events::TagUpdated{"pass", "Pass on"});
+    history.undo();
+    EXPECT_EQ(store.findLine(line)->name, "Pass on");
+    EXPECT_EQ(store.findStamp(stamp)->stamp->label, "Pass on");
+    history.undo();  // the renaming has nothing left to take back: the press goes
+    EXPECT_FALSE(store.findLine(line));
+    history.redo();
+    EXPECT_EQ(store.findLine(line)->name, "Pass on");
+}
+
+TEST_F(TimelineHistoryTest, ChangesMadeBesideTheStepsSurviveThem) {
+    const Uuid line = project.addLine("A");
+    const Uuid id = addStamp(line).id;
+    store.setStampLabels(line, id, {"x"});
+    store.lines.update(
+        [](TimelineLines& lines) { lines[1].write().stamps[0].write().isActiveForMapView = true; });
+    history.undo();
+    history.undo();
+    history.redo();
+    EXPECT_EQ(store.findStamp(id)->stamp->isActiveForMapView, true);
+    EXPECT_THAT(store.findStamp(id)->stamp->labels, IsEmpty());
+}
+
+TEST_F(TimelineHistoryTest, TheOldestStepsGoWhenThereAreTooMany) {
+    const Uuid line = project.addLine("A");
+    for (std::size_t i = 0; i < TimelineHistory::maxSteps + 5; ++i)
+        store.renameLine(line, std::to_string(i));
+    std::size_t steps = 0;
+    for (; history.canUndo.get(); ++steps)
+        history.undo();
+    EXPECT_GE(steps, 1000u);
+    EXPECT_EQ(steps, TimelineHistory::maxSteps);
+    EXPECT_EQ(store.findLine(line)->name, "4");
+}
+
+// Thousands of mixed edits with undo and redo among them: every state on the way can be reached
+// again exactly, and undoing all gives the first one.
+TEST_F(TimelineHistoryTest, UndoingAllGivesBackTheExactFirstState) {
+    for (unsigned seed = 0; seed < 6; ++seed) {
+        std::mt19937 random(seed);
+        const auto pick = [&](std::size_t size) { return std::size_t(random() % size); };
+        project.openVideo("video" + std::to_string(seed) + ".mp4");
+        for (int i = 0; i < 4; ++i)
+            addStamp(project.addLine("Line " + std::to_string(i)), i);
+        history.clear();
+
+        using State = std::pair<TimelineLines, std::optional<Uuid>>;
+        const auto state = [&] { return State{*store.lines, store.selectedLineID.get()}; };
+        std::vector<State> past{state()};  // the state before each step, then the present one
+        std::size_t present = 0;
+        for (int edit = 0; edit < 1500; ++edit) {
+            const auto& lines = *store.lines;
+            const Uuid line = lines[pick(lines.size())]->id;
+            const Uuid other = lines[pick(lines.size())]->id;
+            const auto& row = store.findLine(line)->stamps;
+            const Uuid stamp = row.empty() ? Uuid::random() : row[pick(row.size())]->id;
+            const bool byTag = random() % 2;
+            switch (random() % 16) {
+                case 0:
+                    project.markupModes.setMarkupMode(byTag ? MarkupMode::tagBased
+                                                            : MarkupMode::standard);
+                    break;
+                case 1:
+                    store.addLine("New");
+                    break;
+                case 2:
+                    if (random() % 3 == 0)
+                        store.deleteLine(line);
+                    break;
+                case 3:
+                    store.renameLine(line, "Renamed " + std::to_string(pick(3)));
+                    break;
+                case 4:
+                    store.moveLine(line, other);
+                    break;
+                case 5:
+                    store.removeStamp(line, stamp);
+                    break;
+                case 6:
+                    store.moveStamp({line, stamp}, other);
+                    break;
+                case 7:
+                    store.setStampLabels(line, stamp, {std::to_string(pick(3))});
+                    break;
+                case 8:
+                    store.setStampTimeEvents(line, stamp, {std::to_string(pick(3))});
+                    break;
+                case 9:
+                    store.updateStampTimes(line, stamp, double(pick(90)), std::nullopt);
+                    break;
+                case 10:
+                    store.updateStampTimes(line, stamp, std::nullopt, double(pick(90)));
+                    break;
+                case 11:
+                    for (std::size_t back = pick(20); back > 0 && present > 0; --back) {
+                        history.undo();
+                        ASSERT_EQ(state(), past[--present]) << "seed " << seed << " edit " << edit;
+                    }
+                    continue;
+                case 12:
+                    for (std::size_t on = pick(20); on > 0 && present + 1 < past.size(); --on) {
+                        history.redo();
+                        ASSERT_EQ(state(), past[++present]) << "seed " << seed << " edit " << edit;
+                    }
+                    continue;
+                default:
+                    project.playhead.time = double(pick(100));
+                    project.flow.handleTagHotkey(project.known("pass"));
+            }
+            if (*store.lines != past[present].first) {
+                past.resize(present + 1);
+                past.push_back(state());
+                ++present;
+            }
+        }
+        for (; history.canUndo.get(); --present)
+            history.undo();
+        EXPECT_EQ(present, 0u);
+        EXPECT_EQ(state(), past.front());
+        while (history.canRedo.get())
+            history.redo();
+        EXPECT_EQ(state(), past.back());
+    }
+}
+
+}  // namespace
+}  // namespace tembrix
