@@ -13,6 +13,9 @@
 #include <utility>
 
 #include "base/files.h"
+#include "base/log.h"
+
+#include "ports/directories.h"
 
 #include "adapters/ffmpeg/ffmpeg_media.h"
 #include "adapters/ffmpeg/ffmpeg_movie_renderer.h"
@@ -39,9 +42,25 @@
 #include "app/shell/main_menu.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
+#include "core/collections/collections_bookmarks_manager.h"
+#include "core/collections/custom_collection_manager.h"
+#include "core/collections/tag_library_manager.h"
 #include "core/export/export_helper.h"
+#include "core/keyboard/hot_key_codes.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/text_focus.h"
+#include "core/marking/marking_flow.h"
+#include "core/notifications/event_bus.h"
+#include "core/notifications/events.h"
+#include "core/playback/video_player_manager.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
+#include "core/shell/windows_manager.h"
+#include "core/storage/in_memory_storage_manager.h"
+#include "core/storage/video_files_manager.h"
+#include "core/storage/videos_preview_manager.h"
+#include "core/timeline/markup_mode_store.h"
+#include "core/timeline/timeline_data_manager.h"
 #include "core/timeline/timeline_history.h"
 
 namespace tembrix {

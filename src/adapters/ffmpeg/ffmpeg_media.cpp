@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/frame_reader.h"
+#include "adapters/ffmpeg/frame_times.h"
+#include "adapters/ffmpeg/media_source.h"
 #include "adapters/ffmpeg/pictures.h"
 
 namespace tembrix {

@@ -6,6 +6,9 @@
 #include <mutex>
 #include <vector>
 
+#include "base/geometry.h"
+#include "base/image.h"
+
 #include "ports/media.h"
 
 namespace tembrix {

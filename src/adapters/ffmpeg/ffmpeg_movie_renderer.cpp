@@ -6,6 +6,9 @@ extern "C" {
 
 #include <system_error>
 
+#include "base/result.h"
+
+#include "adapters/ffmpeg/film_plan.h"
 #include "adapters/ffmpeg/film_run.h"
 
 namespace tembrix {

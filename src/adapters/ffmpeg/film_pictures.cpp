@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <thread>
 
+#include "adapters/ffmpeg/media_source.h"
+
 namespace tembrix {
 
 namespace {

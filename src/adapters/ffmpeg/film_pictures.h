@@ -4,10 +4,14 @@
 #include <memory>
 #include <vector>
 
+#include "ports/movie_renderer.h"
+
+#include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/film_canvas.h"
 #include "adapters/ffmpeg/film_plan.h"
 #include "adapters/ffmpeg/film_writer.h"
 #include "adapters/ffmpeg/frame_reader.h"
+#include "adapters/ffmpeg/frame_times.h"
 #include "adapters/ffmpeg/overlay_blend.h"
 
 namespace tembrix {

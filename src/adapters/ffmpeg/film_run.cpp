@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/result.h"
+
+#include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/bounded_queue.h"
 #include "adapters/ffmpeg/film_pictures.h"
 #include "adapters/ffmpeg/film_sound.h"

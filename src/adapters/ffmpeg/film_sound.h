@@ -5,6 +5,9 @@
 #include <memory>
 #include <vector>
 
+#include "ports/movie_renderer.h"
+
+#include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/film_plan.h"
 #include "adapters/ffmpeg/media_source.h"
 

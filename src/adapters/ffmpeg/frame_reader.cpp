@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <utility>
 
+#include "base/result.h"
+
 namespace tembrix {
 
 namespace {

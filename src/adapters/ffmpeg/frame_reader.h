@@ -5,7 +5,9 @@
 #include <queue>
 #include <vector>
 
+#include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/frame_times.h"
+#include "adapters/ffmpeg/media_source.h"
 
 namespace tembrix {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "adapters/ffmpeg/av_handles.h"
+
 namespace tembrix {
 
 namespace {

@@ -8,6 +8,7 @@
 #include <mpv/client.h>
 #include <utility>
 
+#include "adapters/mpv/mpv_canvas.h"
 #include "adapters/mpv/mpv_core.h"
 #include "adapters/mpv/mpv_renderer.h"
 #include "adapters/mpv/mpv_seeker.h"

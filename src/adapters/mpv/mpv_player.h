@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/result.h"
 #include "base/signal.h"
 
 #include "ports/media.h"

@@ -6,6 +6,7 @@
 
 #include "base/signal.h"
 
+#include "adapters/mpv/mpv_canvas.h"
 #include "adapters/mpv/mpv_renderer.h"
 
 namespace tembrix {

@@ -4,6 +4,8 @@
 #include <memory>
 #include <plist/plist.h>
 
+#include "base/result.h"
+
 namespace tembrix {
 
 namespace {

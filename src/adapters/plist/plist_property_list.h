@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/bytes.h"
+
 #include "ports/property_list.h"
 
 namespace tembrix {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/bytes.h"
+
 #include "ports/bookmarks.h"
 
 namespace tembrix {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/log.h"
 
 #include "ports/keychain.h"

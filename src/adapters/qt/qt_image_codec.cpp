@@ -5,6 +5,8 @@
 #include <QImageReader>
 #include <QImageWriter>
 
+#include "base/result.h"
+
 #include "adapters/qt/image_conversion.h"
 
 namespace tembrix {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/bytes.h"
+#include "base/image.h"
+
 #include "ports/images.h"
 
 namespace tembrix {

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "base/date.h"
+
 #include "ports/texts.h"
 
 class QApplication;

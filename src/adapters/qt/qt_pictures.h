@@ -3,6 +3,9 @@
 #include <QStringList>
 #include <utility>
 
+#include "base/geometry.h"
+#include "base/image.h"
+
 #include "ports/images.h"
 
 namespace tembrix {

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QProcess>
 
+#include "base/result.h"
+
 namespace tembrix {
 
 Result<ProcessOutcome> QtProcessRunner::run(const std::string& program,

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/date.h"
+
 #include "ports/scheduler.h"
 
 namespace tembrix {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/color.h"
+
 namespace tembrix {
 namespace {
 

@@ -4,6 +4,8 @@
 #include <QTextLayout>
 #include <memory>
 
+#include "base/geometry.h"
+
 #include "ports/images.h"
 
 class QPainter;

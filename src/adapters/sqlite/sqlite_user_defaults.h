@@ -5,6 +5,8 @@
 #include <memory>
 #include <mutex>
 
+#include "base/bytes.h"
+#include "base/date.h"
 #include "base/log.h"
 
 #include "ports/user_defaults.h"

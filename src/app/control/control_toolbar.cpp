@@ -5,6 +5,8 @@
 #include <QPushButton>
 #include <QToolButton>
 
+#include "base/published.h"
+
 #include "app/control/timelines_area.h"
 #include "app/playback/player_control_panel.h"
 #include "app/theme/theme.h"
@@ -12,6 +14,8 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/widgets/tabular_label.h"
+#include "core/control/timeline_editing_model.h"
+#include "core/records/markup_mode.h"
 #include "core/timeline/timeline_history.h"
 
 namespace tembrix {

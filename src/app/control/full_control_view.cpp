@@ -17,7 +17,10 @@
 #include "app/widgets/elided_label.h"
 #include "app/widgets/letter_keys.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/sheet.h"
 #include "app/widgets/stamp_items_sheet.h"
+#include "core/keyboard/hot_key_codes.h"
+#include "core/marking/stamp_items_selection.h"
 #include "core/playback/video_player_manager.h"
 #include "core/timeline/timeline_history.h"
 

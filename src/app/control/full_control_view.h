@@ -3,8 +3,11 @@
 #include <QWidget>
 #include <vector>
 
+#include "base/uuid.h"
+
 #include "app/services.h"
 #include "core/control/timeline_editing_model.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -8,6 +8,7 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
 #include "core/notifications/event_bus.h"
+#include "core/notifications/events.h"
 
 namespace tembrix {
 

@@ -5,6 +5,7 @@
 
 #include "app/services.h"
 #include "app/widgets/sheet.h"
+#include "core/notifications/event_bus.h"
 
 namespace tembrix {
 

@@ -5,6 +5,9 @@
 
 #include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
+#include "core/control/timeline_rows.h"
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -2,7 +2,13 @@
 
 #include <QAbstractListModel>
 
+#include "base/uuid.h"
+
+#include "ports/texts.h"
+
+#include "core/collections/tag_library_manager.h"
 #include "core/control/timeline_editing_model.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 

@@ -9,6 +9,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/tabular_label.h"
+#include "core/control/timeline_axis.h"
 
 namespace tembrix {
 

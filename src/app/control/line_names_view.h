@@ -2,7 +2,12 @@
 
 #include <QListView>
 
+#include "base/uuid.h"
+
+#include "ports/texts.h"
+
 #include "app/control/line_names_model.h"
+#include "core/control/timeline_editing_model.h"
 
 namespace tembrix {
 

@@ -5,8 +5,12 @@
 #include <QPointer>
 #include <map>
 
+#include "base/uuid.h"
+
 #include "app/control/timeline_canvas.h"
 #include "app/widgets/qt_text.h"
+#include "core/control/timeline_cursor.h"
+#include "core/control/timeline_rows.h"
 
 namespace tembrix {
 

@@ -6,8 +6,11 @@
 #include <QPinchGesture>
 #include <cmath>
 
+#include "base/geometry.h"
+
 #include "app/control/timeline_accessible.h"
 #include "app/theme/theme.h"
+#include "core/control/stamp_gestures.h"
 
 namespace tembrix {
 

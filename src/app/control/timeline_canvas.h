@@ -7,9 +7,15 @@
 #include <set>
 #include <variant>
 
+#include "base/uuid.h"
+
 #include "app/control/stamp_sprites.h"
 #include "app/control/timeline_painters.h"
+#include "core/control/timeline_axis.h"
+#include "core/control/timeline_cursor.h"
 #include "core/control/timeline_editing_model.h"
+#include "core/control/timeline_rows.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 

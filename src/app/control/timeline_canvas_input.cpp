@@ -10,6 +10,8 @@
 #include <cmath>
 
 #include "app/control/timeline_canvas.h"
+#include "core/control/stamp_gestures.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/geometry.h"
+
 #include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
 #include "core/control/timeline_ruler.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

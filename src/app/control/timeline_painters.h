@@ -3,8 +3,13 @@
 #include <QRectF>
 #include <optional>
 
+#include "base/uuid.h"
+
 #include "app/control/stamp_sprites.h"
+#include "core/control/stamp_gestures.h"
+#include "core/control/timeline_axis.h"
 #include "core/control/timeline_editing_model.h"
+#include "core/control/timeline_rows.h"
 
 class QPainter;
 

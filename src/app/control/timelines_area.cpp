@@ -9,13 +9,20 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ports/texts.h"
+
+#include "app/control/line_names_model.h"
 #include "app/control/line_names_view.h"
 #include "app/control/timeline_canvas.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "core/control/playhead_follow.h"
+#include "core/control/timeline_axis.h"
+#include "core/control/timeline_cursor.h"
+#include "core/control/timeline_texts.h"
 #include "core/playback/video_player_manager.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

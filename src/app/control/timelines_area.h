@@ -3,6 +3,8 @@
 #include <QWidget>
 #include <optional>
 
+#include "base/uuid.h"
+
 #include "app/services.h"
 #include "core/control/timeline_editing_model.h"
 

@@ -15,6 +15,7 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
+#include "core/keyboard/text_focus.h"
 
 namespace tembrix {
 

@@ -3,13 +3,17 @@
 #include <QMenu>
 #include <QToolButton>
 
+#include "base/result.h"
+
 #include "app/export/export_mode_sheet.h"
 #include "app/export/selection_sheets.h"
 #include "app/export/waiting_panel.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/sheet.h"
 #include "core/notifications/event_bus.h"
+#include "core/notifications/events.h"
 
 namespace tembrix {
 

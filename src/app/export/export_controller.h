@@ -4,7 +4,9 @@
 #include <optional>
 
 #include "app/services.h"
+#include "core/export/cut_records.h"
 #include "core/export/export_helper.h"
+#include "core/records/annotation_records.h"
 
 class QToolButton;
 class QWidget;

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "app/theme/theme.h"
+#include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 
 namespace tembrix {

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "ports/texts.h"
+
 #include "app/widgets/sheet.h"
 #include "core/export/cut_records.h"
 

@@ -4,6 +4,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/widgets/controls.h"
+
 namespace tembrix {
 
 namespace {

@@ -3,8 +3,11 @@
 #include <functional>
 #include <vector>
 
+#include "ports/texts.h"
+
 #include "app/export/choice_list.h"
 #include "app/widgets/sheet.h"
+#include "core/keyboard/text_focus.h"
 #include "core/records/annotation_records.h"
 
 namespace tembrix {

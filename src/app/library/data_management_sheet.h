@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "app/services.h"
+#include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
 #include "core/safety/data_sync_manager.h"
 

@@ -2,8 +2,13 @@
 
 #include <filesystem>
 
+#include "base/date.h"
+
+#include "ports/texts.h"
+
 #include "app/widgets/sheet.h"
 #include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/text_focus.h"
 #include "core/records/video_records.h"
 
 class QDateTimeEdit;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "base/image.h"
+
 namespace tembrix {
 
 VideosListModel::VideosListModel(const VideosViewModel& viewModel, const Locale& locale,

@@ -4,6 +4,9 @@
 #include <QPixmap>
 #include <vector>
 
+#include "ports/texts.h"
+
+#include "core/records/video_records.h"
 #include "core/shell/videos_view_model.h"
 
 namespace tembrix {

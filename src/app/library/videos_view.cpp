@@ -13,6 +13,8 @@
 
 #include "base/file_url.h"
 
+#include "ports/texts.h"
+
 #include "app/library/data_management_sheet.h"
 #include "app/library/match_sheet.h"
 #include "app/library/video_card_delegate.h"
@@ -21,7 +23,9 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
+#include "app/widgets/sheet.h"
 #include "app/widgets/text_focus.h"
+#include "core/records/video_records.h"
 
 namespace tembrix {
 

@@ -10,6 +10,8 @@
 #include "app/widgets/stamp_items_sheet.h"
 #include "core/marking/marking_flow.h"
 #include "core/marking/stamp_items_selection.h"
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "ports/player.h"
+
 #include "app/playback/video_control_panel_view.h"
 #include "app/services.h"
 #include "core/playback/video_player_manager.h"

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "ports/player.h"
+
 #include "app/playback/player_control_panel.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"

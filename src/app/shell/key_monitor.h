@@ -3,6 +3,7 @@
 #include <QObject>
 #include <functional>
 
+#include "core/keyboard/hot_key_codes.h"
 #include "core/keyboard/hot_key_manager.h"
 
 class QKeyEvent;

@@ -5,6 +5,8 @@
 #include <functional>
 #include <map>
 
+#include "base/geometry.h"
+
 #include "core/shell/windows_manager.h"
 
 class QWidget;

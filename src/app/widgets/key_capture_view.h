@@ -7,6 +7,7 @@
 
 #include "ports/texts.h"
 
+#include "core/keyboard/hot_key_codes.h"
 #include "core/keyboard/key_capture.h"
 
 class QKeyEvent;

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "app/theme/theme.h"
+#include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
 #include "app/widgets/qt_text.h"
 #include "core/keyboard/hot_key_codes.h"

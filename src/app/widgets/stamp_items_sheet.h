@@ -5,8 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "ports/texts.h"
+
 #include "app/widgets/sheet.h"
 #include "core/marking/stamp_items_selection.h"
+#include "core/records/timeline_records.h"
 
 class QAbstractButton;
 

@@ -4,6 +4,7 @@
 #include <QFocusEvent>
 
 #include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/text_focus.h"
 
 namespace tembrix {
 

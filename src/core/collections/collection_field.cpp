@@ -3,10 +3,14 @@
 #include <system_error>
 
 #include "base/files.h"
+#include "base/json_style.h"
 #include "base/utf8_text.h"
 #include "base/uuid.h"
 
+#include "ports/scheduler.h"
+
 #include "core/collections/custom_collection_manager.h"
+#include "core/records/annotation_records.h"
 #include "core/records/codec.h"
 
 namespace tembrix {

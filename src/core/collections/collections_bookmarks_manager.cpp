@@ -7,9 +7,14 @@
 #include <set>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/files.h"
+#include "base/json_style.h"
+
+#include "ports/user_defaults.h"
 
 #include "core/collections/duplicate_collections.h"
+#include "core/notifications/events.h"
 #include "core/records/codec.h"
 
 namespace tembrix {

@@ -14,6 +14,8 @@
 #include "ports/scheduler.h"
 
 #include "core/notifications/event_bus.h"
+#include "core/records/annotation_records.h"
+#include "core/storage/collection_index_storage.h"
 #include "core/storage/in_memory_storage_manager.h"
 
 namespace tembrix {

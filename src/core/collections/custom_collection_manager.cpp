@@ -8,6 +8,7 @@
 #include "base/uuid.h"
 
 #include "core/keyboard/hot_key_manager.h"
+#include "core/notifications/events.h"
 
 namespace tembrix {
 

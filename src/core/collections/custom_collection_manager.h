@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "base/signal.h"
 
+#include "ports/bookmarks.h"
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 

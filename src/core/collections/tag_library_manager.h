@@ -9,12 +9,15 @@
 
 #include "base/published.h"
 
+#include "ports/scheduler.h"
 #include "ports/texts.h"
 
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/merged_lists.h"
 #include "core/collections/standard_collections.h"
 #include "core/keyboard/hotkey_registry.h"
+#include "core/notifications/events.h"
+#include "core/records/annotation_records.h"
 
 namespace tembrix {
 

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "base/cow.h"
+
+#include "core/records/annotation_records.h"
+
 namespace tembrix {
 
 void StampEditing::request(const Uuid& line, const Uuid& stamp, StampEditSheetType type) {

@@ -6,11 +6,14 @@
 #include <vector>
 
 #include "base/published.h"
+#include "base/uuid.h"
 
 #include "ports/scheduler.h"
 #include "ports/user_defaults.h"
 
+#include "core/collections/tag_library_manager.h"
 #include "core/marking/stamp_items_selection.h"
+#include "core/records/timeline_records.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "base/uuid.h"
+
 #include "core/control/timeline_axis.h"
 #include "core/control/timeline_rows.h"
 #include "core/records/timeline_records.h"

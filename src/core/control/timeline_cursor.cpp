@@ -4,6 +4,8 @@
 #include <cmath>
 #include <tuple>
 
+#include "core/records/timeline_records.h"
+
 namespace tembrix {
 
 namespace {

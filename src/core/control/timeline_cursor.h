@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "base/uuid.h"
+
 #include "core/control/timeline_rows.h"
 
 namespace tembrix {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "core/notifications/events.h"
+
 namespace tembrix {
 
 TimelineEditingModel::TimelineEditingModel(TimelineDataManager& timeline,

@@ -6,20 +6,29 @@
 #include <vector>
 
 #include "base/published.h"
+#include "base/signal.h"
+#include "base/uuid.h"
 
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 #include "ports/user_defaults.h"
 
+#include "core/collections/tag_library_manager.h"
 #include "core/control/drag_seek.h"
 #include "core/control/stamp_editing.h"
 #include "core/control/stamp_gestures.h"
+#include "core/control/timeline_axis.h"
 #include "core/control/timeline_cursor.h"
 #include "core/control/timeline_rows.h"
 #include "core/control/timeline_texts.h"
+#include "core/keyboard/hot_key_codes.h"
 #include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/playback/playhead.h"
+#include "core/records/markup_mode.h"
+#include "core/records/timeline_records.h"
+#include "core/timeline/markup_mode_store.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {

@@ -3,7 +3,9 @@
 #include <optional>
 #include <vector>
 
+#include "base/cow.h"
 #include "base/geometry.h"
+#include "base/uuid.h"
 
 #include "core/control/stamp_layout.h"
 #include "core/control/timeline_axis.h"

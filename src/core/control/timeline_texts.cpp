@@ -5,6 +5,8 @@
 #include "base/time_text.h"
 #include "base/utf8_text.h"
 
+#include "core/records/annotation_records.h"
+
 namespace tembrix {
 
 namespace {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/uuid.h"
+
 #include "ports/texts.h"
 
 #include "core/collections/tag_library_manager.h"

@@ -4,16 +4,21 @@
 #include <optional>
 #include <vector>
 
+#include "base/geometry.h"
 #include "base/log.h"
 #include "base/result.h"
 
 #include "ports/images.h"
 #include "ports/media.h"
 #include "ports/movie_renderer.h"
+#include "ports/texts.h"
 
 #include "core/export/cut_planning.h"
+#include "core/export/cut_records.h"
 #include "core/export/export_drawings.h"
 #include "core/export/overlay_bar.h"
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -2,7 +2,11 @@
 
 #include "base/utf8_text.h"
 
+#include "ports/texts.h"
+
 #include "core/export/cut_planning.h"
+#include "core/export/cut_records.h"
+#include "core/records/annotation_records.h"
 
 namespace tembrix {
 

@@ -4,10 +4,13 @@
 #include <vector>
 
 #include "base/log.h"
+#include "base/uuid.h"
 
 #include "ports/texts.h"
 
 #include "core/export/cut_records.h"
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {

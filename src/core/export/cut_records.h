@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/geometry.h"
+#include "base/uuid.h"
 
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"

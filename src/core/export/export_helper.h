@@ -8,6 +8,7 @@
 
 #include "base/log.h"
 #include "base/published.h"
+#include "base/result.h"
 
 #include "ports/directories.h"
 #include "ports/images.h"
@@ -16,10 +17,14 @@
 #include "ports/panels.h"
 #include "ports/process_runner.h"
 #include "ports/scheduler.h"
+#include "ports/texts.h"
 
+#include "core/collections/tag_library_manager.h"
 #include "core/export/cut_planning.h"
+#include "core/export/cut_records.h"
 #include "core/export/export_drawings.h"
 #include "core/playback/video_player_manager.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "base/color.h"
 #include "base/utf8_text.h"
 
 namespace tembrix {

@@ -4,9 +4,14 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/geometry.h"
+#include "base/uuid.h"
+
 #include "ports/images.h"
 
 #include "core/export/cut_records.h"
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/notifications/events.h"
+
 namespace tembrix {
 
 namespace {

@@ -1,7 +1,5 @@
 #pragma once
 
-
-
 namespace tembrix {
 
 // The player as the keyboard uses it.

@@ -1,7 +1,5 @@
 #pragma once
 
-
-
 namespace tembrix {
 
 // Which windows have the keyboard; implemented by the window orchestration.

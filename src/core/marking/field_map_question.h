@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+
 #include "base/bytes.h"
 #include "base/geometry.h"
+
 #include "core/records/annotation_records.h"
 
 namespace tembrix {

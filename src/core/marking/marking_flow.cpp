@@ -4,6 +4,11 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "base/bytes.h"
+#include "base/uuid.h"
+
+#include "core/notifications/events.h"
+
 namespace tembrix {
 
 StampTimes ordinaryStampTimes(const Tag& tag, double now, double maxDuration) {

@@ -9,12 +9,20 @@
 #include <utility>
 #include <vector>
 
+#include "base/geometry.h"
 #include "base/published.h"
 
 #include "ports/scheduler.h"
 
+#include "core/collections/custom_collection_manager.h"
+#include "core/collections/tag_library_manager.h"
 #include "core/marking/field_map_question.h"
+#include "core/notifications/event_bus.h"
 #include "core/playback/playhead.h"
+#include "core/records/annotation_records.h"
+#include "core/records/markup_mode.h"
+#include "core/records/timeline_records.h"
+#include "core/timeline/markup_mode_store.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/notifications/events.h"
+
 namespace tembrix {
 
 namespace {

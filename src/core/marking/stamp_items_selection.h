@@ -10,6 +10,8 @@
 
 #include "core/collections/tag_library_manager.h"
 #include "core/keyboard/hot_key_manager.h"
+#include "core/notifications/event_bus.h"
+#include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 
 namespace tembrix {

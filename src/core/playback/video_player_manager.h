@@ -7,10 +7,13 @@
 
 #include "base/log.h"
 #include "base/published.h"
+#include "base/result.h"
+#include "base/signal.h"
 
 #include "ports/player.h"
 
 #include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/key_transport.h"
 #include "core/playback/playhead.h"
 
 namespace tembrix {

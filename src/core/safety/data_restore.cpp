@@ -5,9 +5,14 @@
 #include <utility>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/files.h"
+#include "base/result.h"
 
+#include "core/records/annotation_records.h"
 #include "core/records/codec.h"
+#include "core/records/orphaned_timeline.h"
+#include "core/records/timeline_records.h"
 #include "core/safety/backup_names.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/safety/folder_copy.h"

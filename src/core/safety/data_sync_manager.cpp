@@ -6,8 +6,11 @@
 #include <system_error>
 #include <utility>
 
+#include "base/date.h"
 #include "base/files.h"
+#include "base/json_style.h"
 
+#include "core/records/annotation_records.h"
 #include "core/records/codec.h"
 #include "core/safety/backup_names.h"
 #include "core/safety/folder_copy.h"

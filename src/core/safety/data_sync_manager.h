@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "base/bytes.h"
 #include "base/log.h"
 
 #include "ports/bookmarks.h"
@@ -19,6 +20,9 @@
 
 #include "core/collections/collections_bookmarks_manager.h"
 #include "core/records/orphaned_timeline.h"
+#include "core/records/timeline_records.h"
+#include "core/records/video_records.h"
+#include "core/storage/deleted_timeline_keeper.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"
 

@@ -5,6 +5,7 @@
 
 #include "base/file_dates.h"
 #include "base/file_url.h"
+#include "base/image.h"
 #include "base/utf8_text.h"
 
 namespace tembrix {

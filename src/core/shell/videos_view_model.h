@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "base/date.h"
 #include "base/published.h"
 
 #include "ports/bookmarks.h"

@@ -2,6 +2,10 @@
 
 #include <utility>
 
+#include "core/notifications/events.h"
+#include "core/records/timeline_records.h"
+#include "core/records/video_records.h"
+
 namespace tembrix {
 
 namespace {

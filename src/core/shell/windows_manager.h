@@ -6,11 +6,22 @@
 #include <string>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/geometry.h"
 
+#include "ports/texts.h"
+
+#include "core/collections/tag_library_manager.h"
 #include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/key_windows.h"
+#include "core/marking/field_map_question.h"
 #include "core/marking/marking_flow.h"
+#include "core/notifications/event_bus.h"
 #include "core/playback/video_player_manager.h"
+#include "core/records/annotation_records.h"
+#include "core/storage/in_memory_storage_manager.h"
+#include "core/storage/video_files_manager.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vector>
+
 #include "core/records/annotation_records.h"
 
 namespace tembrix {

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "base/files.h"
+#include "base/json_style.h"
 
 #include "core/records/codec.h"
 #include "core/storage/set_aside.h"

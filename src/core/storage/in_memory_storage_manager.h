@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/log.h"
 
 #include "ports/directories.h"

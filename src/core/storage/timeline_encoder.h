@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/bytes.h"
+#include "base/cow.h"
 #include "base/result.h"
 
 #include "core/records/timeline_records.h"

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/bytes.h"
+#include "base/image.h"
 #include "base/log.h"
 
 #include "ports/bookmarks.h"

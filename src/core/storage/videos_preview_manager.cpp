@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/files.h"
+#include "base/geometry.h"
 
 namespace tembrix {
 

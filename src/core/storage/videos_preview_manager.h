@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "base/image.h"
+
 #include "ports/directories.h"
 #include "ports/images.h"
 #include "ports/media.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+
 #include "base/uuid.h"
 
 namespace tembrix {

@@ -1,5 +1,7 @@
 #include "core/timeline/markup_mode_store.h"
 
+#include "core/notifications/events.h"
+
 namespace tembrix {
 
 namespace {

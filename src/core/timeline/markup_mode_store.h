@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ports/user_defaults.h"
+
 #include "core/notifications/event_bus.h"
 #include "core/records/markup_mode.h"
 

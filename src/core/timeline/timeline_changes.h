@@ -5,6 +5,9 @@
 #include <variant>
 #include <vector>
 
+#include "base/cow.h"
+#include "base/uuid.h"
+
 #include "core/records/timeline_records.h"
 
 namespace tembrix {

@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "base/cow.h"
 #include "base/utf8_text.h"
+
+#include "core/records/markup_mode.h"
+#include "core/records/video_records.h"
 
 namespace tembrix {
 

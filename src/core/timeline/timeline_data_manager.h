@@ -7,12 +7,17 @@
 #include <utility>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/published.h"
+#include "base/signal.h"
+#include "base/uuid.h"
 
 #include "ports/texts.h"
 
 #include "core/collections/tag_library_manager.h"
 #include "core/notifications/event_bus.h"
+#include "core/notifications/events.h"
+#include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"

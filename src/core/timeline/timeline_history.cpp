@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "core/timeline/timeline_changes.h"
+
 namespace tembrix {
 
 namespace {
