@@ -18,6 +18,7 @@
 #include "bench_user.h"
 #include "core/records/codec.h"
 #include "core/records/video_records.h"
+#include "core/storage/data_layout.h"
 #include "fakes/captured_log.h"
 #include "main/application.h"
 
@@ -37,7 +38,7 @@ void fillLibrary(const TempFolder& home) {
         const std::string name = "Home_Guests_" + std::to_string(i);
         list.push_back({*bookmarks.make(file), freshId(), name, i % 7 == 0});
     }
-    defaults.setData("videosData", *encode(list));
+    defaults.setData(layout::videosDataKey, *encode(list));
 }
 
 class FirstPaint final : public QObject {

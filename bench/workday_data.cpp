@@ -15,6 +15,7 @@
 #include "core/collections/custom_collection_manager.h"
 #include "core/records/codec.h"
 #include "core/records/video_records.h"
+#include "core/storage/data_layout.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_texts.h"
 #include "fakes/virtual_scheduler.h"
@@ -166,7 +167,7 @@ bool WorkdayData::write(const std::filesystem::path& scratch) {
     for (int i = 1; i <= collections; ++i)
         if (!addCollection(store, i))
             return false;
-    store.defaults.setText("lastSelectedCollection", collectionName(1));
+    store.defaults.setText(layout::lastSelectedCollectionKey, collectionName(1));
     const auto tags = store.storage.loadCollection(store.index.collections().front().id)->tags;
     std::vector<VideosData> library{
         {*store.bookmarks.make(films / "match.mp4"), matchId, matchName(), true}};
@@ -182,7 +183,7 @@ bool WorkdayData::write(const std::filesystem::path& scratch) {
                            i % 7 == 0});
         store.storage.saveTimeline(timelines(tags, 10, 40), id);
     }
-    store.defaults.setData("videosData", *encode(library));
+    store.defaults.setData(layout::videosDataKey, *encode(library));
     store.storage.flushNow();
     store.index.saveNow();
     store.scheduler.run();
@@ -191,14 +192,14 @@ bool WorkdayData::write(const std::filesystem::path& scratch) {
 
 int WorkdayData::storedStamps() {
     Store store;
-    const auto value = store.defaults.data(std::string("timeline_") + matchId);
+    const auto value = store.defaults.data(layout::timelineKey(matchId));
     const auto lines = value ? decode<TimelineLines>(*value).optional() : std::nullopt;
     return lines ? count(*lines) : -1;
 }
 
 int WorkdayData::durableStamps() {
-    const auto file = readFile(qtDirectories().documents / "Tembrix-Stat/Timelines" /
-                               (std::string(matchId) + ".json"));
+    const auto file = readFile(qtDirectories().documents / layout::dataFolder /
+                               layout::timelinesFolder / (std::string(matchId) + ".json"));
     const auto lines = file ? decode<TimelineLines>(*file).optional() : std::nullopt;
     return lines ? count(*lines) : -1;
 }

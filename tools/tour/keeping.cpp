@@ -7,6 +7,7 @@
 
 #include "adapters/qt/qt_directories.h"
 #include "core/playback/video_player_manager.h"
+#include "core/storage/data_layout.h"
 #include "tour/stage.h"
 
 namespace tembrix::tour {
@@ -105,7 +106,7 @@ void loseTheData(Stage& stage) {
     driver.noSheet();
     const int videos = videosShown(stage);
     stage.restart([] {
-        std::filesystem::remove_all(qtDirectories().documents / "Tembrix-Stat");
+        std::filesystem::remove_all(qtDirectories().documents / layout::dataFolder);
         std::filesystem::remove_all(programDataFolder());
     });
     driver.waitFor("the list as it was", [&] { return videosShown(stage) == videos; });

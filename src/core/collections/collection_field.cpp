@@ -12,6 +12,7 @@
 #include "core/collections/custom_collection_manager.h"
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
@@ -28,7 +29,7 @@ std::string fileStem(const std::string& collectionName) {
 }  // namespace
 
 std::filesystem::path CustomCollectionManager::fieldFolder() const {
-    return services_.storage.dataFolder() / "PlayFields";
+    return services_.storage.dataFolder() / layout::playFieldsFolder;
 }
 
 // Whether another collection's field shows the file of this name: one that took its name from a

@@ -16,16 +16,12 @@
 #include "core/collections/duplicate_collections.h"
 #include "core/notifications/events.h"
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
 namespace {
 
-constexpr const char* loadedKey = "collectionsBookmarksLoaded";
-constexpr const char* savedCollectionsKey = "savedCollections";
-constexpr const char* deduplicationKey = "collectionsDeduplicationDone";
-// The list while its file lacks a change, so that a killed process loses no name.
-constexpr const char* unsavedKey = "collectionsUnsaved";
 constexpr std::string_view done = "true";
 
 std::string quoted(const CollectionInfo& info) {
@@ -37,7 +33,7 @@ std::string quoted(const CollectionInfo& info) {
 struct CollectionsBookmarksManager::Index {
     Index(std::filesystem::path path, UserDefaults& values, Log& lines)
         : file(std::move(path)), defaults(values), log(lines) {
-        const auto unsaved = defaults.data(unsavedKey);
+        const auto unsaved = defaults.data(layout::collectionsUnsavedKey);
         auto list = unsaved ? decode<std::vector<CollectionInfo>>(*unsaved).optional()
                             : std::optional<std::vector<CollectionInfo>>();
         if (!list)
@@ -79,11 +75,11 @@ struct CollectionsBookmarksManager::Index {
     void setAhead() {
         ahead = true;
         if (const auto json = encode(cache))
-            defaults.setData(unsavedKey, *json);
+            defaults.setData(layout::collectionsUnsavedKey, *json);
     }
     void setWritten() {
         ahead = false;
-        defaults.remove(unsavedKey);
+        defaults.remove(layout::collectionsUnsavedKey);
     }
 
     bool write(const std::vector<CollectionInfo>& list) const {
@@ -121,7 +117,7 @@ CollectionsBookmarksManager::CollectionsBookmarksManager(InMemoryStorageManager&
       scheduler_(scheduler),
       events_(events),
       log_(log),
-      index_(std::make_shared<Index>(storage.dataFolder() / "CollectionsBookmarks.json",
+      index_(std::make_shared<Index>(storage.dataFolder() / layout::collectionIndexFile,
                                      storage.userDefaults(), log)) {
     // A folder that cannot be made shows when the index is written.
     static_cast<void>(makeFolder(storage_.dataFolder()));
@@ -256,10 +252,10 @@ std::optional<CollectionBookmark> CollectionsBookmarksManager::makeBookmark(
     result.id = info.id;
     result.name = info.name;
     const std::array<std::pair<const char*, Bytes*>, 4> required{{
-        {"tagGroups.json", &result.tagGroupsBookmark},
-        {"tags.json", &result.tagsBookmark},
-        {"labelGroups.json", &result.labelGroupsBookmark},
-        {"labels.json", &result.labelsBookmark},
+        {layout::tagGroupsFile, &result.tagGroupsBookmark},
+        {layout::tagsFile, &result.tagsBookmark},
+        {layout::labelGroupsFile, &result.labelGroupsBookmark},
+        {layout::labelsFile, &result.labelsBookmark},
     }};
     for (const auto& [file, target] : required)
         if (!std::filesystem::exists(folder / file, ignored)) {
@@ -274,10 +270,10 @@ std::optional<CollectionBookmark> CollectionsBookmarksManager::makeBookmark(
     };
     for (const auto& [file, target] : required)
         *target = make(file);
-    if (std::filesystem::exists(folder / "timeEvents.json", ignored))
-        result.timeEventsBookmark = make("timeEvents.json");
-    if (std::filesystem::exists(folder / "playField.json", ignored))
-        result.playFieldBookmark = make("playField.json");
+    if (std::filesystem::exists(folder / layout::timeEventsFile, ignored))
+        result.timeEventsBookmark = make(layout::timeEventsFile);
+    if (std::filesystem::exists(folder / layout::playFieldFile, ignored))
+        result.playFieldBookmark = make(layout::playFieldFile);
     if (failed) {
         log_.line(warning + "Failed to create bookmarks for " + info.name);
         return std::nullopt;
@@ -287,12 +283,12 @@ std::optional<CollectionBookmark> CollectionsBookmarksManager::makeBookmark(
 
 void CollectionsBookmarksManager::migrateSavedCollections() {
     auto& defaults = storage_.userDefaults();
-    if (defaults.boolean(loadedKey))
+    if (defaults.boolean(layout::collectionsLoadedKey))
         return;
-    defaults.setBoolean(loadedKey, true);
+    defaults.setBoolean(layout::collectionsLoadedKey, true);
     if (!collections().empty())
         return;
-    const auto saved = defaults.data(savedCollectionsKey);
+    const auto saved = defaults.data(layout::savedCollectionsKey);
     if (!saved)
         return;
     const auto list = decode<std::vector<CollectionBookmark>>(*saved);
@@ -306,14 +302,15 @@ void CollectionsBookmarksManager::migrateSavedCollections() {
 
 void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
     const std::string success = "✅ CollectionsBookmarks: ";
-    const auto markDone = [&] { keychain_.set(toBytes(done), deduplicationKey); };
-    if (const auto flag = keychain_.get(deduplicationKey); flag && asText(*flag) == done) {
+    const auto markDone = [&] { keychain_.set(toBytes(done), layout::collectionsDeduplicatedKey); };
+    if (const auto flag = keychain_.get(layout::collectionsDeduplicatedKey);
+        flag && asText(*flag) == done) {
         log_.line(success + "Deduplication already done (from Keychain), skipping");
         return;
     }
-    if (storage_.userDefaults().boolean(deduplicationKey)) {
+    if (storage_.userDefaults().boolean(layout::collectionsDeduplicatedKey)) {
         markDone();
-        storage_.userDefaults().remove(deduplicationKey);
+        storage_.userDefaults().remove(layout::collectionsDeduplicatedKey);
         log_.line(success + "Migrated deduplication flag from UserDefaults to Keychain");
         return;
     }
@@ -352,7 +349,7 @@ void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
         // A collection that was saved moments ago has its folder only after the next flush.
         for (const auto& info : index_->cache)
             if (!groups.contains(info.id) && !gone.contains(info.id) &&
-                storage_.userDefaults().data("collection_" + info.id))
+                storage_.userDefaults().data(layout::collectionKey(info.id)))
                 list.push_back(info);
         // The cached list follows, or the next change would write the old ids back.
         index_->cache = list;

@@ -12,6 +12,7 @@
 
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "core/storage/set_aside.h"
 
 namespace tembrix {
@@ -42,25 +43,21 @@ double copyNumber(const std::string& name) {
     return numbered ? numbered->number : -1;
 }
 
-std::string workingCopyKey(const std::string& folder) {
-    return "collection_" + folder;
-}
-
 // The folder has the last word where there is no working copy of it that can be read.
 void moveWorkingCopy(UserDefaults& defaults, const std::string& from, const std::string& to,
                      Log& log) {
-    const auto value = defaults.data(workingCopyKey(from));
+    const auto value = defaults.data(layout::collectionKey(from));
     auto collection = value ? decode<CollectionData>(*value).optional() : std::nullopt;
     if (value && !collection)
-        setAside(defaults, log, workingCopyKey(from), *value);
+        setAside(defaults, log, layout::collectionKey(from), *value);
     if (collection)
         collection->id = to;
     const auto moved = collection ? encode(*collection).optional() : std::nullopt;
     if (moved)
-        defaults.setData(workingCopyKey(to), *moved);
+        defaults.setData(layout::collectionKey(to), *moved);
     else
-        defaults.remove(workingCopyKey(to));
-    defaults.remove(workingCopyKey(from));
+        defaults.remove(layout::collectionKey(to));
+    defaults.remove(layout::collectionKey(from));
 }
 
 void renameFolder(const fs::path& parent, const std::string& from, const std::string& to,
@@ -116,7 +113,7 @@ void keepOneWorkingCopyPerGroup(UserDefaults& defaults,
                                 Log& log) {
     for (const auto& [base, copies] : groups) {
         for (std::size_t i = 1; i < copies.size(); ++i)
-            defaults.remove(workingCopyKey(copies[i].name));
+            defaults.remove(layout::collectionKey(copies[i].name));
         if (copies.front().name != base)
             moveWorkingCopy(defaults, copies.front().name, base, log);
     }

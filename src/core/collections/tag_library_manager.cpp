@@ -6,13 +6,11 @@
 #include <shared_mutex>
 #include <utility>
 
+#include "core/storage/data_layout.h"
+
 namespace tembrix {
 
-namespace {
-
-constexpr const char* lastSelectedKey = "lastSelectedCollection";
-
-}  // namespace
+namespace {}  // namespace
 
 struct TagLibraryManager::Shared {
     std::mutex cacheLock;
@@ -103,7 +101,7 @@ void TagLibraryManager::activate(const TagCollection& collection, const Collecti
 
 void TagLibraryManager::restoreLastSelectedCollection() {
     ++switches_;
-    const auto name = services_.storage.userDefaults().text(lastSelectedKey);
+    const auto name = services_.storage.userDefaults().text(layout::lastSelectedCollectionKey);
     if (name) {
         CustomCollectionManager collection(services_);
         if (collection.loadCollection(*name)) {
@@ -138,7 +136,7 @@ void TagLibraryManager::selectStandardCollection(const std::string& name) {
     if (found == standard.end())
         return;
     ++switches_;
-    services_.storage.userDefaults().setText(lastSelectedKey, name);
+    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
     activate(TagCollection::standard(), found->lists);
     selectedStandardCollectionName.set(found->name);
     refreshAllLists();
@@ -173,7 +171,7 @@ void TagLibraryManager::switchToUserCollection(const std::string& name,
     activate(TagCollection::user(name), lists);
     rebuildHotkeys();
     selectedStandardCollectionName.set(name);
-    services_.storage.userDefaults().setText(lastSelectedKey, name);
+    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
 }
 
 void TagLibraryManager::deleteUserCollection(const CollectionInfo& collection) {

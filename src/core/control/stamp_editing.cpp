@@ -5,18 +5,19 @@
 #include "base/cow.h"
 
 #include "core/records/annotation_records.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
 void StampEditing::request(const Uuid& line, const Uuid& stamp, StampEditSheetType type) {
-    defaults_.setText(lineKey, line.text());
-    defaults_.setText(stampKey, stamp.text());
+    defaults_.setText(layout::editingLineKey, line.text());
+    defaults_.setText(layout::editingStampKey, stamp.text());
     timer_ = scheduler_.after(sheetDelay, [this, type] { sheetType.set(type); });
 }
 
 std::optional<StampEditing::Target> StampEditing::target() const {
-    const auto line = Uuid::parse(defaults_.text(lineKey).value_or(""));
-    const auto stamp = Uuid::parse(defaults_.text(stampKey).value_or(""));
+    const auto line = Uuid::parse(defaults_.text(layout::editingLineKey).value_or(""));
+    const auto stamp = Uuid::parse(defaults_.text(layout::editingStampKey).value_or(""));
     if (!line || !stamp)
         return {};
     const TimelineLine* found = timeline_.findLine(*line);

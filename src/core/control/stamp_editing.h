@@ -22,8 +22,6 @@ namespace tembrix {
 // the user defaults, where the edit sheet reads it.
 class StampEditing {
   public:
-    static constexpr const char* lineKey = "editingStampLineID";
-    static constexpr const char* stampKey = "editingStampID";
     static constexpr double sheetDelay = 0.1;  // seconds, so that the menu is gone before
 
     StampEditing(TimelineDataManager& timeline, const TagLibraryManager& tagLibrary,

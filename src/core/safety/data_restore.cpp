@@ -13,14 +13,13 @@
 #include "core/records/codec.h"
 #include "core/records/orphaned_timeline.h"
 #include "core/records/timeline_records.h"
-#include "core/safety/backup_names.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/safety/folder_copy.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
 namespace fs = std::filesystem;
-using namespace backup;
 
 namespace {
 
@@ -37,8 +36,8 @@ void DataSyncManager::restoreFromBackup() {
     const std::lock_guard lock(operation_);
     const auto still = services_.storage.holdFlush();
     log("📥 DataSync: Restoring data from backup");
-    restoreFolder("Collections");
-    restoreFolder("PlayFields");
+    restoreFolder(layout::collectionsFolder);
+    restoreFolder(layout::playFieldsFolder);
     restoreTimelines();
     restoreIndex();
     restoreUserDefaults();
@@ -49,7 +48,7 @@ void DataSyncManager::restoreFromBackup() {
 }
 
 void DataSyncManager::restoreFolder(const std::string& name) {
-    const fs::path source = backupRoot() / "Tembrix-Stat" / name;
+    const fs::path source = backupRoot() / layout::dataFolder / name;
     if (!holdsSomething(source)) {  // the folders themselves are always made
         log("⚠️ DataSync: " + name + " backup not found");
         return;
@@ -57,13 +56,14 @@ void DataSyncManager::restoreFolder(const std::string& name) {
     if (const auto copied = replaceByCopy(source, documentsFolder() / name, CopyOf::folder); copied)
         log("✅ DataSync: " + name + " restored from backup");
     else
-        log("❌ DataSync: Error restoring " + (name == "Collections" ? "collections" : name) +
-            " - " + copied.error().text);
+        log("❌ DataSync: Error restoring " +
+            (name == layout::collectionsFolder ? "collections" : name) + " - " +
+            copied.error().text);
 }
 
 // One that cannot be read must not replace the names that are here.
 void DataSyncManager::restoreIndex() {
-    const fs::path source = backupRoot() / indexName;
+    const fs::path source = backupRoot() / layout::collectionIndexFile;
     if (!isThere(source)) {
         log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
         return;
@@ -95,7 +95,7 @@ void DataSyncManager::restoreTimelines() {
     std::error_code failure;
     for (auto entry = fs::directory_iterator(source, failure);
          outcome && !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        if (entry->path().extension() != ".json")
+        if (entry->path().extension() != layout::recordExtension)
             continue;
         const auto file = readFile(entry->path());
         const auto lines = file ? timelineDocument(*file) : Result<TimelineLines>(file.error());
@@ -123,7 +123,7 @@ void DataSyncManager::restoreTimelines() {
 void DataSyncManager::restoreUserDefaults() {
     std::map<std::string, Bytes> values;
     std::string outcome = "⚠️ DataSync: UserDefaults backup not found";
-    const fs::path file = backupRoot() / propertyListName;
+    const fs::path file = backupRoot() / layout::defaultsBackupFile;
     if (isThere(file)) {
         const auto bytes = readFile(file);
         auto list = bytes ? services_.propertyLists.decode(*bytes)
@@ -134,7 +134,7 @@ void DataSyncManager::restoreUserDefaults() {
             values = std::move(list).value();
     }
     replaceDefaults([&] {
-        for (const char* key : {videosDataKey, collectionsBookmarksKey}) {
+        for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
             if (const auto found = values.find(key); found != values.end())
                 services_.defaults.setData(key, found->second);
         }
@@ -146,7 +146,8 @@ void DataSyncManager::deleteAllData() {
     const std::lock_guard lock(operation_);
     log("🗑️ DataSync: Deleting all user data");
     std::error_code ignored;
-    for (const char* item : {"Collections", "PlayFields", "Timelines"}) {
+    for (const char* item :
+         {layout::collectionsFolder, layout::playFieldsFolder, layout::timelinesFolder}) {
         const fs::path folder = documentsFolder() / item;
         if (!isThere(folder))
             continue;
@@ -158,7 +159,8 @@ void DataSyncManager::deleteAllData() {
         log("✅ DataSync: Backup deleted from Application Support");
     }
     replaceDefaults([&] {
-        for (const char* key : {videosDataKey, collectionsBookmarksKey, lastSyncDateKey})
+        for (const char* key :
+             {layout::videosDataKey, layout::collectionsBookmarksKey, layout::lastSyncDateKey})
             services_.defaults.remove(key);
         log("✅ DataSync: UserDefaults cleared");
         if (fs::remove(services_.index.indexFile(), ignored))

@@ -12,13 +12,12 @@
 
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
-#include "core/safety/backup_names.h"
 #include "core/safety/folder_copy.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
 namespace fs = std::filesystem;
-using namespace backup;
 
 DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::move(services)) {
     finishInterrupted();  // before anything reads the data
@@ -29,11 +28,11 @@ DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::mov
 DataSyncManager::~DataSyncManager() = default;
 
 fs::path DataSyncManager::backupRoot() const {
-    return services_.directories.applicationSupport / "Tembrix-Stat-Backup";
+    return services_.directories.applicationSupport / layout::backupFolder;
 }
 
 fs::path DataSyncManager::backupTimelinesFolder() const {
-    return backupRoot() / "Timelines";
+    return backupRoot() / layout::timelinesFolder;
 }
 
 fs::path DataSyncManager::documentsFolder() const {
@@ -41,20 +40,23 @@ fs::path DataSyncManager::documentsFolder() const {
 }
 
 void DataSyncManager::makeBackupFolders() const {
-    for (const auto& folder : {backupRoot(), backupRoot() / "Tembrix-Stat/Collections",
-                               backupRoot() / "Tembrix-Stat/PlayFields", backupTimelinesFolder()})
+    for (const auto& folder :
+         {backupRoot(), backupRoot() / layout::dataFolder / layout::collectionsFolder,
+          backupRoot() / layout::dataFolder / layout::playFieldsFolder, backupTimelinesFolder()})
         (void)makeFolder(folder);
 }
 
 void DataSyncManager::finishInterrupted() const {
-    const fs::path copies = backupRoot() / "Tembrix-Stat";
-    for (const auto& folder : {documentsFolder(), backupRoot(), copies, copies / "Collections"})
-        finishReplacingIn(folder);
+    const fs::path copies = backupRoot() / layout::dataFolder;
     for (const auto& folder :
-         {documentsFolder(), documentsFolder() / "Timelines", documentsFolder() / "PlayFields",
-          backupRoot(), backupTimelinesFolder(), copies / "PlayFields"})
+         {documentsFolder(), backupRoot(), copies, copies / layout::collectionsFolder})
+        finishReplacingIn(folder);
+    for (const auto& folder : {documentsFolder(), documentsFolder() / layout::timelinesFolder,
+                               documentsFolder() / layout::playFieldsFolder, backupRoot(),
+                               backupTimelinesFolder(), copies / layout::playFieldsFolder})
         removeUnfinishedReplacements(folder);
-    for (const auto& collections : {documentsFolder() / "Collections", copies / "Collections"}) {
+    for (const auto& collections :
+         {documentsFolder() / layout::collectionsFolder, copies / layout::collectionsFolder}) {
         std::error_code failure;
         for (auto entry = fs::directory_iterator(collections, failure);
              !failure && entry != fs::directory_iterator(); entry.increment(failure))
@@ -96,7 +98,7 @@ void DataSyncManager::runLaunchWork(bool hadData) {
 void DataSyncManager::recoverIndex() {
     if (indexReads() || !services_.index.collections().empty())
         return;
-    const auto file = readFile(backupRoot() / indexName);
+    const auto file = readFile(backupRoot() / layout::collectionIndexFile);
     const auto saved = file ? decode<std::vector<CollectionInfo>>(*file)
                             : Result<std::vector<CollectionInfo>>(file.error());
     if (!saved)
@@ -128,27 +130,27 @@ void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
 }
 
 bool DataSyncManager::hasData() const {
-    return services_.defaults.data(videosDataKey) ||
-           services_.defaults.data(collectionsBookmarksKey) ||
-           isThere(documentsFolder() / "Collections");
+    return services_.defaults.data(layout::videosDataKey) ||
+           services_.defaults.data(layout::collectionsBookmarksKey) ||
+           isThere(documentsFolder() / layout::collectionsFolder);
 }
 
 bool DataSyncManager::backupIsNewer() const {
-    if (!isThere(backupRoot() / propertyListName))
+    if (!isThere(backupRoot() / layout::defaultsBackupFile))
         return false;
     const auto written = backupMoment();
     if (!written) {
         log("❌ DataSync: Error checking differences - " + std::generic_category().message(errno));
         return false;
     }
-    const auto noted = services_.defaults.date(lastSyncDateKey);
+    const auto noted = services_.defaults.date(layout::lastSyncDateKey);
     return !noted || *written > noted->secondsSince1970;
 }
 
 // When the property list was written; absent if that cannot be told, with errno set.
 std::optional<double> DataSyncManager::backupMoment() const {
     struct stat status {};
-    if (::stat((backupRoot() / propertyListName).c_str(), &status) != 0)
+    if (::stat((backupRoot() / layout::defaultsBackupFile).c_str(), &status) != 0)
         return std::nullopt;
     return static_cast<double>(status.st_mtim.tv_sec) +
            static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
@@ -198,7 +200,7 @@ void DataSyncManager::backUp() {
     // been set back. The backup just made must not look newer than the data at the next launch.
     Date moment = services_.scheduler.now();
     moment.secondsSince1970 = std::max(moment.secondsSince1970, backupMoment().value_or(0));
-    services_.defaults.setDate(lastSyncDateKey, moment);
+    services_.defaults.setDate(layout::lastSyncDateKey, moment);
     log("✅ DataSync: Backup created successfully");
 }
 
@@ -208,7 +210,7 @@ void DataSyncManager::backupCollections() {
     for (const auto& record : records)
         ids.insert(record.id);
 
-    const fs::path target = backupRoot() / "Tembrix-Stat/Collections";
+    const fs::path target = backupRoot() / layout::dataFolder / layout::collectionsFolder;
     (void)makeFolder(target);
     std::error_code failure;
     std::vector<fs::path> gone;
@@ -229,7 +231,7 @@ void DataSyncManager::backupCollections() {
             pathText(folder.filename()));
     }
 
-    const fs::path source = documentsFolder() / "Collections";
+    const fs::path source = documentsFolder() / layout::collectionsFolder;
     if (!isThere(source))
         log("⚠️ DataSync: Collections directory in Documents does not exist");
     for (const auto& record : records) {
@@ -251,13 +253,13 @@ void DataSyncManager::backupCollections() {
 }
 
 void DataSyncManager::backupPlayFields() {
-    const fs::path source = documentsFolder() / "PlayFields";
+    const fs::path source = documentsFolder() / layout::playFieldsFolder;
     if (!isThere(source)) {
         log("⚠️ DataSync: PlayFields directory in Documents does not exist");
         return;
     }
-    if (const auto copied =
-            replaceByCopy(source, backupRoot() / "Tembrix-Stat/PlayFields", CopyOf::folder);
+    if (const auto copied = replaceByCopy(
+            source, backupRoot() / layout::dataFolder / layout::playFieldsFolder, CopyOf::folder);
         copied)
         log("✅ DataSync: PlayFields backed up");
     else
@@ -266,7 +268,7 @@ void DataSyncManager::backupPlayFields() {
 
 // Records of videos that have left the library stay: they are what can be rescued of them.
 void DataSyncManager::backupTimelines() {
-    const auto data = services_.defaults.data(videosDataKey);
+    const auto data = services_.defaults.data(layout::videosDataKey);
     if (!data) {
         log("⚠️ DataSync: No video data for timeline backup");
         return;
@@ -306,7 +308,8 @@ Result<void> DataSyncManager::writeRecord(const OrphanedTimeline& record) const 
     const auto bytes = encode(record, JsonStyle::pretty);
     if (!bytes)
         return bytes.error();
-    return replaceFile(backupTimelinesFolder() / pathFromText(record.videoId + ".json"), *bytes);
+    return replaceFile(
+        backupTimelinesFolder() / pathFromText(record.videoId + layout::recordExtension), *bytes);
 }
 
 void DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
@@ -331,7 +334,9 @@ void DataSyncManager::backupCollectionsBookmarks() {
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - the file is damaged");
         return;
     }
-    if (const auto copied = replaceByCopy(source, backupRoot() / indexName, CopyOf::file); copied)
+    if (const auto copied =
+            replaceByCopy(source, backupRoot() / layout::collectionIndexFile, CopyOf::file);
+        copied)
         log("✅ DataSync: CollectionsBookmarks.json backed up");
     else
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
@@ -340,30 +345,30 @@ void DataSyncManager::backupCollectionsBookmarks() {
 // A list of videos that is missing or damaged does not take the place of a good one: the copy may
 // be the last.
 void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) const {
-    const auto current = values.find(videosDataKey);
+    const auto current = values.find(layout::videosDataKey);
     if (current != values.end() && decode<std::vector<VideosData>>(current->second))
         return;
-    const auto file = readFile(backupRoot() / propertyListName);
+    const auto file = readFile(backupRoot() / layout::defaultsBackupFile);
     if (!file)
         return;
     const auto saved = services_.propertyLists.decode(*file);
     if (!saved)
         return;
-    if (const auto videos = saved->find(videosDataKey);
+    if (const auto videos = saved->find(layout::videosDataKey);
         videos != saved->end() && decode<std::vector<VideosData>>(videos->second))
-        values[videosDataKey] = videos->second;
+        values[layout::videosDataKey] = videos->second;
 }
 
 void DataSyncManager::backupUserDefaults() {
     std::map<std::string, Bytes> values;
-    for (const char* key : {videosDataKey, collectionsBookmarksKey}) {
+    for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
         if (auto data = services_.defaults.data(key))
             values[key] = std::move(*data);
     }
     keepSavedVideos(values);
     const auto list = services_.propertyLists.encode(values);
-    const auto done =
-        list ? replaceFile(backupRoot() / propertyListName, *list) : Result<void>(list.error());
+    const auto done = list ? replaceFile(backupRoot() / layout::defaultsBackupFile, *list)
+                           : Result<void>(list.error());
     if (done)
         log("✅ DataSync: UserDefaults backed up");
     else

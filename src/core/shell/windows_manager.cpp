@@ -5,6 +5,7 @@
 #include "core/notifications/events.h"
 #include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
@@ -55,8 +56,8 @@ void WindowsManager::openProject(const std::string& videoId) {
         return;
 
     TimelineLines loaded = storage_.loadTimeline(videoId);
-    storage_.userDefaults().setText("editingStampLineID", "");
-    storage_.userDefaults().setText("editingStampID", "");
+    storage_.userDefaults().setText(layout::editingLineKey, "");
+    storage_.userDefaults().setText(layout::editingStampKey, "");
     isClosing_ = false;
     openVideoId_ = videoId;
     timeline_.openTimeline(video->bookmark, std::move(loaded));

@@ -1,6 +1,7 @@
 #include "core/storage/in_memory_storage_manager.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <set>
 #include <system_error>
@@ -9,15 +10,13 @@
 #include "base/json_style.h"
 
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "core/storage/set_aside.h"
 #include "core/storage/timeline_encoder.h"
 
 namespace tembrix {
 
 namespace {
-
-const std::string timelinePrefix = "timeline_";
-const std::string collectionPrefix = "collection_";
 
 template <class Record>
 std::optional<Record> readRecord(const std::filesystem::path& file) {
@@ -71,7 +70,7 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
     }
     {
         const std::lock_guard lock(workingCopies_);
-        defaults_.setData(timelinePrefix + videoId, *encoded);
+        defaults_.setData(layout::timelineKey(videoId), *encoded);
     }
     scheduleSaveToDisk();
 }
@@ -93,7 +92,7 @@ void InMemoryStorageManager::prepareToSave(TimelineLines lines) {
 }
 
 TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
-    const std::string key = timelinePrefix + videoId;
+    const std::string key = layout::timelineKey(videoId);
     const auto cached = defaults_.data(key);
     if (cached) {
         if (auto lines = decode<TimelineLines>(*cached))
@@ -143,13 +142,13 @@ void InMemoryStorageManager::saveCollection(const CollectionData& collection) {
     }
     {
         const std::lock_guard lock(workingCopies_);
-        defaults_.setData(collectionPrefix + collection.id, *encoded);
+        defaults_.setData(layout::collectionKey(collection.id), *encoded);
     }
     scheduleSaveToDisk();
 }
 
 std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::string& id) {
-    const std::string key = collectionPrefix + id;
+    const std::string key = layout::collectionKey(id);
     const auto cached = defaults_.data(key);
     if (cached) {
         if (auto collection = decode<CollectionData>(*cached))
@@ -171,13 +170,13 @@ std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
     if (!isFileName(id))
         return std::nullopt;
     const auto folder = collectionsFolder() / pathFromText(id);
-    auto tagGroups = readRecord<TagGroupsData>(folder / "tagGroups.json");
-    auto tags = readRecord<TagsData>(folder / "tags.json");
-    auto labelGroups = readRecord<LabelGroupsData>(folder / "labelGroups.json");
-    auto labels = readRecord<LabelsData>(folder / "labels.json");
+    auto tagGroups = readRecord<TagGroupsData>(folder / layout::tagGroupsFile);
+    auto tags = readRecord<TagsData>(folder / layout::tagsFile);
+    auto labelGroups = readRecord<LabelGroupsData>(folder / layout::labelGroupsFile);
+    auto labels = readRecord<LabelsData>(folder / layout::labelsFile);
     if (!tagGroups || !tags || !labelGroups || !labels)
         return std::nullopt;
-    auto timeEvents = readRecord<TimeEventsData>(folder / "timeEvents.json");
+    auto timeEvents = readRecord<TimeEventsData>(folder / layout::timeEventsFile);
     CollectionData collection;
     collection.id = id;
     collection.tagGroups = std::move(tagGroups->tagGroups);
@@ -186,12 +185,12 @@ std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
     collection.labels = std::move(labels->labels);
     if (timeEvents)
         collection.timeEvents = std::move(timeEvents->events);
-    collection.playField = readRecord<PlayField>(folder / "playField.json");
+    collection.playField = readRecord<PlayField>(folder / layout::playFieldFile);
     return collection;
 }
 
 void InMemoryStorageManager::deleteCollection(const std::string& id) {
-    defaults_.remove(collectionPrefix + id);
+    defaults_.remove(layout::collectionKey(id));
     scheduleSaveToDisk();
 }
 
@@ -240,8 +239,8 @@ void InMemoryStorageManager::saveTimelinesToDisk() {
         log_.line("❌ Storage: Error making the timelines folder - " + made.error().text);
         return;
     }
-    for (const auto& key : defaults_.keys(timelinePrefix)) {
-        const std::string id = key.substr(timelinePrefix.size());
+    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
+        const std::string id = key.substr(std::strlen(layout::timelinePrefix));
         const auto value = defaults_.data(key);
         if (!value || !isFileName(id) || fileHolds(timelineFile(id), *value))
             continue;
@@ -262,11 +261,11 @@ void InMemoryStorageManager::saveTimelinesToDisk() {
 
 void InMemoryStorageManager::saveCollectionsToDisk() {
     std::vector<std::string> ids;
-    for (const auto& key : defaults_.keys(collectionPrefix))
-        ids.push_back(key.substr(collectionPrefix.size()));
+    for (const auto& key : defaults_.keys(layout::collectionPrefix))
+        ids.push_back(key.substr(std::strlen(layout::collectionPrefix)));
     removeDeletedCollections(ids);
     for (const auto& id : ids) {
-        const auto value = defaults_.data(collectionPrefix + id);
+        const auto value = defaults_.data(layout::collectionKey(id));
         if (!value || !isFileName(id))
             continue;
         auto collection = decode<CollectionData>(*value).optional();
@@ -285,7 +284,7 @@ std::optional<std::vector<CollectionInfo>> InMemoryStorageManager::indexedCollec
     auto listed = index_->collections();
     if (!listed.empty())
         return listed;
-    return readRecord<std::vector<CollectionInfo>>(dataFolder() / "CollectionsBookmarks.json");
+    return readRecord<std::vector<CollectionInfo>>(dataFolder() / layout::collectionIndexFile);
 }
 
 void InMemoryStorageManager::removeDeletedCollections(const std::vector<std::string>& cachedIds) {
@@ -327,36 +326,36 @@ void InMemoryStorageManager::writeCollection(const CollectionData& collection) {
         log_.line("❌ Storage: Error making the collection folder - " + made.error().text);
         return;
     }
-    writeCollectionFile(folder / "tagGroups.json", TagGroupsData{collection.tagGroups});
-    writeCollectionFile(folder / "tags.json", TagsData{collection.tags});
-    writeCollectionFile(folder / "labelGroups.json", LabelGroupsData{collection.labelGroups});
-    writeCollectionFile(folder / "labels.json", LabelsData{collection.labels});
+    writeCollectionFile(folder / layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
+    writeCollectionFile(folder / layout::tagsFile, TagsData{collection.tags});
+    writeCollectionFile(folder / layout::labelGroupsFile, LabelGroupsData{collection.labelGroups});
+    writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels});
     // An earlier file stays where a collection lost its events or its field: the working copy wins
     // on reading.
     if (!collection.timeEvents.empty())
-        writeCollectionFile(folder / "timeEvents.json", TimeEventsData{collection.timeEvents});
+        writeCollectionFile(folder / layout::timeEventsFile, TimeEventsData{collection.timeEvents});
     if (collection.playField)
-        writeCollectionFile(folder / "playField.json", *collection.playField);
+        writeCollectionFile(folder / layout::playFieldFile, *collection.playField);
 }
 
 std::filesystem::path InMemoryStorageManager::dataFolder() const {
-    return directories_.documents / "Tembrix-Stat";
+    return directories_.documents / layout::dataFolder;
 }
 
 std::filesystem::path InMemoryStorageManager::timelinesFolder() const {
-    return dataFolder() / "Timelines";
+    return dataFolder() / layout::timelinesFolder;
 }
 
 std::filesystem::path InMemoryStorageManager::collectionsFolder() const {
-    return dataFolder() / "Collections";
+    return dataFolder() / layout::collectionsFolder;
 }
 
 std::filesystem::path InMemoryStorageManager::timelineFile(const std::string& videoId) const {
-    return timelinesFolder() / pathFromText(videoId + ".json");
+    return timelinesFolder() / pathFromText(videoId + layout::recordExtension);
 }
 
 std::filesystem::path InMemoryStorageManager::screenshotsFolder(const std::string& videoId) const {
-    return directories_.documents / "Screenshots" / pathFromText(videoId);
+    return directories_.documents / layout::screenshotsFolder / pathFromText(videoId);
 }
 
 }  // namespace tembrix

@@ -9,14 +9,13 @@
 #include "base/uuid.h"
 
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "core/storage/set_aside.h"
 
 namespace tembrix {
 
 namespace {
 
-const std::string videosDataKey = "videosData";
-const std::string cleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 using VideoList = std::vector<VideosData>;
 
 VideosData& entryOf(VideosData& video) {
@@ -57,16 +56,17 @@ VideoFilesManager::VideoFilesManager(InMemoryStorageManager& storage, Bookmarks&
       log_(log) {}
 
 void VideoFilesManager::start() {
-    for (const auto& folder : {directories_.documents, directories_.temporary / "Preview"}) {
+    for (const auto& folder :
+         {directories_.documents, directories_.temporary / layout::previewFolder}) {
         if (const auto made = makeFolder(folder); !made)
             log_.line("❌ Storage: Error making a folder - " + made.error().text);
     }
     const bool readable = loadVideosData();
     rebuildFiles();
     // A list that cannot be read is left as it is: writing here would replace it by an empty one.
-    if (readable && !storage_.userDefaults().boolean(cleanupDoneKey)) {
+    if (readable && !storage_.userDefaults().boolean(layout::videosCleanupDoneKey)) {
         saveVideosData();
-        storage_.userDefaults().setBoolean(cleanupDoneKey, true);
+        storage_.userDefaults().setBoolean(layout::videosCleanupDoneKey, true);
     }
 }
 
@@ -82,21 +82,21 @@ void VideoFilesManager::publish() {
 
 bool VideoFilesManager::loadVideosData() {
     UserDefaults& defaults = storage_.userDefaults();
-    auto stored = defaults.data(videosDataKey);
+    auto stored = defaults.data(layout::videosDataKey);
     if (!stored) {
         videosData_.clear();
         return true;
     }
     if (const auto old = decode<std::vector<VideosDataOldFormat>>(*stored); old && !old->empty()) {
         migrate(*old);
-        stored = defaults.data(videosDataKey);
+        stored = defaults.data(layout::videosDataKey);
         if (!stored)
             return true;
     }
     auto decoded = decode<VideoList>(*stored);
     if (!decoded) {
         log_.line(texts_.text("videosDataLoadError") + " " + decoded.error().text);
-        setAside(defaults, log_, videosDataKey, *stored);
+        setAside(defaults, log_, layout::videosDataKey, *stored);
         return false;
     }
     VideoList list = *decoded;
@@ -123,7 +123,7 @@ void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
         log_.line("❌ Error during migration: " + encoded.error().text);
         return;
     }
-    storage_.userDefaults().setData(videosDataKey, *encoded);
+    storage_.userDefaults().setData(layout::videosDataKey, *encoded);
     log_.line("✅ Migration completed: " + std::to_string(old.size()) + " videos migrated");
 }
 
@@ -171,7 +171,7 @@ void VideoFilesManager::saveVideosData() {
         log_.line(texts_.text("videosDataSaveError") + " " + encoded.error().text);
         return;
     }
-    storage_.userDefaults().setData(videosDataKey, *encoded);
+    storage_.userDefaults().setData(layout::videosDataKey, *encoded);
 }
 
 std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path& file) {
@@ -222,7 +222,7 @@ void VideoFilesManager::deleteVideo(const FilesFile& file) {
         return;
     const VideosData video = *found;
     keepTimeline(video);
-    storage_.userDefaults().remove("timeline_" + video.id);
+    storage_.userDefaults().remove(layout::timelineKey(video.id));
     storage_.deleteTimelineFile(video.id);
     std::erase_if(videosData_, hasBookmark(bookmark));
     rebuildFiles();

@@ -7,6 +7,8 @@
 #include "base/files.h"
 #include "base/geometry.h"
 
+#include "core/storage/data_layout.h"
+
 namespace tembrix {
 
 namespace {
@@ -43,7 +45,7 @@ void VideosPreviewManager::makePreview(const std::filesystem::path& video, Compl
 }
 
 std::filesystem::path VideosPreviewManager::previewFile(const std::filesystem::path& video) const {
-    return directories_.temporary / "Preview" / pathFromText(thumbnailName(video));
+    return directories_.temporary / layout::previewFolder / pathFromText(thumbnailName(video));
 }
 
 std::string VideosPreviewManager::thumbnailName(const std::filesystem::path& video) {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
+#include "core/storage/data_layout.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "fakes/captured_log.h"
 #include "fakes/temp_folder.h"
@@ -121,8 +122,9 @@ TEST(KilledProcessTest, EveryStampThatWasReportedIsThereAndTheDatabaseAlwaysOpen
         EXPECT_TRUE(defaults.isDurable());
         InMemoryStorageManager storage(defaults, scheduler, folder.directories(), log);
         std::set<Uuid> stored;
-        for (const std::string& key : defaults.keys("timeline_"))
-            for (const auto& line : storage.loadTimeline(key.substr(std::strlen("timeline_"))))
+        for (const std::string& key : defaults.keys(layout::timelinePrefix))
+            for (const auto& line :
+                 storage.loadTimeline(key.substr(std::strlen(layout::timelinePrefix))))
                 for (const auto& stamp : line->stamps)
                     stored.insert(stamp->id);
         for (const Uuid& id : reported)

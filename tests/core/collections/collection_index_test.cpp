@@ -4,6 +4,7 @@
 
 #include "core/collections/duplicate_collections.h"
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "fakes/collections_fixture.h"
 
 namespace tembrix {
@@ -86,9 +87,10 @@ TEST_F(Index, BookmarksNeedTheFourRequiredFiles) {
     for (const auto* id : {"whole", "partial", "gone"})
         index->addOrUpdateCollection(id, std::string("Name of ") + id);
     for (const auto* id : {"whole", "partial"})
-        for (const auto* file : {"tagGroups.json", "tags.json", "labelGroups.json", "labels.json"})
+        for (const auto* file :
+             {layout::tagGroupsFile, layout::tagsFile, layout::labelGroupsFile, layout::labelsFile})
             folder.write(collectionFolder(id) / file, "{}");
-    fs::remove(collectionFolder("partial") / "labels.json");
+    fs::remove(collectionFolder("partial") / layout::labelsFile);
     const auto list = index->loadBookmarks();
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0].id, "whole");
@@ -105,7 +107,7 @@ TEST_F(Index, TheOlderListIsMigratedOnceIntoAnEmptyIndex) {
     CollectionBookmark old;
     old.id = "1";
     old.name = "Hockey";
-    defaults.setData("savedCollections", *encode(std::vector{old}));
+    defaults.setData(layout::savedCollectionsKey, *encode(std::vector{old}));
     index->migrateSavedCollections();
     EXPECT_EQ(index->collections(), (std::vector<CollectionInfo>{{"1", "Hockey"}}));
     EXPECT_TRUE(log.has("✅ CollectionsBookmarks: Migrated 1 collections from UserDefaults"));
@@ -134,9 +136,10 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
     const auto changes = record<events::CollectionDataChanged>();
     for (const auto* id : {"Hockey (1)", "Football", "UUID", "Lost", "Fresh"})
         index->addOrUpdateCollection(id, std::string("Name of ") + id);
-    defaults.setData("collection_Fresh", toBytes("{}"));  // saved, its folder not yet flushed
+    defaults.setData(layout::collectionKey("Fresh"),
+                     toBytes("{}"));  // saved, its folder not yet flushed
     for (const auto* id : {"Hockey (1)", "Hockey (2)", "Football", "Football (1)", "UUID"}) {
-        folder.write(collectionFolder(id) / "tags.json", id);
+        folder.write(collectionFolder(id) / layout::tagsFile, id);
         std::this_thread::yield();
     }
     fs::create_directories(storage->collectionsFolder() / ".hidden (1)");
@@ -152,9 +155,10 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
     for (const auto& entry : fs::directory_iterator(storage->collectionsFolder()))
         names.insert(pathText(entry.path().filename()));
     EXPECT_EQ(names, (std::set<std::string>{"Hockey", "Football", "UUID", ".hidden (1)"}));
-    EXPECT_EQ(fileText(storage->collectionsFolder() / "Hockey" / "tags.json"), "Hockey (2)");
-    EXPECT_EQ(defaults.keys("collection_"),
-              (std::vector<std::string>{"collection_Fresh", "collection_Hockey"}))
+    EXPECT_EQ(fileText(storage->collectionsFolder() / "Hockey" / layout::tagsFile), "Hockey (2)");
+    EXPECT_EQ(
+        defaults.keys(layout::collectionPrefix),
+        (std::vector<std::string>{layout::collectionKey("Fresh"), layout::collectionKey("Hockey")}))
         << "the next flush would bring the others' folders back";
     EXPECT_EQ(storage->loadCollection("Hockey")->tags[0].name, "the kept one's");
     EXPECT_EQ(storage->loadCollection("Hockey")->id, "Hockey");
@@ -177,18 +181,18 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
 }
 
 TEST_F(Index, CleanUpFlagsItselfDoneAlsoWithNothingToDo) {
-    defaults.setBoolean("collectionsDeduplicationDone", true);
+    defaults.setBoolean(layout::collectionsDeduplicatedKey, true);
     index->cleanUpDuplicateCollections();
     EXPECT_TRUE(log.has(
         "✅ CollectionsBookmarks: Migrated deduplication flag from UserDefaults to Keychain"));
-    EXPECT_FALSE(defaults.boolean("collectionsDeduplicationDone"));
-    EXPECT_EQ(asText(*keychain.get("collectionsDeduplicationDone")), "true");
+    EXPECT_FALSE(defaults.boolean(layout::collectionsDeduplicatedKey));
+    EXPECT_EQ(asText(*keychain.get(layout::collectionsDeduplicatedKey)), "true");
 
-    keychain.set(toBytes("no"), "collectionsDeduplicationDone");
+    keychain.set(toBytes("no"), layout::collectionsDeduplicatedKey);
     folder.write(storage->collectionsFolder(), "a file in the folder's place");
     index->cleanUpDuplicateCollections();
     EXPECT_TRUE(log.contains("❌ CollectionsBookmarks: Error cleaning up duplicates - "));
-    EXPECT_EQ(asText(*keychain.get("collectionsDeduplicationDone")), "true");
+    EXPECT_EQ(asText(*keychain.get(layout::collectionsDeduplicatedKey)), "true");
 }
 
 }  // namespace

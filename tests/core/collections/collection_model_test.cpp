@@ -1,3 +1,4 @@
+#include "core/storage/data_layout.h"
 #include "fakes/collections_fixture.h"
 
 namespace tembrix {
@@ -147,8 +148,9 @@ TEST_F(Model, TheFieldPictureIsCopiedAndIntervalTagsKeepTheirFlag) {
 
     const auto picture = folder.write("pitch.png", "first");
     ASSERT_TRUE(collection.setFieldImage(picture));
-    const auto copy = storage->dataFolder() / "PlayFields" / collection.playField()->imagePath;
-    EXPECT_EQ(copy.parent_path(), storage->dataFolder() / "PlayFields");
+    const auto copy =
+        storage->dataFolder() / layout::playFieldsFolder / collection.playField()->imagePath;
+    EXPECT_EQ(copy.parent_path(), storage->dataFolder() / layout::playFieldsFolder);
     EXPECT_EQ(fileText(copy), "first");
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(copy).replace_extension(".json")));
     collection.setFieldSize(105, 68);

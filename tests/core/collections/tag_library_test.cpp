@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/keyboard/hot_key_manager.h"
+#include "core/storage/data_layout.h"
 #include "fakes/collections_fixture.h"
 
 namespace tembrix {
@@ -93,23 +94,23 @@ TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
     scheduler.run();
     library->selectUserCollection("Mine");
     EXPECT_EQ(activeTags(), Ids{"own"}) << "read before, so at once";
-    EXPECT_EQ(defaults.text("lastSelectedCollection"), "Mine");
+    EXPECT_EQ(defaults.text(layout::lastSelectedCollectionKey), "Mine");
     start();
     EXPECT_EQ(*library->currentCollectionType, TagCollection::user("Mine"));
     EXPECT_EQ(*library->selectedStandardCollectionName, "Mine");
     EXPECT_EQ(registry.collection, TagCollection::user("Mine"));
 
-    defaults.setText("lastSelectedCollection", "Football");
+    defaults.setText(layout::lastSelectedCollectionKey, "Football");
     start();
     EXPECT_EQ(activeTags(), Ids{"goal"});
     storeUserCollection("2", "Football", {makeTag("mine", "Mine")});
     start();
     EXPECT_EQ(activeTags(), Ids{"mine"}) << "a user collection wins over a standard one";
 
-    defaults.setText("lastSelectedCollection", "Deleted");
+    defaults.setText(layout::lastSelectedCollectionKey, "Deleted");
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
-    defaults.setBoolean("lastSelectedCollection", true);  // of another kind
+    defaults.setBoolean(layout::lastSelectedCollectionKey, true);  // of another kind
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
     folder.write("resources/names.json", "damaged");
@@ -197,7 +198,7 @@ TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
     EXPECT_EQ(registry.collection, TagCollection::standard());
     scheduler.advance(60);
     EXPECT_TRUE(library->userCollections().empty());
-    EXPECT_FALSE(defaults.data("collection_" + id).has_value());
+    EXPECT_FALSE(defaults.data(layout::collectionKey(id)).has_value());
     EXPECT_FALSE(library->collectionData("Mine").has_value());
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / id));
     EXPECT_EQ(library->tagById("Own"), nullptr);
@@ -225,7 +226,7 @@ TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
     storeUserCollection("1", "Gone", {makeTag("gone", "Gone")});
     storeUserCollection("2", "Mine", {makeTag("old", "Old")});
     scheduler.advance(60);
-    defaults.remove("collection_1");
+    defaults.remove(layout::collectionKey("1"));
     CollectionServices watched{*storage, *index, bookmarks, scheduler, events, texts, meanwhile};
     library = std::make_unique<TagLibraryManager>(watched, folder.path() / "resources", locale);
     meanwhile.acts["📚 TagLibraryManager: Loading collection 'Gone'"] = [&] {
@@ -236,7 +237,7 @@ TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
         events.post(events::CollectionDataChanged{"Mine"});
     };
     scheduler.advance(60);
-    EXPECT_FALSE(defaults.data("collection_1").has_value());
+    EXPECT_FALSE(defaults.data(layout::collectionKey("1")).has_value());
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "1"));
     EXPECT_EQ(library->tagById("gone"), nullptr);
     library->selectUserCollection("Mine");

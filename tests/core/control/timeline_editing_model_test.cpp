@@ -5,6 +5,7 @@
 
 #include "core/control/playhead_follow.h"
 #include "core/control/timeline_ruler.h"
+#include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
 
 namespace tembrix {
@@ -415,7 +416,7 @@ TEST_F(TimelineEditingModelTest, EditingGoesThroughTheStoredIdsAfterAMoment) {
     project.timeline.removeStamp(line, id);
     EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));
     for (const char* text : {"", "no id"}) {
-        project.defaults.setText(StampEditing::lineKey, text);
+        project.defaults.setText(layout::editingLineKey, text);
         EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));
     }
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "core/marking/stamp_items_selection.h"
+#include "core/storage/data_layout.h"
 #include "fakes/marking_project.h"
 
 namespace tembrix {
@@ -326,7 +327,7 @@ TEST_F(MarkingFlowTest, ClosingThePanelDropsWhatIsUnderWay) {
 TEST_F(MarkingFlowTest, PanelFollowsModesCountsGroupsAndCollections) {
     EXPECT_THAT(*flow.expandedGroups, ElementsAre("group"));
     EXPECT_EQ(flow.markupMode.get(), MarkupMode::standard);
-    project.defaults.setText("appMarkupMode", "tagBased");
+    project.defaults.setText(layout::markupModeKey, "tagBased");
     project.events.post(events::MarkupModeChanged{});
     EXPECT_EQ(flow.markupMode.get(), MarkupMode::tagBased);
     EXPECT_THAT(*flow.userCollections, ElementsAre(CollectionInfo{"MINE", "Mine"}));

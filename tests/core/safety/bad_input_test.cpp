@@ -7,6 +7,7 @@
 
 #include "core/collections/standard_collections.h"
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "two_stores_program.h"
 
 namespace tembrix {
@@ -57,8 +58,8 @@ struct BadInput : testing::Test {
     void spoil(const fs::path& file, std::string_view content = "{ not what it was") {
         ASSERT_TRUE(replaceFile(file, toBytes(content)).ok());
     }
-    fs::path index() { return machine.documents() / "CollectionsBookmarks.json"; }
-    fs::path plist() { return machine.backup() / "UserDefaultsBackup.plist"; }
+    fs::path index() { return machine.documents() / layout::collectionIndexFile; }
+    fs::path plist() { return machine.backup() / layout::defaultsBackupFile; }
 };
 
 TEST_F(BadInput, AnIndexThatListsGoneFoldersHidesNothingElse) {
@@ -90,9 +91,9 @@ TEST_F(BadInput, ALostOrBrokenIndexIsRebuiltAndNeverSpoilsTheBackup) {
     // One that breaks while the program runs reaches neither the folders nor the backup.
     spoil(index());
     program->index.rereadIndex();
-    machine.defaults->remove("collection_" + hockey.id);
+    machine.defaults->remove(layout::collectionKey(hockey.id));
     program->sync.backUpNow();
-    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / "tags.json"));
+    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / layout::tagsFile));
     restart();
     expectAllThere();
 }
@@ -119,20 +120,20 @@ TEST_F(BadInput, ABackupFolderThatCannotBeUsedStopsNothing) {
 
 TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
     UserDefaults& defaults = *machine.defaults;
-    defaults.setText("timeline_" + video, "text");
-    defaults.setBoolean("collection_" + hockey.id, true);
-    defaults.setData("appMarkupMode", toBytes("x"));
-    defaults.setDate("lastSelectedCollection", Date{5});
-    defaults.setText("savedCollections", "text");
+    defaults.setText(layout::timelineKey(video), "text");
+    defaults.setBoolean(layout::collectionKey(hockey.id), true);
+    defaults.setData(layout::markupModeKey, toBytes("x"));
+    defaults.setDate(layout::lastSelectedCollectionKey, Date{5});
+    defaults.setText(layout::savedCollectionsKey, "text");
     restartAndBackUp();
     expectAllThere();
 
     // The list of videos has no file; the backup keeps the last good one for the user to restore.
     for (const bool wrongType : {true, false}) {
         if (wrongType)
-            defaults.setText("videosData", "text");
+            defaults.setText(layout::videosDataKey, "text");
         else
-            defaults.setData("videosData", toBytes("[{"));
+            defaults.setData(layout::videosDataKey, toBytes("[{"));
         restartAndBackUp();
         EXPECT_TRUE(program->library.videosData().empty());
         program->sync.restoreFromBackup();
@@ -141,7 +142,7 @@ TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
     }
 
     // Without a readable date of the last backup the backup wins, once.
-    defaults.setText("DataSync_LastSyncDate", "yesterday");
+    defaults.setText(layout::lastSyncDateKey, "yesterday");
     restartAndBackUp();
     EXPECT_TRUE(logged("Differences found, restoring newer data from backup"));
     restart();
@@ -176,7 +177,7 @@ TEST_F(BadInput, ABrokenListOrRecordInTheBackupCostsItselfAloneAndIsReplaced) {
     program->scheduler.advance(3);
     EXPECT_TRUE(program->lists.decode(*readFile(plist())).ok());
     // The record outlives the list, for the video to be bound to it again.
-    EXPECT_TRUE(fs::exists(machine.backup() / "Timelines" / (video + ".json")));
+    EXPECT_TRUE(fs::exists(machine.backup() / layout::timelinesFolder / (video + ".json")));
 }
 
 TEST_F(BadInput, ABackupOfNothingReplacesNothing) {
@@ -184,7 +185,8 @@ TEST_F(BadInput, ABackupOfNothingReplacesNothing) {
     restart();
     program->sync.restoreFromBackup();
     program->scheduler.run();
-    for (const char* item : {"Collections", "PlayFields", "Timelines", "UserDefaults"})
+    for (const char* item : {layout::collectionsFolder, layout::playFieldsFolder,
+                             layout::timelinesFolder, "UserDefaults"})
         EXPECT_TRUE(logged(std::string("⚠️ DataSync: ") + item + " backup not found"));
     EXPECT_TRUE(logged("⚠️ DataSync: CollectionsBookmarks.json not found in backup"));
     expectAllThere();
@@ -195,12 +197,12 @@ TEST_F(BadInput, WhatIsOfTheWrongKindInTheBackupReplacesNothing) {
     const fs::path copies = machine.backup() / "Tembrix-Stat/Collections";
     fs::remove_all(copies);
     spoil(copies, "a file where the folder should be");
-    spoil(machine.backup() / "CollectionsBookmarks.json");
+    spoil(machine.backup() / layout::collectionIndexFile);
     program->sync.restoreFromBackup();
     program->scheduler.run();
     EXPECT_TRUE(logged("❌ DataSync: Error restoring collections - "));
     EXPECT_TRUE(logged("❌ DataSync: Error restoring CollectionsBookmarks.json - "));
-    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / "tags.json"));
+    EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / layout::tagsFile));
     expectAllThere();
 }
 
@@ -217,7 +219,8 @@ TEST_F(BadInput, ARestoreLeavesDataThatCanBeWritten) {
         return (fs::status(path).permissions() & fs::perms::owner_write) != fs::perms::none;
     };
     const fs::path folder = program->storage.collectionsFolder() / hockey.id;
-    EXPECT_TRUE(written(folder) && written(folder.parent_path()) && written(folder / "tags.json"));
+    EXPECT_TRUE(written(folder) && written(folder.parent_path()) &&
+                written(folder / layout::tagsFile));
     fs::permissions(copy.parent_path(), fs::perms::owner_all);
     fs::permissions(copy, fs::perms::owner_all);
 }
@@ -228,7 +231,7 @@ TEST_F(BadInput, WhatAKilledWriteLeftGoesAtTheNextLaunch) {
                                program->storage.timelinesFolder(),
                                program->storage.collectionsFolder() / hockey.id,
                                machine.backup(),
-                               machine.backup() / "Timelines",
+                               machine.backup() / layout::timelinesFolder,
                                machine.backup() / "Tembrix-Stat/Collections" / hockey.id};
     for (const auto& place : places)
         spoil(place / left);

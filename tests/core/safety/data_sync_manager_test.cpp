@@ -5,6 +5,7 @@
 #include "base/files.h"
 
 #include "core/records/codec.h"
+#include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
 #include "fakes/fake_property_list.h"
 
@@ -48,19 +49,20 @@ struct DataSyncTest : testing::Test {
 };
 
 TEST_F(DataSyncTest, TheFirstLaunchFindsNothingAndBacksUpTwoSecondsLater) {
-    project.defaults.remove("videosData");
+    project.defaults.remove(layout::videosDataKey);
     sync.syncOnLaunch();
     project.scheduler.run();
-    for (const char* item : {"Collections", "PlayFields", "Timelines", "UserDefaults"})
+    for (const char* item : {layout::collectionsFolder, layout::playFieldsFolder,
+                             layout::timelinesFolder, "UserDefaults"})
         EXPECT_TRUE(
             logged(project.log, std::string("⚠️ DataSync: ") + item + " backup not found"));
     EXPECT_TRUE(logged(project.log, "No data in Documents, restoring from backup"));
-    EXPECT_FALSE(project.defaults.date("DataSync_LastSyncDate"));
+    EXPECT_FALSE(project.defaults.date(layout::lastSyncDateKey));
     project.scheduler.advance(1.9);
     EXPECT_FALSE(logged(project.log, "Backup created successfully"));
     project.scheduler.advance(0.2);
     EXPECT_TRUE(logged(project.log, "Backup created successfully"));
-    EXPECT_TRUE(project.defaults.date("DataSync_LastSyncDate"));
+    EXPECT_TRUE(project.defaults.date(layout::lastSyncDateKey));
 }
 
 TEST_F(DataSyncTest, EverythingComesBackAfterTheDefaultsAndTheDocumentsAreLost) {
@@ -68,7 +70,7 @@ TEST_F(DataSyncTest, EverythingComesBackAfterTheDefaultsAndTheDocumentsAreLost) 
     const TimelineLines lines = oneLine("Attack");
     project.storage.saveTimeline(lines, id);
     addCollection("C1", "Hockey");
-    fs::create_directories(documents() / "PlayFields");
+    fs::create_directories(documents() / layout::playFieldsFolder);
     project.folder.write("Documents/Tembrix-Stat/PlayFields/Hockey.png", "picture");
     sync.backUpNow();
 
@@ -96,13 +98,13 @@ TEST_F(DataSyncTest, DocumentsWinUnlessTheListWasWrittenAfterTheLastNotedBackup)
     project.storage.saveTimeline(oneLine("Old"), id);
     sync.backUpNow();
     // A moment after the file's: nothing is restored, although the content differs.
-    project.defaults.setDate("DataSync_LastSyncDate", Date{4e9});
+    project.defaults.setDate(layout::lastSyncDateKey, Date{4e9});
     project.library.renameVideo(project.library.files().front(), "Renamed");
     sync.syncOnLaunch();
     project.scheduler.run();
     EXPECT_TRUE(logged(project.log, "✅ DataSync: Data is identical"));
     // Without a noted date the backup wins.
-    project.defaults.remove("DataSync_LastSyncDate");
+    project.defaults.remove(layout::lastSyncDateKey);
     sync.syncOnLaunch();
     project.scheduler.run();
     EXPECT_TRUE(logged(project.log, "Differences found, restoring newer data from backup"));
@@ -134,7 +136,7 @@ TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolder
 
     project.storage.deleteCollection("C1");
     project.index.removeCollection("C1");
-    project.defaults.remove("collection_C2");
+    project.defaults.remove(layout::collectionKey("C2"));
     fs::remove_all(documents() / "Collections/C2");
     sync.backUpNow();
     EXPECT_FALSE(fs::exists(copies / "C1"));
@@ -150,10 +152,10 @@ TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFolders
     sync.deleteAllData();
     sync.deleteBackupTimelines();
     EXPECT_FALSE(fs::exists(sync.backupRoot()));
-    EXPECT_FALSE(fs::exists(documents() / "Collections"));
-    EXPECT_FALSE(project.defaults.data("videosData"));
+    EXPECT_FALSE(fs::exists(documents() / layout::collectionsFolder));
+    EXPECT_FALSE(project.defaults.data(layout::videosDataKey));
     EXPECT_TRUE(project.index.collections().empty());
-    EXPECT_TRUE(project.defaults.data("timeline_" + id));  // not touched
+    EXPECT_TRUE(project.defaults.data(layout::timelineKey(id)));  // not touched
     sync.backUpNow();
     EXPECT_TRUE(fs::exists(sync.backupTimelinesFolder()));
 }

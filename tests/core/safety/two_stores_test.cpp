@@ -12,6 +12,7 @@
 
 #include "core/records/codec.h"
 #include "core/safety/folder_copy.h"
+#include "core/storage/data_layout.h"
 #include "two_stores_model.h"
 #include "two_stores_program.h"
 
@@ -100,18 +101,21 @@ class TwoLives {
         for (const auto& row : model_.index)
             ASSERT_EQ(program_->storage.loadCollection(row.id), model_.collection(row.id));
         const Machine& m = machine_;
-        ASSERT_EQ(namesIn(m.documents() / "Collections"), keysOf(model_.folders));
-        ASSERT_EQ(namesIn(m.documents() / "Timelines"), keysOf(model_.timelineFiles, ".json"));
+        ASSERT_EQ(namesIn(m.documents() / layout::collectionsFolder), keysOf(model_.folders));
+        ASSERT_EQ(namesIn(m.documents() / layout::timelinesFolder),
+                  keysOf(model_.timelineFiles, ".json"));
         ASSERT_EQ(namesIn(m.backup() / "Tembrix-Stat/Collections"),
                   keysOf(model_.backup.collections));
-        ASSERT_EQ(namesIn(m.backup() / "Timelines"), keysOf(model_.backup.timelines, ".json"));
+        ASSERT_EQ(namesIn(m.backup() / layout::timelinesFolder),
+                  keysOf(model_.backup.timelines, ".json"));
     }
 
     // The records are what a deleted video can be rescued from.
     void checkRecords() {
         SCOPED_TRACE(story_);
         for (const auto& [id, lines] : model_.backup.timelines) {
-            const auto file = readFile(machine_.backup() / "Timelines" / (id + ".json"));
+            const auto file =
+                readFile(machine_.backup() / layout::timelinesFolder / (id + ".json"));
             ASSERT_TRUE(file.ok());
             const auto record = decode<OrphanedTimeline>(*file);
             ASSERT_TRUE(record.ok());
@@ -156,9 +160,10 @@ class TwoLives {
     // What a process killed while it replaced a folder or a file leaves behind.
     void leaveHalfReplaced() {
         std::vector<fs::path> targets;
-        for (const char* item : {"Collections", "Timelines", "CollectionsBookmarks.json"})
+        for (const char* item :
+             {layout::collectionsFolder, layout::timelinesFolder, layout::collectionIndexFile})
             targets.push_back(machine_.documents() / item);
-        targets.push_back(machine_.backup() / "CollectionsBookmarks.json");
+        targets.push_back(machine_.backup() / layout::collectionIndexFile);
         const fs::path copies = machine_.backup() / "Tembrix-Stat/Collections";
         for (const auto& id : namesIn(copies))
             targets.push_back(copies / id);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <map>
 
+#include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
 
 namespace tembrix {
@@ -70,7 +71,7 @@ struct WindowsManagerTest : testing::Test {
 
 TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     const auto id = project.addVideo();
-    project.defaults.setText("editingStampID", "left over");
+    project.defaults.setText(layout::editingStampKey, "left over");
     windows.openProject(id);
 
     const std::vector order{WindowKind::video, WindowKind::control, WindowKind::tagLibrary};
@@ -79,7 +80,7 @@ TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     EXPECT_EQ(fake.open.at(WindowKind::control)->frame, (Rect{0, 600, 1500, 400}));
     EXPECT_EQ(fake.open.at(WindowKind::tagLibrary)->frame, (Rect{0, 40, 500, 560}));
     EXPECT_EQ(fake.open.at(WindowKind::video)->frame, (Rect{500, 40, 1000, 560}));
-    EXPECT_EQ(project.defaults.text("editingStampID"), "");
+    EXPECT_EQ(project.defaults.text(layout::editingStampKey), "");
     EXPECT_EQ(project.players.player()->status(), PlayerStatus::playing);
     ASSERT_FALSE(project.timeline.lines->empty());
     EXPECT_EQ(project.timeline.lines->front()->id, drawingsLineId());

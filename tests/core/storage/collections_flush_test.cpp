@@ -1,5 +1,6 @@
 #include "base/files.h"
 
+#include "core/storage/data_layout.h"
 #include "core/storage/storage_fixture.h"
 
 namespace tembrix {
@@ -25,29 +26,30 @@ TEST_F(Collections, ComeBackFromTheWorkingCopyOrTheFolder) {
     storage->saveCollection(collection);
     EXPECT_EQ(storage->loadCollection("C"), collection);
     scheduler.advance(30);
-    EXPECT_NE(fileText(file("C", "tags.json")).find("\n"), std::string::npos);  // pretty
-    defaults.remove("collection_C");
+    EXPECT_NE(fileText(file("C", layout::tagsFile)).find("\n"), std::string::npos);  // pretty
+    defaults.remove(layout::collectionKey("C"));
     EXPECT_EQ(storage->loadCollection("C"), collection);
-    EXPECT_EQ(defaults.data("collection_C"), encode(collection).value());
+    EXPECT_EQ(defaults.data(layout::collectionKey("C")), encode(collection).value());
     EXPECT_EQ(scheduler.pendingTimers(), 0u);
-    defaults.setData("collection_C", toBytes("{}"));
+    defaults.setData(layout::collectionKey("C"), toBytes("{}"));
     EXPECT_EQ(storage->loadCollection("C"), collection);
-    EXPECT_EQ(defaults.data("damaged_collection_C"), toBytes("{}"));
+    EXPECT_EQ(defaults.data(layout::damagedKey(layout::collectionKey("C"))), toBytes("{}"));
     EXPECT_FALSE(storage->loadCollection("unknown"));
     EXPECT_FALSE(storage->loadCollection(".."));
 }
 
 TEST_F(Collections, FourFilesAreNeededAndTwoAreNot) {
-    for (const auto* name : {"tagGroups.json", "tags.json", "labelGroups.json", "labels.json"}) {
+    for (const auto* name :
+         {layout::tagGroupsFile, layout::tagsFile, layout::labelGroupsFile, layout::labelsFile}) {
         storage->saveCollection(collectionOf("C"));
         storage->flushNow();
         std::filesystem::remove(file("C", name));
-        defaults.remove("collection_C");
+        defaults.remove(layout::collectionKey("C"));
         EXPECT_FALSE(storage->loadCollection("C")) << name;
     }
     storage->saveCollection(collectionOf("C"));
     storage->flushNow();
-    defaults.remove("collection_C");
+    defaults.remove(layout::collectionKey("C"));
     folder.write("Documents/Tembrix-Stat/Collections/C/timeEvents.json", R"({"timeEvents":[]})");
     folder.write("Documents/Tembrix-Stat/Collections/C/playField.json", "garbage");
     const auto loaded = storage->loadCollection("C");
@@ -63,7 +65,7 @@ TEST_F(Collections, AnEmptyListOfEventsLeavesTheOldFile) {
     collection.timeEvents.clear();
     storage->saveCollection(collection);
     saveToDisk();
-    EXPECT_NE(fileText(file("C", "timeEvents.json")).find("First half"), std::string::npos);
+    EXPECT_NE(fileText(file("C", layout::timeEventsFile)).find("First half"), std::string::npos);
     EXPECT_TRUE(storage->loadCollection("C")->timeEvents.empty());
 }
 
@@ -76,10 +78,10 @@ TEST_F(Collections, ADeletedOneLeavesWithTheNextFlush) {
     folder.write("Documents/Tembrix-Stat/Collections/note.txt", "of the user's");
     storage->deleteCollection("C");
     index.listed = {{"D", "name"}};
-    EXPECT_TRUE(std::filesystem::exists(file("C", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
     scheduler.advance(30);
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "C"));
-    EXPECT_TRUE(std::filesystem::exists(file("D", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("D", layout::tagsFile)));
     EXPECT_TRUE(std::filesystem::exists(storage->collectionsFolder() / "note.txt"));
 }
 
@@ -87,24 +89,24 @@ TEST_F(Collections, TheFlushNeverRemovesWhatTheIndexLists) {
     storage->saveCollection(collectionOf("C"));
     storage->saveCollection(collectionOf("D"));
     scheduler.advance(30);
-    defaults.remove("collection_C");  // the working copies are lost
-    defaults.remove("collection_D");
+    defaults.remove(layout::collectionKey("C"));  // the working copies are lost
+    defaults.remove(layout::collectionKey("D"));
     saveToDisk();  // no index yet
-    EXPECT_TRUE(std::filesystem::exists(file("C", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
     storage->setCollectionIndex(&index);
     saveToDisk();  // the index file is missing
     writeIndex("[{\"id\"");
     saveToDisk();  // or broken
-    EXPECT_TRUE(std::filesystem::exists(file("C", "tags.json")));
-    EXPECT_TRUE(std::filesystem::exists(file("D", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
+    EXPECT_TRUE(std::filesystem::exists(file("D", layout::tagsFile)));
     index.listed = {{"C", "name"}};
     saveToDisk();
-    EXPECT_TRUE(std::filesystem::exists(file("C", "tags.json")));
-    EXPECT_FALSE(std::filesystem::exists(file("D", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
+    EXPECT_FALSE(std::filesystem::exists(file("D", layout::tagsFile)));
     index.listed = {};
     writeIndex("[]");
     saveToDisk();  // the last collection was deleted
-    EXPECT_FALSE(std::filesystem::exists(file("C", "tags.json")));
+    EXPECT_FALSE(std::filesystem::exists(file("C", layout::tagsFile)));
 }
 
 TEST_F(Collections, OneThatDoesNotDecodeIsSkippedAndKeepsItsFolder) {
@@ -112,11 +114,11 @@ TEST_F(Collections, OneThatDoesNotDecodeIsSkippedAndKeepsItsFolder) {
     writeIndex("[]");
     storage->saveCollection(collectionOf("C"));
     scheduler.advance(30);
-    defaults.setData("collection_C", toBytes("garbage"));
+    defaults.setData(layout::collectionKey("C"), toBytes("garbage"));
     storage->saveCollection(collectionOf("D"));
     scheduler.advance(30);
-    EXPECT_TRUE(std::filesystem::exists(file("C", "tags.json")));
-    EXPECT_TRUE(std::filesystem::exists(file("D", "tags.json")));
+    EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
+    EXPECT_TRUE(std::filesystem::exists(file("D", layout::tagsFile)));
 }
 
 }  // namespace

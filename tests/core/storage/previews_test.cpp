@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
+#include "core/storage/data_layout.h"
 #include "core/storage/videos_preview_manager.h"
 #include "fakes/fake_images.h"
 #include "fakes/temp_folder.h"
@@ -34,7 +35,7 @@ struct Previews : testing::Test {
 };
 
 TEST_F(Previews, AreStoredAndHandedOverOnTheMainThread) {
-    std::filesystem::create_directories(folder.directories().temporary / "Preview");
+    std::filesystem::create_directories(folder.directories().temporary / layout::previewFolder);
     std::shared_ptr<const ImageBuffer> picture;
     previews.makePreview("/videos/match.final.mp4", [&](const auto& result) {
         EXPECT_TRUE(scheduler.isMain());

@@ -4,6 +4,7 @@
 
 #include "base/files.h"
 
+#include "core/storage/data_layout.h"
 #include "core/storage/storage_fixture.h"
 #include "core/storage/timeline_encoder.h"
 
@@ -17,7 +18,7 @@ TEST_F(Timelines, AChangeIsStoredAtOnceAndOnDiskThirtySecondsAfterTheFirst) {
     for (int i = 0; i < 10; ++i) {
         now[0].write().stamps.push_back(stampAt(i));
         storage->saveTimeline(now, "V");
-        EXPECT_EQ(defaults.data("timeline_V"), encode(now).value());
+        EXPECT_EQ(defaults.data(layout::timelineKey("V")), encode(now).value());
         scheduler.advance(2);
     }
     EXPECT_EQ(scheduler.pendingTimers(), 1u);
@@ -59,44 +60,45 @@ TEST_F(Timelines, TheFileHealsALostOrDamagedWorkingCopyWithoutArmingAFlush) {
     const TimelineLines kept = lines();
     storage->saveTimeline(kept, "V");
     scheduler.advance(30);
-    defaults.remove("timeline_V");
+    defaults.remove(layout::timelineKey("V"));
     EXPECT_EQ(storage->loadTimeline("V"), kept);
-    EXPECT_EQ(defaults.data("timeline_V"), encode(kept).value());
+    EXPECT_EQ(defaults.data(layout::timelineKey("V")), encode(kept).value());
     EXPECT_EQ(scheduler.pendingTimers(), 0u);
 
-    defaults.setData("timeline_V", toBytes("[{\"id\""));
+    defaults.setData(layout::timelineKey("V"), toBytes("[{\"id\""));
     storage->saveTimeline(lines(), "Other");
     scheduler.advance(30);  // the damaged copy must not go over the good file
     EXPECT_TRUE(log.contains("Unreadable timeline V not written"));
     EXPECT_EQ(storage->loadTimeline("V"), kept);
-    EXPECT_EQ(defaults.data("damaged_timeline_V"), toBytes("[{\"id\""));
+    EXPECT_EQ(defaults.data(layout::damagedKey(layout::timelineKey("V"))), toBytes("[{\"id\""));
 }
 
 TEST_F(Timelines, WhatCannotBeReadAnywhereIsEmptyAndSetAside) {
     EXPECT_TRUE(storage->loadTimeline("V").empty());
     EXPECT_TRUE(log.lines().empty());
-    defaults.setText("timeline_V", "a value of another kind");
+    defaults.setText(layout::timelineKey("V"), "a value of another kind");
     folder.write("Documents/Tembrix-Stat/Timelines/V.json", "[{}]");
     EXPECT_TRUE(storage->loadTimeline("V").empty());
-    EXPECT_EQ(defaults.data("damaged_timeline_V"), toBytes("[{}]"));
+    EXPECT_EQ(defaults.data(layout::damagedKey(layout::timelineKey("V"))), toBytes("[{}]"));
     for (const auto* damage : {"[", "[", "]"}) {
-        defaults.setData("timeline_V", toBytes(damage));
+        defaults.setData(layout::timelineKey("V"), toBytes(damage));
         EXPECT_TRUE(storage->loadTimeline("V").empty());
     }
-    EXPECT_EQ(defaults.keys("damaged_").size(), 3u);  // each of them once, none overwritten
+    EXPECT_EQ(defaults.keys(layout::damagedPrefix).size(),
+              3u);  // each of them once, none overwritten
     EXPECT_TRUE(storage->loadTimeline("../../../secret").empty());
 }
 
 TEST_F(Timelines, AFailedEncodingKeepsTheLastGoodCopy) {
     TimelineLines now = lines();
     storage->saveTimeline(now, "V");
-    const auto before = defaults.data("timeline_V");
+    const auto before = defaults.data(layout::timelineKey("V"));
     now[0].write().stamps[0].write().timeStartSeconds = std::nan("");
     storage->saveTimeline(now, "V");
-    EXPECT_EQ(defaults.data("timeline_V"), before);
+    EXPECT_EQ(defaults.data(layout::timelineKey("V")), before);
     now[0].write().stamps[0].write().timeStartSeconds = 2;
     storage->saveTimeline(now, "V");
-    EXPECT_EQ(defaults.data("timeline_V"), encode(now).value());
+    EXPECT_EQ(defaults.data(layout::timelineKey("V")), encode(now).value());
 }
 
 TEST_F(Timelines, DocumentsThatCannotBeWrittenCostALogLineAndNothingElse) {

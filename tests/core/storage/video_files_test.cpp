@@ -1,5 +1,6 @@
 #include "base/files.h"
 
+#include "core/storage/data_layout.h"
 #include "core/storage/storage_fixture.h"
 #include "core/storage/video_files_manager.h"
 #include "fakes/fake_bookmarks.h"
@@ -32,10 +33,10 @@ struct VideoFiles : StorageTest {
         return "/videos/" + name;
     }
     void store(const std::vector<VideosData>& list) {
-        defaults.setData("videosData", encode(list).value());
+        defaults.setData(layout::videosDataKey, encode(list).value());
     }
     std::vector<VideosData> stored() {
-        return decode<std::vector<VideosData>>(*defaults.data("videosData")).value();
+        return decode<std::vector<VideosData>>(*defaults.data(layout::videosDataKey)).value();
     }
     // Both lists hold the same entries in the same order, and so does the store.
     void expectInStep() {
@@ -49,9 +50,10 @@ struct VideoFiles : StorageTest {
 TEST_F(VideoFiles, StartsOnAnEmptyMachine) {
     library.start();
     EXPECT_TRUE(std::filesystem::is_directory(folder.directories().documents));
-    EXPECT_TRUE(std::filesystem::is_directory(folder.directories().temporary / "Preview"));
+    EXPECT_TRUE(
+        std::filesystem::is_directory(folder.directories().temporary / layout::previewFolder));
     EXPECT_TRUE(library.files().empty());
-    EXPECT_TRUE(defaults.boolean("videosDataDuplicationCleanupDone_v1"));
+    EXPECT_TRUE(defaults.boolean(layout::videosCleanupDoneKey));
     EXPECT_TRUE(log.lines().empty());
     library.reloadFiles();  // an empty list has nothing to migrate
     EXPECT_TRUE(log.lines().empty());
@@ -103,7 +105,7 @@ TEST_F(VideoFiles, LoadingNormalizesAndDropsDuplicatesButNoAbsentVideo) {
 
 TEST_F(VideoFiles, MigratesTheOldFormOnce) {
     const TimelineLines kept = lines();
-    defaults.setData("videosData",
+    defaults.setData(layout::videosDataKey,
                      encode(std::vector<VideosDataOldFormat>{{toBytes("1"), "A", kept, "n", {}},
                                                              {toBytes("2"), "B", {}, {}, true}})
                          .value());
@@ -111,8 +113,8 @@ TEST_F(VideoFiles, MigratesTheOldFormOnce) {
     EXPECT_EQ(log.lines(), (std::vector<std::string>{"🔄 Migrating timelines...",
                                                      "✅ Migration completed: 2 videos migrated"}));
     EXPECT_EQ(storage->loadTimeline("A"), kept);
-    EXPECT_FALSE(defaults.data("timeline_B"));
-    EXPECT_EQ(asText(*defaults.data("videosData")).find("timelines"), std::string::npos);
+    EXPECT_FALSE(defaults.data(layout::timelineKey("B")));
+    EXPECT_EQ(asText(*defaults.data(layout::videosDataKey)).find("timelines"), std::string::npos);
     EXPECT_EQ(stored().front(), (VideosData{toBytes("1"), "A", "n", false}));
     log.clear();
     library.reloadFiles();
@@ -121,14 +123,14 @@ TEST_F(VideoFiles, MigratesTheOldFormOnce) {
 
 TEST_F(VideoFiles, AListThatCannotBeReadIsLeftInPeaceAndSetAside) {
     const Bytes broken = toBytes(R"([{"bookmark":"AA==","id":7}])");
-    defaults.setData("videosData", broken);
+    defaults.setData(layout::videosDataKey, broken);
     library.start();
     EXPECT_TRUE(library.files().empty());
-    EXPECT_EQ(defaults.data("videosData"), broken);
+    EXPECT_EQ(defaults.data(layout::videosDataKey), broken);
     EXPECT_TRUE(log.contains("videosDataLoadError [0].id: expected text"));
     library.addVideo(video("a.mp4"));
     expectInStep();
-    EXPECT_EQ(defaults.data("damaged_videosData"), broken);
+    EXPECT_EQ(defaults.data(layout::damagedKey(layout::videosDataKey)), broken);
 }
 
 TEST_F(VideoFiles, EditsReachBothListsTheStoreAndTheScreens) {
@@ -173,7 +175,7 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
     ASSERT_EQ(keeper.kept.size(), 1u);
     EXPECT_EQ(keeper.kept[0].first, marked.videoData);
     EXPECT_EQ(keeper.kept[0].second, kept);
-    EXPECT_FALSE(defaults.data("timeline_" + marked.videoData.id));
+    EXPECT_FALSE(defaults.data(layout::timelineKey(marked.videoData.id)));
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
     EXPECT_TRUE(library.files().empty());
     expectInStep();
@@ -208,7 +210,7 @@ TEST_F(VideoFiles, ReloadingFollowsTheStoreAndKeepsPreviews) {
     const auto reloaded = library.reloadFiles();
     ASSERT_EQ(reloaded.size(), 2u);
     EXPECT_TRUE(reloaded[0].preview);
-    defaults.remove("videosData");
+    defaults.remove(layout::videosDataKey);
     EXPECT_TRUE(library.reloadFiles().empty());
 }
 

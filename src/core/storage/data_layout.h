@@ -1,0 +1,62 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// The names of everything that is stored: defaults keys, folders and files. Each is written here
+// once. They are the format of the user's data and never change.
+namespace tembrix::layout {
+
+// Defaults keys.
+inline constexpr const char* videosDataKey = "videosData";
+inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
+inline constexpr const char* timelinePrefix = "timeline_";
+inline constexpr const char* collectionPrefix = "collection_";
+inline constexpr const char* damagedPrefix = "damaged_";  // before the key of a value set aside
+inline constexpr const char* markupModeKey = "appMarkupMode";
+inline constexpr const char* editingLineKey = "editingStampLineID";
+inline constexpr const char* editingStampKey = "editingStampID";
+inline constexpr const char* lastSelectedCollectionKey = "lastSelectedCollection";
+inline constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
+inline constexpr const char* collectionsLoadedKey = "collectionsBookmarksLoaded";
+inline constexpr const char* savedCollectionsKey = "savedCollections";
+// Also the account of the flag in the keychain.
+inline constexpr const char* collectionsDeduplicatedKey = "collectionsDeduplicationDone";
+// The collection index while its file lacks a change, so that a killed process loses no name.
+inline constexpr const char* collectionsUnsavedKey = "collectionsUnsaved";
+inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
+
+inline std::string timelineKey(std::string_view videoId) {
+    return timelinePrefix + std::string(videoId);
+}
+
+inline std::string collectionKey(std::string_view collectionId) {
+    return collectionPrefix + std::string(collectionId);
+}
+
+inline std::string damagedKey(std::string_view key) {
+    return damagedPrefix + std::string(key);
+}
+
+// Folders. The data folder lies in Documents, and in the backup a folder of the same name holds
+// copies of its subfolders.
+inline constexpr const char* dataFolder = "Tembrix-Stat";
+inline constexpr const char* timelinesFolder = "Timelines";
+inline constexpr const char* collectionsFolder = "Collections";
+inline constexpr const char* playFieldsFolder = "PlayFields";
+inline constexpr const char* screenshotsFolder = "Screenshots";
+inline constexpr const char* previewFolder = "Preview";
+inline constexpr const char* backupFolder = "Tembrix-Stat-Backup";  // in Application Support
+
+// Files.
+inline constexpr const char* recordExtension = ".json";
+inline constexpr const char* collectionIndexFile = "CollectionsBookmarks.json";
+inline constexpr const char* tagGroupsFile = "tagGroups.json";
+inline constexpr const char* tagsFile = "tags.json";
+inline constexpr const char* labelGroupsFile = "labelGroups.json";
+inline constexpr const char* labelsFile = "labels.json";
+inline constexpr const char* timeEventsFile = "timeEvents.json";
+inline constexpr const char* playFieldFile = "playField.json";
+inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
+
+}  // namespace tembrix::layout
