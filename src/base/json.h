@@ -13,6 +13,15 @@
 //
 // This header pulls in RapidJSON: include it from .cpp files that define codecs, not from headers.
 
+#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__)
+// Texts are scanned sixteen bytes at a time. The scan may read, but not use, bytes beyond the end of a text, which the
+// address sanitizer reports.
+#define RAPIDJSON_SSE2
+#endif
+
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <rapidjson/document.h>
@@ -94,6 +103,29 @@ struct Failure {
         return false;
     }
 };
+
+// True if a text is written as it is: ASCII without control characters, quotes and backslashes.
+inline bool isPlain(std::string_view text) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    constexpr std::uint64_t highs = ones * 0x80;
+    std::uint64_t marks = 0;  // the high bit of each byte that is not plain
+    const auto look = [&marks](std::uint64_t eight) {
+        const std::uint64_t quote = eight ^ (ones * '"');
+        const std::uint64_t backslash = eight ^ (ones * '\\');
+        marks |= eight | ((eight - ones * 0x20) & ~eight) | ((quote - ones) & ~quote) |
+                 ((backslash - ones) & ~backslash);
+    };
+    std::uint64_t eight = 0;
+    while (text.size() >= sizeof eight) {
+        std::memcpy(&eight, text.data(), sizeof eight);
+        look(eight);
+        text.remove_prefix(sizeof eight);
+    }
+    eight = ones * ' ';
+    std::memcpy(&eight, text.data(), text.size());
+    look(eight);
+    return (marks & highs) == 0;
+}
 
 inline std::string_view textOf(const Value& text) {
     return {text.GetString(), text.GetStringLength()};
@@ -264,7 +296,9 @@ void writeText(Writer& w, const std::string& text) {
 // A document with one broken character would not decode again, so such bytes are replaced here.
 template <class Writer>
 void write(Writer& w, const std::string& text) {
-    if (isUtf8(text))
+    if (isPlain(text))
+        w.plainText(text);
+    else if (isUtf8(text))
         writeText(w, text);
     else
         writeText(w, sanitizedUtf8(text));
@@ -283,11 +317,11 @@ void write(Writer& w, bool flag) {
 }
 template <class Writer>
 void write(Writer& w, const Uuid& id) {
-    writeText(w, id.text());
+    w.plainText(id.text());
 }
 template <class Writer>
 void write(Writer& w, const Bytes& bytes) {
-    writeText(w, base64Encode(bytes));
+    w.plainText(base64Encode(bytes));
 }
 template <class Writer>
 void write(Writer& w, const Date& date) {
@@ -304,7 +338,7 @@ template <class Writer>
 void write(Writer& w, const std::map<std::string, std::string>& texts) {
     w.StartObject();
     for (const auto& [key, text] : texts) {
-        write(w, key);  // a key is a text in its place
+        write(w, key);
         write(w, text);
     }
     w.EndObject();
@@ -335,7 +369,7 @@ void write(Writer& w, const Cow<T>& value) {
 
 template <class Writer>
 void writeKey(Writer& w, std::string_view key) {
-    w.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+    w.plainText(key);  // a key is a text in its place
 }
 
 template <class Writer, class Record, class FieldType>
@@ -392,7 +426,7 @@ Result<T> decodeJson(BytesView bytes) {
 
 namespace json {
 
-// A writer that remembers a number that JSON cannot hold.
+// A writer that remembers whether it was given a number that JSON cannot express.
 template <class Base>
 class FiniteWriter : public Base {
   public:
@@ -406,8 +440,28 @@ class FiniteWriter : public Base {
   private:
     bool finite_ = true;
 };
-using CompactWriter = FiniteWriter<rapidjson::Writer<rapidjson::StringBuffer>>;
-using PrettyWriter = FiniteWriter<rapidjson::PrettyWriter<rapidjson::StringBuffer>>;
+
+class CompactWriter : public FiniteWriter<rapidjson::Writer<rapidjson::StringBuffer>> {
+  public:
+    using FiniteWriter::FiniteWriter;
+    // Copies a key or a text for which isPlain() is true.
+    bool plainText(std::string_view text) {
+        Prefix(rapidjson::kStringType);
+        char* const out = os_->Push(text.size() + 2);
+        out[0] = '"';
+        std::memcpy(out + 1, text.data(), text.size());
+        out[text.size() + 1] = '"';
+        return EndValue(true);
+    }
+};
+
+class PrettyWriter : public FiniteWriter<rapidjson::PrettyWriter<rapidjson::StringBuffer>> {
+  public:
+    using FiniteWriter::FiniteWriter;
+    bool plainText(std::string_view text) {
+        return String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    }
+};
 
 inline Error notFinite() {
     return {"json", 3, "a number is not finite"};
@@ -418,7 +472,8 @@ inline Error notFinite() {
 // Fails only if a number is not finite. Errors: domain "json".
 template <class T>
 Result<Bytes> encodeJson(const T& value, JsonStyle style) {
-    rapidjson::StringBuffer buffer;
+    constexpr std::size_t firstRoom = 64 * 1024;  // bytes; most documents need no more
+    rapidjson::StringBuffer buffer(nullptr, firstRoom);
     bool finite = true;
     if (style == JsonStyle::pretty) {
         json::PrettyWriter writer(buffer);
