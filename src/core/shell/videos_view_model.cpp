@@ -129,11 +129,10 @@ void VideosViewModel::pickVideo() {
     request.title = texts_.text("addVideoTitle");
     request.extensions = videoExtensions;
     request.kindName = texts_.text("videoFilesKind");
-    panels_.open(request,
-                 [this, weak = std::weak_ptr(alive_)](std::vector<std::filesystem::path> picked) {
-                     if (!weak.expired() && !picked.empty())
-                         filePicked(picked.front());
-                 });
+    panels_.open(request, lifetime_.guard([this](const std::vector<std::filesystem::path>& picked) {
+        if (!picked.empty())
+            filePicked(picked.front());
+    }));
 }
 
 void VideosViewModel::filePicked(const std::filesystem::path& file) {
@@ -170,11 +169,12 @@ void VideosViewModel::makePreview(const std::string& videoId) {
     const auto video = entry ? files_.resolveVideoURL(entry->bookmark) : std::nullopt;
     if (!video)
         return;
-    previews_.makePreview(*video, [this, weak = std::weak_ptr(alive_),
-                                   videoId](Result<std::shared_ptr<const ImageBuffer>> preview) {
-        if (!weak.expired() && preview)
-            files_.setPreview(videoId, *preview);
-    });
+    previews_.makePreview(
+        *video,
+        lifetime_.guard([this, videoId](const Result<std::shared_ptr<const ImageBuffer>>& preview) {
+            if (preview)
+                files_.setPreview(videoId, *preview);
+        }));
 }
 
 void VideosViewModel::pickRebindFile() {
@@ -187,11 +187,12 @@ void VideosViewModel::pickRebindFile() {
     request.message = texts_.text("selectNewVideoFileMessage");
     request.extensions = videoExtensions;
     request.kindName = texts_.text("videoFilesKind");
-    panels_.open(request, [this, weak = std::weak_ptr(alive_),
-                           file = *file](std::vector<std::filesystem::path> picked) {
-        if (!weak.expired() && !picked.empty())
-            send(videos::RebindVideo{file, picked.front()});
-    });
+    panels_.open(
+        request,
+        lifetime_.guard([this, file = *file](const std::vector<std::filesystem::path>& picked) {
+            if (!picked.empty())
+                send(videos::RebindVideo{file, picked.front()});
+        }));
 }
 
 void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path& url) {

@@ -14,6 +14,7 @@
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 
+#include "core/background/lifetime.h"
 #include "core/records/video_records.h"
 #include "core/shell/windows_manager.h"
 #include "core/storage/video_files_manager.h"
@@ -137,7 +138,7 @@ class VideosViewModel {
     const Texts& texts_;
     const Locale& locale_;
     std::filesystem::path guides_;  // folder of the user's guide, one page per language
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    Lifetime lifetime_;
 };
 
 }  // namespace tembrix

@@ -1,6 +1,6 @@
 #include "core/storage/videos_preview_manager.h"
 
-#include <optional>
+#include <stop_token>
 #include <system_error>
 #include <utility>
 
@@ -20,27 +20,26 @@ constexpr Size previewBounds{200, 200};
 
 VideosPreviewManager::VideosPreviewManager(Media& media, ImageCodec& images, Scheduler& scheduler,
                                            Directories directories)
-    : media_(media), images_(images), scheduler_(scheduler), directories_(std::move(directories)) {}
+    : media_(media), images_(images), directories_(std::move(directories)), work_(scheduler) {}
 
 void VideosPreviewManager::makePreview(const std::filesystem::path& video, Completion completion) {
-    scheduler_.background(
-        Priority::userInitiated, [&media = media_, &images = images_, &scheduler = scheduler_,
-                                  alive = std::weak_ptr<int>(alive_), target = previewFile(video),
-                                  video, completion = std::move(completion)] {
-            using Picture = std::shared_ptr<const ImageBuffer>;
-            std::optional<Result<Picture>> result;
+    using Picture = std::shared_ptr<const ImageBuffer>;
+    work_.run(
+        Priority::userInitiated,
+        [&media = media_, &images = images_, target = previewFile(video),
+         video](const std::stop_token& stop) -> Result<Picture> {
             auto frame = media.thumbnail(video, previewSeconds, previewBounds);
-            if (frame) {
-                // A preview that cannot be stored still shows; it is made anew next time.
-                const auto png = images.encodePng(*frame);
-                if (png && !alive.expired())
-                    (void)replaceFile(target, *png);
-                result.emplace(Picture(std::make_shared<ImageBuffer>(std::move(frame).value())));
-            } else {
-                result.emplace(frame.error());
-            }
+            if (!frame)
+                return frame.error();
+            // A preview that cannot be stored is shown all the same; it is made again next time.
+            const auto png = images.encodePng(*frame);
+            if (png && !stop.stop_requested())
+                (void)replaceFile(target, *png);
+            return Picture(std::make_shared<ImageBuffer>(std::move(frame).value()));
+        },
+        [completion = std::move(completion)](Result<Picture> result) {
             if (completion)
-                scheduler.onMain([completion, result = std::move(*result)] { completion(result); });
+                completion(std::move(result));
         });
 }
 

@@ -12,6 +12,8 @@
 #include "ports/media.h"
 #include "ports/scheduler.h"
 
+#include "core/background/background_work.h"
+
 namespace tembrix {
 
 // Preview pictures of videos: one PNG each in the temporary folder, which may vanish at any time.
@@ -22,8 +24,8 @@ class VideosPreviewManager {
     VideosPreviewManager(Media& media, ImageCodec& images, Scheduler& scheduler,
                          Directories directories);
 
-    // Grabs the frame at 1.0 seconds, 200 by 200 at most, in the background, stores it and
-    // completes on the main thread.
+    // Decodes the frame at 1.0 seconds, 200 by 200 at most, in the background, stores it and
+    // completes on the main thread, unless the manager is destroyed first.
     void makePreview(const std::filesystem::path& video, Completion completion);
     std::filesystem::path previewFile(const std::filesystem::path& video) const;
 
@@ -34,9 +36,8 @@ class VideosPreviewManager {
   private:
     Media& media_;
     ImageCodec& images_;
-    Scheduler& scheduler_;
     Directories directories_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

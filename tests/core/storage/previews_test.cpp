@@ -18,11 +18,14 @@ class OneVideo final : public Media {
     Result<ImageBuffer> frame(const std::filesystem::path&, double) override { return error; }
     Result<ImageBuffer> thumbnail(const std::filesystem::path& file, double seconds,
                                   Size bounds) override {
+        if (whileDecoding)
+            whileDecoding();
         if (file.extension() != ".mp4" || seconds != 1.0)
             return error;
         return ImageBuffer(static_cast<int>(bounds.width), static_cast<int>(bounds.height) / 2);
     }
 
+    std::function<void()> whileDecoding;
     const Error error{"media", 1, "not a video"};
 };
 
@@ -60,6 +63,19 @@ TEST_F(Previews, AFolderThatVanishedCostsTheFileOnly) {
     previews.makePreview("text.txt", {});
     scheduler.run();
     EXPECT_EQ(failed, media.error);
+}
+
+TEST_F(Previews, ADestroyedManagerNeitherStoresNorCompletes) {
+    std::filesystem::create_directories(folder.directories().temporary / "Preview");
+    auto other =
+        std::make_unique<VideosPreviewManager>(media, images, scheduler, folder.directories());
+    const auto file = other->previewFile("a.mp4");
+    bool completed = false;
+    other->makePreview("a.mp4", [&](const auto&) { completed = true; });
+    media.whileDecoding = [&] { other.reset(); };
+    scheduler.run();
+    EXPECT_FALSE(completed);
+    EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST_F(Previews, NamesFollowTheVideo) {
