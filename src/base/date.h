@@ -8,9 +8,23 @@ namespace tembrix {
 // 2001-01-01 00:00:00 UTC.
 struct Date {
     double secondsSince1970 = 0;
+    // What the addition of the two epochs rounds away, so that a date that is read from JSON is
+    // written back as the same number. Far below a microsecond; code that measures ignores it.
+    double roundedAway = 0;
     auto operator<=>(const Date&) const = default;
 
     static constexpr double epoch2001 = 978307200.0;
+
+    static constexpr Date fromSecondsSince2001(double seconds) {
+        // The exact error of a sum of two floating point numbers, by Knuth's two-sum.
+        const double sum = seconds + epoch2001;
+        const double epochPart = sum - seconds;
+        const double secondsPart = sum - epochPart;
+        return {sum, (seconds - secondsPart) + (epoch2001 - epochPart)};
+    }
+    constexpr double secondsSince2001() const {
+        return (secondsSince1970 - epoch2001) + roundedAway;
+    }
 };
 
 }  // namespace tembrix

@@ -176,7 +176,7 @@ inline bool read(const Value& v, Bytes& out, Failure& f) {
 inline bool read(const Value& v, Date& out, Failure& f) {
     if (!v.IsNumber())
         return f.fail("expected a date");
-    out.secondsSince1970 = v.GetDouble() + Date::epoch2001;
+    out = Date::fromSecondsSince2001(v.GetDouble());
     return true;
 }
 inline bool read(const Value& v, Point& out, Failure& f) {
@@ -325,7 +325,7 @@ void write(Writer& w, const Bytes& bytes) {
 }
 template <class Writer>
 void write(Writer& w, const Date& date) {
-    w.Double(date.secondsSince1970 - Date::epoch2001);
+    w.Double(date.secondsSince2001());
 }
 template <class Writer>
 void write(Writer& w, const Point& point) {

@@ -166,6 +166,31 @@ TEST(Codec, DatesCountFromTheirOwnEpochAndBookmarksAreBase64) {
               R"([{"bookmark":"Zm9vYg==","id":"ID","isFavorite":true}])");
 }
 
+TEST(Codec, DatesThatWereReadAreWrittenAsTheSameNumber) {
+    std::mt19937_64 random(17);
+    std::uniform_real_distribution<double> recent(0, 1.2e9), any(-3e9, 1e11), small(-1, 1);
+    VideoMetadata match{"A", "B", "2-1", {}, std::nullopt};
+    for (int i = 0; i < 30000; ++i) {
+        const double number = i % 3 == 0   ? recent(random)
+                              : i % 3 == 1 ? any(random)
+                                           : small(random);
+        match.dateTime = Date::fromSecondsSince2001(number);
+        ASSERT_EQ(match.dateTime.secondsSince2001(), number);
+        if (i % 10 != 0)
+            continue;
+        const auto document = encode(match).value();
+        const auto read = decode<VideoMetadata>(document).value();
+        ASSERT_EQ(read.dateTime, match.dateTime);
+        ASSERT_EQ(encode(read).value(), document);
+    }
+    // A moment counted from 1970, as clocks do, comes back as that moment.
+    for (const double seconds : {1714588200.0625, 1795411234.123456, 0.25}) {
+        match.dateTime = Date{seconds};
+        const auto read = decode<VideoMetadata>(encode(match).value()).value();
+        EXPECT_EQ(read.dateTime, Date{seconds});
+    }
+}
+
 TEST(Codec, TheNewFormOfALibraryIsNotTheOldOne) {
     const auto now = encode(std::vector{VideosData{{1}, "ID", "name", false}}).value();
     EXPECT_FALSE(decode<std::vector<VideosDataOldFormat>>(now));
