@@ -49,7 +49,7 @@ std::optional<fs::path> findRenamed(const fs::path& folder, const FileIdentity& 
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
     if (!open)
         return std::nullopt;
-    // The listing tells each file's number, so that a large folder costs no look at each file.
+    // The listing contains each file's number, so only a file with the right number is examined.
     while (const auto* entry = ::readdir(open.get())) {
         if (entry->d_ino != identity.number)
             continue;
@@ -76,15 +76,26 @@ std::optional<Bookmarks::Resolved> FileBookmarks::resolve(BytesView bookmark) co
     const auto parts = parse(bookmark);
     if (!parts)
         return std::nullopt;
+    const bool hasIdentity = parts->identity != FileIdentity{};
     std::error_code error;
-    if (fs::exists(parts->path, error))
-        return Resolved{parts->path, false};
-    if (parts->identity == FileIdentity{})
+    const bool isThere = fs::exists(parts->path, error);
+    if (hasIdentity) {
+        if (isThere && fileIdentity(parts->path) == parts->identity)
+            return Resolved{parts->path, false, false};
+        if (auto renamed = findRenamed(parts->path.parent_path(), parts->identity))
+            return Resolved{std::move(*renamed), true, false};
+    }
+    if (!isThere)
         return std::nullopt;
-    auto renamed = findRenamed(parts->path.parent_path(), parts->identity);
-    if (!renamed)
-        return std::nullopt;
-    return Resolved{std::move(*renamed), true};
+    return Resolved{parts->path, false, hasIdentity};
+}
+
+bool FileBookmarks::areOfOneFile(BytesView first, BytesView second) const {
+    if (asText(first) == asText(second))
+        return true;
+    const auto one = parse(first);
+    const auto other = parse(second);
+    return one && other && one->identity == other->identity && one->identity != FileIdentity{};
 }
 
 }  // namespace tembrix

@@ -6,13 +6,15 @@
 
 namespace tembrix {
 
-// Bookmarks that hold the path and the file's identity. The path goes first; a file that is no
-// longer there is looked for in its folder by identity, since renaming is what users do. Where the
-// file system gives no identity a rename is not followed.
+// Bookmarks that contain the path and the identity of the file. The identity decides, because
+// recorders reuse file names: a file that is no longer at the path is looked for in its folder, and
+// only then does another file at the path count. Where the file system gives no identity, the path
+// alone decides and a rename is not followed.
 class FileBookmarks final : public Bookmarks {
   public:
     std::optional<Bytes> make(const std::filesystem::path& file) const override;
     std::optional<Resolved> resolve(BytesView bookmark) const override;
+    bool areOfOneFile(BytesView first, BytesView second) const override;
 };
 
 }  // namespace tembrix

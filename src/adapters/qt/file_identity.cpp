@@ -15,15 +15,15 @@
 namespace tembrix {
 namespace {
 
-// These make numbers up at each mount.
+// The file systems listed here invent new numbers at each mount.
 bool numbersLast(const std::filesystem::path& file) {
 #ifdef __linux__
     constexpr unsigned exfat = 0x2011BAB0, fuse = 0x65735546;
-    constexpr std::array<unsigned, 3> passing = {MSDOS_SUPER_MAGIC, exfat, fuse};
+    constexpr std::array<unsigned, 3> temporary = {MSDOS_SUPER_MAGIC, exfat, fuse};
     struct statfs status {};
     return ::statfs(file.c_str(), &status) == 0 &&
-           std::find(passing.begin(), passing.end(), static_cast<unsigned>(status.f_type)) ==
-               passing.end();
+           std::find(temporary.begin(), temporary.end(), static_cast<unsigned>(status.f_type)) ==
+               temporary.end();
 #else
     return !file.empty();
 #endif

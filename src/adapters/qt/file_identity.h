@@ -6,9 +6,9 @@
 
 namespace tembrix {
 
-// What tells a file from all others that its folder will ever hold. The number alone would not do:
-// a file system gives the number of a deleted file to the next one. The device's number would do
-// harm: it can change from one start of the machine to the next.
+// What distinguishes a file from all others that are ever in its folder. The number alone is not
+// enough: a file system gives the number of a deleted file to the next one that is made. The number
+// of the device is left out, because it can change from one start of the machine to the next.
 struct FileIdentity {
     std::uint64_t number = 0;    // the file system's own
     std::int64_t birthTime = 0;  // microseconds since 1970

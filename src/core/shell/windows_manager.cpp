@@ -60,7 +60,7 @@ void WindowsManager::openProject(const std::string& videoId) {
     storage_.userDefaults().setText(layout::editingStampKey, "");
     isClosing_ = false;
     openVideoId_ = videoId;
-    timeline_.openTimeline(video->bookmark, std::move(loaded));
+    timeline_.openTimeline(video->bookmark, std::move(loaded), videoId);
     player_.open(*file);
     // The keys of the last project went with it; the active collection is still the same.
     tagLibrary_.rebuildHotkeys();

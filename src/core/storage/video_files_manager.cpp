@@ -1,6 +1,7 @@
 #include "core/storage/video_files_manager.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -43,6 +44,10 @@ bool changeEntries(List& list, const Matches& matches, const Change& change) {
 
 auto hasBookmark(const Bytes& bookmark) {
     return [&bookmark](const VideosData& video) { return video.bookmark == bookmark; };
+}
+
+auto hasId(const std::string& id) {
+    return [&id](const VideosData& video) { return video.id == id; };
 }
 
 }  // namespace
@@ -105,6 +110,7 @@ bool VideoFilesManager::loadVideosData() {
             video.isFavorite = false;
     }
     videosData_ = withoutDuplicates(list);
+    keepTimelinesOfDropped(list);
     if (videosData_ != *decoded)
         saveVideosData();
     return true;
@@ -127,31 +133,36 @@ void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
     log_.line("✅ Migration completed: " + std::to_string(old.size()) + " videos migrated");
 }
 
-// An entry whose file cannot be found stays: a video on an absent disk is not lost.
+// An entry whose file cannot be found stays: a video on an absent disk is not lost. So does an
+// entry whose path now belongs to another file: recorders reuse names.
 std::vector<VideosData> VideoFilesManager::withoutDuplicates(
     const std::vector<VideosData>& list) const {
     VideoList kept;
     std::set<std::string> ids;
-    std::set<std::filesystem::path> paths;
+    std::map<std::filesystem::path, std::vector<const Bytes*>> bookmarksAt;
     for (const auto& video : list) {
         if (!ids.insert(video.id).second)
             continue;
-        const auto path = resolveVideoURL(video.bookmark);
-        if (path && !paths.insert(*path).second)
-            continue;
+        if (const auto resolved = bookmarks_.resolve(video.bookmark)) {
+            auto& known = bookmarksAt[resolved->path];
+            if (std::any_of(known.begin(), known.end(), [&](const Bytes* bookmark) {
+                    return bookmarks_.areOfOneFile(*bookmark, video.bookmark);
+                }))
+                continue;
+            known.push_back(&video.bookmark);
+        }
         kept.push_back(video);
     }
     return kept;
 }
 
-// Makes the screens' list follow the stored one; previews already made stay with their entries.
+// Updates the list of the screens from the stored one. Previews that were made stay with their
+// entries.
 void VideoFilesManager::rebuildFiles() {
     std::vector<FilesFile> files;
     for (const auto& video : videosData_) {
-        const auto before = std::find_if(files_.begin(), files_.end(), [&](const FilesFile& file) {
-            return file.videoData.id == video.id;
-        });
-        files.push_back({video, before != files_.end() ? before->preview : nullptr});
+        const auto before = fileWith(hasId(video.id));
+        files.push_back({video, before ? before->preview : nullptr});
     }
     files_ = std::move(files);
 }
@@ -160,10 +171,7 @@ void VideoFilesManager::saveVideosData() {
     auto unique = withoutDuplicates(videosData_);
     if (unique.size() != videosData_.size()) {
         const auto before = std::exchange(videosData_, std::move(unique));
-        for (const auto& video : before) {
-            if (!findById(video.id))
-                keepTimeline(video);
-        }
+        keepTimelinesOfDropped(before);
         rebuildFiles();
     }
     const auto encoded = encode(videosData_);
@@ -185,11 +193,14 @@ std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path
     files_.push_back({video, nullptr});
     saveVideosData();
     publish();
-    if (const auto added = fileWith([&](const VideosData& v) { return v.id == video.id; }))
+    if (const auto added = fileWith(hasId(video.id)))
         return added;
-    // Saving dropped the new entry: another bookmark leads to the same file, and its entry stays.
+    // Saving dropped the new entry, because an earlier bookmark of this file has another name.
     const auto path = resolveVideoURL(*bookmark);
-    return fileWith([&](const VideosData& v) { return resolveVideoURL(v.bookmark) == path; });
+    return fileWith([&](const VideosData& known) {
+        return bookmarks_.areOfOneFile(known.bookmark, *bookmark) &&
+               resolveVideoURL(known.bookmark) == path;
+    });
 }
 
 std::optional<FilesFile> VideoFilesManager::addVideoNamed(const std::filesystem::path& file,
@@ -198,7 +209,7 @@ std::optional<FilesFile> VideoFilesManager::addVideoNamed(const std::filesystem:
     if (!added)
         return std::nullopt;
     renameVideo(*added, name);
-    return fileWith(hasBookmark(added->videoData.bookmark));
+    return fileWith(hasId(added->videoData.id));
 }
 
 void VideoFilesManager::appendFile(const FilesFile& file) {
@@ -216,18 +227,25 @@ std::vector<FilesFile> VideoFilesManager::reloadFiles() {
 }
 
 void VideoFilesManager::deleteVideo(const FilesFile& file) {
-    const Bytes bookmark = file.videoData.bookmark;
-    const VideosData* found = findByBookmark(bookmark);
+    const VideosData* found = findById(file.videoData.id);
     if (!found)
         return;
     const VideosData video = *found;
     keepTimeline(video);
     storage_.userDefaults().remove(layout::timelineKey(video.id));
     storage_.deleteTimelineFile(video.id);
-    std::erase_if(videosData_, hasBookmark(bookmark));
+    std::erase_if(videosData_, hasId(video.id));
     rebuildFiles();
     saveVideosData();
     publish();
+}
+
+// Entries may have been dropped from `before` because their id occurs twice; those lose nothing.
+void VideoFilesManager::keepTimelinesOfDropped(const std::vector<VideosData>& before) {
+    for (const auto& video : before) {
+        if (!findById(video.id))
+            keepTimeline(video);
+    }
 }
 
 void VideoFilesManager::keepTimeline(const VideosData& video) {
@@ -239,19 +257,19 @@ void VideoFilesManager::keepTimeline(const VideosData& video) {
 }
 
 void VideoFilesManager::renameVideo(const FilesFile& file, const std::string& name) {
-    const Bytes bookmark = file.videoData.bookmark;
-    change(hasBookmark(bookmark), [&](VideosData& video) { video.customName = name; });
+    const std::string id = file.videoData.id;
+    change(hasId(id), [&](VideosData& video) { video.customName = name; });
 }
 
 void VideoFilesManager::toggleFavorite(const std::string& videoId) {
-    change([&](const VideosData& video) { return video.id == videoId; },
+    change(hasId(videoId),
            [](VideosData& video) { video.isFavorite = !video.isFavorite.value_or(false); });
 }
 
 bool VideoFilesManager::rebindVideo(const std::string& videoId, const std::filesystem::path& file) {
     const auto bookmark = bookmarks_.make(file);
-    return bookmark && change([&](const VideosData& video) { return video.id == videoId; },
-                              [&](VideosData& video) { video.bookmark = *bookmark; });
+    return bookmark &&
+           change(hasId(videoId), [&](VideosData& video) { video.bookmark = *bookmark; });
 }
 
 template <class Matches, class Change>
@@ -285,12 +303,14 @@ std::optional<FilesFile> VideoFilesManager::fileWith(const Matches& matches) con
 }
 
 const VideosData* VideoFilesManager::findById(const std::string& videoId) const {
-    const auto found = std::find_if(videosData_.begin(), videosData_.end(),
-                                    [&](const VideosData& video) { return video.id == videoId; });
+    const auto found = std::find_if(videosData_.begin(), videosData_.end(), hasId(videoId));
     return found == videosData_.end() ? nullptr : &*found;
 }
 
-const VideosData* VideoFilesManager::findByBookmark(const Bytes& bookmark) const {
+const VideosData* VideoFilesManager::findByBookmark(const Bytes& bookmark,
+                                                    const std::string& preferredId) const {
+    if (const VideosData* video = findById(preferredId); video && video->bookmark == bookmark)
+        return video;
     const auto found = std::find_if(videosData_.begin(), videosData_.end(), hasBookmark(bookmark));
     return found == videosData_.end() ? nullptr : &*found;
 }
@@ -298,9 +318,21 @@ const VideosData* VideoFilesManager::findByBookmark(const Bytes& bookmark) const
 std::optional<std::filesystem::path> VideoFilesManager::resolveVideoURL(
     const Bytes& bookmark) const {
     const auto resolved = bookmarks_.resolve(bookmark);
-    if (!resolved)
+    if (!resolved || (resolved->replaced && belongsToAnotherEntry(resolved->path, bookmark)))
         return std::nullopt;
     return resolved->path;
+}
+
+// True if the file at the path is the video of an entry other than those with this bookmark. Marks
+// of one match must not be shown on the film of another.
+bool VideoFilesManager::belongsToAnotherEntry(const std::filesystem::path& file,
+                                              const Bytes& bookmark) const {
+    const auto current = bookmarks_.make(file);
+    return current &&
+           std::any_of(videosData_.begin(), videosData_.end(), [&](const VideosData& video) {
+               return video.bookmark != bookmark &&
+                      bookmarks_.areOfOneFile(video.bookmark, *current);
+           });
 }
 
 std::string VideoFilesManager::displayName(const FilesFile& file) const {

@@ -51,8 +51,12 @@ class VideoFilesManager {
     void setPreview(const std::string& videoId, std::shared_ptr<const ImageBuffer> preview);
 
     const VideosData* findById(const std::string& videoId) const;
-    const VideosData* findByBookmark(
-        const Bytes& bookmark) const;  // byte equality is the only test
+    // The first entry with exactly these bytes. If several entries have them, the one with the
+    // preferred id is found.
+    const VideosData* findByBookmark(const Bytes& bookmark,
+                                     const std::string& preferredId = {}) const;
+    // Absent if the file is not there, or if only its name is there and the file of that name is
+    // the video of another entry.
     std::optional<std::filesystem::path> resolveVideoURL(const Bytes& bookmark) const;
     std::string displayName(const FilesFile& file) const;
 
@@ -61,6 +65,9 @@ class VideoFilesManager {
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();
+    bool belongsToAnotherEntry(const std::filesystem::path& file, const Bytes& bookmark) const;
+    // Leaves rescue records of the entries that `before` has and the list does not have any more.
+    void keepTimelinesOfDropped(const std::vector<VideosData>& before);
     void keepTimeline(const VideosData& video);
     void publish();
     // Edits the matching entries of both lists, saves and publishes; false if there are none.

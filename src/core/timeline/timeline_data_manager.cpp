@@ -52,10 +52,12 @@ TimelineDataManager::TimelineDataManager(InMemoryStorageManager& storage,
         [this](const events::TagUpdated& event) { handleTagUpdated(event); });
 }
 
-void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines loaded) {
+void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines loaded,
+                                       const std::string& videoId) {
     makeIdsUnique(loaded);
     openStep_.clear();
     currentBookmark = bookmark;
+    currentVideoId_ = videoId;
     lines.set(std::move(loaded));
     const bool selects = markupMode_.currentMarkupMode() == MarkupMode::standard && !lines->empty();
     selectedLineID.set(selects ? std::optional(lines->front()->id) : std::nullopt);
@@ -235,7 +237,7 @@ void TimelineDataManager::saveLines() {
 void TimelineDataManager::store() {
     if (!currentBookmark)
         return;
-    if (const VideosData* video = library_.findByBookmark(*currentBookmark))
+    if (const VideosData* video = library_.findByBookmark(*currentBookmark, currentVideoId_))
         storage_.saveTimeline(*lines, video->id);
 }
 

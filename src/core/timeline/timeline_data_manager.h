@@ -57,8 +57,9 @@ class TimelineDataManager {
     Signal<> replaced;                            // another timeline took the place of this one
     Signal<std::string, std::string> tagRenamed;  // tag id, its name from now on
 
-    // Opening a project: bookmark, lines, selection by mode, then the drawings timeline.
-    void openTimeline(const Bytes& bookmark, TimelineLines loaded);
+    // Opening a project: bookmark, lines, selection by mode, then the drawings timeline. The id
+    // decides where the lines are saved if several videos have this bookmark.
+    void openTimeline(const Bytes& bookmark, TimelineLines loaded, const std::string& videoId = {});
     // Puts another timeline in place of this video's, for an import or a rescue, and saves.
     void replaceLines(TimelineLines lines);
 
@@ -111,6 +112,7 @@ class TimelineDataManager {
     EventBus& events_;
     const Texts& texts_;
     DrawingLinks* drawingLinks_ = nullptr;
+    std::string currentVideoId_;
     std::vector<TimelineChange> openStep_;  // taken into the gesture that is being made
     mutable std::unordered_map<Uuid, std::pair<std::size_t, std::size_t>> stampPlaces_;
     mutable bool stampPlacesValid_ = false;

@@ -72,6 +72,28 @@ TYPED_TEST(BookmarksContract, FollowRenamesInTheFolder) {
     EXPECT_EQ(this->bookmarks.make(file), bookmark);
 }
 
+TYPED_TEST(BookmarksContract, LeadToAnotherFileOfTheNameOnlyWithoutTheirOwn) {
+    const auto file = this->kit.create("recording.mp4");
+    const auto bookmark = this->bookmarks.make(file).value();
+    const auto renamed = file.parent_path() / "game1.mp4";
+    this->kit.rename(file, renamed);
+    this->kit.create("recording.mp4");
+    const auto next = this->bookmarks.make(file).value();
+    EXPECT_NE(next, bookmark);
+    EXPECT_FALSE(this->bookmarks.areOfOneFile(next, bookmark));
+    EXPECT_EQ(this->bookmarks.resolve(next)->path, file);
+    const auto found = this->bookmarks.resolve(bookmark);
+    EXPECT_EQ(found->path, renamed);
+    EXPECT_TRUE(found->stale);
+    EXPECT_FALSE(found->replaced);
+    EXPECT_TRUE(this->bookmarks.areOfOneFile(*this->bookmarks.make(renamed), bookmark));
+
+    this->kit.remove(renamed);
+    EXPECT_EQ(this->bookmarks.resolve(bookmark)->path, file);
+    EXPECT_TRUE(this->bookmarks.resolve(bookmark)->replaced);
+    EXPECT_FALSE(this->bookmarks.resolve(next)->replaced);
+}
+
 TYPED_TEST(BookmarksContract, AreAbsentWithoutAFileOrWithoutSense) {
     const auto file = this->kit.create("gone.mp4");
     const auto bookmark = this->bookmarks.make(file).value();

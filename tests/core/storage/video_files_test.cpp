@@ -154,7 +154,7 @@ TEST_F(VideoFiles, EditsReachBothListsTheStoreAndTheScreens) {
     EXPECT_FALSE(library.rebindVideo("1", "/videos/none.mp4"));
     EXPECT_FALSE(library.rebindVideo("2", "/videos/moved.mp4"));
     library.toggleFavorite("2");
-    library.renameVideo({{toBytes("x"), "1", {}, {}}, nullptr}, "no such bookmark");
+    library.renameVideo({{a, "2", {}, {}}, nullptr}, "no such entry");
     EXPECT_EQ(published, 5);
     bookmarks.remove("/videos/moved.mp4");
     EXPECT_EQ(library.displayName(library.files()[0]), "Видео недоступно");
@@ -184,6 +184,23 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
     EXPECT_EQ(published, 0);
     scheduler.advance(30);
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
+}
+
+TEST_F(VideoFiles, EntriesWithEqualBookmarksAreToldApartByTheirIds) {
+    Keeper keeper;
+    library.setDeletedTimelineKeeper(&keeper);
+    const Bytes none;
+    store({{none, "1", "first", {}}, {none, "2", "second", {}}, {none, "3", "third", {}}});
+    storage->saveTimeline(lines(), "1");
+    library.start();
+    library.renameVideo(library.files()[1], "renamed");
+    library.deleteVideo(library.files()[2]);
+    EXPECT_TRUE(keeper.kept.empty());
+    EXPECT_EQ(library.videosData(), (std::vector<VideosData>{{none, "1", "first", false},
+                                                             {none, "2", "renamed", false}}));
+    EXPECT_EQ(library.findByBookmark(none, "2")->id, "2");
+    EXPECT_EQ(library.findByBookmark(none, "gone")->id, "1");
+    expectInStep();
 }
 
 TEST_F(VideoFiles, AnEntryBoundToTheFileOfAnotherGoesButItsTimelineIsKept) {

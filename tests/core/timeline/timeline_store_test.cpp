@@ -219,6 +219,14 @@ TEST_F(TimelineStoreTest, SavesGoToTheVideoOfTheBookmarkOrNowhere) {
     addLine("second");
     EXPECT_EQ(stored().back()->name, "first");
     EXPECT_EQ(project.storage.loadTimeline(second).back()->name, "second");
+    // Two entries of one bookmark have a timeline each.
+    const Bytes bookmark = *store.currentBookmark;
+    std::filesystem::remove(project.folder.path() / "second.mp4");
+    project.library.appendFile({{bookmark, "TWIN", {}, {}}, nullptr});
+    store.openTimeline(bookmark, {}, "TWIN");
+    addLine("of the twin");
+    EXPECT_EQ(project.storage.loadTimeline("TWIN").back()->name, "of the twin");
+    EXPECT_EQ(project.storage.loadTimeline(second).back()->name, "second");
     store.currentBookmark = toBytes("of no video");
     addLine("nowhere");
     EXPECT_THAT(project.storage.loadTimeline(second), SizeIs(2));

@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "adapters/qt/file_bookmarks.h"
+#include "core/records/codec.h"
+#include "core/storage/video_files_manager.h"
+#include "fakes/captured_log.h"
+#include "fakes/fake_texts.h"
+#include "fakes/memory_user_defaults.h"
+#include "fakes/temp_folder.h"
+#include "fakes/virtual_scheduler.h"
+
+namespace tembrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Rescued final : DeletedTimelineKeeper {
+    void saveTimelineBeforeDeletion(const VideosData& video, const TimelineLines& lines) override {
+        timelines.emplace_back(video.id, lines);
+    }
+    std::vector<std::pair<std::string, TimelineLines>> timelines;
+};
+
+// The library over real files, as a recorder leaves them that gives every match the same name.
+struct ReusedNames : testing::Test {
+    TempFolder folder;
+    MemoryUserDefaults defaults;
+    VirtualScheduler scheduler;
+    CapturedLog log;
+    FakeTexts texts;
+    FileBookmarks bookmarks;
+    Rescued rescued;
+    InMemoryStorageManager storage{defaults, scheduler, folder.directories(), log};
+    std::unique_ptr<VideoFilesManager> library = launched();
+
+    std::unique_ptr<VideoFilesManager> launched() {
+        auto started = std::make_unique<VideoFilesManager>(storage, bookmarks, folder.directories(),
+                                                           texts, log);
+        started->setDeletedTimelineKeeper(&rescued);
+        started->start();
+        return started;
+    }
+    fs::path at(const std::string& name) const { return folder.path() / name; }
+    std::string record(const std::string& name) {
+        return library->addVideo(folder.write(name, "film"))->videoData.id;
+    }
+    std::optional<fs::path> fileOf(const std::string& id) const {
+        const VideosData* video = library->findById(id);
+        return video ? library->resolveVideoURL(video->bookmark) : std::nullopt;
+    }
+};
+
+TEST_F(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
+    const auto first = record("recording.mp4");
+    fs::rename(at("recording.mp4"), at("game1.mp4"));
+    const auto second = record("recording.mp4");
+    for (int launches = 0; launches < 2; ++launches, library = launched()) {
+        ASSERT_NE(first, second);
+        EXPECT_EQ(fileOf(first), at("game1.mp4"));
+        EXPECT_EQ(fileOf(second), at("recording.mp4"));
+    }
+    // The renamed file is still the first video, also for a user who adds it again.
+    EXPECT_EQ(library->addVideo(at("game1.mp4"))->videoData.id, first);
+    EXPECT_EQ(library->files().size(), 2u);
+}
+
+TEST_F(ReusedNames, ALaunchFollowsNamesThatWereRotated) {
+    std::map<std::string, std::string> ids;
+    for (const std::string name : {"1.mp4", "2.mp4", "3.mp4"})
+        ids[name] = record(name);
+    fs::rename(at("3.mp4"), at("x.mp4"));
+    fs::rename(at("2.mp4"), at("3.mp4"));
+    fs::rename(at("1.mp4"), at("2.mp4"));
+    fs::rename(at("x.mp4"), at("1.mp4"));
+    library = launched();
+    EXPECT_EQ(fileOf(ids["1.mp4"]), at("2.mp4"));
+    EXPECT_EQ(fileOf(ids["2.mp4"]), at("3.mp4"));
+    EXPECT_EQ(fileOf(ids["3.mp4"]), at("1.mp4"));
+}
+
+TEST_F(ReusedNames, AVideoThatWasMovedAwayDoesNotTakeTheFileOfAnother) {
+    const auto first = record("recording.mp4");
+    fs::create_directory(at("archive"));
+    fs::rename(at("recording.mp4"), at("archive/game1.mp4"));
+    EXPECT_FALSE(fileOf(first));
+    // A file that took its place, such as a repaired copy, counts while no other video owns it.
+    folder.write("recording.mp4", "another");
+    EXPECT_EQ(fileOf(first), at("recording.mp4"));
+    const auto second = record("recording.mp4");
+    for (int launches = 0; launches < 2; ++launches, library = launched()) {
+        EXPECT_NE(first, second);
+        EXPECT_FALSE(fileOf(first));
+        EXPECT_EQ(fileOf(second), at("recording.mp4"));
+    }
+    EXPECT_TRUE(library->rebindVideo(first, at("archive/game1.mp4")));
+    EXPECT_EQ(fileOf(first), at("archive/game1.mp4"));
+}
+
+TEST_F(ReusedNames, ADuplicateThatALaunchDropsLeavesItsMarks) {
+    const auto first = record("match.mp4");
+    const VideosData twin{*bookmarks.make(at("match.mp4")), "TWIN", {}, false};
+    const TimelineLines marks{TimelineLine{Uuid::random(), "Shots", {}, ""}};
+    storage.saveTimeline(marks, twin.id);
+    auto list = library->videosData();
+    list.push_back(twin);
+    defaults.setData("videosData", encode(list).value());
+    library = launched();
+    ASSERT_EQ(library->files().size(), 1u);
+    EXPECT_EQ(library->files()[0].videoData.id, first);
+    EXPECT_EQ(rescued.timelines, (decltype(rescued.timelines){{twin.id, marks}}));
+}
+
+}  // namespace
+}  // namespace tembrix
