@@ -13,12 +13,6 @@
 //
 // This header pulls in RapidJSON: include it from .cpp files that define codecs, not from headers.
 
-#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__)
-// Texts are scanned sixteen bytes at a time. The scan may read, but not use, bytes beyond the end of a text, which the
-// address sanitizer reports.
-#define RAPIDJSON_SSE2
-#endif
-
 #include <array>
 #include <cstdint>
 #include <cstring>

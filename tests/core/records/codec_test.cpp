@@ -42,7 +42,8 @@ TEST(Codec, WritesEveryKeyOfATagInTableOrder) {
     EXPECT_EQ(decode<Tag>(encode(tag).value()).value(), tag);
 }
 
-// Texts that need no escaping are copied eight bytes at a time; one byte must not change that for its neighbors.
+// Texts that need no escaping are copied eight bytes at a time; one byte must not change that for
+// its neighbors.
 TEST(Codec, EveryAsciiCharacterComesBackFromEveryPlaceOfAText) {
     for (char c = 0; c >= 0 && c < 0x7F; ++c) {
         for (std::size_t length : {1, 7, 8, 9, 17}) {
