@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QMenuBar>
 #include <QVBoxLayout>
@@ -225,6 +226,8 @@ Application::~Application() = default;
 void Application::start() {
     parts_ = std::make_unique<Parts>(resources_);
     theme::applyTheme(*qApp);
+    QApplication::setWindowIcon(
+        QIcon(QFile::decodeName((resources_ / "tembrix-stat.svg").c_str())));
     installDialogTexts(*qApp, parts_->language);
     parts_->makeListWindow();
     parts_->listWindow->show();
@@ -251,7 +254,12 @@ std::filesystem::path findResources() {
         QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
     const std::filesystem::path installed = program.parent_path() / "share/tembrix-stat";
     std::error_code ignored;
-    return std::filesystem::exists(installed / "texts", ignored) ? installed : TEMBRIX_RESOURCES;
+    if (std::filesystem::exists(installed / "texts", ignored))
+        return installed;
+    for (auto folder = program; folder.has_relative_path(); folder = folder.parent_path())
+        if (std::filesystem::exists(folder / "resources/texts", ignored))
+            return folder / "resources";
+    return installed;
 }
 
 }  // namespace tembrix

@@ -37,8 +37,7 @@ class Application {
     std::unique_ptr<Parts> parts_;
 };
 
-// Where the resources stand: beside an installed program, or in the source tree that it was built
-// from.
+// The resources of an installed program, or those of the source tree that the program was built in.
 std::filesystem::path findResources();
 
 }  // namespace tembrix
