@@ -3,15 +3,31 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QScreen>
+#include <QShowEvent>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
+#include <optional>
 #include <utility>
 
 namespace tembrix {
 
-// One top-level window. Knows the orchestration only through its callbacks.
+namespace {
+
+// The decoration of a window that is not on screen yet: that of a window which is.
+QMargins usualDecoration() {
+    for (const QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && window->windowType() == Qt::Window && window->windowHandle() &&
+            !window->windowFlags().testFlag(Qt::FramelessWindowHint))
+            return window->windowHandle()->frameMargins();
+    }
+    return {};
+}
+
+}  // namespace
+
+// One top-level window. It reaches the orchestration only through its callbacks.
 class QtWindowFactory::Shell final : public QWidget {
   public:
     explicit Shell(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
@@ -29,7 +45,29 @@ class QtWindowFactory::Shell final : public QWidget {
             call(state);
     }
 
+    // Places the window with its decoration, whose size is certain only some time after the window
+    // is shown. Until then the contents are fitted again whenever the decoration changes.
+    void place(const QRect& frame) {
+        frame_ = frame;
+        fitted_.reset();
+        fit(isVisible() ? windowHandle()->frameMargins() : usualDecoration());
+    }
+
   protected:
+    void showEvent(QShowEvent* event) override {
+        QWidget::showEvent(event);
+        windowHandle()->installEventFilter(this);
+        QTimer::singleShot(settlingTime, this, [this] { frame_.reset(); });
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Expose || event->type() == QEvent::Move ||
+            event->type() == QEvent::Resize)
+            QTimer::singleShot(0, this, [this] {
+                if (isVisible())
+                    fit(windowHandle()->frameMargins());
+            });
+        return false;
+    }
     void closeEvent(QCloseEvent* event) override {
         if (callbacks_.shouldClose && !callbacks_.shouldClose()) {
             event->ignore();
@@ -42,8 +80,19 @@ class QtWindowFactory::Shell final : public QWidget {
     }
 
   private:
+    static constexpr int settlingTime = 2000;  // milliseconds from the show
+
+    void fit(const QMargins& decoration) {
+        if (!frame_ || fitted_ == decoration)
+            return;
+        fitted_ = decoration;
+        setGeometry(frame_->marginsRemoved(decoration));
+    }
+
     Callbacks callbacks_;
     std::function<void()> endSubscriptions_;
+    std::optional<QRect> frame_;      // that the window is to fill
+    std::optional<QMargins> fitted_;  // the decoration that its contents leave free
 };
 
 class QtWindowFactory::Handle final : public ProjectWindow {
@@ -61,13 +110,8 @@ class QtWindowFactory::Handle final : public ProjectWindow {
     }
 
     void setFrame(const Rect& frame) override {
-        const int x = qRound(frame.x);
-        const int y = qRound(frame.y);
-        // The frame includes the decoration, whose size is known only once the window is on screen.
-        const QMargins margins = decoration();
-        shell_->setGeometry(
-            QRect(QPoint(x, y), QPoint(qRound(frame.right()) - 1, qRound(frame.bottom()) - 1))
-                .marginsRemoved(margins));
+        shell_->place(QRect(QPoint(qRound(frame.x), qRound(frame.y)),
+                            QPoint(qRound(frame.right()) - 1, qRound(frame.bottom()) - 1)));
     }
 
     void show() override {
@@ -88,13 +132,6 @@ class QtWindowFactory::Handle final : public ProjectWindow {
         window->activateWindow();
     }
 
-    QMargins decoration() const {
-        const QWindow* window = shell_->windowHandle();
-        const QMargins known = window ? window->frameMargins() : QMargins();
-        return known.isNull() ? QMargins(0, titleBarHeight, 0, 0) : known;
-    }
-
-    static constexpr int titleBarHeight = 28;
     QPointer<Shell> shell_;
 };
 
