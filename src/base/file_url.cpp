@@ -33,7 +33,7 @@ std::optional<std::filesystem::path> pathOfFileUrl(std::string_view url) {
     url.remove_prefix(scheme.size());
     std::string path;
     while (!url.empty()) {
-        unsigned char byte = static_cast<unsigned char>(url.front());
+        auto byte = static_cast<unsigned char>(url.front());
         std::size_t length = 1;
         if (byte == '%') {
             length = 3;

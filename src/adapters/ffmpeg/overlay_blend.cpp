@@ -46,6 +46,12 @@ Box visiblePart(const MovieOverlay& overlay, int width, int height) {
             std::min(height, (box.bottom + 1) & ~1)};
 }
 
+// Where the sample at x, y is in a layer of the width.
+std::size_t placeOf(int x, int y, int width) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+           static_cast<std::size_t>(x);
+}
+
 }  // namespace
 
 OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
@@ -54,8 +60,9 @@ OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
     const auto [kr, kb] = weightsOf(matrix);
     const auto prepare = [](Layer& layer, int x, int y, int w, int h) {
         layer = {x, y, w, h, {}, {}};
-        layer.keep.assign(static_cast<std::size_t>(w * h), 255);
-        layer.add.assign(static_cast<std::size_t>(w * h), 0);
+        const auto pixels = static_cast<std::size_t>(w) * static_cast<std::size_t>(h);
+        layer.keep.assign(pixels, 255);
+        layer.add.assign(pixels, 0);
     };
     prepare(luma_, box.left, box.top, box.right - box.left, box.bottom - box.top);
     for (Layer* chroma : {&blue_, &red_})
@@ -75,10 +82,10 @@ OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
             const auto* p = image.row(imageY) + static_cast<std::size_t>(imageX) * 4;
             const double alpha = p[3];
             const double light = kr * p[0] + (1 - kr - kb) * p[1] + kb * p[2];
-            const auto at = static_cast<std::size_t>(y * luma_.width + x);
+            const auto at = placeOf(x, y, luma_.width);
             luma_.keep[at] = static_cast<std::uint16_t>(255 - p[3]);
             luma_.add[at] = static_cast<std::uint16_t>(std::lround(16 * alpha + 219 * light));
-            const auto quad = static_cast<std::size_t>(y / 2 * blue_.width + x / 2);
+            const auto quad = placeOf(x / 2, y / 2, blue_.width);
             if (quad >= alphas.size() || x / 2 >= blue_.width)
                 continue;
             alphas[quad] += alpha / 4;

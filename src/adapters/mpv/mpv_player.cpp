@@ -36,7 +36,8 @@ bool flagOf(const mpv_event_property& property) {
 
 }  // namespace
 
-MpvPlayer::MpvPlayer(std::filesystem::path file, Media& media, std::shared_ptr<MpvStage> stage)
+MpvPlayer::MpvPlayer(const std::filesystem::path& file, Media& media,
+                     std::shared_ptr<MpvStage> stage)
     : file_(std::filesystem::absolute(file)), media_(media), stage_(std::move(stage)) {
     auto info = media_.probe(file_);
     if (info)

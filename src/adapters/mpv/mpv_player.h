@@ -26,7 +26,7 @@ class MpvStage;
 class MpvPlayer final : public QObject, public Player {
     Q_OBJECT
   public:
-    MpvPlayer(std::filesystem::path file, Media& media, std::shared_ptr<MpvStage> stage);
+    MpvPlayer(const std::filesystem::path& file, Media& media, std::shared_ptr<MpvStage> stage);
     ~MpvPlayer() override;
 
     std::filesystem::path file() const override { return file_; }

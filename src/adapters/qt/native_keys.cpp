@@ -229,7 +229,7 @@ QString charactersOf(const QKeyEvent& event) {
         default:
             break;
     }
-    const auto text = event.text();
+    auto text = event.text();
     if (!text.isEmpty() && text.front().isPrint())
         return text;
     // Ctrl and its like take the text away or make a control character of it.

@@ -13,6 +13,7 @@ namespace {
 template <class Record>
 std::vector<Choice> choicesOf(const std::vector<Record>& records) {
     std::vector<Choice> choices;
+    choices.reserve(records.size());
     for (const auto& record : records)
         choices.push_back({record.name, std::nullopt, false});
     return choices;
@@ -21,6 +22,7 @@ std::vector<Choice> choicesOf(const std::vector<Record>& records) {
 std::vector<Choice> choicesOf(const std::vector<Tag>& tags,
                               const std::function<bool(const Tag&)>& hasAction) {
     std::vector<Choice> choices;
+    choices.reserve(tags.size());
     for (const auto& tag : tags)
         choices.push_back({tag.name, parseHexColor(tag.color), hasAction && hasAction(tag)});
     return choices;
@@ -30,6 +32,7 @@ template <class Record>
 std::vector<Record> recordsAt(const std::vector<Record>& records,
                               const std::vector<std::size_t>& places) {
     std::vector<Record> result;
+    result.reserve(places.size());
     for (const auto place : places)
         result.push_back(records[place]);
     return result;
@@ -76,7 +79,8 @@ MultiChoiceSheet::MultiChoiceSheet(QWidget* parent, const Texts& texts, FocusSta
 }
 
 TagSelectionSheetView::TagSelectionSheetView(QWidget* parent, const Texts& texts,
-                                             FocusStateManager& focus, std::vector<Tag> uniqueTags,
+                                             FocusStateManager& focus,
+                                             const std::vector<Tag>& uniqueTags,
                                              const std::function<bool(const Tag&)>& hasLabels)
     : ChoiceSheet(parent, texts, focus, "selectTagForExport", "exportNoTags",
                   choicesOf(uniqueTags, hasLabels), "clickTagToExport", "exportTagWithLabels") {
@@ -106,7 +110,7 @@ TagSelectionSheetView::TagSelectionSheetView(QWidget* parent, const Texts& texts
 
 LabelSelectionSheetView::LabelSelectionSheetView(QWidget* parent, const Texts& texts,
                                                  FocusStateManager& focus,
-                                                 std::vector<Label> uniqueLabels)
+                                                 const std::vector<Label>& uniqueLabels)
     : ChoiceSheet(parent, texts, focus, "selectLabelForExport", "exportNoLabels",
                   choicesOf(uniqueLabels)) {
     connect(&list(), &ChoiceList::chosen, this, [this, uniqueLabels](std::size_t place) {
@@ -122,7 +126,7 @@ LabelSelectionSheetView::LabelSelectionSheetView(QWidget* parent, const Texts& t
 
 EventSelectionSheetView::EventSelectionSheetView(QWidget* parent, const Texts& texts,
                                                  FocusStateManager& focus,
-                                                 std::vector<TimeEvent> timeEvents)
+                                                 const std::vector<TimeEvent>& timeEvents)
     : ChoiceSheet(parent, texts, focus, "selectEventForExport", "exportNoEvents",
                   choicesOf(timeEvents)) {
     connect(&list(), &ChoiceList::chosen, this, [this, timeEvents](std::size_t place) {

@@ -52,7 +52,7 @@ class TagSelectionSheetView final : public ChoiceSheet {
   public:
     // `hasLabels` tells for which tags the way through the labels makes sense.
     TagSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
-                          std::vector<Tag> uniqueTags,
+                          const std::vector<Tag>& uniqueTags,
                           const std::function<bool(const Tag&)>& hasLabels);
 
     std::function<void(const Tag&)> onSelect;
@@ -63,7 +63,7 @@ class LabelSelectionSheetView final : public ChoiceSheet {
     Q_OBJECT
   public:
     LabelSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
-                            std::vector<Label> uniqueLabels);
+                            const std::vector<Label>& uniqueLabels);
 
     std::function<void(const Label&)> onLabelSelected;
     std::function<void()> onSkip;  // closed without a label
@@ -73,7 +73,7 @@ class EventSelectionSheetView final : public ChoiceSheet {
     Q_OBJECT
   public:
     EventSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
-                            std::vector<TimeEvent> timeEvents);
+                            const std::vector<TimeEvent>& timeEvents);
 
     std::function<void(const TimeEvent&)> onSelect;
 };

@@ -66,7 +66,7 @@ void VideoControlPanelView::addPlayPause(std::function<void()> action) {
     buttons_->addWidget(playPause_);
 }
 
-void VideoControlPanelView::addSpeedMenu(std::function<void(double)> action) {
+void VideoControlPanelView::addSpeedMenu(const std::function<void(double)>& action) {
     speed_ = new QToolButton(controls_);
     speed_->setPopupMode(QToolButton::InstantPopup);
     speed_->setFocusPolicy(Qt::StrongFocus);

@@ -41,7 +41,7 @@ class VideoControlPanelView final : public QWidget {
     void addSeekButton(const char* key, const char* icon, const char* title,
                        std::function<void()> action);
     void addPlayPause(std::function<void()> action);
-    void addSpeedMenu(std::function<void(double)> action);
+    void addSpeedMenu(const std::function<void(double)>& action);
     void addTimes();
 
     const Texts& texts_;
