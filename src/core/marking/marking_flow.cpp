@@ -326,8 +326,9 @@ void MarkingFlow::addStamp(const Tag& tag, TimelineStamp stamp) {
         if (!selected || !timeline_.appendStamp(*selected, std::move(stamp)))
             return;
     } else {
-        const Tag* known = tagLibrary_.tagById(tag.id);
-        if (!known || !timeline_.appendStamp(timeline_.lineForTag(*known), std::move(stamp)))
+        if (const Tag* known = tagLibrary_.tagById(tag.id))
+            timeline_.appendStampForTag(*known, std::move(stamp));
+        else
             timeline_.saveLines();
     }
     events_.post(events::StampCountsChanged{});

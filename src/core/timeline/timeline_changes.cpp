@@ -7,7 +7,8 @@ namespace tembrix {
 
 namespace {
 
-using Inverse = std::optional<TimelineChange>;
+const AppliedChange impossible{false, std::nullopt};
+const AppliedChange unchanged{true, std::nullopt};
 
 std::ptrdiff_t place(std::size_t index, std::size_t size) {
     return static_cast<std::ptrdiff_t>(std::min(index, size));
@@ -30,89 +31,97 @@ std::optional<StampPlace> findPlace(TimelineLines& lines, const Uuid& line, cons
     return StampPlace{&lines[*row], *index};
 }
 
-Inverse apply(TimelineLines& lines, const InsertLine& change) {
+AppliedChange apply(TimelineLines& lines, const InsertLine& change) {
     if (lineIndex(lines, change.line->id))
-        return std::nullopt;
+        return impossible;
     lines.insert(lines.begin() + place(change.index, lines.size()), change.line);
-    return RemoveLine{change.line->id};
+    return {true, RemoveLine{change.line->id}};
 }
 
-Inverse apply(TimelineLines& lines, const RemoveLine& change) {
+AppliedChange apply(TimelineLines& lines, const RemoveLine& change) {
     const auto index = lineIndex(lines, change.line);
     if (!index)
-        return std::nullopt;
+        return impossible;
     const auto at = lines.begin() + static_cast<std::ptrdiff_t>(*index);
     InsertLine inverse{*index, std::move(*at)};
     lines.erase(at);
-    return inverse;
+    return {true, std::move(inverse)};
 }
 
-Inverse apply(TimelineLines& lines, const MoveLine& change) {
+AppliedChange apply(TimelineLines& lines, const MoveLine& change) {
     const auto from = lineIndex(lines, change.line);
     if (!from)
-        return std::nullopt;
+        return impossible;
     const std::size_t to = std::min(change.index, lines.size() - 1);
     if (*from == to)
-        return std::nullopt;
+        return unchanged;
     const auto first = lines.begin() + static_cast<std::ptrdiff_t>(std::min(*from, to));
     const auto last = lines.begin() + static_cast<std::ptrdiff_t>(std::max(*from, to)) + 1;
     std::rotate(first, *from < to ? first + 1 : last - 1, last);
-    return MoveLine{change.line, *from};
+    return {true, MoveLine{change.line, *from}};
 }
 
-Inverse apply(TimelineLines& lines, const RenameLine& change) {
+AppliedChange apply(TimelineLines& lines, const RenameLine& change) {
     const auto index = lineIndex(lines, change.line);
-    if (!index || lines[*index]->name == change.name)
-        return std::nullopt;
+    if (!index)
+        return impossible;
+    if (lines[*index]->name == change.name)
+        return unchanged;
     TimelineLine& line = lines[*index].write();
-    return RenameLine{line.id, std::exchange(line.name, change.name), line.tagIdForMode};
+    return {true, RenameLine{line.id, std::exchange(line.name, change.name), line.tagIdForMode}};
 }
 
-Inverse apply(TimelineLines& lines, const InsertStamp& change) {
+AppliedChange apply(TimelineLines& lines, const InsertStamp& change) {
     const auto row = lineIndex(lines, change.line);
     if (!row || stampIndex(*lines[*row], change.stamp->id))
-        return std::nullopt;
+        return impossible;
     Stamps& stamps = lines[*row].write().stamps;
     stamps.insert(stamps.begin() + place(change.index, stamps.size()), change.stamp);
-    return RemoveStamp{change.line, change.stamp->id};
+    return {true, RemoveStamp{change.line, change.stamp->id}};
 }
 
-Inverse apply(TimelineLines& lines, const RemoveStamp& change) {
+AppliedChange apply(TimelineLines& lines, const RemoveStamp& change) {
     const auto found = findPlace(lines, change.line, change.stamp);
     if (!found)
-        return std::nullopt;
+        return impossible;
     Stamps& stamps = found->line->write().stamps;
     const auto at = stamps.begin() + static_cast<std::ptrdiff_t>(found->index);
     InsertStamp inverse{change.line, found->index, std::move(*at)};
     stamps.erase(at);
-    return inverse;
+    return {true, std::move(inverse)};
 }
 
-Inverse apply(TimelineLines& lines, const SetStampTimes& change) {
+AppliedChange apply(TimelineLines& lines, const SetStampTimes& change) {
     const auto found = findPlace(lines, change.line, change.stamp);
-    if (!found || (found->read().timeStartSeconds == change.start &&
-                   found->read().timeFinishSeconds == change.finish))
-        return std::nullopt;
+    if (!found)
+        return impossible;
+    if (found->read().timeStartSeconds == change.start &&
+        found->read().timeFinishSeconds == change.finish)
+        return unchanged;
     TimelineStamp& stamp = found->write();
-    return SetStampTimes{change.line, change.stamp,
-                         std::exchange(stamp.timeStartSeconds, change.start),
-                         std::exchange(stamp.timeFinishSeconds, change.finish)};
+    return {true, SetStampTimes{change.line, change.stamp,
+                                std::exchange(stamp.timeStartSeconds, change.start),
+                                std::exchange(stamp.timeFinishSeconds, change.finish)}};
 }
 
-Inverse apply(TimelineLines& lines, const SetStampLabels& change) {
+AppliedChange apply(TimelineLines& lines, const SetStampLabels& change) {
     const auto found = findPlace(lines, change.line, change.stamp);
-    if (!found || found->read().labels == change.labels)
-        return std::nullopt;
-    return SetStampLabels{change.line, change.stamp,
-                          std::exchange(found->write().labels, change.labels)};
+    if (!found)
+        return impossible;
+    if (found->read().labels == change.labels)
+        return unchanged;
+    return {true, SetStampLabels{change.line, change.stamp,
+                                 std::exchange(found->write().labels, change.labels)}};
 }
 
-Inverse apply(TimelineLines& lines, const SetStampTimeEvents& change) {
+AppliedChange apply(TimelineLines& lines, const SetStampTimeEvents& change) {
     const auto found = findPlace(lines, change.line, change.stamp);
-    if (!found || found->read().timeEvents == change.events)
-        return std::nullopt;
-    return SetStampTimeEvents{change.line, change.stamp,
-                              std::exchange(found->write().timeEvents, change.events)};
+    if (!found)
+        return impossible;
+    if (found->read().timeEvents == change.events)
+        return unchanged;
+    return {true, SetStampTimeEvents{change.line, change.stamp,
+                                     std::exchange(found->write().timeEvents, change.events)}};
 }
 
 bool renameStamp(Cow<TimelineStamp>& stamp, const std::string& tagId, const std::string& name) {
@@ -124,18 +133,8 @@ bool renameStamp(Cow<TimelineStamp>& stamp, const std::string& tagId, const std:
 
 }  // namespace
 
-std::optional<TimelineChange> applyChange(TimelineLines& lines, const TimelineChange& change) {
+AppliedChange applyChange(TimelineLines& lines, const TimelineChange& change) {
     return std::visit([&](const auto& kind) { return apply(lines, kind); }, change);
-}
-
-std::vector<TimelineChange> applyChanges(TimelineLines& lines,
-                                         const std::vector<TimelineChange>& changes) {
-    std::vector<TimelineChange> inverses;
-    for (const TimelineChange& change : changes)
-        if (auto inverse = applyChange(lines, change))
-            inverses.push_back(std::move(*inverse));
-    std::reverse(inverses.begin(), inverses.end());
-    return inverses;
 }
 
 bool renameTagIn(Cow<TimelineLine>& line, const std::string& tagId, const std::string& name) {
@@ -175,7 +174,7 @@ std::optional<std::size_t> lineIndex(const TimelineLines& lines, const Uuid& lin
 }
 
 std::optional<std::size_t> stampIndex(const TimelineLine& line, const Uuid& stamp) {
-    // From the end: what is changed or taken back is most often what was made last.
+    // From the end: the stamp that is changed or undone is most often the newest one.
     for (std::size_t i = line.stamps.size(); i-- > 0;)
         if (line.stamps[i]->id == stamp)
             return i;

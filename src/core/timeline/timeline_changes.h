@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <variant>
@@ -12,9 +14,11 @@
 
 namespace tembrix {
 
-// The small changes of which every edit of the timelines is made. Each names what it touches by id
-// and carries only what it changes, so that thousands of them cost little, and each can be taken
-// back by another one.
+// The small changes of which every edit of the timelines consists. Each names what it changes by id
+// and contains only the changed data, so that thousands of them are cheap to keep. Each has an
+// inverse, which is another small change.
+constexpr std::size_t atEnd = std::numeric_limits<std::size_t>::max();
+
 struct InsertLine {
     std::size_t index = 0;
     Cow<TimelineLine> line;
@@ -24,7 +28,7 @@ struct RemoveLine {
 };
 struct MoveLine {
     Uuid line;
-    std::size_t index = 0;  // where the line stands afterwards
+    std::size_t index = 0;  // of the line afterwards
 };
 struct RenameLine {
     Uuid line;
@@ -59,20 +63,20 @@ struct SetStampTimeEvents {
 using TimelineChange = std::variant<InsertLine, RemoveLine, MoveLine, RenameLine, InsertStamp,
                                     RemoveStamp, SetStampTimes, SetStampLabels, SetStampTimeEvents>;
 
-// Applies the change and gives the one that takes it back. Nothing, and no change, if what it names
-// is not there or already stands as the change would have it.
-std::optional<TimelineChange> applyChange(TimelineLines& lines, const TimelineChange& change);
+// A change is impossible if the line or the stamp that it names does not exist, or if what it
+// inserts exists already. It has an inverse if it changed something.
+struct AppliedChange {
+    bool possible = false;
+    std::optional<TimelineChange> inverse;
+};
+AppliedChange applyChange(TimelineLines& lines, const TimelineChange& change);
 
-// Applies them in order; the result, applied in its own order, takes them all back.
-std::vector<TimelineChange> applyChanges(TimelineLines& lines,
-                                         const std::vector<TimelineChange>& changes);
-
-// What a change carries follows a tag's new name as the lines themselves do.
+// Passes a tag's new name on to what the change would insert or set.
 void renameTagIn(TimelineChange& change, const std::string& tagId, const std::string& name);
 // True if the line or one of its stamps had another name.
 bool renameTagIn(Cow<TimelineLine>& line, const std::string& tagId, const std::string& name);
 
-// The stamp of a saved drawing, as against a mark made with a tag.
+// True for the stamp of a saved drawing, false for a stamp made with a tag.
 bool isDrawingStamp(const TimelineStamp& stamp);
 
 std::optional<std::size_t> lineIndex(const TimelineLines& lines, const Uuid& line);

@@ -13,8 +13,8 @@ namespace tembrix {
 
 namespace {
 
-// A document written by another hand may repeat an id; the later record gets a fresh one, so that
-// every edit finds exactly one.
+// A document from another program may repeat an id. The later record gets a new one, so that an id
+// names exactly one line or stamp.
 void makeIdsUnique(TimelineLines& lines) {
     std::unordered_set<Uuid> lineIds;
     std::unordered_set<Uuid> stampIds;
@@ -47,7 +47,10 @@ TimelineDataManager::TimelineDataManager(InMemoryStorageManager& storage,
       markupMode_(markupMode),
       events_(events),
       texts_(texts) {
-    linesChanged_ = lines.observe([this](const TimelineLines&) { stampPlacesValid_ = false; });
+    linesChanged_ = lines.observe([this](const TimelineLines&) {
+        ++revision_;
+        stampPlacesValid_ = false;
+    });
     tagUpdated_ = events_.observe<events::TagUpdated>(
         [this](const events::TagUpdated& event) { handleTagUpdated(event); });
 }
@@ -55,7 +58,6 @@ TimelineDataManager::TimelineDataManager(InMemoryStorageManager& storage,
 void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines loaded,
                                        const std::string& videoId) {
     makeIdsUnique(loaded);
-    openStep_.clear();
     currentBookmark = bookmark;
     currentVideoId_ = videoId;
     lines.set(std::move(loaded));
@@ -68,14 +70,39 @@ void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines load
 
 void TimelineDataManager::replaceLines(TimelineLines replacement) {
     makeIdsUnique(replacement);
-    openStep_.clear();
-    lines.set(std::move(replacement));
-    ensureDrawingsTimeline();
-    if (selectedLineID.get() && !findLine(*selectedLineID.get()))
-        selectedLineID.set(std::nullopt);
-    store();
+    auto edit = begin();
+    edit.replaceLines(std::move(replacement));
+    edit.putDrawingsFirst(drawingsName());
+    if (edit.selectedLine() && !lineIndex(edit.lines(), *edit.selectedLine()))
+        edit.selectLine(std::nullopt);
+    commit(edit);
     replaced.emit();
     events_.post(events::StampCountsChanged{});
+}
+
+TimelineTransaction TimelineDataManager::begin() const {
+    return {lines.get(), selectedLineID.get(), revision_};
+}
+
+bool TimelineDataManager::commit(const TimelineTransaction& edit, std::string_view stepName,
+                                 Saving saving) {
+    if (edit.failed() || edit.revision() != revision_)
+        return false;
+    if (saving == Saving::now)
+        save(edit.lines());
+    // The selected line exists whenever an observer is notified.
+    const bool selects = edit.selectedLine() != selectedLineID.get();
+    if (selects && !edit.selectedLine())
+        selectedLineID.set(std::nullopt);
+    if (edit.changed())
+        lines.set(edit.lines());
+    if (selects && edit.selectedLine())
+        selectedLineID.set(edit.selectedLine());
+    auto inverses = edit.inverses();
+    if (!stepName.empty() && !inverses.empty())
+        edited.emit(
+            {stepName, std::move(inverses), edit.selectedLineBefore(), edit.selectedLine()});
+    return true;
 }
 
 void TimelineDataManager::selectLine(const Uuid& line) {
@@ -86,41 +113,33 @@ void TimelineDataManager::selectLine(const Uuid& line) {
 void TimelineDataManager::addLine(const std::string& name) {
     if (markupMode_.currentMarkupMode() != MarkupMode::standard)
         return;
-    const auto selected = selectedLineID.get();
+    auto edit = begin();
     const Uuid id = Uuid::random();
-    addToStep(change({InsertLine{lines->size(), TimelineLine{id, name, {}, {}}}}));
-    selectedLineID.set(id);
-    endStep("timelineStepAddTimeline", selected);
-}
-
-Uuid TimelineDataManager::lineForTag(const Tag& tag) {
-    for (const auto& line : *lines)
-        if (line->tagIdForMode == tag.id)
-            return line->id;
-    const Uuid id = Uuid::random();
-    addToStep(change({InsertLine{lines->size(), TimelineLine{id, tag.name, {}, tag.id}}}));
-    return id;
+    edit.make(InsertLine{atEnd, TimelineLine{id, name, {}, {}}});
+    edit.selectLine(id);
+    commit(edit, "timelineStepAddTimeline");
 }
 
 void TimelineDataManager::deleteLine(const Uuid& line) {
     if (line == drawingsLineId())
         return;
-    const auto selected = selectedLineID.get();
+    auto edit = begin();
     const TimelineLine* found = findLine(line);
     const bool countsChange = found && !found->stamps.empty();
-    if (selected == line)
-        selectedLineID.set(std::nullopt);
-    addToStep(change({RemoveLine{line}}));
-    endStep("timelineStepDeleteTimeline", selected);
+    if (edit.selectedLine() == line)
+        edit.selectLine(std::nullopt);
+    edit.makeIfPossible(RemoveLine{line});
+    commit(edit, "timelineStepDeleteTimeline");
     if (countsChange)
         events_.post(events::StampCountsChanged{});
 }
 
 void TimelineDataManager::renameLine(const Uuid& line, const std::string& name) {
-    if (line == drawingsLineId() || !findLine(line))
+    if (line == drawingsLineId())
         return;
-    addToStep(change({RenameLine{line, name, {}}}));
-    endStep("timelineStepRenameTimeline", selectedLineID.get());
+    auto edit = begin();
+    edit.make(RenameLine{line, name, {}});
+    commit(edit, "timelineStepRenameTimeline");
 }
 
 void TimelineDataManager::moveLine(const Uuid& line, const std::optional<Uuid>& above) {
@@ -131,64 +150,55 @@ void TimelineDataManager::moveLine(const Uuid& line, const std::optional<Uuid>& 
     const std::size_t index = *target - (*source < *target ? 1 : 0);
     if (lines->front()->id == drawingsLineId() && (*source == 0 || index == 0))
         return;
-    auto inverses = change({MoveLine{line, index}});
-    if (!inverses.empty())
-        edited.emit({"timelineStepReorderTimelines", std::move(inverses), selectedLineID.get(),
-                     selectedLineID.get()});
+    auto edit = begin();
+    edit.make(MoveLine{line, index});
+    commit(edit, "timelineStepReorderTimelines", Saving::withNextEdit);
 }
 
 bool TimelineDataManager::appendStamp(const Uuid& line, TimelineStamp stamp) {
-    const TimelineLine* found = findLine(line);
-    if (!found)
-        return false;
-    const bool drawing = line == drawingsLineId() && isDrawingStamp(stamp);
-    auto inverses = change({InsertStamp{line, found->stamps.size(), std::move(stamp)}});
-    if (drawing)
-        store();  // its files stay whatever is taken back, and so does the stamp
-    else {
-        addToStep(std::move(inverses));
-        endStep("timelineStepMark", selectedLineID.get());
-    }
-    return true;
+    // A drawing's files are not removed by undo, so its stamp must not be removed either.
+    const bool isStep = line != drawingsLineId() || !isDrawingStamp(stamp);
+    auto edit = begin();
+    edit.make(InsertStamp{line, atEnd, std::move(stamp)});
+    return commit(edit, isStep ? "timelineStepMark" : "");
+}
+
+void TimelineDataManager::appendStampForTag(const Tag& tag, TimelineStamp stamp) {
+    auto edit = begin();
+    const Uuid line = edit.lineForTag(tag);
+    edit.make(InsertStamp{line, atEnd, std::move(stamp)});
+    commit(edit, "timelineStepMark");
 }
 
 void TimelineDataManager::removeStamp(const Uuid& line, const Uuid& stamp) {
     const TimelineLine* found = findLine(line);
     if (!found)
         return;
-    bool filesGone = false;
+    bool filesRemoved = false;
     if (const auto index = stampIndex(*found, stamp); index && line == drawingsLineId()) {
         const TimelineStamp& removed = *found->stamps[*index];
-        filesGone = isDrawingStamp(removed);
+        filesRemoved = isDrawingStamp(removed);
         if (drawingLinks_)
             drawingLinks_->deleteDrawingFiles(std::string(removed.label));
     }
-    auto inverses = change({RemoveStamp{line, stamp}});
-    if (filesGone)
-        store();
-    else {
-        addToStep(std::move(inverses));
-        endStep("timelineStepDeleteTag", selectedLineID.get());
-    }
+    auto edit = begin();
+    edit.makeIfPossible(RemoveStamp{line, stamp});
+    commit(edit, filesRemoved ? "" : "timelineStepDeleteTag");
     events_.post(events::StampCountsChanged{});
 }
 
 void TimelineDataManager::setStampLabels(const Uuid& line, const Uuid& stamp,
                                          std::vector<std::string> labels) {
-    const TimelineLine* found = findLine(line);
-    if (!found || !stampIndex(*found, stamp))
-        return;
-    addToStep(change({SetStampLabels{line, stamp, std::move(labels)}}));
-    endStep("timelineStepEditLabels", selectedLineID.get());
+    auto edit = begin();
+    edit.make(SetStampLabels{line, stamp, std::move(labels)});
+    commit(edit, "timelineStepEditLabels");
 }
 
 void TimelineDataManager::setStampTimeEvents(const Uuid& line, const Uuid& stamp,
                                              std::vector<std::string> events) {
-    const TimelineLine* found = findLine(line);
-    if (!found || !stampIndex(*found, stamp))
-        return;
-    addToStep(change({SetStampTimeEvents{line, stamp, std::move(events)}}));
-    endStep("timelineStepEditTimeEvents", selectedLineID.get());
+    auto edit = begin();
+    edit.make(SetStampTimeEvents{line, stamp, std::move(events)});
+    commit(edit, "timelineStepEditTimeEvents");
 }
 
 void TimelineDataManager::updateStampTimes(const Uuid& line, const Uuid& stamp,
@@ -204,97 +214,65 @@ void TimelineDataManager::updateStampTimes(const Uuid& line, const Uuid& stamp,
         times.start = std::min(*start, times.finish - minStampLength);
     if (finish)
         times.finish = std::max(*finish, times.start + minStampLength);
-    addToStep(change({times}));
-    endStep("timelineStepResizeTag", selectedLineID.get());
+    auto edit = begin();
+    edit.make(times);
+    commit(edit, "timelineStepResizeTag");
     if (drawingLinks_)
         drawingLinks_->checkLinksAfterResize(stamp, times.start, times.finish);
 }
 
 void TimelineDataManager::moveStamp(const StampDragInfo& drag, const Uuid& targetLine) {
     const TimelineLine* source = findLine(drag.lineID);
-    const TimelineLine* target = findLine(targetLine);
-    if (!source || !target || source == target)
-        return;
-    const auto index = stampIndex(*source, drag.stampID);
-    if (!index)
+    const auto index = source ? stampIndex(*source, drag.stampID) : std::nullopt;
+    if (!index || drag.lineID == targetLine)
         return;
     TimelineStamp copy = *source->stamps[*index];
     copy.id = Uuid::random();
     copy.isActiveForMapView.reset();
-    addToStep(change({InsertStamp{targetLine, target->stamps.size(), std::move(copy)},
-                      RemoveStamp{drag.lineID, drag.stampID}}));
-    endStep("timelineStepMoveTag", selectedLineID.get());
+    auto edit = begin();
+    edit.make(InsertStamp{targetLine, atEnd, std::move(copy)});
+    edit.make(RemoveStamp{drag.lineID, drag.stampID});
+    commit(edit, "timelineStepMoveTag");
 }
 
 void TimelineDataManager::saveLines() {
-    // A line made for a tag that got no stamp after all is a step of its own.
-    if (openStep_.empty())
-        store();
-    else
-        endStep("timelineStepAddTimeline", selectedLineID.get());
+    save(*lines);
 }
 
-void TimelineDataManager::store() {
+void TimelineDataManager::save(const TimelineLines& saved) {
     if (!currentBookmark)
         return;
     if (const VideosData* video = library_.findByBookmark(*currentBookmark, currentVideoId_))
-        storage_.saveTimeline(*lines, video->id);
+        storage_.saveTimeline(saved, video->id);
 }
 
 Uuid TimelineDataManager::ensureDrawingsTimeline() {
-    const Uuid id = drawingsLineId();
-    const auto index = lineIndex(*lines, id);
-    if (index == 0u)
-        return id;
-    if (index)
-        change({MoveLine{id, 0}});
-    else
-        change({InsertLine{
-            0, TimelineLine{id, firstUpperCased(texts_.text("drawingsTimelineName")), {}, {}}}});
-    store();
-    return id;
+    auto edit = begin();
+    edit.putDrawingsFirst(drawingsName());
+    if (edit.changed())
+        commit(edit);
+    return drawingsLineId();
 }
 
-std::vector<TimelineChange> TimelineDataManager::change(
-    const std::vector<TimelineChange>& changes) {
-    // The list of lines is copied, not the lines: no observer sees an edit half made.
-    TimelineLines changed = *lines;
-    auto inverses = applyChanges(changed, changes);
-    if (!inverses.empty())
-        lines.set(std::move(changed));
-    return inverses;
+std::string TimelineDataManager::drawingsName() const {
+    return firstUpperCased(texts_.text("drawingsTimelineName"));
 }
 
-void TimelineDataManager::addToStep(std::vector<TimelineChange> inverses) {
-    // What was done last is taken back first.
-    inverses.insert(inverses.end(), std::make_move_iterator(openStep_.begin()),
-                    std::make_move_iterator(openStep_.end()));
-    openStep_ = std::move(inverses);
-}
-
-void TimelineDataManager::endStep(std::string_view name, std::optional<Uuid> selectionBefore) {
-    store();
-    auto step = std::exchange(openStep_, {});
-    if (!step.empty())
-        edited.emit({name, std::move(step), selectionBefore, selectedLineID.get()});
-}
-
-TimelineEdit TimelineDataManager::takeBack(const TimelineEdit& edit) {
-    TimelineEdit again{edit.name, change(withDrawingsThatExist(edit.changes)), edit.selectionAfter,
-                       edit.selectionBefore};
+TimelineStep TimelineDataManager::undoStep(const TimelineStep& step) {
+    auto edit = begin();
+    for (const TimelineChange& change : withDrawingsThatExist(step.changes))
+        edit.makeIfPossible(change);
+    TimelineStep again{step.name, edit.inverses(), step.selectionAfter, step.selectionBefore};
     if (again.changes.empty())
         return again;
 
-    // The selection goes back as well, unless the user has selected something else since.
-    auto selected = selectedLineID.get();
-    if (selected == edit.selectionAfter)
-        selected = edit.selectionBefore;
-    if (selected && !findLine(*selected))
-        selected.reset();
-    if (selected != selectedLineID.get())
-        selectedLineID.set(selected);
+    // The selection is restored as well, unless the user has selected another line since.
+    if (edit.selectedLine() == step.selectionAfter)
+        edit.selectLine(step.selectionBefore);
+    if (edit.selectedLine() && !lineIndex(edit.lines(), *edit.selectedLine()))
+        edit.selectLine(std::nullopt);
+    commit(edit);
 
-    store();
     if (drawingLinks_)
         for (const TimelineChange& made : again.changes)
             if (const auto* times = std::get_if<SetStampTimes>(&made))
@@ -352,14 +330,10 @@ void TimelineDataManager::handleTagUpdated(const events::TagUpdated& event) {
         return;
     const std::string name = event.newName.value_or(tag->name);
     const std::string tagId = *event.tagId;
-    TimelineLines renamed = *lines;
-    bool changed = false;
-    for (auto& line : renamed)
-        changed |= renameTagIn(line, tagId, name);
-    if (changed) {
-        lines.set(std::move(renamed));
-        store();
-    }
+    auto edit = begin();
+    edit.renameTag(tagId, name);
+    if (edit.changed())
+        commit(edit);
     tagRenamed.emit(tagId, name);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,20 +25,12 @@
 #include "core/timeline/drawing_links.h"
 #include "core/timeline/markup_mode_store.h"
 #include "core/timeline/timeline_changes.h"
+#include "core/timeline/timeline_transaction.h"
 
 namespace tembrix {
 
-// One gesture of the user on the timelines: the changes that take it back, in their order.
-struct TimelineEdit {
-    std::string_view name;  // text key
-    std::vector<TimelineChange> changes;
-    // The selection of the line before and after the gesture.
-    std::optional<Uuid> selectionBefore;
-    std::optional<Uuid> selectionAfter;
-};
-
-// The single owner of the timelines of the open video. Every change of a line or a stamp goes
-// through it and ends in a save. Main thread only.
+// The single owner of the timelines of the open video. Every edit of a line or a stamp is a
+// transaction: begin(), small changes, commit(). Main thread only.
 class TimelineDataManager {
   public:
     static constexpr double minStampLength = 0.5;  // seconds, after a resize
@@ -53,27 +46,37 @@ class TimelineDataManager {
     Published<std::optional<Uuid>> selectedStampID;
     std::optional<Bytes> currentBookmark;
 
-    Signal<TimelineEdit> edited;                  // after each gesture that changed something
-    Signal<> replaced;                            // another timeline took the place of this one
-    Signal<std::string, std::string> tagRenamed;  // tag id, its name from now on
+    Signal<TimelineStep> edited;  // after each edit of the user that changed something
+    Signal<> replaced;            // after another timeline was opened or put in place of this one
+    Signal<std::string, std::string> tagRenamed;  // tag id, new name
 
     // Opening a project: bookmark, lines, selection by mode, then the drawings timeline. The id
     // decides where the lines are saved if several videos have this bookmark.
     void openTimeline(const Bytes& bookmark, TimelineLines loaded, const std::string& videoId = {});
-    // Puts another timeline in place of this video's, for an import or a rescue, and saves.
+    // Replaces the timeline of this video, after an import or a restore, and saves it.
     void replaceLines(TimelineLines lines);
+
+    TimelineTransaction begin() const;
+    enum class Saving { now, withNextEdit };
+    // Carries out an edit: saves the lines, publishes them and the selection, and records the edit
+    // as a step of the history under this text key; without a key it is not a step. False, and
+    // nothing is changed or saved, if the edit has failed or if the lines were changed since
+    // begin().
+    bool commit(const TimelineTransaction& edit, std::string_view stepName = {},
+                Saving saving = Saving::now);
 
     void selectLine(const Uuid& line);
     void addLine(const std::string& name);
-    Uuid lineForTag(const Tag& tag);  // made if missing; does not save
-    // The drawings timeline can be neither deleted, renamed nor moved from its first place.
+    // The drawings timeline cannot be deleted or renamed, and remains the first one.
     void deleteLine(const Uuid& line);
     void renameLine(const Uuid& line, const std::string& name);
-    // Moves a line directly above another, or below all without one; does not save by itself.
+    // Moves a line directly above another one, or below all if none is given. The new order is
+    // saved with the next edit.
     void moveLine(const Uuid& line, const std::optional<Uuid>& above);
 
-    // Appends and saves; false if there is no such line.
-    bool appendStamp(const Uuid& line, TimelineStamp stamp);
+    bool appendStamp(const Uuid& line, TimelineStamp stamp);  // false if there is no such line
+    // Appends to the line of this tag, which is made with it if there is none.
+    void appendStampForTag(const Tag& tag, TimelineStamp stamp);
     void removeStamp(const Uuid& line, const Uuid& stamp);
     void setStampLabels(const Uuid& line, const Uuid& stamp, std::vector<std::string> labels);
     void setStampTimeEvents(const Uuid& line, const Uuid& stamp, std::vector<std::string> events);
@@ -84,9 +87,9 @@ class TimelineDataManager {
     void saveLines();
     Uuid ensureDrawingsTimeline();
 
-    // Takes an edit back and saves; gives the edit that does it again. Stamps of drawings come back
-    // only if their drawing is there. Without changes in the result nothing was left to take back.
-    TimelineEdit takeBack(const TimelineEdit& edit);
+    // Undoes a step and saves; returns the step that repeats it. Stamps of drawings are restored
+    // only if their drawing exists. The result has no changes if nothing was left to undo.
+    TimelineStep undoStep(const TimelineStep& step);
 
     // Null for an unknown id; valid until the lines change.
     const TimelineLine* findLine(const Uuid& line) const;
@@ -98,11 +101,8 @@ class TimelineDataManager {
 
   private:
     void handleTagUpdated(const events::TagUpdated& event);
-    // Makes the changes and tells the observers of the lines once; gives what takes them back.
-    std::vector<TimelineChange> change(const std::vector<TimelineChange>& changes);
-    void addToStep(std::vector<TimelineChange> inverses);
-    void endStep(std::string_view name, std::optional<Uuid> selectionBefore);
-    void store();
+    void save(const TimelineLines& lines);
+    std::string drawingsName() const;
     std::vector<TimelineChange> withDrawingsThatExist(std::vector<TimelineChange> changes) const;
 
     InMemoryStorageManager& storage_;
@@ -113,7 +113,7 @@ class TimelineDataManager {
     const Texts& texts_;
     DrawingLinks* drawingLinks_ = nullptr;
     std::string currentVideoId_;
-    std::vector<TimelineChange> openStep_;  // taken into the gesture that is being made
+    std::uint64_t revision_ = 0;  // counts the changes of `lines`
     mutable std::unordered_map<Uuid, std::pair<std::size_t, std::size_t>> stampPlaces_;
     mutable bool stampPlacesValid_ = false;
     Subscription linesChanged_;

@@ -17,18 +17,18 @@ void setIfChanged(Published<T>& published, T value) {
 }  // namespace
 
 TimelineHistory::TimelineHistory(TimelineDataManager& timeline) : timeline_(timeline) {
-    edited_ = timeline_.edited.observe([this](const TimelineEdit& step) { record(step); });
+    edited_ = timeline_.edited.observe([this](const TimelineStep& step) { record(step); });
     replaced_ = timeline_.replaced.observe([this] { clear(); });
     tagRenamed_ = timeline_.tagRenamed.observe(
         [this](const std::string& tagId, const std::string& name) { renameTag(tagId, name); });
 }
 
 void TimelineHistory::undo() {
-    take(undo_, redo_);
+    move(undo_, redo_);
 }
 
 void TimelineHistory::redo() {
-    take(redo_, undo_);
+    move(redo_, undo_);
 }
 
 void TimelineHistory::clear() {
@@ -37,7 +37,7 @@ void TimelineHistory::clear() {
     publish();
 }
 
-void TimelineHistory::record(const TimelineEdit& step) {
+void TimelineHistory::record(const TimelineStep& step) {
     redo_.clear();
     undo_.push_back(step);
     if (undo_.size() > maxSteps)
@@ -45,16 +45,16 @@ void TimelineHistory::record(const TimelineEdit& step) {
     publish();
 }
 
-void TimelineHistory::take(Steps& from, Steps& to) {
-    // A step whose stamps are all gone, deleted with their drawings, has nothing left to do: one
-    // press takes the next that has.
-    bool taken = false;
-    while (!taken && !from.empty()) {
-        const TimelineEdit step = std::move(from.back());
+void TimelineHistory::move(Steps& from, Steps& to) {
+    // A step may have nothing left to undo, for example if its drawings were deleted since. It is
+    // dropped, and the next one is undone instead.
+    bool undone = false;
+    while (!undone && !from.empty()) {
+        const TimelineStep step = std::move(from.back());
         from.pop_back();
-        TimelineEdit again = timeline_.takeBack(step);
-        taken = !again.changes.empty();
-        if (taken)
+        TimelineStep again = timeline_.undoStep(step);
+        undone = !again.changes.empty();
+        if (undone)
             to.push_back(std::move(again));
     }
     publish();
@@ -62,7 +62,7 @@ void TimelineHistory::take(Steps& from, Steps& to) {
 
 void TimelineHistory::renameTag(const std::string& tagId, const std::string& name) {
     for (Steps* steps : {&undo_, &redo_})
-        for (TimelineEdit& step : *steps)
+        for (TimelineStep& step : *steps)
             for (TimelineChange& change : step.changes)
                 renameTagIn(change, tagId, name);
 }

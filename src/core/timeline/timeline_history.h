@@ -8,31 +8,31 @@
 #include "base/published.h"
 
 #include "core/timeline/timeline_data_manager.h"
+#include "core/timeline/timeline_transaction.h"
 
 namespace tembrix {
 
-// Undo and redo of everything that the user does to the lines and stamps of the open project. One
-// gesture is one step; a step holds only the changes that take it back. Another project or another
-// timeline in its place ends the history.
+// Undo and redo of all edits of the lines and stamps of the open project. Each edit is one step,
+// which keeps only the changes that undo it. Opening another project or replacing the timeline
+// clears the history.
 //
-// Drawings. A drawing is a stamp on the drawings timeline and two files, and the two stay together:
-// saving a drawing and deleting one are no steps and can not be taken back, because the files do
-// not come back; other steps go on around them. A step that would put the stamp of a drawing back,
-// onto any line, does so only while the drawing exists, and else leaves that stamp out and does the
-// rest. Links of drawings to a stamp are checked again when undo changes its times; a link that
-// was lost stays lost.
+// Drawings: a drawing is a stamp on the drawings timeline and two files, which must not be
+// separated. Saving and deleting a drawing cannot be undone, because the files would not come back;
+// neither is a step. A step that would restore the stamp of a drawing, on any line, restores it
+// only while the drawing exists; the rest of the step is undone all the same. The links of drawings
+// to a stamp are checked again when undo changes the stamp's times; a lost link is not restored.
 //
-// A tag's new name is no step either: it reaches the steps, so that what comes back bears it.
-// Main thread only.
+// Renaming a tag is not a step either. The new name is entered into all steps, so that restored
+// stamps and lines have it. Main thread only.
 class TimelineHistory {
   public:
-    static constexpr std::size_t maxSteps = 2000;  // the oldest step goes first
+    static constexpr std::size_t maxSteps = 2000;  // the oldest ones are dropped
 
     explicit TimelineHistory(TimelineDataManager& timeline);
 
     Published<bool> canUndo{false};
     Published<bool> canRedo{false};
-    // The text keys of the steps that the buttons would take, for their help.
+    // The text keys of the next steps to undo and redo, for the help of the buttons.
     Published<std::optional<std::string>> undoName;
     Published<std::optional<std::string>> redoName;
 
@@ -41,10 +41,10 @@ class TimelineHistory {
     void clear();
 
   private:
-    using Steps = std::deque<TimelineEdit>;
+    using Steps = std::deque<TimelineStep>;
 
-    void record(const TimelineEdit& step);
-    void take(Steps& from, Steps& to);
+    void record(const TimelineStep& step);
+    void move(Steps& from, Steps& to);
     void renameTag(const std::string& tagId, const std::string& name);
     void publish();
 

@@ -182,11 +182,14 @@ TEST_F(TimelineStoreTest, RemovingADrawingRemovesItsFilesAndNoOtherStampDoes) {
 
 TEST_F(TimelineStoreTest, ARenamedTagReachesItsStampsAndItsLine) {
     const Tag tag = project.tagLibrary.merged->tags.front();
-    const Uuid own = store.lineForTag(tag);
-    EXPECT_EQ(store.lineForTag(tag), own);
+    const TimelineStamp marked = makeStamp(1, 2, tag.id);
+    store.appendStampForTag(tag, marked);
+    store.appendStampForTag(tag, makeStamp(2, 3, tag.id));
+    ASSERT_THAT(*store.lines, SizeIs(2));
+    const Uuid own = store.lines->back()->id;
+    EXPECT_EQ(store.findLine(own)->name, tag.name);
+    EXPECT_THAT(store.findLine(own)->stamps, SizeIs(2));
     const Uuid other = addLine("By hand");
-    TimelineStamp marked = makeStamp(1, 2, tag.id);
-    store.appendStamp(own, marked);
     TimelineStamp elsewhere = makeStamp(3, 4, tag.id);
     elsewhere.colorHex = "123456";
     store.appendStamp(other, elsewhere);

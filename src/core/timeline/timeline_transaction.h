@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/uuid.h"
+
+#include "core/records/annotation_records.h"
+#include "core/records/timeline_records.h"
+#include "core/timeline/timeline_changes.h"
+
+namespace tembrix {
+
+// What undoes one edit of the user.
+struct TimelineStep {
+    std::string_view name;  // text key
+    std::vector<TimelineChange> changes;
+    // The selected line before and after the edit.
+    std::optional<Uuid> selectionBefore;
+    std::optional<Uuid> selectionAfter;
+};
+
+// An edit in preparation: small changes to a copy of the lines and of the selection. Nothing else
+// changes until TimelineDataManager::commit() is called with it, which carries it out as a whole.
+class TimelineTransaction {
+  public:
+    // `revision` numbers the state of the lines that the edit starts from.
+    TimelineTransaction(TimelineLines lines, std::optional<Uuid> selectedLine,
+                        std::uint64_t revision)
+        : lines_(std::move(lines)),
+          selectedBefore_(selectedLine),
+          selected_(selectedLine),
+          revision_(revision) {}
+
+    const TimelineLines& lines() const { return lines_; }
+    const std::optional<Uuid>& selectedLine() const { return selected_; }
+    const std::optional<Uuid>& selectedLineBefore() const { return selectedBefore_; }
+
+    // Makes a change. One that is impossible, because it names a line or a stamp that does not
+    // exist, fails the whole edit.
+    void make(const TimelineChange& change);
+    // Makes a change if it is possible.
+    void makeIfPossible(const TimelineChange& change);
+    void selectLine(std::optional<Uuid> line) { selected_ = line; }
+
+    // The line that collects the stamps of this tag; it is appended if there is none.
+    Uuid lineForTag(const Tag& tag);
+    // Makes the drawings timeline the first line.
+    void putDrawingsFirst(const std::string& name);
+    // Another timeline in place of this one. This is not undone.
+    void replaceLines(TimelineLines lines);
+    // Passes a tag's new name on to its stamps and its line. This is not undone.
+    void renameTag(const std::string& tagId, const std::string& name);
+
+    std::uint64_t revision() const { return revision_; }
+    bool failed() const { return failed_; }
+    bool changed() const { return changed_; }
+    // The changes that undo this edit, in their order.
+    std::vector<TimelineChange> inverses() const { return {inverses_.rbegin(), inverses_.rend()}; }
+
+  private:
+    TimelineLines lines_;
+    std::optional<Uuid> selectedBefore_;
+    std::optional<Uuid> selected_;
+    std::uint64_t revision_;
+    std::vector<TimelineChange> inverses_;
+    bool failed_ = false;
+    bool changed_ = false;
+};
+
+}  // namespace tembrix
