@@ -12,13 +12,11 @@
 #include "adapters/qt/file_keychain.h"
 #include "adapters/qt/qt_directories.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
-#include "core/collections/custom_collection_manager.h"
+#include "core/composition/core_services.h"
 #include "core/records/codec.h"
 #include "core/records/video_records.h"
 #include "core/storage/data_layout.h"
-#include "fakes/captured_log.h"
-#include "fakes/fake_texts.h"
-#include "fakes/virtual_scheduler.h"
+#include "fakes/fake_platform.h"
 #include "fixtures/match_video.h"
 
 namespace tembrix {
@@ -30,21 +28,18 @@ constexpr const char* colors[] = {"30D158", "0A84FF", "FF9F0A", "BF5AF2",
                                   "FFD60A", "64D2FF", "8E8E93"};
 constexpr const char* matchId = "0123456789ABCDEF0123456789ABCDEF";
 
-// The store of the user without a running program.
-struct Store {
-    CapturedLog log;
+// The user's stored data without a running program.
+struct Store : FakePlatform {
     SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
-    VirtualScheduler scheduler;
     FileBookmarks bookmarks;
     FileKeychain keychain{programStateFolder() / "keychain", log};
-    FakeTexts texts;
-    EventBus events;
-    InMemoryStorageManager storage{defaults, scheduler, qtDirectories(), log};
-    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
-    CollectionServices collections{storage, index, bookmarks, scheduler, events, texts, log};
-
-    Store() { storage.setCollectionIndex(&index); }
-    ~Store() { storage.setCollectionIndex(nullptr); }
+    CoreServices core{platform({.directories = qtDirectories(),
+                                .defaults = &defaults,
+                                .keychain = &keychain,
+                                .bookmarks = &bookmarks})};
+    InMemoryStorageManager& storage = core.storage;
+    CollectionsBookmarksManager& index = core.index;
+    CollectionServices& collections = core.collections;
 };
 
 bool makeVideo(const std::filesystem::path& file, const MatchVideo& video) {

@@ -43,26 +43,12 @@
 #include "app/shell/main_menu.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
-#include "core/collections/collections_bookmarks_manager.h"
-#include "core/collections/custom_collection_manager.h"
-#include "core/collections/tag_library_manager.h"
-#include "core/export/export_helper.h"
+#include "core/composition/core_services.h"
+#include "core/composition/platform.h"
 #include "core/keyboard/hot_key_codes.h"
-#include "core/keyboard/hot_key_manager.h"
-#include "core/keyboard/text_focus.h"
 #include "core/marking/marking_flow.h"
-#include "core/notifications/event_bus.h"
-#include "core/notifications/events.h"
-#include "core/playback/video_player_manager.h"
-#include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 #include "core/shell/windows_manager.h"
-#include "core/storage/in_memory_storage_manager.h"
-#include "core/storage/video_files_manager.h"
-#include "core/storage/videos_preview_manager.h"
-#include "core/timeline/markup_mode_store.h"
-#include "core/timeline/timeline_data_manager.h"
-#include "core/timeline/timeline_history.h"
 
 namespace tembrix {
 
@@ -78,107 +64,100 @@ KeyPress keyPress(const QKeyEvent& event) {
             std::move(native.characters)};
 }
 
-// What the launch synchronization needs. It starts here, before anything else reads the data.
-struct Foundation {
-    Foundation() {
-        storage.setCollectionIndex(&index);
-        dataSync.syncOnLaunch();
-    }
-    ~Foundation() { storage.setCollectionIndex(nullptr); }
+// The adapters: the machine as the core sees it.
+struct Machine {
+    explicit Machine(const std::filesystem::path& folder) : resources(folder) {}
 
+    const std::filesystem::path resources;
+    const std::string language = systemLanguage();
     StandardLog log;
-    Directories directories = qtDirectories();
     QtScheduler scheduler;
     SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
     FileKeychain keychain{programStateFolder() / "keychain", log};
     FileBookmarks bookmarks;
     PlistPropertyList propertyLists;
-    EventBus events;
-    InMemoryStorageManager storage{defaults, scheduler, directories, log};
-    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
-    DataSyncManager dataSync{DataSyncServices{defaults, storage, index, bookmarks, propertyLists,
-                                              scheduler, directories, log}};
+    FileTexts texts{resources / "texts", language, log};
+    QtLocale locale{language};
+    QtPanels panels{texts};
+    QtProcessRunner processes;
+    FfmpegMedia media;
+    MpvPlayerFactory players{media};
+    FfmpegMovieRenderer renderer;
+    QtImageCodec images;
+    QtPictureRenderer pictures{theme::font().families()};
+    QtTextMeasure textMeasure{theme::font().families()};
+    const Platform platform{
+        .log = log,
+        .directories = qtDirectories(),
+        .resources = resources,
+        .scheduler = scheduler,
+        .defaults = defaults,
+        .keychain = keychain,
+        .bookmarks = bookmarks,
+        .propertyLists = propertyLists,
+        .texts = texts,
+        .locale = locale,
+        .panels = panels,
+        .processes = processes,
+        .players = players,
+        .media = media,
+        .renderer = renderer,
+        .images = images,
+        .pictures = pictures,
+        .textMeasure = textMeasure,
+    };
 };
 
 }  // namespace
 
-struct Application::Parts : Foundation {
-    explicit Parts(const std::filesystem::path& resources);
+struct Application::Parts {
+    explicit Parts(const std::filesystem::path& resources) : machine(resources) { core.start(); }
     ~Parts();
 
     QtWindowFactory::Content makeContent(WindowKind kind, QWidget* parent);
     void makeListWindow();
 
-    std::filesystem::path resources;
-    std::string language = systemLanguage();
-    FileTexts texts;
-    QtLocale locale{language};
-    QtImageCodec images;
-    QtTextMeasure textMeasure{theme::font().families()};
-    QtPictureRenderer pictures{theme::font().families()};
-    QtProcessRunner processes;
-    QtPanels panels{texts};
-    FfmpegMedia media;
-    FfmpegMovieRenderer renderer;
-    MpvPlayerFactory players{media};
-
-    FocusStateManager focus;
-    CollectionServices collections{storage, index, bookmarks, scheduler, events, texts, log};
-    VideoFilesManager library{storage, bookmarks, directories, texts, log};
-    VideosPreviewManager previews{media, images, scheduler, directories};
-    TagLibraryManager tagLibrary;
-    MarkupModeStore markupModes{defaults, events};
-    TimelineDataManager timeline{storage, library, tagLibrary, markupModes, events, texts};
-    TimelineHistory history{timeline};
-    VideoPlayerManager player{players, log};
-    HotKeyManager hotkeys{events, scheduler, focus, player};
-    ExportServices exports{player,      timeline,    tagLibrary, media,  renderer,
-                           pictures,    textMeasure, processes,  panels, scheduler,
-                           directories, texts,       log};
-    AppServices services{
-        scheduler,  events,
-        texts,      locale,
-        panels,     images,
-        timeline,   history,
-        tagLibrary, markupModes,
-        player,     hotkeys,
-        focus,      collections,
-        exports,    [this](QWidget* parent) { return players.makeSurface(parent); }};
+    Machine machine;
+    CoreServices core{machine.platform};
+    AppServices services{core.platform.scheduler,
+                         core.events,
+                         core.platform.texts,
+                         core.platform.locale,
+                         core.platform.panels,
+                         core.platform.images,
+                         core.timeline,
+                         core.history,
+                         core.tagLibrary,
+                         core.markupModes,
+                         core.player,
+                         core.hotkeys,
+                         core.focus,
+                         core.collections,
+                         core.exports,
+                         [this](QWidget* parent) { return machine.players.makeSurface(parent); }};
     QtWindowFactory windowFactory{
         [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); }};
-    WindowsManager windows{library,    storage,       timeline, player, hotkeys,
-                           tagLibrary, windowFactory, events,   texts};
-    KeyMonitor keyMonitor{hotkeys, &keyPress};
-    QuitKeys quitKeys{texts};
+    WindowsManager windows{core.library,  core.storage, core.timeline,
+                           core.player,   core.hotkeys, core.tagLibrary,
+                           windowFactory, core.events,  core.platform.texts};
+    KeyMonitor keyMonitor{core.hotkeys, &keyPress};
+    QuitKeys quitKeys{core.platform.texts};
     std::optional<VideosViewModel> videos;
     std::unique_ptr<MarkingFlow> marking;  // of the open tag panel
     std::unique_ptr<QWidget> listWindow;
 };
 
-Application::Parts::Parts(const std::filesystem::path& resourceFolder)
-    : resources(resourceFolder),
-      texts(resources / "texts", language, log),
-      tagLibrary(collections, resources / "collections", locale) {
-    tagLibrary.setHotkeyRegistry(&hotkeys);
-    library.setDeletedTimelineKeeper(&dataSync);
-    dataSync.setRestored([this] {
-        library.reloadFiles();
-        events.post(events::CollectionDataChanged{});
-    });
-}
-
 Application::Parts::~Parts() {
     windows.closeAll();
     listWindow.reset();
-    // Windows that are on their way out still refer to the services.
+    // Closed windows that are not deleted yet still refer to the services.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     marking.reset();
-    storage.applicationWillTerminate();
-    // The working copy is safe already. Work that does not come to its end must not hold the
-    // process.
-    if (!scheduler.drain(quitPatience))
+    core.storage.applicationWillTerminate();
+    // The working copy is stored already. Work that does not end in time must not keep the process
+    // alive.
+    if (!machine.scheduler.drain(quitPatience))
         std::_Exit(0);
-    tagLibrary.setHotkeyRegistry(nullptr);
 }
 
 QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
@@ -190,15 +169,15 @@ QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidge
         case WindowKind::tagLibrary:
             break;
     }
-    marking = std::make_unique<MarkingFlow>(timeline, tagLibrary, markupModes, collections, player,
-                                            windows, scheduler, events);
+    marking = std::make_unique<MarkingFlow>(core.timeline, core.tagLibrary, core.markupModes,
+                                            core.collections, core.player, windows,
+                                            machine.scheduler, core.events);
     return {new TagLibraryView(services, *marking, parent), [this] { marking->disappear(); }};
 }
 
 void Application::Parts::makeListWindow() {
-    library.start();
-    videos.emplace(library, previews, windows, panels, scheduler, texts, locale,
-                   resources / "guides");
+    videos.emplace(core.library, core.previews, windows, machine.panels, machine.scheduler,
+                   machine.texts, machine.locale, machine.resources / "guides");
     listWindow = std::make_unique<QWidget>();
     listWindow->setObjectName(QStringLiteral("list"));
     listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));
@@ -206,8 +185,8 @@ void Application::Parts::makeListWindow() {
     auto* layout = new QVBoxLayout(listWindow.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->setMenuBar(makeMainMenu(texts, listWindow.get()));
-    layout->addWidget(new VideosView(*videos, services, dataSync));
+    layout->setMenuBar(makeMainMenu(machine.texts, listWindow.get()));
+    layout->addWidget(new VideosView(*videos, services, core.dataSync));
     listWindow->resize(listSize);
 }
 
@@ -228,7 +207,7 @@ void Application::start() {
     theme::applyTheme(*qApp);
     QApplication::setWindowIcon(
         QIcon(QFile::decodeName((resources_ / "tembrix-stat.svg").c_str())));
-    installDialogTexts(*qApp, parts_->language);
+    installDialogTexts(*qApp, parts_->machine.language);
     parts_->makeListWindow();
     parts_->listWindow->show();
 }

@@ -8,12 +8,10 @@ class QWidget;
 
 namespace tembrix {
 
-class DataSyncManager;
 struct AppServices;
 
-// The composition root: makes the adapters, the core's services and the windows, one object each
-// for the process, in the order in which they need one another. Made after the QApplication, on the
-// main thread.
+// The program: makes the adapters, the services of the core on them, and the windows. Created after
+// the QApplication, on the main thread.
 class Application {
   public:
     // Before the QApplication is made.
@@ -23,8 +21,8 @@ class Application {
     explicit Application(std::filesystem::path resources);
     ~Application();
 
-    // The launch: synchronization in the background, then the services, appearance, menu and the
-    // list window. Called once, before anything below.
+    // Makes everything, starts the services and shows the list window. Called once, before anything
+    // below.
     void start();
     void bringForward();  // the list window, also one that was closed
 

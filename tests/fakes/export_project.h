@@ -7,10 +7,6 @@
 #include "core/export/export_helper.h"
 #include "fakes/core_project.h"
 #include "fakes/export_records.h"
-#include "fakes/fake_images.h"
-#include "fakes/fake_media.h"
-#include "fakes/fake_movie_renderer.h"
-#include "fakes/fake_process_runner.h"
 
 namespace tembrix {
 
@@ -34,32 +30,19 @@ class FakeExportDrawings final : public ExportDrawings {
 // An open video of 100 seconds with two timelines, and all that an export works with, on fakes.
 struct ExportProject : MatchRecords {
     CoreProject project;
-    FakeMedia media;
-    FakeMovieRenderer renderer{project.scheduler};
-    FakePictureRenderer pictures;
-    FakeTextMeasure measure;
-    FakeProcessRunner processes;
+    FakeMedia& media = project.media;
+    FakeMovieRenderer& renderer = project.renderer;
+    FakePictureRenderer& pictures = project.pictures;
+    FakeProcessRunner& processes = project.processes;
     FakeExportDrawings drawings;
-    ExportServices services{project.player,
-                            project.timeline,
-                            project.tagLibrary,
-                            media,
-                            renderer,
-                            pictures,
-                            measure,
-                            processes,
-                            project.panels,
-                            project.scheduler,
-                            project.folder.directories(),
-                            project.texts,
-                            project.log,
-                            &drawings};
+    ExportServices& services = project.core.exports;
 
     std::filesystem::path source;
     std::filesystem::path temporary = services.directories.temporary;
     std::filesystem::path saved = project.folder.path() / "saved";  // a folder of the user's
 
     ExportProject() {
+        services.drawings = &drawings;
         std::filesystem::create_directories(saved);
         project.texts.set("fullControlFileTimelineFile", "video.mp4");
         project.texts.set("exportErrorSourceMissing", "missing {0}");

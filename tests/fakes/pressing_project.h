@@ -4,37 +4,29 @@
 #include <string>
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
-#include "core/keyboard/hot_key_manager.h"
+#include "core/composition/core_services.h"
 #include "core/marking/marking_flow.h"
-#include "core/playback/video_player_manager.h"
-#include "core/timeline/timeline_history.h"
-#include "fakes/captured_log.h"
-#include "fakes/fake_bookmarks.h"
-#include "fakes/fake_player.h"
-#include "fakes/fake_texts.h"
-#include "fakes/memory_keychain.h"
-#include "fakes/virtual_scheduler.h"
+#include "fakes/fake_platform.h"
 
 namespace tembrix {
 
 // The whole road of a key press, from the keyboard to a real database in the given folder, which
 // outlives the object: a second one on the same folder finds what the first has stored.
-struct PressingProject final : private KeyWindows, private FieldMapQuestion {
-    explicit PressingProject(const std::filesystem::path& folder)
-        : directories{folder / "Documents", folder / "Application Support", folder / "tmp"},
-          defaults(databaseIn(folder), log) {
+struct PressingProject final : FakePlatform, private KeyWindows, private FieldMapQuestion {
+    explicit PressingProject(const std::filesystem::path& data)
+        : directories{data / "Documents", data / "Application Support", data / "tmp"},
+          defaults(databaseIn(data), log),
+          core(platform({.directories = directories, .defaults = &defaults})) {
         players.duration = 3 * 3600;
         players.finishSeeksAtOnce = true;
-        storage.setCollectionIndex(&index);
         hotkeys.setKeyWindows(this);
         library.start();
-        tagLibrary.setHotkeyRegistry(&hotkeys);
+        tagLibrary.start();
         scheduler.run();
     }
-    ~PressingProject() { tagLibrary.setHotkeyRegistry(nullptr); }
 
-    static std::filesystem::path databaseIn(const std::filesystem::path& folder) {
-        return folder / "defaults.db";
+    static std::filesystem::path databaseIn(const std::filesystem::path& data) {
+        return data / "defaults.db";
     }
 
     // Adds a video that only bookmarks know of, unless the library has it; returns its id.
@@ -66,28 +58,17 @@ struct PressingProject final : private KeyWindows, private FieldMapQuestion {
     }
 
     Directories directories;
-    VirtualScheduler scheduler;
-    CapturedLog log;
     SqliteUserDefaults defaults;
-    MemoryKeychain keychain;
-    FakeBookmarks bookmarks;
-    FakeTexts texts;
-    FakeLocale locale;
-    FakePlayerFactory players;
-    EventBus events;
-    FocusStateManager focus;
-    InMemoryStorageManager storage{defaults, scheduler, directories, log};
-    CollectionsBookmarksManager index{storage, bookmarks, keychain, scheduler, events, log};
-    CollectionServices collections{storage, index, bookmarks, scheduler, events, texts, log};
-    VideoFilesManager library{storage, bookmarks, directories, texts, log};
-    TagLibraryManager tagLibrary{collections, TEMBRIX_RESOURCES "/collections", locale};
-    MarkupModeStore markupModes{defaults, events};
-    TimelineDataManager timeline{storage, library, tagLibrary, markupModes, events, texts};
-    TimelineHistory history{timeline};
-    VideoPlayerManager player{players, log};
-    HotKeyManager hotkeys{events, scheduler, focus, player};
-    MarkingFlow flow{timeline, tagLibrary, markupModes, collections,
-                     player,   *this,      scheduler,   events};
+    CoreServices core;
+    InMemoryStorageManager& storage = core.storage;
+    VideoFilesManager& library = core.library;
+    TagLibraryManager& tagLibrary = core.tagLibrary;
+    TimelineDataManager& timeline = core.timeline;
+    TimelineHistory& history = core.history;
+    VideoPlayerManager& player = core.player;
+    HotKeyManager& hotkeys = core.hotkeys;
+    MarkingFlow flow{timeline, tagLibrary, core.markupModes, core.collections,
+                     player,   *this,      scheduler,        core.events};
 
   private:
     bool isControlOrLibraryKey() const override { return true; }

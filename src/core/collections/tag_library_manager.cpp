@@ -63,12 +63,16 @@ struct TagLibraryManager::Shared {
 TagLibraryManager::TagLibraryManager(CollectionServices& services,
                                      const std::filesystem::path& resources, const Locale& locale)
     : services_(services),
+      resources_(resources),
+      locale_(locale),
       shared_(std::make_shared<Shared>()),
-      collectionLoadingQueue_(services.scheduler.serialQueue("com.tembrix.collectionLoading")) {
-    auto localization = locale.preferredLocalization();
+      collectionLoadingQueue_(services.scheduler.serialQueue("com.tembrix.collectionLoading")) {}
+
+void TagLibraryManager::start() {
+    auto localization = locale_.preferredLocalization();
     if (localization.empty())
-        localization = locale.identifier();
-    standardCollections.set(loadStandardCollections(resources, localization));
+        localization = locale_.identifier();
+    standardCollections.set(loadStandardCollections(resources_, localization));
     restoreLastSelectedCollection();
     tagUpdated_ = services_.events.observe<events::TagUpdated>(
         [this](const auto& event) { handleTagUpdated(event); });

@@ -31,6 +31,10 @@ class TagLibraryManager {
                       const Locale& locale);
     ~TagLibraryManager();
 
+    // Reads the standard collections and the active one, and begins to read the user's own in the
+    // background. Called once; until then every list is empty.
+    void start();
+
     // Takes the tags now and on every later change. The registry must outlive the manager or be
     // reset.
     void setHotkeyRegistry(HotkeyRegistry* registry);
@@ -74,6 +78,8 @@ class TagLibraryManager {
     void loadAllCollections();
 
     CollectionServices& services_;
+    const std::filesystem::path resources_;
+    const Locale& locale_;
     HotkeyRegistry* hotkeys_ = nullptr;
     std::shared_ptr<Shared> shared_;
     std::shared_ptr<SerialQueue> collectionLoadingQueue_;

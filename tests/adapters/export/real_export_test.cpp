@@ -9,7 +9,6 @@
 #include "adapters/ffmpeg/ffmpeg_movie_renderer.h"
 #include "adapters/qt/qt_pictures.h"
 #include "adapters/qt/qt_process_runner.h"
-#include "core/export/export_helper.h"
 #include "fakes/core_project.h"
 #include "fakes/export_records.h"
 #include "fixtures/film_check.h"
@@ -75,28 +74,24 @@ std::vector<Seen> look(const fs::path& film) {
     return frames;
 }
 
-struct RealExport : testing::Test, MatchRecords {
-    CoreProject project;
-    MatchVideo match;
-    fs::path source = project.folder.path() / "match.mp4";
+// What renders and packs for real.
+struct RealParts {
     FfmpegMedia media;
     AwaitedRenderer renderer;
     QtPictureRenderer pictures{{"Inter", "Sans"}};
     QtTextMeasure measure{{"Inter", "Sans"}};
     QtProcessRunner processes;
-    ExportServices services{project.player,
-                            project.timeline,
-                            project.tagLibrary,
-                            media,
-                            renderer,
-                            pictures,
-                            measure,
-                            processes,
-                            project.panels,
-                            project.scheduler,
-                            project.folder.directories(),
-                            project.texts,
-                            project.log};
+};
+
+struct RealExport : testing::Test, RealParts, MatchRecords {
+    CoreProject project{{.processes = &processes,
+                         .media = &media,
+                         .renderer = &renderer,
+                         .pictures = &pictures,
+                         .textMeasure = &measure}};
+    MatchVideo match;
+    fs::path source = project.folder.path() / "match.mp4";
+    ExportServices& services = project.core.exports;
     ExportHelper helper{services};
     int completions = 0;
     std::optional<Error> error;

@@ -12,7 +12,6 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/window_tests.h"
-#include "fakes/fake_property_list.h"
 #include "fakes/no_windows.h"
 
 namespace tembrix {
@@ -20,18 +19,13 @@ namespace {
 
 struct VideosViewTest : testing::Test {
     AppProject project;
-    FakePropertyList lists;
-    DataSyncManager sync{DataSyncServices{project.defaults, project.storage, project.index,
-                                          project.bookmarks, lists, project.scheduler,
-                                          project.folder.directories(), project.log}};
+    DataSyncManager& sync = project.core.dataSync;
     NoWindows noWindows;
     WindowsManager windows{project.library, project.storage, project.timeline,
                            project.player,  project.hotkeys, project.tagLibrary,
                            noWindows,       project.events,  project.texts};
-    VideosPreviewManager previews{project.media, project.images, project.scheduler,
-                                  project.folder.directories()};
-    VideosViewModel model{project.library,   previews,      windows,        project.panels,
-                          project.scheduler, project.texts, project.locale, "/guides"};
+    VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
+                          project.scheduler, project.texts,         project.locale, "/guides"};
     VideosView view{model, project.services, sync};
 
     void show() {

@@ -43,6 +43,7 @@ struct Library : CollectionsFixture {
         library.reset();
         library =
             std::make_unique<TagLibraryManager>(*services, folder.path() / "resources", locale);
+        library->start();
         library->setHotkeyRegistry(&registry);
     }
     void storeUserCollection(const std::string& id, const std::string& name,
@@ -229,6 +230,7 @@ TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
     defaults.remove(layout::collectionKey("1"));
     CollectionServices watched{*storage, *index, bookmarks, scheduler, events, texts, meanwhile};
     library = std::make_unique<TagLibraryManager>(watched, folder.path() / "resources", locale);
+    library->start();
     meanwhile.acts["📚 TagLibraryManager: Loading collection 'Gone'"] = [&] {
         library->deleteUserCollection({"1", "Gone"});
     };

@@ -175,7 +175,7 @@ TEST_F(BadInput, ABrokenListOrRecordInTheBackupCostsItselfAloneAndIsReplaced) {
     EXPECT_EQ(program->index.collections(), std::vector{hockey});
     EXPECT_EQ(program->storage.loadTimeline(video), marked) << "its record is still there";
     program->scheduler.advance(3);
-    EXPECT_TRUE(program->lists.decode(*readFile(plist())).ok());
+    EXPECT_TRUE(program->propertyLists.decode(*readFile(plist())).ok());
     // The record outlives the list, for the video to be bound to it again.
     EXPECT_TRUE(fs::exists(machine.backup() / layout::timelinesFolder / (video + ".json")));
 }

@@ -7,7 +7,6 @@
 #include "core/records/codec.h"
 #include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
-#include "fakes/fake_property_list.h"
 
 namespace tembrix {
 namespace {
@@ -29,10 +28,7 @@ TimelineLines oneLine(const std::string& name) {
 
 struct DataSyncTest : testing::Test {
     CoreProject project;
-    FakePropertyList lists;
-    DataSyncManager sync{DataSyncServices{project.defaults, project.storage, project.index,
-                                          project.bookmarks, lists, project.scheduler,
-                                          project.folder.directories(), project.log}};
+    DataSyncManager& sync = project.core.dataSync;
 
     std::string addCollection(const std::string& id, const std::string& name) {
         Tag tag;

@@ -4,16 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "core/safety/data_sync_manager.h"
-#include "core/timeline/timeline_data_manager.h"
-#include "fakes/captured_log.h"
-#include "fakes/fake_bookmarks.h"
-#include "fakes/fake_property_list.h"
-#include "fakes/fake_texts.h"
-#include "fakes/memory_keychain.h"
-#include "fakes/memory_user_defaults.h"
-#include "fakes/temp_folder.h"
-#include "fakes/virtual_scheduler.h"
+#include "core/composition/core_services.h"
+#include "fakes/fake_platform.h"
 
 namespace tembrix {
 
@@ -46,15 +38,10 @@ class CuttingLog final : public Log {
     int linesLeft = 0;  // 0: never
 };
 
-// One process: the services wired and started as the program does. Destroying it kills it.
-struct RunningProgram {
+// One process, started as the program starts. Destroying it kills it.
+struct RunningProgram : private FakePlatform {
     explicit RunningProgram(Machine& m) : machine(m) {
-        storage.setCollectionIndex(&index);
-        library.setDeletedTimelineKeeper(&sync);
-        sync.setRestored([this] {
-            library.reloadFiles();
-            events.post(events::CollectionDataChanged{});
-        });
+        tagLibrary.start();
         sync.syncOnLaunch();
         if (machine.libraryComesLate)
             scheduler.run();
@@ -78,23 +65,23 @@ struct RunningProgram {
     }
 
     Machine& machine;
-    VirtualScheduler scheduler;
+    using FakePlatform::propertyLists;
+    using FakePlatform::scheduler;
     CuttingLog log;
-    FakeTexts texts;
-    FakeLocale locale;
-    FakePropertyList lists;
-    EventBus events;
-    InMemoryStorageManager storage{*machine.defaults, scheduler, machine.folder.directories(), log};
-    CollectionsBookmarksManager index{
-        storage, machine.bookmarks, machine.keychain, scheduler, events, log};
-    DataSyncManager sync{DataSyncServices{*machine.defaults, storage, index, machine.bookmarks,
-                                          lists, scheduler, machine.folder.directories(), log}};
-    CollectionServices collections{storage, index, machine.bookmarks, scheduler, events,
-                                   texts,   log};
-    VideoFilesManager library{storage, machine.bookmarks, machine.folder.directories(), texts, log};
-    TagLibraryManager tagLibrary{collections, machine.folder.path() / "no standard ones", locale};
-    MarkupModeStore markupModes{*machine.defaults, events};
-    TimelineDataManager timeline{storage, library, tagLibrary, markupModes, events, texts};
+    CoreServices core{platform({.log = &log,
+                                .directories = machine.folder.directories(),
+                                .resources = machine.folder.path() / "no resources",
+                                .defaults = machine.defaults.get(),
+                                .keychain = &machine.keychain,
+                                .bookmarks = &machine.bookmarks})};
+    EventBus& events = core.events;
+    InMemoryStorageManager& storage = core.storage;
+    CollectionsBookmarksManager& index = core.index;
+    DataSyncManager& sync = core.dataSync;
+    CollectionServices& collections = core.collections;
+    VideoFilesManager& library = core.library;
+    TagLibraryManager& tagLibrary = core.tagLibrary;
+    TimelineDataManager& timeline = core.timeline;
 };
 
 }  // namespace tembrix

@@ -5,8 +5,6 @@
 #include "base/file_url.h"
 
 #include "fakes/core_project.h"
-#include "fakes/fake_images.h"
-#include "fakes/fake_media.h"
 #include "fakes/no_windows.h"
 
 namespace tembrix {
@@ -18,11 +16,8 @@ struct VideosViewModelTest : testing::Test {
     WindowsManager windows{project.library, project.storage, project.timeline,
                            project.player,  project.hotkeys, project.tagLibrary,
                            noWindows,       project.events,  project.texts};
-    FakeMedia media;
-    FakeImageCodec images;
-    VideosPreviewManager previews{media, images, project.scheduler, project.folder.directories()};
-    VideosViewModel model{project.library,   previews,      windows,        project.panels,
-                          project.scheduler, project.texts, project.locale, "/guides"};
+    VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
+                          project.scheduler, project.texts,         project.locale, "/guides"};
 
     std::vector<std::string> names(const std::string& search, VideoFilter filter) {
         std::vector<std::string> result;
@@ -81,7 +76,7 @@ TEST_F(VideosViewModelTest, AMovedVideoAsksToBeBoundAgainAndThenOpensWithItsId) 
     EXPECT_EQ(model.state->errorTitle, "Не удалось перепривязать видео");
 
     const auto moved = project.folder.write("new place/old.mp4", "bytes");
-    media.add(moved, 10);
+    project.media.add(moved, 10);
     model.send(videos::RebindVideo{*model.state->fileToRebind, moved});
     EXPECT_FALSE(windows.isClosing());
     EXPECT_EQ(windows.currentVideoId(), id);
