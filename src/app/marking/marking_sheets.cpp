@@ -34,6 +34,7 @@ void MarkingSheets::open() {
         case MarkingFlow::SheetContent::noTimeline:
             sheet_ = makeMessage("tagLibraryNoTimeline");
             sheet_->addAcceptButton("closeButtonTitle");
+            sheet_->setKeepsHotkeys();
             // Nothing can be marked, so either way out is the same.
             connect(sheet_, &QDialog::finished, this, [this] {
                 sheet_.clear();

@@ -13,23 +13,26 @@ namespace tembrix {
 
 namespace {
 
-// On a sheet the blank and the shifted arrows belong to the control that has the focus: they tick a
-// box or extend a selection. The player takes them everywhere else.
-bool belongsToSheet(const KeyPress& press) {
+// On a sheet the space key and the shifted arrows belong to the control that has the focus: they
+// check a box or extend a selection. Everywhere else they belong to the player, also while labels
+// are chosen, because the user looks at the moment again then. Ctrl+Space checks a label.
+bool belongsToSheet(const KeyPress& press, bool choosesLabels) {
+    const bool space = press.code == key::space && !(choosesLabels && !press.modifiers.command);
     const bool arrow = press.code == key::left || press.code == key::right;
-    const bool transport = press.code == key::space || (press.modifiers.shift && arrow);
-    return transport && qobject_cast<QDialog*>(QApplication::activeWindow());
+    const bool seek = press.modifiers.shift && arrow && !choosesLabels;
+    return (space || seek) && qobject_cast<QDialog*>(QApplication::activeWindow());
 }
 
-// The blank is the player's in the windows of a project, so Return presses the button that has the
-// focus there. Sheets have their own default button, and controls that take Return themselves come
-// first.
+// The space key belongs to the player in the windows of a project, so Return presses the button
+// that has the focus there. Sheets have a default button of their own. A held key presses once.
 bool pressFocusedButton(const QKeyEvent& event) {
     if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
         return false;
     auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
     if (!button || !button->isEnabled() || qobject_cast<QDialog*>(button->window()))
         return false;
+    if (event.isAutoRepeat())
+        return true;
     auto* tool = qobject_cast<QToolButton*>(button);
     if (tool && tool->menu())
         tool->menu()->popup(tool->mapToGlobal(tool->rect().bottomLeft()));
@@ -56,12 +59,12 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     const KeyPress press = translate_(native);
     if (asksForShortcuts) {
         // Shortcuts are looked up before the press itself comes: a hot key goes before them too.
-        if (belongsToSheet(press) || !hotkeys_.takes(press))
+        if (belongsToSheet(press, *hotkeys_.isLabelHotkeyMode) || !hotkeys_.takes(press))
             return false;
         event->accept();
         return true;
     }
-    if (!belongsToSheet(press) && hotkeys_.handleKeyDown(press))
+    if (!belongsToSheet(press, *hotkeys_.isLabelHotkeyMode) && hotkeys_.handleKeyDown(press))
         return true;
     return pressFocusedButton(native);
 }

@@ -11,6 +11,8 @@
 #include <optional>
 #include <utility>
 
+#include "app/widgets/sheet.h"
+
 namespace tembrix {
 
 namespace {
@@ -23,6 +25,11 @@ QMargins usualDecoration() {
             return window->windowHandle()->frameMargins();
     }
     return {};
+}
+
+bool keepsHotkeys(const QWidget& window) {
+    const auto* sheet = qobject_cast<const Sheet*>(&window);
+    return sheet && sheet->keepsHotkeys();
 }
 
 }  // namespace
@@ -174,7 +181,7 @@ void QtWindowFactory::followKeyboard(QWindow* focused) {
         state = KeyState::window;
         for (QWidget* widget = top; widget && !shell; widget = widget->parentWidget()) {
             shell = dynamic_cast<Shell*>(widget->window());
-            if (!shell)
+            if (!shell && !keepsHotkeys(*widget))
                 state = KeyState::sheet;
         }
         break;

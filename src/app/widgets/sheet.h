@@ -44,6 +44,10 @@ class Sheet : public QDialog {
     // A further button, at the left; it does not close the sheet.
     QPushButton* addSideButton(std::string_view key, ButtonLook look = ButtonLook::quiet);
 
+    // For a message: the hot keys of its window work while it is up.
+    void setKeepsHotkeys() { keepsHotkeys_ = true; }
+    bool keepsHotkeys() const { return keepsHotkeys_; }
+
     // Shows the sheet and deletes it once it has ended.
     void present();
 
@@ -60,6 +64,7 @@ class Sheet : public QDialog {
     QVBoxLayout* content_;
     QHBoxLayout* buttons_;
     int sideButtons_ = 0;
+    bool keepsHotkeys_ = false;
 };
 
 }  // namespace tembrix

@@ -169,7 +169,8 @@ void MarkingFlow::openSheet() {
 }
 
 bool MarkingFlow::isSheetAwaited() const {
-    return *showLabelSheet && !hideSheetTimer_;
+    // The message that no timeline is selected asks for nothing.
+    return *showLabelSheet && !hideSheetTimer_ && sheetContent() != SheetContent::noTimeline;
 }
 
 void MarkingFlow::pausePlayer() {

@@ -16,16 +16,18 @@ const Record* byId(const std::vector<Record>& records, const std::string& id) {
     return found == records.end() ? nullptr : &*found;
 }
 
-// The groups to choose from. A stamp of another collection finds its groups among the merged ones.
+// The groups to choose from. Those of a tag of the active collection are in that collection, or
+// they are gone; a stamp's tag of another collection finds its groups among the merged ones.
 std::vector<LabelGroupData> offeredGroups(const std::optional<Tag>& tag,
                                           const TagLibraryManager& library) {
     std::vector<LabelGroupData> groups;
     if (!tag) {
         groups = library.active->labelGroups;
     } else {
+        const bool isActive = byId(library.active->tags, tag->id) != nullptr;
         for (const std::string& id : tag->lablesGroup) {
             const LabelGroupData* group = byId(library.active->labelGroups, id);
-            if (!group)
+            if (!group && !isActive)
                 group = byId(library.merged->labelGroups, id);
             if (group && !byId(groups, id))
                 groups.push_back(*group);

@@ -22,25 +22,30 @@ struct ProjectHasTheKeyboard final : KeyWindows {
     bool isViewerActive() const override { return false; }
 };
 
-struct NoPlayer final : KeyTransport {
-    void togglePlayPause() override {}
-    double transportTime() const override { return 0; }
-    void seek(double) override {}
+struct CountingPlayer final : KeyTransport {
+    void togglePlayPause() override { ++toggles; }
+    double transportTime() const override { return 10; }
+    void seek(double seconds) override { soughtTo = seconds; }
+    int toggles = 0;
+    double soughtTo = 0;
 };
 
 // The few keys of this test in the key tables' terms.
 KeyPress translate(const QKeyEvent& event) {
-    const std::map<int, int> codes{
-        {Qt::Key_Z, key::z}, {Qt::Key_K, 40}, {Qt::Key_Space, key::space}};
+    const std::map<int, int> codes{{Qt::Key_Z, key::z},
+                                   {Qt::Key_K, 40},
+                                   {Qt::Key_Space, key::space},
+                                   {Qt::Key_Right, key::right}};
     const auto found = codes.find(event.key());
     KeyModifiers modifiers;
     modifiers.command = event.modifiers() & Qt::ControlModifier;
+    modifiers.shift = event.modifiers() & Qt::ShiftModifier;
     return {found == codes.end() ? -1 : found->second, modifiers, ""};
 }
 
 struct KeyMonitorTest : testing::Test {
     ProjectHasTheKeyboard windows;
-    NoPlayer player;
+    CountingPlayer player;
     EventBus events;
     VirtualScheduler scheduler;
     FocusStateManager focus;
@@ -98,6 +103,9 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     button->setFocus();
     strike(window, Qt::Key_Return);
     EXPECT_EQ(clicked, 1);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, {}, "\r", true);
+    QApplication::sendEvent(window.windowHandle(), &held);
+    EXPECT_EQ(clicked, 1);
 
     QDialog sheet(&window);
     auto* box = new QCheckBox("Box", &sheet);
@@ -106,6 +114,18 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     box->setFocus();
     strike(sheet, Qt::Key_Space);
     EXPECT_TRUE(box->isChecked());
+    EXPECT_EQ(player.toggles, 0);
+
+    // While labels are chosen, the user replays the moment.
+    hotkeys.isLabelHotkeyMode.set(true);
+    strike(sheet, Qt::Key_Space);
+    strike(sheet, Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_TRUE(box->isChecked());
+    EXPECT_EQ(player.toggles, 1);
+    EXPECT_EQ(player.soughtTo, 13);
+    strike(sheet, Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_FALSE(box->isChecked());
+    hotkeys.isLabelHotkeyMode.set(false);
     sheet.close();
 
     QMenu menu(&window);

@@ -91,6 +91,11 @@ TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
     press("goal");
     EXPECT_TRUE(flow.showLabelSheet.get());
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
+    // The message asks for nothing, so the keys of tags go on working.
+    flow.handleTagHotkey(project.known("phase"));
+    EXPECT_TRUE(flow.isIntervalOpen("phase"));
+    flow.cancelSheet();
+    press("goal");
     project.timeline.selectedLineID.set(Uuid::random());
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
     project.addLine("Attack");
@@ -371,6 +376,21 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
         EXPECT_THAT(sheet.ids(), ElementsAre("away", "of another collection"));
     }
     EXPECT_FALSE(project.hotkeys.isLabelHotkeyMode.get());
+
+    // A group that the tag's own collection lacks is not replaced by another collection's.
+    project.tagLibrary.merged.update([](CollectionLists& lists) {
+        lists.labelGroups.push_back({"elsewhere", "Elsewhere", {}});
+    });
+    for (const bool isActive : {true, false}) {
+        StampItemsSelection::Arguments arguments;
+        arguments.tag = project.known("goal");
+        arguments.tag->lablesGroup = {"elsewhere"};
+        if (!isActive)
+            arguments.tag->id = "of another collection";
+        const StampItemsSelection sheet(arguments, project.tagLibrary, project.hotkeys,
+                                        project.events);
+        EXPECT_THAT(sheet.sections(), SizeIs(isActive ? 0 : 1));
+    }
 
     StampItemsSelection all({}, project.tagLibrary, project.hotkeys, project.events);
     ASSERT_THAT(all.sections(), SizeIs(2));
