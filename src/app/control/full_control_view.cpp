@@ -111,15 +111,16 @@ void FullControlView::hideEvent(QHideEvent* event) {
 }
 
 bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
-    // A press reaches the native window first and its widgets after that; the first is the one to
-    // take. Both delete keys of a keyboard count. Sheets and panels keep their keys.
+    // A press reaches the native window first and its widgets after that; the first event counts.
+    // The key that removes a stamp is the one that deletes to the left. Sheets and panels keep
+    // their keys.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
         QApplication::activePopupWidget() || qobject_cast<QDialog*>(QApplication::activeWindow()))
         return false;
     const auto* press = static_cast<QKeyEvent*>(event);
     if (press->key() == Qt::Key_F10 && press->modifiers() == Qt::ShiftModifier)
         return openMenuByKeyboard();
-    if (press->key() != Qt::Key_Backspace && press->key() != Qt::Key_Delete)
+    if (press->key() != Qt::Key_Backspace)
         return false;
     KeyPress translated{key::deleteKey, {}, {}};
     translated.modifiers.option = press->modifiers() & Qt::AltModifier;

@@ -101,16 +101,13 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
 
 void LineNamesView::dragMoveEvent(QDragMoveEvent* event) {
     QListView::dragMoveEvent(event);
-    if (!event->isAccepted())
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (!names_.canDropMimeData(event->mimeData(), event->dropAction(), -1, -1, index)) {
+        event->ignore();
         return showGap({});
-    // As the view itself will see the drop: the lowest points of a cell are the gap below it.
-    constexpr int edge = 5;
-    const QPoint at = event->position().toPoint();
-    const QModelIndex index = indexAt(at);
-    if (!index.isValid())
-        showGap(names_.rowCount());
-    else
-        showGap(index.row() + (visualRect(index).bottom() - at.y() < edge ? 1 : 0));
+    }
+    event->acceptProposedAction();
+    showGap(index.isValid() ? index.row() : names_.rowCount());
 }
 
 void LineNamesView::dragLeaveEvent(QDragLeaveEvent* event) {
@@ -119,7 +116,15 @@ void LineNamesView::dragLeaveEvent(QDragLeaveEvent* event) {
 }
 
 void LineNamesView::dropEvent(QDropEvent* event) {
-    QListView::dropEvent(event);
+    // A line lands above the name that it is dropped on, wherever on the name that is. The view
+    // would take the lowest points of a name for the gap below it.
+    const QModelIndex index = indexAt(event->position().toPoint());
+    QDropEvent onName(index.isValid() ? QPointF(visualRect(index).center()) : event->position(),
+                      event->possibleActions(), event->mimeData(), event->buttons(),
+                      event->modifiers());
+    QListView::dropEvent(&onName);
+    event->setDropAction(onName.dropAction());
+    event->setAccepted(onName.isAccepted());
     showGap({});
 }
 

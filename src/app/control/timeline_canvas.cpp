@@ -261,7 +261,8 @@ void TimelineCanvas::paintEvent(QPaintEvent* event) {
     painter.setClipRect(rowsArea());
     if (const StampMove* move = model_.move())
         StampsPainter::paintMoving(painter, rowArea(move->row()), view(),
-                                   model_.rows()[move->row()], *move, sprites_);
+                                   model_.rows()[move->row()], *move,
+                                   *timeline_.selectedStampID == move->info().stampID, sprites_);
     if (hasFocus() && model_.cursor->line)
         if (const auto row = model_.rows().indexOfLine(*model_.cursor->line))
             painter.fillRect(QRectF(0, rowArea(*row).top(), 3, rowHeight - 1), theme::accent);

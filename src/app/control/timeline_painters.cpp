@@ -159,7 +159,7 @@ void StampsPainter::paint(QPainter& painter, const QRectF& rect, const AxisView&
 }
 
 void StampsPainter::paintMoving(QPainter& painter, const QRectF& rect, const AxisView& view,
-                                const TimelineRow& row, const StampMove& move,
+                                const TimelineRow& row, const StampMove& move, bool selected,
                                 StampSprites& sprites) {
     const auto index = row.stampIndex(move.info().stampID);
     if (!index)
@@ -169,7 +169,7 @@ void StampsPainter::paintMoving(QPainter& painter, const QRectF& rect, const Axi
     painter.save();
     painter.translate(view.left(at.x), rect.top() + move.offsetY());
     const StampLook look =
-        lookOf(sprites.color(stamp.colorHex), at, row.levels[*index], view.pixelRatio, true);
+        lookOf(sprites.color(stamp.colorHex), at, row.levels[*index], view.pixelRatio, selected);
     StampSprites::paint(painter, look, view.pixelRatio);
     painter.restore();
 }

@@ -58,7 +58,8 @@ class StampsPainter {
                       const TimelineRow& row, const Marks& marks, StampSprites& sprites);
     // The stamp on its way to another row; `rect` is its own row.
     static void paintMoving(QPainter& painter, const QRectF& rect, const AxisView& view,
-                            const TimelineRow& row, const StampMove& move, StampSprites& sprites);
+                            const TimelineRow& row, const StampMove& move, bool selected,
+                            StampSprites& sprites);
 };
 
 // The red bar. `x` is a point of the axis.

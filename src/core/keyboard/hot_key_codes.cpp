@@ -63,6 +63,26 @@ constexpr auto unprintableKeys = std::to_array<UnprintableKey>({
     {90, "\uF717", "F20"},
 });
 
+// The key pad, by the names on its buttons. Its characters belong to other keys.
+constexpr auto keyPadKeys = std::to_array<KeyName>({
+    {82, "Num 0"},
+    {83, "Num 1"},
+    {84, "Num 2"},
+    {85, "Num 3"},
+    {86, "Num 4"},
+    {87, "Num 5"},
+    {88, "Num 6"},
+    {89, "Num 7"},
+    {91, "Num 8"},
+    {92, "Num 9"},
+    {65, "Num ."},
+    {67, "Num *"},
+    {69, "Num +"},
+    {75, "Num /"},
+    {78, "Num -"},
+    {81, "Num ="},
+});
+
 // Characters that a key outside the recording table types with Shift or on a Russian layout, by
 // the key's text in the lookup.
 struct Character {
@@ -185,6 +205,8 @@ std::string printedKeyName(int code) {
     for (const auto& entry : unprintableKeys)
         if (entry.code == code)
             return std::string(entry.name);
+    if (const auto name = textOf(keyPadKeys, code))
+        return std::string(*name);
     return "Key " + std::to_string(code);
 }
 
@@ -202,7 +224,7 @@ std::string capturedKeyName(const KeyPress& press) {
         const auto place = textOf(lookupKeys, press.code);
         if (place && typed != *place)
             return std::string(*place);
-        if (press.code == key::besideLeftShift)
+        if (!place)  // such as a digit of the key pad: its character names another key
             return numberedKey(press.code);
     }
     return upperCased(press.characters);

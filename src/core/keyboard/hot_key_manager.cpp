@@ -8,8 +8,7 @@ namespace tembrix {
 
 namespace {
 
-// By the place of the key, and for a key that stands in no table by what a recording of it reads:
-// the key pad answers for its digits.
+// By the place of the key. A key that is in no table is also found by what a recording of it reads.
 template <class Value>
 std::optional<Value> find(const std::map<std::string, Value>& registered, const KeyPress& press) {
     auto found = registered.find(keyString(press));

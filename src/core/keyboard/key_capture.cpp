@@ -30,10 +30,12 @@ bool released(const KeyModifiers& before, const KeyModifiers& now) {
 }  // namespace
 
 KeyCapture::KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {
-    // The last capture ended with its modifiers still held, and nobody told of their release.
+    // The last capture may have ended before its modifiers were released and its timers ran out.
     capturing_ = isCapturing.observe([this](bool capturing) {
-        if (capturing)
-            lastFlags_ = {};
+        if (!capturing)
+            return;
+        lastFlags_ = {};
+        ends_.clear();
     });
 }
 
@@ -48,11 +50,13 @@ void KeyCapture::keyDown(const KeyPress& press) {
         return;
     const auto old = *keyString;
     keyString.set(recorded);
-    end_ = scheduler_.after(settleDelay, [this, old, recorded] {
+    // Each key has a timer of its own, so that a second key struck by accident right after the
+    // first does not become the hot key.
+    ends_.push_back(scheduler_.after(settleDelay, [this, old, recorded] {
         if (*keyString && *keyString != recorded && !(*keyString)->empty())
             keyString.set(old);
         isCapturing.set(false);
-    });
+    }));
 }
 
 void KeyCapture::modifiersChanged(const KeyModifiers& modifiers) {
@@ -64,12 +68,12 @@ void KeyCapture::modifiersChanged(const KeyModifiers& modifiers) {
     if (!released(before, modifiers) || held.empty())
         return;
     keyString.set(held);
-    end_ = scheduler_.after(modifierDelay, [this] { isCapturing.set(false); });
+    ends_.push_back(scheduler_.after(modifierDelay, [this] { isCapturing.set(false); }));
 }
 
 void KeyCapture::focusLost() {
     if (*isCapturing)
-        end_ = scheduler_.after(0, [this] { isCapturing.set(false); });
+        ends_.push_back(scheduler_.after(0, [this] { isCapturing.set(false); }));
 }
 
 }  // namespace tembrix

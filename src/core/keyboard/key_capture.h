@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/published.h"
 
@@ -27,7 +28,7 @@ class KeyCapture {
   private:
     Scheduler& scheduler_;
     KeyModifiers lastFlags_;
-    std::unique_ptr<Timer> end_;
+    std::vector<std::unique_ptr<Timer>> ends_;  // one per recorded key, until the next capture
     Subscription capturing_;
 };
 

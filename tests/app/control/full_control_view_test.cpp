@@ -193,11 +193,14 @@ TEST_F(FullControlViewTest, LinesAreReorderedByDropAndByKeyboard) {
     EXPECT_TRUE(drop(2, 75));  // on itself
     EXPECT_THAT(lineNames(), ElementsAre("Defence", "Attack", "Corners"));
     EXPECT_FALSE(drop(2, 10));
-    EXPECT_TRUE(drop(2, 28));  // in the gap below the drawings
+    EXPECT_FALSE(drop(2, 28));  // the lowest points of a name belong to it, too
+    EXPECT_TRUE(drop(2, 58));
     EXPECT_THAT(lineNames(), ElementsAre("Attack", "Defence", "Corners"));
-    EXPECT_TRUE(drop(1, 118));  // in the gap below the last
+    EXPECT_TRUE(drop(1, 118));
+    EXPECT_THAT(lineNames(), ElementsAre("Defence", "Attack", "Corners"));
+    EXPECT_TRUE(drop(2, 200));  // in the empty room below
     EXPECT_THAT(lineNames(), ElementsAre("Defence", "Corners", "Attack"));
-    EXPECT_TRUE(drop(1, 200));  // in the empty room below
+    EXPECT_TRUE(drop(1, 200));
     EXPECT_THAT(lineNames(), ElementsAre("Corners", "Attack", "Defence"));
     EXPECT_TRUE(drop(2, 45));
     EXPECT_TRUE(drop(3, 75));
@@ -237,6 +240,8 @@ TEST_F(FullControlViewTest, OptionDeleteWorksFromAnyFocusWhileTheWindowIsThere) 
     EXPECT_TRUE(stamp(id));
     names->setFocus();
     key(Qt::Key_Delete, Qt::AltModifier);
+    EXPECT_TRUE(stamp(id)) << "the key that deletes to the right";
+    key(Qt::Key_Backspace, Qt::AltModifier);
     EXPECT_FALSE(stamp(id));
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_TRUE(stamp(id));

@@ -106,7 +106,7 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
         {makeTag("1", "first", "a"), makeTag("2", "plain", "A"), makeTag("3", "command", "⌘+A"),
          makeTag("4", "return", "Return"), makeTag("5", "function", "Fn+F5"),
          makeTag("6", "lookup", "shift+z"), makeTag("7", "section", "§"), makeTag("8", "one", "1"),
-         makeTag("9", "none", "")},
+         makeTag("9", "none", ""), makeTag("10", "key pad", capturedForm(press(84, {}, "2")))},
         TagCollection::user("Mine"));
     EXPECT_EQ(pressed(press(0)), "plain");
     EXPECT_EQ(pressed(press(0, command)), "command");
@@ -116,7 +116,9 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
     EXPECT_EQ(pressed(press(6, shift)), "lookup");
     EXPECT_EQ(pressed(press(6)), "");
     EXPECT_EQ(pressed(press(10, {}, "§")), "section") << "a key that has only its character";
-    EXPECT_EQ(pressed(press(83, {}, "1")), "one") << "the key pad";
+    EXPECT_EQ(pressed(press(18, {}, "1")), "one");
+    EXPECT_EQ(pressed(press(83, {}, "1")), "") << "the key pad is not the digit row";
+    EXPECT_EQ(pressed(press(84, {}, "2")), "key pad") << "but answers to its own recording";
     EXPECT_EQ(hotkeys.activeCollection(), TagCollection::user("Mine"));
 
     // The sheet event comes two turns of the main queue after the press.
@@ -254,6 +256,16 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     capture.keyString.set("other");
     scheduler.advance(0.05);
     EXPECT_EQ(**capture.keyString, "⌘+A");
+
+    // A second key right after the first is an accident.
+    capture.isCapturing.set(true);
+    capture.keyDown(press(1, {}, "s"));
+    scheduler.advance(0.02);
+    capture.keyDown(press(2, {}, "d"));
+    scheduler.advance(0.05);
+    EXPECT_FALSE(*capture.isCapturing);
+    EXPECT_EQ(**capture.keyString, "S");
+    capture.keyString.set("⌘+A");
 
     // The last capture ended while its modifier was still held; its release is no hot key.
     capture.isCapturing.set(true);
