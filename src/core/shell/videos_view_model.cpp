@@ -105,9 +105,14 @@ void VideosViewModel::openVideo(const std::string& videoId) {
         return;
     const FilesFile file = *found;
     if (files_.resolveVideoURL(file.videoData.bookmark))
-        windows_.openProject(videoId);
+        openProject(file.videoData.id);
     else
         showRebindAlert(file);
+}
+
+void VideosViewModel::openProject(const std::string& videoId) {
+    files_.noteOpening(videoId, scheduler_.now());
+    windows_.openProject(videoId);
 }
 
 void VideosViewModel::showError(const std::string& title) {
@@ -206,7 +211,7 @@ void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path&
         s.fileToRebind.reset();
     });
     makePreview(id);
-    windows_.openProject(id);
+    openProject(id);
 }
 
 void VideosViewModel::openGuide() {
@@ -229,7 +234,9 @@ std::filesystem::path VideosViewModel::previewFile(const std::filesystem::path& 
 Date VideosViewModel::lastAccess(const FilesFile& file) const {
     const auto path = videoPath(file);
     const auto read = path ? lastAccessDate(*path) : std::nullopt;
-    return read.value_or(scheduler_.now());
+    if (!read)
+        return scheduler_.now();
+    return std::max(*read, files_.lastOpening(file.videoData.id).value_or(*read));
 }
 
 std::vector<FilesFile> VideosViewModel::filteredFiles(const std::string& searchText,

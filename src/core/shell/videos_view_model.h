@@ -110,7 +110,7 @@ class VideosViewModel {
 
     // What the list shows for a search text and a filter, by display name and last access.
     std::vector<FilesFile> filteredFiles(const std::string& searchText, VideoFilter filter) const;
-    // When the file was last read, now for one that cannot be told.
+    // When the video was last opened here or its file read; now if the file gives no date.
     Date lastAccess(const FilesFile& file) const;
     std::string displayName(const FilesFile& file) const;
     std::optional<std::filesystem::path> videoPath(
@@ -119,6 +119,7 @@ class VideosViewModel {
 
   private:
     void openVideo(const std::string& videoId);
+    void openProject(const std::string& videoId);
     void showError(const std::string& title);
     void showRebindAlert(const FilesFile& file);
     void pickVideo();

@@ -26,6 +26,12 @@ inline constexpr const char* collectionsDeduplicatedKey = "collectionsDeduplicat
 inline constexpr const char* collectionsUnsavedKey = "collectionsUnsaved";
 inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 
+inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date by video id
+
+inline std::string lastOpenedKey(std::string_view videoId) {
+    return lastOpenedPrefix + std::string(videoId);
+}
+
 inline std::string timelineKey(std::string_view videoId) {
     return timelinePrefix + std::string(videoId);
 }

@@ -233,6 +233,7 @@ void VideoFilesManager::deleteVideo(const FilesFile& file) {
     const VideosData video = *found;
     keepTimeline(video);
     storage_.userDefaults().remove(layout::timelineKey(video.id));
+    storage_.userDefaults().remove(layout::lastOpenedKey(video.id));
     storage_.deleteTimelineFile(video.id);
     std::erase_if(videosData_, hasId(video.id));
     rebuildFiles();
@@ -264,6 +265,14 @@ void VideoFilesManager::renameVideo(const FilesFile& file, const std::string& na
 void VideoFilesManager::toggleFavorite(const std::string& videoId) {
     change(hasId(videoId),
            [](VideosData& video) { video.isFavorite = !video.isFavorite.value_or(false); });
+}
+
+void VideoFilesManager::noteOpening(const std::string& videoId, Date moment) {
+    storage_.userDefaults().setDate(layout::lastOpenedKey(videoId), moment);
+}
+
+std::optional<Date> VideoFilesManager::lastOpening(const std::string& videoId) const {
+    return storage_.userDefaults().date(layout::lastOpenedKey(videoId));
 }
 
 bool VideoFilesManager::rebindVideo(const std::string& videoId, const std::filesystem::path& file) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/bytes.h"
+#include "base/date.h"
 #include "base/image.h"
 #include "base/log.h"
 
@@ -48,6 +49,9 @@ class VideoFilesManager {
     void toggleFavorite(const std::string& videoId);
     bool rebindVideo(const std::string& videoId, const std::filesystem::path& file);
     void saveVideosData();
+    // When the video was opened as a project. File systems move the access time rarely, if at all.
+    void noteOpening(const std::string& videoId, Date moment);
+    std::optional<Date> lastOpening(const std::string& videoId) const;
     void setPreview(const std::string& videoId, std::shared_ptr<const ImageBuffer> preview);
 
     const VideosData* findById(const std::string& videoId) const;

@@ -1,6 +1,8 @@
 #include "core/shell/videos_view_model.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "base/file_url.h"
 
@@ -97,6 +99,26 @@ TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
     std::filesystem::remove(project.folder.path() / "beta.mp4");
     project.scheduler.setWallClock(Date{4102444800});
     EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"beta.mp4", "alpha.mp4"}));
+}
+
+TEST_F(VideosViewModelTest, TheLastOpeningCountsWhereAccessTimesDoNotMove) {
+    const auto opened = project.addVideo("opened.mp4");
+    const auto read = project.addVideo("read.mp4");
+    // Access times of 2020, the later one of the file that is not opened here.
+    for (const auto& [name, seconds] :
+         {std::pair("opened.mp4", 1577836800), {"read.mp4", 1577923200}}) {
+        const timespec times[2]{{seconds, 0}, {seconds, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, (project.folder.path() / name).c_str(), times, 0), 0);
+    }
+    EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"read.mp4", "opened.mp4"}));
+    project.scheduler.setWallClock(Date{1600000000});
+    model.send(videos::OpenVideo{opened});
+    EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"opened.mp4", "read.mp4"}));
+    EXPECT_EQ(model.lastAccess(model.state->files.front()), Date{1600000000});
+    windows.closeAll();
+    model.send(videos::DeleteFile{model.state->files.front()});
+    EXPECT_FALSE(project.library.lastOpening(opened));
+    EXPECT_EQ(model.state->files.front().videoData.id, read);
 }
 
 }  // namespace
