@@ -3,6 +3,8 @@
 #include <QColor>
 #include <QMimeData>
 
+#include "base/shortened.h"
+
 #include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
 #include "core/control/timeline_rows.h"
@@ -72,10 +74,10 @@ QVariant LineNamesModel::data(const QModelIndex& index, int role) const {
     switch (role) {
         case Qt::DisplayRole:
         case Qt::ToolTipRole:
-            return qtext(line.name);
+            return qtext(shortened(line.name));
         case Qt::AccessibleTextRole:
             return qtext(texts_.format("timelineAccessibleName",
-                                       {line.name, std::to_string(line.stamps.size())}));
+                                       {shortened(line.name), std::to_string(line.stamps.size())}));
         case colorRole: {
             const std::string hex = lineColorHex(line, library_);
             return hex.empty() ? QVariant() : theme::toQColor(parseHexColor(hex));

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <map>
 
+#include "base/shortened.h"
 #include "base/uuid.h"
 
 #include "app/control/timeline_canvas.h"
@@ -91,7 +92,8 @@ class LineAccessible final : public TimelinePart {
 
     QAccessible::Role role() const override { return QAccessible::List; }
     QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Name && isValid() ? qtext(row().line->name) : QString();
+        return kind == QAccessible::Name && isValid() ? qtext(shortened(row().line->name))
+                                                      : QString();
     }
     int childCount() const override {
         return isValid() ? static_cast<int>(row().line->stamps.size()) : 0;

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/shortened.h"
 #include "base/utf8_text.h"
 
 #include "app/theme/theme.h"
@@ -93,8 +94,8 @@ void ChoiceList::addRows(const QString& action) {
     for (std::size_t place = 0; place < choices_.size(); ++place) {
         const auto& choice = choices_[place];
         auto* row = new QTreeWidgetItem(rows_);
-        row->setText(nameColumn, qtext(choice.name));
-        row->setToolTip(nameColumn, qtext(choice.name));
+        row->setText(nameColumn, qtext(shortened(choice.name)));
+        row->setToolTip(nameColumn, qtext(shortened(choice.name)));
         row->setData(nameColumn, placeRole, QVariant::fromValue<qulonglong>(place));
         row->setSizeHint(nameColumn, {0, rowHeight});
         row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);

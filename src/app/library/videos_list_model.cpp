@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "base/image.h"
+#include "base/shortened.h"
 
 namespace tembrix {
 
@@ -59,7 +60,7 @@ const VideosListModel::Card& VideosListModel::look(int row) const {
     if (card.looked)
         return card;
     card.looked = true;
-    card.name = QString::fromStdString(viewModel_.displayName(card.file));
+    card.name = QString::fromStdString(shortened(viewModel_.displayName(card.file)));
     // The date on a card is always in the one style that the printed match sheets use.
     card.date =
         QString::fromStdString(locale_.shortDate(viewModel_.lastAccess(card.file), "ru_RU"));

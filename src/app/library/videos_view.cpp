@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "base/file_url.h"
+#include "base/shortened.h"
 
 #include "ports/texts.h"
 
@@ -297,7 +298,7 @@ void VideosView::presentRebindAlert() {
 
 void VideosView::presentError(const std::string& title) {
     auto* sheet = new Sheet(this, services_.texts, "alertsFileErrorTitle");
-    sheet->setTitle(qtext(title));
+    sheet->setTitle(qtext(shortened(title)));
     sheet->addAcceptButton("okButtonTitle");
     connect(sheet, &QDialog::finished, this, [this] { answer(videos::DismissError{}); });
     sheet_ = sheet;

@@ -9,6 +9,8 @@
 #include <QToolButton>
 #include <algorithm>
 
+#include "base/shortened.h"
+
 #include "ports/panels.h"
 
 #include "app/theme/theme.h"
@@ -21,6 +23,7 @@ namespace tembrix {
 namespace {
 
 constexpr int kindRole = Qt::UserRole;
+constexpr int nameRole = Qt::UserRole + 1;  // whole, where the shown text may be cut
 constexpr int standardKind = 1;
 constexpr int userKind = 2;
 
@@ -88,8 +91,9 @@ CollectionChooser::CollectionChooser(AppServices& services, MarkingFlow& flow, Q
 void CollectionChooser::rebuild() {
     names_->clear();
     const auto add = [&](const std::string& name, int kind) {
-        names_->addItem(qtext(name));
+        names_->addItem(qtext(shortened(name)));
         names_->setItemData(names_->count() - 1, kind, kindRole);
+        names_->setItemData(names_->count() - 1, qtext(name), nameRole);
     };
     for (const auto& collection : *services_.tagLibrary.standardCollections)
         add(collection.name, standardKind);
@@ -99,7 +103,7 @@ void CollectionChooser::rebuild() {
     shown_ = *flow_.userCollections;
     for (const auto& collection : shown_) {
         add(collection.name, userKind);
-        auto* action = deletable_->addAction(qtext(collection.name).replace('&', "&&"));
+        auto* action = deletable_->addAction(qtext(shortened(collection.name)).replace('&', "&&"));
         action->setObjectName(qtext(collection.id));
         connect(action, &QAction::triggered, this, [this, collection] { askToDelete(collection); });
     }
@@ -119,10 +123,11 @@ void CollectionChooser::refresh() {
         const int kind = names_->itemData(i, kindRole).toInt();
         if (kind == standardKind)
             model->item(i)->setEnabled(standardAllowed);
-        if (kind == (type.isUser() ? userKind : standardKind) && names_->itemText(i) == name)
+        if (kind == (type.isUser() ? userKind : standardKind) &&
+            names_->itemData(i, nameRole) == name)
             current = i;
     }
-    names_->setPlaceholderText(name);
+    names_->setPlaceholderText(qtext(shortened(utf8Text(name))));
     names_->setCurrentIndex(current);
     names_->setEnabled(standardAllowed || !flow_.userCollections->empty());
     delete_->setVisible(!flow_.userCollections->empty());
@@ -130,7 +135,7 @@ void CollectionChooser::refresh() {
 }
 
 void CollectionChooser::choose(int index) {
-    const auto name = utf8Text(names_->itemText(index));
+    const auto name = utf8Text(names_->itemData(index, nameRole).toString());
     if (names_->itemData(index, kindRole).toInt() == userKind)
         flow_.switchToUserCollection(name);
     else
@@ -154,13 +159,13 @@ void CollectionChooser::chooseToDelete() {
 
 void CollectionChooser::askToDelete(const CollectionInfo& collection) {
     const auto& texts = services_.texts;
-    services_.panels.confirm(texts.format("tagLibraryDeleteCollectionTitle", {collection.name}),
-                             texts.text("tagLibraryDeleteCollectionMessage"),
-                             texts.text("deleteButtonTitle"),
-                             [self = QPointer(this), info = collection](bool confirmed) {
-                                 if (self && confirmed)
-                                     self->services_.tagLibrary.deleteUserCollection(info);
-                             });
+    services_.panels.confirm(
+        texts.format("tagLibraryDeleteCollectionTitle", {shortened(collection.name)}),
+        texts.text("tagLibraryDeleteCollectionMessage"), texts.text("deleteButtonTitle"),
+        [self = QPointer(this), info = collection](bool confirmed) {
+            if (self && confirmed)
+                self->services_.tagLibrary.deleteUserCollection(info);
+        });
 }
 
 }  // namespace tembrix

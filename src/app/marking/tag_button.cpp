@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "base/color.h"
+#include "base/shortened.h"
 #include "base/time_text.h"
 
 #include "app/theme/theme.h"
@@ -60,9 +61,9 @@ int timeWidth() {
 TagButton::TagButton(const Tag& tag, QWidget* parent)
     : QAbstractButton(parent),
       tag_(tag),
-      cap_(qtext(hotkeyCaption(tag.hotkey.value_or("")))),
-      nameWidth_(QFontMetrics(nameFont()).horizontalAdvance(qtext(tag.name))) {
-    setText(qtext(tag.name));
+      cap_(qtext(hotkeyCaption(shortened(tag.hotkey.value_or(""))))),
+      nameWidth_(QFontMetrics(nameFont()).horizontalAdvance(qtext(shortened(tag.name)))) {
+    setText(qtext(shortened(tag.name)));
     if (!cap_.isEmpty())
         capWidth_ =
             std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/shortened.h"
+
 #include "app/marking/collection_chooser.h"
 #include "app/marking/fold_section.h"
 #include "app/marking/marking_sheets.h"
@@ -144,7 +146,7 @@ void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
     }
     if (tags.empty())
         return;
-    auto* section = new FoldSection(qtext(group.id), qtext(group.name), content_);
+    auto* section = new FoldSection(qtext(group.id), qtext(shortened(group.name)), content_);
     connect(section, &FoldSection::headerPressed, this, [this, id = group.id] { toggleGroup(id); });
     for (const Tag* tag : tags)
         section->flow()->addWidget(makeTagButton(*tag, section->body()));
@@ -156,7 +158,8 @@ TagButton* TagLibraryView::makeTagButton(const Tag& tag, QWidget* parent) {
     auto* button = new TagButton(tag, parent);
     const auto times = services_.texts.format(
         "tagLibraryTagTimes", {seconds(tag.defaultTimeBefore), seconds(tag.defaultTimeAfter)});
-    button->setToolTip(qtext(tag.description.empty() ? times : tag.description + "\n" + times));
+    button->setToolTip(
+        qtext(tag.description.empty() ? times : shortened(tag.description) + "\n" + times));
     connect(button, &QAbstractButton::clicked, this, [this, tag] { flow_.handleTagTap(tag); });
     buttons_.emplace(tag.id, button);
     return button;

@@ -3,6 +3,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "base/shortened.h"
+
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
@@ -24,7 +26,7 @@ QFont chipFont() {
 }  // namespace
 
 TimeEventChip::TimeEventChip(const TimeEvent& event, QWidget* parent) : QAbstractButton(parent) {
-    setText(qtext(event.name));
+    setText(qtext(shortened(event.name)));
     nameControl(this, event.id, text());
     setCheckable(true);
     setFocusPolicy(Qt::StrongFocus);

@@ -6,6 +6,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/shortened.h"
+
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
@@ -27,7 +29,7 @@ const char* titleKey(StampEditSheetType type) {
 StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditSheetType type,
                                  std::unique_ptr<StampItemsSelection> selection)
     : Sheet(parent, texts, titleKey(type)), selection_(std::move(selection)) {
-    setTitle(qtext(texts.text(titleKey(type))) + ": " + qtext(selection_->stampName()));
+    setTitle(qtext(texts.text(titleKey(type))) + ": " + qtext(shortened(selection_->stampName())));
 
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
@@ -58,7 +60,7 @@ QWidget* StampItemsSheet::makeSections() {
     column->setSpacing(theme::spacing);
     for (const auto& section : selection_->sections()) {
         if (!section.title.empty()) {
-            auto* title = new QLabel(qtext(section.title), page);
+            auto* title = new QLabel(qtext(shortened(section.title)), page);
             title->setTextFormat(Qt::PlainText);
             title->setWordWrap(true);
             setLook(title, LabelLook::caption);
@@ -67,13 +69,13 @@ QWidget* StampItemsSheet::makeSections() {
         auto* items = new QWidget(page);
         auto* flow = new FlowLayout(theme::spacing, items);
         for (const auto& item : section.items) {
-            QString text = qtext(item.name);
+            QString text = qtext(shortened(item.name));
             if (item.hotkey)
-                text += "   " + qtext(hotkeyCaption(*item.hotkey));
+                text += "   " + qtext(hotkeyCaption(shortened(*item.hotkey)));
             auto* button = new QPushButton(text.replace('&', "&&"), items);
             button->setCheckable(true);
             button->setAutoDefault(false);
-            nameControl(button, item.id, qtext(item.name));
+            nameControl(button, item.id, qtext(shortened(item.name)));
             connect(button, &QPushButton::clicked, this,
                     [this, id = item.id] { selection_->toggle(id); });
             buttons_.emplace(item.id, button);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "base/shortened.h"
 #include "base/time_text.h"
 #include "base/utf8_text.h"
 
@@ -18,7 +19,7 @@ std::string labelNames(const TimelineStamp& stamp, const TagLibraryManager& libr
     for (const auto& id : stamp.labels)
         if (const Label* label = library.labelById(id))
             names.push_back(label->name);
-    return names.empty() ? nothing : joined(names, ", ");
+    return names.empty() ? nothing : shortened(joined(names, ", "));
 }
 
 }  // namespace
@@ -27,13 +28,13 @@ std::string stampHoverText(const TimelineLine& line, const TimelineStamp& stamp,
                            const TagLibraryManager& library) {
     const Tag* tag = library.tagById(stamp.idTag);
     return joined(
-        {tag ? tag->name : stamp.label, line.name, labelNames(stamp, library),
+        {shortened(tag ? tag->name : stamp.label), shortened(line.name), labelNames(stamp, library),
          formatTimeShort(stamp.timeStartSeconds) + " • " + formatTimeShort(stamp.length())},
         "\n");
 }
 
 std::string stampAccessibleText(const TimelineStamp& stamp) {
-    return stamp.label + ", " + formatTimeShort(stamp.timeStartSeconds) + " – " +
+    return shortened(stamp.label) + ", " + formatTimeShort(stamp.timeStartSeconds) + " – " +
            formatTimeShort(stamp.timeFinishSeconds);
 }
 
@@ -41,7 +42,7 @@ std::vector<StampMenuItem> stampMenu(const TimelineStamp& stamp, const TagLibrar
                                      const Texts& texts) {
     std::vector<StampMenuItem> items;
     items.push_back({"fieldMapTagTitleNoNumber",
-                     texts.text("fieldMapTagTitleNoNumber") + " " + stamp.label,
+                     texts.text("fieldMapTagTitleNoNumber") + " " + shortened(stamp.label),
                      {}});
     if (stamp.position)
         items.push_back(

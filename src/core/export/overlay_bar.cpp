@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/color.h"
+#include "base/shortened.h"
 #include "base/utf8_text.h"
 
 namespace tembrix {
@@ -23,10 +24,10 @@ constexpr Color orange{255 / 255.0, 159 / 255.0, 10 / 255.0, 1};
 constexpr Color white{1, 1, 1, 1};
 
 std::string tagText(const OverlayItem& item, int number, const CollectionLists& library) {
-    std::string text = item.tag.name + "_" + std::to_string(number);
+    std::string text = shortened(item.tag.name) + "_" + std::to_string(number);
     for (const auto& group : library.tagGroups)
         if (std::find(group.tags.begin(), group.tags.end(), item.tag.id) != group.tags.end()) {
-            text = upperCased(group.name) + ": " + text;
+            text = upperCased(shortened(group.name)) + ": " + text;
             break;
         }
     if (!item.stamp.timeEvents.empty())
@@ -39,7 +40,7 @@ std::string eventsText(const TimelineStamp& stamp, const std::vector<TimeEvent>&
     for (const auto& event : timeEvents)
         if (std::find(stamp.timeEvents.begin(), stamp.timeEvents.end(), event.id) !=
             stamp.timeEvents.end())
-            names.push_back(event.name);
+            names.push_back(shortened(event.name));
     return joined(names, ", ") + "\n";
 }
 
@@ -80,10 +81,11 @@ std::optional<RichText> overlayText(const OverlayItem& item, const StampNumbers&
     std::stable_sort(groups.begin(), groups.end(),
                      [](const auto& a, const auto& b) { return a.group.name < b.group.name; });
     for (const auto& group : groups) {
-        text.runs.push_back({upperCased(group.group.name) + ": ", white});
+        text.runs.push_back({upperCased(shortened(group.group.name)) + ": ", white});
         for (const auto& label : group.selectedLabels)
-            text.runs.push_back({label.name + (&label == &group.selectedLabels.back() ? " " : ", "),
-                                 white, FontWeight::regular});
+            text.runs.push_back(
+                {shortened(label.name) + (&label == &group.selectedLabels.back() ? " " : ", "),
+                 white, FontWeight::regular});
     }
     return text;
 }

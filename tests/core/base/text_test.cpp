@@ -5,6 +5,7 @@
 
 #include "base/base64.h"
 #include "base/color.h"
+#include "base/shortened.h"
 #include "base/time_text.h"
 #include "base/utf8_text.h"
 #include "base/uuid.h"
@@ -111,6 +112,19 @@ TEST(Utf8Text, ComparesAsAReaderWould) {
     EXPECT_EQ(lowerCased("ЁЖ"), "ёж");
     EXPECT_EQ(firstUpperCased("ёж ёж"), "Ёж ёж");
     EXPECT_EQ(firstUpperCased(""), "");
+}
+
+TEST(Utf8Text, IsCutToWhatCanBeShownBetweenCharacters) {
+    EXPECT_EQ(shortened("матч ⚽"), "матч ⚽");
+    for (const std::string first : {"", "a", "ab"}) {
+        std::string name = first;
+        while (name.size() < 1'000'000)
+            name += "⚽";
+        const auto cut = shortened(name);
+        EXPECT_LE(cut.size(), 1010u);
+        EXPECT_TRUE(isUtf8(cut));
+        EXPECT_TRUE(cut.ends_with("⚽…"));
+    }
 }
 
 TEST(Utf8Text, ReplacesBytesThatAreNoText) {
