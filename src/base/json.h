@@ -466,7 +466,7 @@ inline Error notFinite() {
 // Fails only if a number is not finite. Errors: domain "json".
 template <class T>
 Result<Bytes> encodeJson(const T& value, JsonStyle style) {
-    constexpr std::size_t firstRoom = 64 * 1024;  // bytes; most documents need no more
+    constexpr std::size_t firstRoom = std::size_t{64} * 1024;  // bytes; most documents need no more
     rapidjson::StringBuffer buffer(nullptr, firstRoom);
     bool finite = true;
     if (style == JsonStyle::pretty) {

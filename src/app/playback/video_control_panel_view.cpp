@@ -47,7 +47,7 @@ VideoControlPanelView::VideoControlPanelView(const Texts& texts, VideoControlPan
                   std::move(actions.seekForward5));
     addSeekButton("videoControlForward10", "media-seek-forward", "10s",
                   std::move(actions.seekForward10));
-    addSpeedMenu(std::move(actions.changeSpeed));
+    addSpeedMenu(actions.changeSpeed);
     addTimes();
 }
 

@@ -1,5 +1,7 @@
 #include "core/export/archive.h"
 
+#include <utility>
+
 #include "base/files.h"
 #include "base/utf8_text.h"
 
@@ -16,7 +18,7 @@ Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
     std::vector<std::string> arguments{"-j", archive.string()};
     for (const auto& file : files)
         arguments.push_back(file.string());
-    const auto outcome = processes.run("/usr/bin/zip", arguments, stop);
+    const auto outcome = processes.run("/usr/bin/zip", arguments, std::move(stop));
     if (outcome && outcome->exitStatus == 0) {
         markArchiveNamesAsUtf8(archive);
         return archive;
