@@ -13,10 +13,18 @@ struct MediaInfo {
     double duration = 0;    // seconds
     Size size;              // pixels of the upright picture, square pixels
     int rotation = 0;       // clockwise degrees already applied in `size`: 0, 90, 180, 270
+    double lastFrame = 0;   // seconds; when the last frame begins to show
     double frameRate = 0;   // average frames per second; 0 if unknown
     double videoStart = 0;  // the container's own time of the first frame shown, seconds
     bool hasVideo = false;
     bool hasAudio = false;
+};
+
+// Where a frame is in its file, on the user's time axis.
+struct FramePlace {
+    double start = 0;       // seconds; when it begins to show
+    double decodeFrom = 0;  // seconds; packets must be read from here on to decode it
+    bool indexed = true;    // false: the file has no index, and readers search for `decodeFrom`
 };
 
 // Media times are multiples of 1/600 second. Player, frame grab and export agree on one rule: the
@@ -29,9 +37,8 @@ class Media {
   public:
     virtual ~Media() = default;
     virtual Result<MediaInfo> probe(const std::filesystem::path& file) = 0;
-    // The start of the frame that shows at `seconds`, clamped to the video. Reads packets, decodes
-    // nothing.
-    virtual Result<double> frameTime(const std::filesystem::path& file, double seconds) = 0;
+    // The frame that shows at `seconds`, clamped to the video. Reads packets, decodes nothing.
+    virtual Result<FramePlace> framePlace(const std::filesystem::path& file, double seconds) = 0;
     // The frame that shows at `seconds`, upright, at full size.
     virtual Result<ImageBuffer> frame(const std::filesystem::path& file, double seconds) = 0;
     // The same, scaled down to fit into `bounds`, never up.

@@ -53,11 +53,12 @@ class FakeMedia final : public Media {
             return Error{"media", 1, "No such file: " + file.string()};
         return found->second;
     }
-    Result<double> frameTime(const std::filesystem::path& file, double seconds) override {
+    Result<FramePlace> framePlace(const std::filesystem::path& file, double seconds) override {
         const auto number = indexAt(file, seconds);
         if (!number)
             return number.error();
-        return *number / rate(*probe(file));
+        const double start = *number / rate(*probe(file));
+        return FramePlace{start, start};
     }
     Result<ImageBuffer> frame(const std::filesystem::path& file, double seconds) override {
         return thumbnail(file, seconds, {1e9, 1e9});

@@ -15,7 +15,7 @@ extern "C" {
 
 namespace tembrix {
 
-// Owners of the FFmpeg libraries' objects. Each is freed the way its library asks for.
+// Owners of objects of the FFmpeg libraries. Each object is freed by the function meant for it.
 template <auto free>
 struct FreeByAddress {
     template <class T>
@@ -41,7 +41,7 @@ inline PacketHandle newPacket() {
     return PacketHandle(av_packet_alloc());
 }
 
-// What a library's negative return value means, for people.
+// The text for a negative return value of the libraries.
 inline std::string avText(int code) {
     if (code == AVERROR_INVALIDDATA)
         return "the file is damaged or not a video";
@@ -52,7 +52,7 @@ inline std::string avText(int code) {
     return text;
 }
 
-// What the adapters' errors of the domain "media" are about.
+// The codes of errors of the domain "media".
 enum class MediaFault { cannotOpen = 1, noVideo = 2, unreadable = 3, undecodable = 4 };
 
 inline Error mediaError(MediaFault fault, std::string text) {

@@ -9,13 +9,13 @@
 
 namespace tembrix {
 
-// Hands values from one thread to another; the giver waits while the queue is full.
+// Passes values from one thread to another. The producer waits while the queue is full.
 template <class T>
 class BoundedQueue {
   public:
     explicit BoundedQueue(std::size_t capacity) : capacity_(capacity) {}
 
-    // False if the queue was closed meanwhile; the value is lost then.
+    // Returns false if the queue was closed meanwhile; the value is then discarded.
     bool push(T value) {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [&] { return closed_ || values_.size() < capacity_; });
@@ -25,7 +25,7 @@ class BoundedQueue {
         changed_.notify_all();
         return true;
     }
-    // Waits for a value; absent once the queue is closed and empty.
+    // Waits for a value. Returns nothing when the queue is closed and empty.
     std::optional<T> pop() {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [&] { return closed_ || !values_.empty(); });
@@ -36,7 +36,7 @@ class BoundedQueue {
         changed_.notify_all();
         return value;
     }
-    // No more values come: what is in the queue is still given out.
+    // No more values are accepted. Those in the queue can still be read.
     void close() {
         const std::lock_guard lock(mutex_);
         closed_ = true;

@@ -67,16 +67,16 @@ Result<MediaInfo> FfmpegMedia::probe(const std::filesystem::path& file) {
     return info;
 }
 
-Result<double> FfmpegMedia::frameTime(const std::filesystem::path& file, double seconds) {
+Result<FramePlace> FfmpegMedia::framePlace(const std::filesystem::path& file, double seconds) {
     auto entry = take(file);
     if (!entry)
         return entry.error();
     if (!entry->video->source->info().hasVideo)
         return mediaError(MediaFault::noVideo, "the file holds no video");
-    auto start = entry->video->frameStart(seconds);
-    if (start)
+    auto place = entry->video->framePlace(seconds);
+    if (place)
         keep(std::move(*entry));
-    return start;
+    return place;
 }
 
 Result<ImageBuffer> FfmpegMedia::frame(const std::filesystem::path& file, double seconds) {

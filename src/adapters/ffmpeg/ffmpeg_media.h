@@ -15,21 +15,21 @@ namespace tembrix {
 
 struct VideoFile;
 
-// Looks into media files with the FFmpeg libraries. The files used last stay open, so that asking
-// the same file again, as scrubbing does, costs no opening.
+// Reads media files with the FFmpeg libraries. The files used last stay open, so that repeated
+// calls for the same file, as in scrubbing, do not open it again.
 class FfmpegMedia final : public Media {
   public:
     FfmpegMedia();
     ~FfmpegMedia() override;
 
     Result<MediaInfo> probe(const std::filesystem::path& file) override;
-    Result<double> frameTime(const std::filesystem::path& file, double seconds) override;
+    Result<FramePlace> framePlace(const std::filesystem::path& file, double seconds) override;
     Result<ImageBuffer> frame(const std::filesystem::path& file, double seconds) override;
     Result<ImageBuffer> thumbnail(const std::filesystem::path& file, double seconds,
                                   Size bounds) override;
 
   private:
-    // Tells whether a path still leads to the same content.
+    // Identifies the content of a file, to recognize that it was replaced.
     struct Identity {
         std::filesystem::path file;
         std::uintmax_t size = 0;
@@ -40,7 +40,7 @@ class FfmpegMedia final : public Media {
         Identity identity;
         std::unique_ptr<VideoFile> video;
     };
-    // Takes the file out of the open ones, or opens it; give it back with keep().
+    // Removes the file from the open ones, or opens it; keep() returns it to them.
     Result<Entry> take(const std::filesystem::path& file);
     void keep(Entry entry);
 

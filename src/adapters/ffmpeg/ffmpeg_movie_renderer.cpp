@@ -15,7 +15,7 @@ namespace tembrix {
 
 namespace {
 
-// Two films hide each other's waits; more would only take memory.
+// Two films keep the machine busy while one of them waits; more would only use memory.
 constexpr int atTheSameTime = 2;
 
 Error refuse(std::string text) {

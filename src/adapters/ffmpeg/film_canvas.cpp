@@ -140,7 +140,7 @@ Result<FrameHandle> FilmCanvas::fit(const AVFrame& frame, Size shown, int rotati
 Result<FrameHandle> FilmCanvas::fit(const ImageBuffer& image) {
     if (image.empty())
         return mediaError(MediaFault::undecodable, "a picture of the film is empty");
-    // Multiplied by its alpha, a picture is what it looks like on black.
+    // Colors multiplied by their alpha are those of the picture on black.
     auto frame = newFrame();
     frame->format = AV_PIX_FMT_RGB0;
     frame->width = image.width;

@@ -9,8 +9,8 @@
 
 namespace tembrix {
 
-// Brings pictures into the film's own shape: 8-bit 4:2:0, limited range, one size. What is in shape
-// already passes through without a copy.
+// Converts pictures to the format of the film: 8-bit 4:2:0, limited range, one size. A picture that
+// has this format already is returned without a copy.
 class FilmCanvas {
   public:
     FilmCanvas(int width, int height, AVColorSpace matrix);
@@ -22,8 +22,8 @@ class FilmCanvas {
     int height() const { return height_; }
     AVColorSpace matrix() const { return matrix_; }
 
-    // The source's frame fitted whole and centerd on black. `shown` is its size in square pixels
-    // after turning it clockwise by `rotation` degrees.
+    // The frame of the source, scaled to fit and centered on black. `shown` is its size in square
+    // pixels after turning it clockwise by `rotation` degrees.
     Result<FrameHandle> fit(const AVFrame& frame, Size shown, int rotation);
     Result<FrameHandle> fit(const ImageBuffer& image);
     // A copy that may be painted on.

@@ -10,7 +10,7 @@ namespace tembrix {
 
 namespace {
 
-// A cut may reach so far beyond the last frame, as rounded times do.
+// How far a cut may extend beyond the last frame, because times are rounded.
 constexpr double overhang = 0.5;
 
 int evenSize(double pixels) {
@@ -104,7 +104,7 @@ Result<FrameHandle> FilmPictures::next() {
     if (!picture)
         return picture.error();
     auto overlays = plan_.overlaysAt(frame_);
-    // An overlay that is over will not come back, and its pixels are many.
+    // An overlay that has ended is not needed again, and uses much memory.
     for (const auto over : shownOverlays_)
         if (std::find(overlays.begin(), overlays.end(), over) == overlays.end())
             blends_[over].reset();

@@ -16,10 +16,10 @@
 
 namespace tembrix {
 
-// The pictures of a film, one after the other, as they go to the encoder. Belongs to one thread.
+// The pictures of a film, in order, as the encoder receives them. Must be used on one thread.
 class FilmPictures {
   public:
-    // The job and the plan must outlive the pictures. `stop` makes next() fail once it is true.
+    // The job and the plan must outlive the pictures. Once `stop` is true, next() fails.
     static Result<std::unique_ptr<FilmPictures>> open(const MovieJob& job, const FilmPlan& plan,
                                                       const std::atomic<bool>& stop);
 

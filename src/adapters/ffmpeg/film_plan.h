@@ -8,8 +8,9 @@
 
 namespace tembrix {
 
-// Which picture and which sound stand where in a film. Pieces begin at whole 1/600 seconds counted
-// from the film's start, so that roundings never add up, and the film is rounded to frames once.
+// Which picture and which sound belong to each moment of a film. Pieces begin at whole 1/600
+// seconds counted from the start of the film, so that rounding errors do not add up; the film is
+// rounded to frames once.
 class FilmPlan {
   public:
     explicit FilmPlan(const MovieJob& job);

@@ -15,7 +15,7 @@ namespace tembrix {
 
 namespace {
 
-// Pictures that wait for the encoder, so that it has work while the next cut is looked up.
+// The memory of pictures waiting for the encoder, which needs work while the next cut is located.
 constexpr double picturesWaiting = 64e6;  // bytes
 constexpr std::size_t soundsWaiting = 128;
 
@@ -27,11 +27,11 @@ Error exportError(const Error& error) {
     return {"Export", -1, error.text};
 }
 
-// A stage that makes values on a thread of its own until its last value or first failure.
+// A stage that produces values on a thread of its own until the last value or the first failure.
 template <class T>
 class Stage {
   public:
-    // `make` gives the next value, or absence at the end.
+    // `make` returns the next value, or nothing at the end.
     template <class Make>
     Stage(std::size_t capacity, std::atomic<bool>& stop, Make make)
         : stop_(stop), queue_(capacity), thread_([this, make = std::move(make)]() mutable {
@@ -50,9 +50,9 @@ class Stage {
         thread_.join();
     }
 
-    // Absent at the end or after a failure.
+    // Returns nothing at the end or after a failure.
     std::optional<T> next() { return queue_.pop(); }
-    // Valid once next() has given absence.
+    // Valid when next() has returned nothing.
     const std::optional<Error>& failure() const { return failure_; }
 
   private:
@@ -186,7 +186,8 @@ Result<void> FilmRun::encode(FilmPictures& pictures, FilmSound* sound, FilmWrite
             return decoded.failure() ? exportError(*decoded.failure()) : canceledError();
         if (auto added = writer.addPicture(std::move(*picture)); !added)
             return added;
-        // The sound follows the pictures closely, as a file that plays while it loads needs it.
+        // Sound and pictures are interleaved closely, for players that read the file while it
+        // loads.
         const bool last = k + 1 == frames;
         while (heard && (last || samplesWritten * job_.framesPerSecond <
                                      static_cast<std::int64_t>(k + 1) * sound->sampleRate())) {

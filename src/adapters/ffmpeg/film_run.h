@@ -15,11 +15,11 @@ class FilmPictures;
 class FilmSound;
 class FilmWriter;
 
-// Lets a few runs work at the same time.
+// Limits how many runs work at the same time.
 class Turns {
   public:
     explicit Turns(int count) : free_(count) {}
-    // Waits for a turn; false if `givenUp` became true first; wake() makes it look.
+    // Waits for a turn. Returns false if `givenUp` became true first; wake() makes it check.
     bool take(const std::atomic<bool>& givenUp);
     void giveBack();
     void wake();

@@ -12,9 +12,9 @@ namespace tembrix {
 
 namespace {
 
-// A decoder needs some packets before the first one wanted until its sound is right.
+// How many packets before the first one wanted a decoder needs for correct sound.
 constexpr double leadIn = 0.2;
-// Containers round their times; the sound runs on over gaps smaller than this, in seconds.
+// Containers round times. Gaps smaller than this, in seconds, are ignored.
 constexpr double jitter = 0.01;
 
 }  // namespace
@@ -29,7 +29,7 @@ Result<std::unique_ptr<FilmSound>> FilmSound::open(const MovieJob& job, const Fi
     const auto* stream = sound->source_->stream();
     if (stream->codecpar->sample_rate == 44100)
         sound->sampleRate_ = 44100;
-    // A sound that cannot be decoded is silence: the pictures are worth having without it.
+    // Sound that cannot be decoded becomes silence: the pictures are useful without it.
     if (const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id)) {
         sound->decoder_.reset(avcodec_alloc_context3(codec));
         auto& decoder = *sound->decoder_;
@@ -152,7 +152,7 @@ void FilmSound::take(const AVFrame& frame) {
     const auto next = decodedFrom_ + static_cast<std::int64_t>(decoded_[0].size());
     const auto starts =
         time == AV_NOPTS_VALUE ? next : std::llround(source_->seconds(time) * sampleRate_);
-    // What the resampler still holds belongs before this frame.
+    // The samples that are still in the resampler come before this frame.
     const auto held = swr_get_delay(resampler_.get(), sampleRate_);
     if (std::exchange(fresh_, false))
         decodedFrom_ = starts;

@@ -13,20 +13,20 @@
 
 namespace tembrix {
 
-// The sound of a film: stereo, each piece from its own first sample on, silence where the film or
-// the source has none. Belongs to one thread.
+// The sound of a film in stereo: each piece begins with its own first sample; where the film or the
+// source has no sound, there is silence. Must be used on one thread.
 class FilmSound {
   public:
     static constexpr int channels = 2;
     using Samples = std::array<std::vector<float>, channels>;
 
-    // The job and the plan must outlive the sound. `stop` makes read() give silence once it is
-    // true.
+    // The job and the plan must outlive the sound. Once `stop` is true, read() returns
+    // silence.
     static Result<std::unique_ptr<FilmSound>> open(const MovieJob& job, const FilmPlan& plan,
                                                    const std::atomic<bool>& stop);
 
     int sampleRate() const { return sampleRate_; }
-    // Samples of the whole film.
+    // The number of samples of the whole film.
     std::int64_t length() const { return plan_.firstSample(job_.pieces.size(), sampleRate_); }
 
     // Replaces `out` by the next `count` samples.
@@ -53,10 +53,10 @@ class FilmSound {
     int sampleRate_ = 48000;
 
     std::int64_t position_ = 0;        // the film's sample to be read next
-    std::size_t piece_ = SIZE_MAX;     // the piece it lies in
+    std::size_t piece_ = SIZE_MAX;     // the piece that contains it
     std::int64_t sourcePosition_ = 0;  // the source's sample to be read next
     bool ended_ = true;                // the piece has no more sound
-    bool fresh_ = true;                // the next decoded sound says itself where it belongs
+    bool fresh_ = true;                // the next decoded sound gives its own position
     // Decoded samples of the source in the film's rate, the first of which is decodedFrom_.
     Samples decoded_;
     std::int64_t decodedFrom_ = 0;

@@ -15,13 +15,13 @@ namespace tembrix {
 
 namespace {
 
-// As fast as a machine of two cores likes it, at a quality where a second look sees no loss.
+// Fast enough for a machine of two cores, without a visible loss of quality.
 constexpr const char* preset = "veryfast";
 constexpr const char* constantQuality = "18";
-constexpr int secondsPerKeyFrame = 2;  // a film can be searched quickly
+constexpr int secondsPerKeyFrame = 2;  // for fast seeks
 constexpr int soundBitRate = 192000;
 
-// A failure of the system keeps its number, by which the user is told what to do about it.
+// A system error keeps its number, from which the advice to the user is chosen.
 Error writeError(int code) {
     constexpr int lastErrno = 4095;
     if (code < 0 && code >= -lastErrno)
@@ -170,7 +170,7 @@ Result<void> FilmWriter::drain(AVCodecContext& encoder, AVStream& stream) {
             packet_->stream_index = stream.index;
             code = av_interleaved_write_frame(format_.get(), packet_.get());
         }
-        // The file's own errors come to light when its buffer is written out.
+        // Write errors may be reported only when the buffer is flushed.
         if (code >= 0 && format_->pb->error < 0)
             code = format_->pb->error;
         if (code < 0)

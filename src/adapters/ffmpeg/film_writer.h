@@ -10,7 +10,7 @@
 
 namespace tembrix {
 
-// What a film is made of.
+// The format of a film.
 struct FilmFormat {
     int width = 0;
     int height = 0;
@@ -22,8 +22,8 @@ struct FilmFormat {
     int channels = 2;
 };
 
-// Writes an MPEG-4 file of H.264 pictures and AAC sound under a temporary name, and gives it its
-// own name once it is whole. Without finish() nothing is left. Belongs to one thread.
+// Writes an MPEG-4 file of H.264 pictures and AAC sound under a temporary name, and renames
+// it when it is complete. Without finish() no file remains. Must be used on one thread.
 class FilmWriter {
   public:
     static Result<std::unique_ptr<FilmWriter>> open(const std::filesystem::path& target,
@@ -32,14 +32,14 @@ class FilmWriter {
     FilmWriter(const FilmWriter&) = delete;
     FilmWriter& operator=(const FilmWriter&) = delete;
 
-    // Takes the film's next picture.
+    // Adds the next picture of the film.
     Result<void> addPicture(FrameHandle picture);
-    // Takes the film's next samples: `count` of each channel, at most soundFrame(); fewer only at
-    // the end.
+    // Adds the next samples of the film: `count` of each channel, at most soundFrame(); fewer only
+    // at the end.
     Result<void> addSound(const float* const* samples, int count);
     int soundFrame() const { return audio_ ? audio_->frame_size : 0; }
-    // Ends both, and gives the file its name when it is safely on the disk, unless `stop` is
-    // true by then.
+    // Ends both streams, writes the file to the disk and renames it, unless `stop` is true by
+    // then.
     Result<void> finish(const std::atomic<bool>& stop);
 
   private:

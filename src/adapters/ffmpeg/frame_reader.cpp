@@ -10,12 +10,12 @@ namespace tembrix {
 
 namespace {
 
-// A hole of more than this, left by packets that cannot be decoded, is an error and not a frame
-// that stays.
+// A longer gap without decodable packets, in seconds, is an error. In a shorter one the frame
+// before it stays on screen.
 constexpr double longestHole = 1.0;
-// A decoder that fails so often without a frame in between will not recover.
+// A decoder that fails this often without producing a frame does not recover.
 constexpr int hopeless = 100000;
-// The next frame wanted is reached by decoding on, unless it lies further away than this.
+// A frame that is at most this many seconds ahead is reached by decoding, not by a seek.
 constexpr double worthSeeking = 0.5;
 
 Error damagedAt(double seconds) {
@@ -59,7 +59,7 @@ Result<const AVFrame*> FrameReader::at(double seconds) {
             return restarted.error();
     }
     while (!ended_ && (!next_.present || hasStarted(next_.start, target))) {
-        // The first frame stays for all earlier times, so it is taken whenever it starts.
+        // The first frame is used for all earlier times, so its start does not matter.
         if (next_.present) {
             std::swap(current_, next_);
             next_.present = false;
@@ -86,10 +86,10 @@ Result<void> FrameReader::restart(double seconds) {
     faults_ = 0;
     awaited_ = {};
     avcodec_flush_buffers(decoder_.get());
-    const auto start = file_.frameStart(seconds);
-    if (!start)
-        return start.error();
-    wantedStart_ = *start;
+    const auto place = file_.framePlace(seconds);
+    if (!place)
+        return place.error();
+    wantedStart_ = place->start;
     return source().seek(seconds);
 }
 
@@ -110,7 +110,7 @@ Result<void> FrameReader::decodeNext() {
             ++faults_;
             continue;
         }
-        // This also counts what got lost on the way.
+        // This also counts the packets that produced no frame.
         next_.start = startOf(*next_.frame);
         if (!hasStarted(0, next_.start) || (current_.present && next_.start <= current_.start))
             continue;
@@ -150,7 +150,7 @@ double FrameReader::startOf(const AVFrame& frame) {
         return takeFirst();
     const double start =
         source().seconds(frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp);
-    // Packets of before that gave no frame are lost. Some decoders do not call that an error.
+    // Earlier packets that produced no frame are lost. Some decoders report no error for them.
     while (!awaited_.empty() && awaited_.top() < start + frameTolerance)
         if (takeFirst() < start - frameTolerance)
             ++faults_;

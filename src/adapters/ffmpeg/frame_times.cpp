@@ -9,15 +9,15 @@ namespace tembrix {
 
 namespace {
 
-// A frame is decoded at most so many frames before one that shows earlier.
+// At most this many frames are decoded before a frame that shows earlier.
 constexpr std::size_t reorderDepth = 16;
-// How far beyond the time in question a scan goes on, for the seeks that follow.
+// How many seconds beyond the wanted time a scan reads, for the seeks that follow.
 constexpr double lookAhead = 0.5;
 constexpr std::size_t remembered = 16;
 
 }  // namespace
 
-Result<double> FrameTimes::at(MediaSource& source, double seconds) {
+Result<FramePlace> FrameTimes::at(MediaSource& source, double seconds) {
     const double time = std::max(0.0, seconds);
     auto found = std::find_if(stretches_.begin(), stretches_.end(), [&](const Stretch& s) {
         return hasStarted(s.from, time) && !hasStarted(s.to, time);
@@ -33,7 +33,8 @@ Result<double> FrameTimes::at(MediaSource& source, double seconds) {
     }
     const auto& starts = found->starts;
     const auto later = std::upper_bound(starts.begin(), starts.end(), latestStart(time));
-    return later == starts.begin() ? starts.front() : *(later - 1);
+    return FramePlace{later == starts.begin() ? starts.front() : *(later - 1), found->decodeFrom,
+                      source.isIndexed()};
 }
 
 Result<FrameTimes::Stretch> FrameTimes::scan(MediaSource& source, double seconds) {
@@ -49,8 +50,10 @@ Result<FrameTimes::Stretch> FrameTimes::scan(MediaSource& source, double seconds
         if (ended)
             break;
         const double time = source.time(**packet);
-        if (std::exchange(first, false))
+        if (std::exchange(first, false)) {
             stretch.from = time;
+            stretch.decodeFrom = std::min(time, source.decodingTime(**packet));
+        }
         const bool shown = !((*packet)->flags & AV_PKT_FLAG_DISCARD) && hasStarted(0, time);
         if (shown && time >= stretch.from)
             stretch.starts.push_back(time);

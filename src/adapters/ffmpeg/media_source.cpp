@@ -18,7 +18,7 @@ int interrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
 }
 
-// Formats that make pictures out of anything: single images, and texts shown as letters.
+// Formats that accept anything as pictures: single images, and texts drawn as letters.
 bool isPretender(const AVInputFormat& format) {
     const std::string_view name = format.name;
     return name.ends_with("_pipe") || name == "image2" || name == "tty" || name == "bin" ||
@@ -53,7 +53,7 @@ Result<std::unique_ptr<MediaSource>> MediaSource::open(const std::filesystem::pa
     AVFormatContext* format = avformat_alloc_context();
     if (interrupt)
         format->interrupt_callback = {interrupted, const_cast<std::atomic<bool>*>(interrupt)};
-    // The protocol is spelled out, or a colon in the file's name would be taken for one.
+    // Without the protocol, a name with a colon would be understood as one.
     const std::string url = "file:" + file.string();
     if (const int code = avformat_open_input(&format, url.c_str(), nullptr, nullptr); code < 0)
         return mediaError(MediaFault::cannotOpen, avText(code));
@@ -84,6 +84,8 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
     stream_ = seekBy_ = video_ ? video_ : audio_;
     stream_->discard = AVDISCARD_DEFAULT;
     if (video_) {
+        const auto codec = video_->codecpar->codec_id;
+        completesTimes_ = codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO;
         if (auto found = findStart(); !found)
             return found;
         findEnd();
@@ -98,8 +100,8 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
         if (!stream_)
             return mediaError(MediaFault::noVideo, "the file has no sound");
         stream_->discard = AVDISCARD_DEFAULT;
-        ordersByDecoding_ = false;
-        // This container indexes its pictures only.
+        ordersByDecoding_ = completesTimes_ = false;
+        // This container has an index of pictures only.
         const std::string_view format = format_->iformat->name;
         if (format.find("matroska") == std::string_view::npos)
             seekBy_ = audio_;
@@ -135,7 +137,7 @@ AVRational MediaSource::pixelAspect() const {
 
 Result<void> MediaSource::findStart() {
     // Frames that show before the first key frame cannot be decoded; frames that are only there to
-    // decode from are marked to be thrown away.
+    // decode others from are marked as discarded.
     constexpr int enough = 20;
     std::int64_t first = unknown, key = unknown, decoding = unknown;
     for (int shown = 0; shown < enough;) {
@@ -182,6 +184,7 @@ void MediaSource::findEnd() {
                 continue;
             const double lasts =
                 p.duration > 0 ? double(p.duration) * av_q2d(stream_->time_base) : frame;
+            info_.lastFrame = std::max(info_.lastFrame, time(p));
             end = std::max(end, time(p) + lasts);
         }
     }
@@ -207,8 +210,13 @@ double MediaSource::time(const AVPacket& packet) const {
     return seconds(rawTime(packet));
 }
 
+double MediaSource::decodingTime(const AVPacket& packet) const {
+    return packet.dts != unknown ? seconds(packet.dts) : time(packet);
+}
+
 bool MediaSource::startAt(double seconds) {
     pending_ = false;
+    ahead_.clear();
     if (av_seek_frame(format_.get(), seekBy_->index, timestamp(seconds, *seekBy_),
                       AVSEEK_FLAG_BACKWARD) < 0)
         return false;
@@ -223,8 +231,8 @@ bool MediaSource::startAt(double seconds) {
 
 Result<void> MediaSource::seek(double seconds) {
     const double bound = latestStart(seconds);
-    // Containers seek by the time of decoding, and some have no packets where they say; so look at
-    // what came and step back until it will do.
+    // Containers seek by the time of decoding, and some arrive at a place without a usable packet.
+    // So the packet found is checked, and the seek is repeated further back until it is suitable.
     double want = bound, step = 0.5;
     for (;;) {
         if (interrupt_ && *interrupt_)
@@ -259,19 +267,63 @@ Result<AVPacket*> MediaSource::read() {
         pending_ = false;
         return packet_.get();
     }
+    if (!ahead_.empty()) {
+        packet_ = std::move(ahead_.front());
+        ahead_.pop_front();
+    } else {
+        const auto found = readInto(*packet_);
+        if (!found)
+            return found.error();
+        if (!*found)
+            return static_cast<AVPacket*>(nullptr);
+    }
+    if (completesTimes_ && packet_->pts == unknown && packet_->dts != unknown)
+        if (auto completed = completeTime(*packet_); !completed)
+            return completed.error();
+    return packet_.get();
+}
+
+Result<bool> MediaSource::readInto(AVPacket& packet) {
     for (;;) {
-        av_packet_unref(packet_.get());
+        av_packet_unref(&packet);
         if (interrupt_ && *interrupt_)
             return mediaError(MediaFault::unreadable, avText(AVERROR_EXIT));
-        const int code = av_read_frame(format_.get(), packet_.get());
-        // A cut-off or damaged tail ends the file where it can no longer be read.
+        const int code = av_read_frame(format_.get(), &packet);
+        // A file that is cut off or damaged ends where it can no longer be read.
         if (code == AVERROR_EOF || code == AVERROR_INVALIDDATA)
-            return static_cast<AVPacket*>(nullptr);
+            return false;
         if (code < 0)
             return mediaError(MediaFault::unreadable, avText(code));
-        if (packet_->stream_index == stream_->index)
-            return packet_.get();
+        if (packet.stream_index == stream_->index)
+            return true;
     }
+}
+
+Result<void> MediaSource::completeTime(AVPacket& packet) {
+    // In these formats a frame that others are predicted from shows when the next such frame is
+    // decoded. The frames in between show as they are decoded.
+    std::int64_t end = packet.dts + packet.duration;
+    for (std::size_t i = 0;; ++i) {
+        if (i == ahead_.size()) {
+            auto next = newPacket();
+            const auto found = readInto(*next);
+            if (!found)
+                return found.error();
+            if (!*found)
+                break;
+            ahead_.push_back(std::move(next));
+        }
+        const AVPacket& next = *ahead_[i];
+        if (next.dts == unknown)
+            continue;
+        end = next.dts + next.duration;
+        if (next.pts != next.dts) {
+            packet.pts = next.dts;
+            return {};
+        }
+    }
+    packet.pts = end;
+    return {};
 }
 
 }  // namespace tembrix

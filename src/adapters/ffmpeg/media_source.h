@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <memory>
 
@@ -23,8 +24,8 @@ inline bool hasStarted(double frameStart, double seconds) {
     return frameStart <= latestStart(seconds);
 }
 
-// An opened media file: its packets on the user's time axis, where 0 is the first frame shown.
-// Belongs to one thread at a time.
+// An open media file: its packets on the user's time axis, where 0 is the first frame shown. May be
+// used by one thread at a time.
 class MediaSource {
   public:
     enum class Streams { video, audio };
@@ -37,12 +38,12 @@ class MediaSource {
 
     const MediaInfo& info() const { return info_; }
     const std::filesystem::path& file() const { return file_; }
-    // The stream that read() gives packets of.
+    // The stream whose packets read() returns.
     AVStream* stream() const { return stream_; }
     // The pixel shape of the video: width by height of one pixel.
     AVRational pixelAspect() const;
-    // Packets carry no time of showing, only their order of decoding. Their frames then show at the
-    // decoding times in ascending order.
+    // Whether packets have decoding times only. Their frames then show at these times in ascending
+    // order.
     bool ordersByDecoding() const { return ordersByDecoding_; }
 
     // Seconds on the user's time axis.
@@ -50,7 +51,13 @@ class MediaSource {
     // When the packet's frame shows, or when it is decoded if ordersByDecoding().
     double time(const AVPacket& packet) const;
 
-    // Goes to a place from which the frame of `seconds` can be decoded: the next packet is a key
+    // When the packet is decoded, or its time() if it does not carry that.
+    double decodingTime(const AVPacket& packet) const;
+    // Whether the container lists where its frames are. Streams of recorders and broadcasters do
+    // not; there a seek searches the file.
+    bool isIndexed() const { return !(format_->iformat->flags & AVFMT_TS_DISCONT); }
+
+    // Moves to a place from which the frame of `seconds` can be decoded: the next packet is a key
     // frame that shows by then, or the first of the file.
     Result<void> seek(double seconds);
     // Whether the key frame at which seek(seconds) would start is known to lie after `position`.
@@ -66,9 +73,13 @@ class MediaSource {
     void describe();
     std::int64_t timestamp(double seconds, const AVStream& stream) const;
     std::int64_t rawTime(const AVPacket& packet) const;
-    // Goes to the key frame before `seconds` by the container's index, and reads it into packet_;
+    // Moves to the key frame before `seconds` by the container's index, and reads it into packet_;
     // false if nothing can be read there.
     bool startAt(double seconds);
+    // The next packet of the stream as the container gives it, into `packet`; false at the end.
+    Result<bool> readInto(AVPacket& packet);
+    // Gives the packet the time of showing that the container leaves out.
+    Result<void> completeTime(AVPacket& packet);
 
     std::filesystem::path file_;
     const std::atomic<bool>* interrupt_ = nullptr;
@@ -79,8 +90,10 @@ class MediaSource {
     AVStream* seekBy_ = nullptr;  // the stream in whose index seeks look
     MediaInfo info_;
     bool ordersByDecoding_ = false;
+    bool completesTimes_ = false;
     PacketHandle packet_ = newPacket();
-    bool pending_ = false;  // packet_ is read already and is the next to give
+    std::deque<PacketHandle> ahead_;  // packets read to complete the times of earlier ones
+    bool pending_ = false;            // read() returns packet_, which has been read already
 };
 
 }  // namespace tembrix

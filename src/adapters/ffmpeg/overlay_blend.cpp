@@ -68,7 +68,7 @@ OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
     for (Layer* chroma : {&blue_, &red_})
         prepare(*chroma, box.left / 2, box.top / 2, luma_.width / 2, luma_.height / 2);
 
-    // The colors come multiplied by their alpha, and so do the offsets of the film's coding.
+    // The colors are multiplied by their alpha, and so are the offsets of the film's coding.
     const auto& image = overlay.image;
     std::vector<double> alphas(blue_.keep.size()), blues(alphas.size()), reds(alphas.size());
     for (int y = 0; y < luma_.height; ++y) {

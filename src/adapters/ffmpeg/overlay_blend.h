@@ -9,7 +9,7 @@
 
 namespace tembrix {
 
-// An overlay turned once into the film's own colors, to be laid over many frames.
+// An overlay, converted once to the colors of the film and blended over many frames.
 class OverlayBlend {
   public:
     // For films of `width` by `height` pixels whose colors follow `matrix`, limited range.

@@ -7,22 +7,22 @@
 
 namespace tembrix {
 
-// How a video's numbers stand for colors.
+// How the numbers of a video encode colors.
 struct ColorCoding {
     AVColorSpace matrix = AVCOL_SPC_BT709;
     bool fullRange = false;
     bool operator==(const ColorCoding&) const = default;
 };
 
-// The frame's own coding; a frame that does not say follows the custom for its size.
+// The coding that the frame names, or the usual one for its size if it names none.
 ColorCoding colorCoding(const AVFrame& frame);
-// The same from what a stream says of itself.
+// The same for the parameters of a stream.
 AVColorSpace colorMatrix(AVColorSpace said, int width, int height);
 
-// Tells the scaler the codings of both sides. Sides in RGB are always full range.
+// Sets the color codings of the input and output of the scaler. RGB is always full range.
 void setColors(SwsContext& scaler, ColorCoding from, ColorCoding to);
 
-// `content` fitted whole into `bounds`, never larger than `largest` times its size.
+// The size of `content` scaled to fit into `bounds`, at most `largest` times as large.
 Size fittedInto(Size content, Size bounds, double largest = 1e9);
 
 // The frame as pixels of `size` (before it is turned), then turned clockwise by 0, 90, 180 or 270

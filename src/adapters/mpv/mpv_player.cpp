@@ -78,7 +78,7 @@ void MpvPlayer::load() {
         turnBeforeDrawing();
 
     seeker_ = std::make_unique<MpvSeeker>(
-        *core_, info_.videoStart, [this](double seconds) { return frameTime(seconds); },
+        *core_, info_.videoStart, [this](double seconds) { return findFrame(seconds); },
         MpvSeeker::Host{[this](double seconds) { landedAt(seconds); }, [this] { return rate_ > 0; },
                         [this] { return !renderer_->works() || renderer_->isSettled(); }});
 
@@ -301,13 +301,14 @@ void MpvPlayer::fail(Error error) {
         Qt::QueuedConnection);
 }
 
-double MpvPlayer::frameTime(double seconds) const {
-    if (const auto frame = media_.frameTime(file_, seconds))
+FramePlace MpvPlayer::findFrame(double seconds) const {
+    if (const auto frame = media_.framePlace(file_, seconds))
         return *frame;
-    // The file is out of reach, while the core still holds it open.
-    if (info_.frameRate <= 0)
-        return seconds;
-    return std::floor((seconds + frameTolerance) * info_.frameRate) / info_.frameRate;
+    // The file cannot be read any more, while the core still has it open.
+    double start = seconds;
+    if (info_.frameRate > 0)
+        start = std::floor((seconds + frameTolerance) * info_.frameRate) / info_.frameRate;
+    return {start, start};
 }
 
 }  // namespace tembrix

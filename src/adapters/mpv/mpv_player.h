@@ -63,7 +63,7 @@ class MpvPlayer final : public QObject, public Player {
     void tellStatus();
     void tick(bool always);
     void fail(Error error);                  // tells later, when the observers stand
-    double frameTime(double seconds) const;  // any thread
+    FramePlace findFrame(double seconds) const;  // any thread
 
     std::filesystem::path file_;
     Media& media_;

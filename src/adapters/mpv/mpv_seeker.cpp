@@ -13,20 +13,23 @@ namespace tembrix {
 
 namespace {
 
-// The core shows the first frame from 5 ms before its target on. Aiming 4 ms behind the frame's own
-// time leaves 1 ms for rounding and stays clear of the frame before it.
+// The core shows the first frame that starts at most 5 ms before its target. A target 4 ms after
+// the start of the frame leaves 1 ms for rounding and excludes the frame before.
 constexpr double aim = 0.004;
-// A landing this much behind the frame's own time is another frame. During playback the next frames
-// may be on show by the time the core answers.
+// If the shown time differs by more from the start of the frame, another frame is shown. During
+// playback later frames may be on screen when the core replies.
 constexpr double slackPaused = 0.002;
 constexpr double slackPlaying = 0.5;
-// Some containers send the core to a key frame behind the target. It is then sent again with a
-// start of the decoding that lies this many seconds earlier.
+// In some containers the core starts at a key frame after the target. The seek is then repeated
+// with a start of the decoding that is this many seconds earlier.
 constexpr std::array<double, 3> leads{0, 2, 15};
-// How long a seek may keep a newer one from the core.
+// In a file without an index the core searches for a packet by its time of decoding. The search
+// starts so many seconds earlier than necessary.
+constexpr double searchMargin = 0.1;
+// How long a seek may delay a newer one.
 constexpr int patienceMs = 300;
 
-// Replies carry the serial of the seek and what was asked.
+// The id of a reply contains the serial of the seek and the kind of the request.
 constexpr std::uint64_t commandReply = 0;
 constexpr std::uint64_t timeReply = 1;
 std::uint64_t replyId(std::uint64_t serial, std::uint64_t kind) {
@@ -35,10 +38,10 @@ std::uint64_t replyId(std::uint64_t serial, std::uint64_t kind) {
 
 }  // namespace
 
-MpvSeeker::MpvSeeker(MpvCore& core, double videoStart, FrameTime frameTime, Host host)
+MpvSeeker::MpvSeeker(MpvCore& core, double videoStart, FindFrame findFrame, Host host)
     : core_(core),
       videoStart_(videoStart),
-      frameTime_(std::move(frameTime)),
+      findFrame_(std::move(findFrame)),
       host_(std::move(host)) {
     resolver_.setMaxThreadCount(1);
     patience_.setSingleShot(true);
@@ -74,8 +77,8 @@ void MpvSeeker::resolveNewest() {
     if (resolving_ || !newest_)
         return;
     resolving_ = true;
-    resolver_.start([this, target = Target{newest_->serial, newest_->seconds, 0}]() mutable {
-        target.frame = frameTime_(target.seconds);
+    resolver_.start([this, target = Target{newest_->serial, newest_->seconds, {}}]() mutable {
+        target.frame = findFrame_(target.seconds);
         QMetaObject::invokeMethod(
             this, [this, target] { resolved(target); }, Qt::QueuedConnection);
     });
@@ -104,11 +107,15 @@ void MpvSeeker::send(const Target& target, int attempt) {
     patience_.stop();
     underWay_ = UnderWay{target, Step::sent, attempt, {}};
     underWay_->age.start();
-    if (const double lead = leads.at(static_cast<std::size_t>(attempt)); lead != lead_)
+    const auto& frame = target.frame;
+    double lead = leads.at(static_cast<std::size_t>(attempt));
+    if (!frame.indexed)
+        lead += frame.start - frame.decodeFrom + searchMargin;
+    if (lead != lead_)
         core_.set("hr-seek-demuxer-offset", lead_ = lead);
     core_.command(
         replyId(target.serial, commandReply),
-        {"seek", fmt::format("{:.6f}", videoStart_ + target.frame + aim), "absolute+exact"});
+        {"seek", fmt::format("{:.6f}", videoStart_ + frame.start + aim), "absolute+exact"});
 }
 
 void MpvSeeker::handle(const mpv_event& event) {
@@ -128,7 +135,7 @@ void MpvSeeker::handle(const mpv_event& event) {
                 underWay_->step = Step::begun;
             return;
         case MPV_EVENT_PLAYBACK_RESTART:
-            // An older seek may end while this one waits its turn in the core.
+            // An older seek may end while this one is still queued in the core.
             if (underWay_->step != Step::begun)
                 return;
             underWay_->step = Step::restarted;
@@ -141,7 +148,7 @@ void MpvSeeker::handle(const mpv_event& event) {
             const auto* property = static_cast<const mpv_event_property*>(event.data);
             const bool known = event.error >= 0 && property->format == MPV_FORMAT_DOUBLE;
             return landedAt(known ? *static_cast<const double*>(property->data)
-                                  : videoStart_ + underWay_->target.frame);
+                                  : videoStart_ + underWay_->target.frame.start);
         }
         default:
             return;
@@ -149,10 +156,11 @@ void MpvSeeker::handle(const mpv_event& event) {
 }
 
 void MpvSeeker::landedAt(double containerTime) {
-    const double behind = containerTime - videoStart_ - underWay_->target.frame;
-    const double slack = host_.isPlaying() ? slackPlaying : slackPaused;
+    const double behind = containerTime - videoStart_ - underWay_->target.frame.start;
+    const bool wrong =
+        behind > (host_.isPlaying() ? slackPlaying : slackPaused) || behind < -slackPaused;
     const int nextAttempt = underWay_->attempt + 1;
-    if (behind > slack && nextAttempt < static_cast<int>(leads.size()))
+    if (wrong && nextAttempt < static_cast<int>(leads.size()))
         return send(underWay_->target, nextAttempt);
     underWay_->step = Step::landed;
     finishIfDrawn();

@@ -7,7 +7,7 @@
 #include <functional>
 #include <optional>
 
-#include "base/result.h"
+#include "ports/media.h"
 
 struct mpv_event;
 
@@ -15,35 +15,35 @@ namespace tembrix {
 
 class MpvCore;
 
-// Exact seeks on an mpv core. A time is first turned into the start of its frame, away from the
-// main thread, and the core is then sent to that very frame. Both steps work on one seek at a time
-// and then go on with the newest, so that a stream of seeks shows a stream of pictures.
+// Exact seeks on an mpv core. First the frame of the time is found, on another thread; then the
+// core seeks to that frame. Each step processes one seek at a time and continues with the newest,
+// so that a series of seeks shows a series of pictures.
 class MpvSeeker final : public QObject {
     Q_OBJECT
   public:
     using Completion = std::function<void(bool finished)>;
-    // The start of the frame that shows at a time; called on another thread.
-    using FrameTime = std::function<double(double seconds)>;
+    // Finds the frame that shows at a time; called on another thread.
+    using FindFrame = std::function<FramePlace(double seconds)>;
 
-    // What the player does for its seeks. `landed` tells the time of the picture now on show,
-    // before the completion of the seek; both may destroy the seeker.
+    // Functions of the player. `landed` is called with the time of the picture on screen before the
+    // completion of the seek; both may destroy the seeker.
     struct Host {
         std::function<void(double seconds)> landed;
         std::function<bool()> isPlaying;
-        std::function<bool()> isDrawn;  // the core's pictures are all on show
+        std::function<bool()> isDrawn;  // all pictures of the core are on screen
     };
 
-    MpvSeeker(MpvCore& core, double videoStart, FrameTime frameTime, Host host);
+    MpvSeeker(MpvCore& core, double videoStart, FindFrame findFrame, Host host);
     ~MpvSeeker() override;
 
-    // `seconds` lies within the video.
+    // `seconds` must be within the video.
     void seek(double seconds, Completion completion);
     bool isSeeking() const { return newest_ || underWay_; }
 
     void setReady();  // the core has shown its first picture
     void pictureDrawn() { finishIfDrawn(); }
     void handle(const mpv_event& event);  // every event of the core
-    void abandon();                       // ends the newest seek: the core has given up
+    void abandon();                       // ends the newest seek without success
 
   private:
     struct Request {
@@ -54,7 +54,7 @@ class MpvSeeker final : public QObject {
     struct Target {
         std::uint64_t serial = 0;
         double seconds = 0;
-        double frame = 0;
+        FramePlace frame;
     };
     enum class Step { sent, accepted, begun, restarted, landed };
     struct UnderWay {
@@ -73,7 +73,7 @@ class MpvSeeker final : public QObject {
 
     MpvCore& core_;
     double videoStart_;
-    FrameTime frameTime_;
+    FindFrame findFrame_;
     Host host_;
     bool ready_ = false;
     double lead_ = 0;

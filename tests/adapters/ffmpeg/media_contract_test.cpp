@@ -39,9 +39,9 @@ TEST_P(MediaContract, TheFrameOfATime) {
                  {0.0329, 1}, {5, 150},  {5 - 0.0005, 150},     {11.99, 359},
                  {12, 359},   {1e6, 359}};
     for (const auto& c : cases) {
-        const auto start = media->frameTime(file, c.seconds);
-        ASSERT_TRUE(start.ok()) << start.error().text;
-        EXPECT_NEAR(*start, c.frame / 30.0, 1e-6) << c.seconds;
+        const auto place = media->framePlace(file, c.seconds);
+        ASSERT_TRUE(place.ok()) << place.error().text;
+        EXPECT_NEAR(place->start, c.frame / 30.0, 1e-6) << c.seconds;
         const auto picture = media->frame(file, c.seconds);
         ASSERT_TRUE(picture.ok()) << picture.error().text;
         EXPECT_EQ(number(*picture), c.frame) << c.seconds;
@@ -65,7 +65,7 @@ TEST_P(MediaContract, ThumbnailsFitAndAreNeverEnlarged) {
 TEST_P(MediaContract, AMissingFileIsAnError) {
     const auto media = GetParam()().media;
     EXPECT_EQ(media->probe("/none.mp4").error().domain, "media");
-    EXPECT_FALSE(media->frameTime("/none.mp4", 0).ok());
+    EXPECT_FALSE(media->framePlace("/none.mp4", 0).ok());
     EXPECT_FALSE(media->frame("/none.mp4", 0).ok());
 }
 

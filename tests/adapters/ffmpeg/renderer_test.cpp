@@ -95,7 +95,6 @@ TEST_P(FilmVariants, ShowTheFramesOfTheirTimes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, FilmVariants, testing::ValuesIn(allVariants()), testName);
-INSTANTIATE_TEST_SUITE_P(Rare, FilmVariants, testing::ValuesIn(rareVariants()), testName);
 
 TEST_F(Films, ThirtyCutsOfOddLengthsStayInStepToTheEnd) {
     std::vector<std::variant<SourcePiece, StillPiece>> pieces;

@@ -14,7 +14,7 @@ namespace {
 class OneVideo final : public Media {
   public:
     Result<MediaInfo> probe(const std::filesystem::path&) override { return error; }
-    Result<double> frameTime(const std::filesystem::path&, double) override { return error; }
+    Result<FramePlace> framePlace(const std::filesystem::path&, double) override { return error; }
     Result<ImageBuffer> frame(const std::filesystem::path&, double) override { return error; }
     Result<ImageBuffer> thumbnail(const std::filesystem::path& file, double seconds,
                                   Size bounds) override {
