@@ -17,12 +17,13 @@ enum class PlayerFailure {
     coreMissing = 1,  // the playback library does not start
     noVideo,          // the file holds no pictures
     cannotPlay,       // the playback library gave the file up
-    vanished,         // moved or deleted while open; what is open may play on
+    vanished,         // moved, deleted or unmounted while open; what is open may play on
+    brokeOff,         // can be read no further; the part before can still be played
 };
 
 // One open video. Time 0 is the first frame shown, whatever the container's start time. Main thread
 // only; callbacks come on the main thread. After playing to the end the player pauses on the last
-// frame.
+// frame. After a pause the current time is that of the frame on screen.
 class Player {
   public:
     virtual ~Player() = default;
@@ -43,11 +44,14 @@ class Player {
     virtual void seek(double seconds, std::function<void(bool finished)> completion) = 0;
 
     // Calls back with the current time every `interval` seconds of playback, and when playback
-    // stops.
+    // stops. If another frame was already on its way to the screen then, calls back once more with
+    // the time of that frame.
     virtual Subscription observeTime(double interval, std::function<void(double)> observer) = 0;
     // Calls back at once with the present status and then at each change of status or rate.
     virtual Subscription observeStatus(std::function<void(PlayerStatus)> observer) = 0;
-    // The video could not be opened or broke off; the text is for the log and the user.
+    // The video could not be opened, broke off or vanished; the text is for the log. After
+    // `vanished` and `brokeOff` the player goes on working with what it can still read: it pauses
+    // on the last frame before the break, at that frame's time.
     virtual Subscription observeFailure(std::function<void(const Error&)> observer) = 0;
 };
 

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "base/result.h"
 #include "base/signal.h"
 
 #include "ports/player.h"
@@ -38,7 +40,7 @@ class FakePlayer final : public Player {
     // Playback goes on to `seconds`: every observer is called for each interval passed. Reaching
     // the end pauses there. Also moves a paused player, without ticks.
     void advanceTo(double seconds) {
-        const double target = clamp(seconds);
+        const double target = clamp(std::min(seconds, readableTo_));
         if (status_ != PlayerStatus::playing) {
             time_ = target;
             return;
@@ -56,8 +58,11 @@ class FakePlayer final : public Player {
         if (tickers.use_count() == 1)
             return;
         time_ = target;
-        if (duration_ > 0 && target >= duration_)
+        const bool broken = target >= readableTo_;
+        if (broken || (duration_ > 0 && target >= duration_))
             pause();
+        if (broken && tickers.use_count() > 1)
+            fail({"player", static_cast<int>(PlayerFailure::brokeOff), "cut off"});
     }
     void advanceBy(double seconds) { advanceTo(time_ + seconds); }
 
@@ -78,8 +83,28 @@ class FakePlayer final : public Player {
         auto [target, completion] = *std::exchange(pendingSeek_, std::nullopt);
         if (finished)
             time_ = target;
+        const auto tickers = tickers_;  // the completion may destroy the player
         if (completion)
             completion(finished);
+        if (tickers.use_count() == 1 || !finished || target <= readableTo_)
+            return;
+        time_ = readableTo_;
+        tick(time_);
+        fail({"player", static_cast<int>(PlayerFailure::brokeOff), "cut off"});
+    }
+
+    // The file can be read no further than `seconds`: playback and seeks end there.
+    void breakOffAt(double seconds) { readableTo_ = seconds; }
+    // The file is moved, deleted or unmounted.
+    void vanish() { fail({"player", static_cast<int>(PlayerFailure::vanished), "vanished"}); }
+    // The file cannot be opened: the player does nothing, and reportFailure() notifies of it.
+    void failToOpen(const Error& error) {
+        openFailure_ = error;
+        duration_ = 0;
+    }
+    void reportFailure() {
+        if (openFailure_ && !std::exchange(openFailureReported_, true))
+            fail(*openFailure_);
     }
 
     void setStatus(PlayerStatus status) { change(status, rate_); }
@@ -101,6 +126,8 @@ class FakePlayer final : public Player {
     void pause() override { setRate(0); }
     void setRate(double rate) override {
         rates.push_back(rate);
+        if (openFailure_)
+            return;
         const bool stops = rate <= 0 && rate_ > 0;
         const auto tickers = tickers_;
         change(rate > 0 ? PlayerStatus::playing : PlayerStatus::paused, rate);
@@ -110,6 +137,8 @@ class FakePlayer final : public Player {
 
     void seek(double seconds, std::function<void(bool finished)> completion) override {
         seeks.push_back(seconds);
+        if (openFailure_)
+            return completion ? completion(false) : void();
         overtake();
         pendingSeek_.emplace(clamp(seconds), std::move(completion));
         if (finishSeeksAtOnce)
@@ -155,6 +184,9 @@ class FakePlayer final : public Player {
 
     std::filesystem::path file_;
     double duration_;
+    double readableTo_ = std::numeric_limits<double>::infinity();
+    std::optional<Error> openFailure_;
+    bool openFailureReported_ = false;
     double time_ = 0;
     double rate_ = 0;
     PlayerStatus status_ = PlayerStatus::paused;
@@ -170,6 +202,7 @@ class FakePlayerFactory final : public PlayerFactory {
   public:
     double duration = 60;  // seconds, of the videos opened from now on
     bool finishSeeksAtOnce = false;
+    std::optional<Error> failure;  // of the files opened from now on
     std::vector<std::filesystem::path> opened;
 
     // The last player opened, null before the first and once it is gone.
@@ -178,6 +211,8 @@ class FakePlayerFactory final : public PlayerFactory {
     std::unique_ptr<Player> open(const std::filesystem::path& file) override {
         auto player = std::make_unique<FakePlayer>(file, duration);
         player->finishSeeksAtOnce = finishSeeksAtOnce;
+        if (failure)
+            player->failToOpen(*failure);
         player->destroyed = [slot = player_, self = player.get()] {
             if (*slot == self)
                 *slot = nullptr;

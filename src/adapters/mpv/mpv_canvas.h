@@ -11,31 +11,31 @@ class QThread;
 
 namespace tembrix {
 
-// Where pictures are drawn: on the graphics card, or in memory where there is none. Drawing a
-// picture in memory takes less of a processor than OpenGL does when a processor plays its part.
+// Where pictures are drawn: on the graphics card or, without one, in memory. Drawing in memory
+// needs less processor time than OpenGL that is emulated by the processor.
 enum class MpvDrawing { openGl, inMemory };
 
-// What suits the display. On the main thread.
+// The way that suits the display. Main thread only.
 MpvDrawing suitableDrawing();
 
-// A finished picture, in the one form or in the other.
+// A finished picture, as a texture or as an image.
 struct MpvPicture {
     QSize size;                     // pixels
     unsigned texture = 0;           // of the contexts that the application shares
-    const QImage* image = nullptr;  // lives as long as the picture is the one on show
+    const QImage* image = nullptr;  // valid until another picture is shown
 };
 
-// Three pictures to draw into, with the means to draw. Made on the main thread; all else happens on
-// the drawing thread, but for picture(), which is asked of a picture that is not being drawn.
+// Three pictures to draw into. Constructed on the main thread and used on the drawing thread;
+// picture() may be called on any thread for a picture that is not being drawn.
 class MpvCanvas {
   public:
     static constexpr std::size_t pictureCount = 3;
 
     virtual ~MpvCanvas() = default;
 
-    // Prepares for the thread on which the drawing will happen.
+    // Prepares for drawing on `thread`. Returns false if that is impossible.
     virtual bool prepare(QThread& thread) = 0;
-    // Null where it cannot be drawn like this.
+    // Returns null if the core cannot draw in this way.
     virtual mpv_render_context* open(mpv_handle* core) = 0;
     virtual void draw(mpv_render_context* context, std::size_t picture, QSize size) = 0;
     virtual void close(mpv_render_context* context) = 0;

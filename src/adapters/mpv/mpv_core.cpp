@@ -82,9 +82,9 @@ void MpvCore::command(std::uint64_t id, std::initializer_list<std::string> words
     mpv_command_async(handle_, id, arguments.data());
 }
 
-void MpvCore::set(const char* property, bool value) {
+void MpvCore::set(const char* property, bool value, std::uint64_t id) {
     int flag = value ? 1 : 0;
-    mpv_set_property_async(handle_, 0, property, MPV_FORMAT_FLAG, &flag);
+    mpv_set_property_async(handle_, id, property, MPV_FORMAT_FLAG, &flag);
 }
 
 void MpvCore::set(const char* property, double value) {

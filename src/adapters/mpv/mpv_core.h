@@ -13,8 +13,8 @@ struct mpv_handle;
 namespace tembrix {
 
 // One libmpv core, set up for this program: no configuration files, no keys, no on-screen display,
-// exact seeks, sound on whatever the system has. Nothing here waits for the core: commands and
-// properties go to it without waiting, and its events come back on the main thread.
+// exact seeks, sound on any available device. No call waits for the core: commands and properties
+// are asynchronous, and events are delivered on the main thread.
 class MpvCore final : public QObject {
     Q_OBJECT
   public:
@@ -27,7 +27,7 @@ class MpvCore final : public QObject {
 
     // Replies carry `id` as their user data.
     void command(std::uint64_t id, std::initializer_list<std::string> words);
-    void set(const char* property, bool value);
+    void set(const char* property, bool value, std::uint64_t id = 0);
     void set(const char* property, double value);
     void set(const char* property, const char* value);
     void request(std::uint64_t id, const char* property, int format);

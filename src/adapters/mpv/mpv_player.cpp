@@ -1,10 +1,12 @@
 #include "adapters/mpv/mpv_player.h"
 
+#include <QCoreApplication>
 #include <QMetaObject>
 #include <QPointer>
-#include <QString>
+#include <QThreadPool>
 #include <algorithm>
 #include <cmath>
+#include <fmt/format.h>
 #include <mpv/client.h>
 #include <utility>
 
@@ -19,7 +21,16 @@ namespace tembrix {
 namespace {
 
 enum Observed : std::uint64_t { timePos = 1, eofReached, pausedForCache, videoTrack };
-constexpr std::uint64_t endQuestion = UINT64_MAX;  // apart from the ids of seeks
+// Ids of requests; seeks use small ones.
+constexpr std::uint64_t endRequest = UINT64_MAX;
+constexpr std::uint64_t lastTimeRequest = UINT64_MAX - 1;
+constexpr std::uint64_t pauseRequest = UINT64_MAX - 2;
+constexpr std::uint64_t stopTimeRequest = UINT64_MAX - 3;
+
+// How often the file is looked for while it is open.
+constexpr int fileCheckMs = 1000;
+// Playback that ends this much before the last frame, in seconds, has broken off.
+constexpr double brokenTail = 1.0;
 
 std::string utf8(const std::filesystem::path& path) {
     const auto text = path.u8string();
@@ -28,6 +39,15 @@ std::string utf8(const std::filesystem::path& path) {
 
 Error failure(PlayerFailure code, std::string text) {
     return {"player", static_cast<int>(code), std::move(text)};
+}
+
+std::optional<double> numberOf(const mpv_event& event) {
+    if (event.error < 0)
+        return std::nullopt;
+    const auto& property = *static_cast<const mpv_event_property*>(event.data);
+    if (property.format != MPV_FORMAT_DOUBLE)
+        return std::nullopt;
+    return *static_cast<const double*>(property.data);
 }
 
 bool flagOf(const mpv_event_property& property) {
@@ -51,7 +71,7 @@ MpvPlayer::MpvPlayer(const std::filesystem::path& file, Media& media,
 }
 
 MpvPlayer::~MpvPlayer() {
-    failed_ = true;  // the last words of a pending seek find a player that does nothing
+    failed_ = true;  // the completion of a pending seek finds a player that does nothing
     seeker_.reset();
     if (renderer_)
         stage_->leave(*renderer_);
@@ -88,18 +108,13 @@ void MpvPlayer::load() {
     core_->observe(videoTrack, "vid", MPV_FORMAT_STRING);
     core_->command(0, {"loadfile", utf8(file_)});
 
-    watcher_.addPath(QString::fromStdString(utf8(file_)));
-    connect(&watcher_, &QFileSystemWatcher::fileChanged, this, [this] {
-        std::error_code ignored;
-        if (!std::filesystem::exists(file_, ignored))
-            failure_.emit(failure(PlayerFailure::vanished,
-                                  "The video was moved or deleted while open: " + utf8(file_)));
-    });
+    connect(&fileCheck_, &QTimer::timeout, this, &MpvPlayer::checkFile);
+    fileCheck_.start(fileCheckMs);
     stage_->enter(*renderer_);
 }
 
 void MpvPlayer::turnBeforeDrawing() {
-    // The core promises to turn pictures as it draws, and does not when it draws in memory.
+    // The core does not rotate pictures when it draws in memory.
     core_->set("video-rotate", "no");
     switch (info_.rotation) {
         case 90:
@@ -121,12 +136,13 @@ PlayerStatus MpvPlayer::status() const {
 
 void MpvPlayer::setRate(double rate) {
     rate = std::max(rate, 0.0);
-    // Beyond the last frame there is nothing to play.
+    // At the end there is nothing to play.
     if (failed_ || (rate > 0 && atEnd_ && !seeker_->isSeeking()))
         return;
     if (rate > 0)
         core_->set("speed", rate);
-    core_->set("pause", rate <= 0);
+    core_->set("pause", rate <= 0, rate <= 0 ? pauseRequest : 0);
+    renderer_->setDrawsRepeats(rate <= 0 && !seeker_->isSeeking());
     change(rate);
 }
 
@@ -155,6 +171,8 @@ void MpvPlayer::seek(double seconds, std::function<void(bool finished)> completi
         return;
     }
     const double end = info_.duration > 0 ? info_.duration : seconds;
+    brokeOff_ = false;
+    renderer_->setDrawsRepeats(false);
     seeker_->seek(std::clamp(seconds, 0.0, std::max(end, 0.0)), std::move(completion));
 }
 
@@ -172,9 +190,17 @@ void MpvPlayer::handle(const mpv_event& event) {
         case MPV_EVENT_PROPERTY_CHANGE:
             return propertyChanged(event);
         case MPV_EVENT_GET_PROPERTY_REPLY:
-            if (event.reply_userdata == endQuestion && event.error >= 0 &&
+            if (event.reply_userdata == endRequest && event.error >= 0 &&
                 flagOf(*static_cast<const mpv_event_property*>(event.data)))
-                return reachedEnd();
+                return core_->request(lastTimeRequest, "time-pos", MPV_FORMAT_DOUBLE);
+            if (event.reply_userdata == lastTimeRequest)
+                return reachedEnd(numberOf(event).value_or(info_.videoStart + info_.duration));
+            if (event.reply_userdata == stopTimeRequest)
+                return stoppedAt(numberOf(event).value_or(info_.videoStart));
+            break;
+        case MPV_EVENT_SET_PROPERTY_REPLY:
+            if (event.reply_userdata == pauseRequest)
+                core_->request(stopTimeRequest, "time-pos", MPV_FORMAT_DOUBLE);
             break;
         case MPV_EVENT_SEEK:
             atEnd_ = false;
@@ -203,7 +229,7 @@ void MpvPlayer::propertyChanged(const mpv_event& event) {
             break;
         case eofReached:
             if (flagOf(property))
-                reachedEnd();
+                core_->request(lastTimeRequest, "time-pos", MPV_FORMAT_DOUBLE);
             break;
         case pausedForCache:
             stalled_ = flagOf(property);
@@ -215,7 +241,7 @@ void MpvPlayer::propertyChanged(const mpv_event& event) {
 }
 
 void MpvPlayer::movedTo(double containerTime) {
-    // A paused player stays at the time that was asked for, which lies within its frame.
+    // A paused player stays at the time of the seek, which lies within its frame.
     if (!started_ || atEnd_ || rate_ <= 0 || seeker_->isSeeking())
         return;
     const double now = containerTime - info_.videoStart;
@@ -229,20 +255,70 @@ void MpvPlayer::landedAt(double seconds) {
     time_ = seconds;
     for (auto& [id, ticker] : *tickers_)
         ticker.last = seconds;
-    // An end reached again before the events of the seek were read makes no event of its own.
-    core_->request(endQuestion, "eof-reached", MPV_FORMAT_FLAG);
+    // If the end was reached again before the events of the seek were read, there is no other
+    // event.
+    core_->request(endRequest, "eof-reached", MPV_FORMAT_FLAG);
 }
 
-void MpvPlayer::reachedEnd() {
+void MpvPlayer::stoppedAt(double containerTime) {
+    // While the pause was on its way to the core, another frame may have been sent to the screen.
+    const double now = containerTime - info_.videoStart;
+    if (!started_ || atEnd_ || rate_ > 0 || seeker_->isSeeking() || now <= time_ + frameTolerance)
+        return;
+    time_ = info_.duration > 0 ? std::min(now, info_.duration) : now;
+    tick(true);
+}
+
+void MpvPlayer::reachedEnd(double containerTime) {
     if (seeker_->isSeeking())
         return;
     atEnd_ = true;
-    if (rate_ <= 0)
+    const double last = std::max(containerTime - info_.videoStart, 0.0);
+    const bool broken = last < info_.lastFrame - brokenTail;
+    if (rate_ <= 0 && !broken)
         return;
-    if (info_.duration > 0)
+    const QPointer<MpvPlayer> self(this);
+    if (broken)
+        time_ = last;
+    else if (info_.duration > 0)
         time_ = info_.duration;
-    core_->set("pause", true);
-    change(0);
+    if (rate_ > 0) {
+        core_->set("pause", true);
+        change(0);
+    } else {
+        tick(true);
+    }
+    if (self && broken && !std::exchange(brokeOff_, true))
+        failure_.emit(
+            failure(PlayerFailure::brokeOff,
+                    fmt::format("The video can be read no further than {:.1f} seconds: {}", last,
+                                utf8(file_))));
+}
+
+void MpvPlayer::checkFile() {
+    if (std::exchange(checksFile_, true))
+        return;
+    // A network disk that is gone can block for minutes. So this happens on another thread, for
+    // which the player does not wait when it is destroyed.
+    QThreadPool::globalInstance()->start([self = QPointer<MpvPlayer>(this), file = file_] {
+        std::error_code error;
+        const bool gone = !std::filesystem::exists(file, error);
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, gone] {
+                if (self)
+                    self->fileChecked(gone);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void MpvPlayer::fileChecked(bool gone) {
+    checksFile_ = false;
+    if (!std::exchange(vanished_, gone) && gone)
+        failure_.emit(
+            failure(PlayerFailure::vanished,
+                    "The video was moved, deleted or unmounted while open: " + utf8(file_)));
 }
 
 void MpvPlayer::tick(bool always) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QFileSystemWatcher>
 #include <QObject>
+#include <QTimer>
 #include <map>
 #include <memory>
 #include <optional>
@@ -21,8 +21,8 @@ class MpvRenderer;
 class MpvSeeker;
 class MpvStage;
 
-// The open video on libmpv. The media port says which frame belongs to a time, so that the picture
-// after a seek is the one that a frame grab gives. Main thread only.
+// The open video, played by libmpv. The media port decides which frame belongs to a time, so that a
+// seek shows the same frame as a frame grab. Main thread only.
 class MpvPlayer final : public QObject, public Player {
     Q_OBJECT
   public:
@@ -58,11 +58,14 @@ class MpvPlayer final : public QObject, public Player {
     void propertyChanged(const mpv_event& event);
     void movedTo(double containerTime);
     void landedAt(double seconds);
-    void reachedEnd();
+    void stoppedAt(double containerTime);
+    void reachedEnd(double containerTime);
+    void checkFile();
+    void fileChecked(bool gone);
     void change(double rate);
     void tellStatus();
     void tick(bool always);
-    void fail(Error error);                  // tells later, when the observers stand
+    void fail(Error error);                      // notifies later, when there are observers
     FramePlace findFrame(double seconds) const;  // any thread
 
     std::filesystem::path file_;
@@ -81,7 +84,10 @@ class MpvPlayer final : public QObject, public Player {
     int nextTicker_ = 0;
     Signal<PlayerStatus> statusChanged_;
     Signal<Error> failure_;
-    QFileSystemWatcher watcher_;
+    QTimer fileCheck_;
+    bool checksFile_ = false;
+    bool vanished_ = false;
+    bool brokeOff_ = false;
     std::unique_ptr<MpvCore> core_;
     std::unique_ptr<MpvRenderer> renderer_;
     std::unique_ptr<MpvSeeker> seeker_;

@@ -10,15 +10,15 @@ namespace tembrix {
 
 namespace {
 
-// During a seek the core also asks for the old picture to be drawn again, which is still there and
-// would only keep the machine from decoding.
+// During a seek the core also requests that the old picture is drawn again. It is still on screen,
+// and drawing it would only slow down the decoding.
 bool isNewPicture(mpv_render_context* context) {
     mpv_render_frame_info info{};
     mpv_render_context_get_info(context, {MPV_RENDER_PARAM_NEXT_FRAME_INFO, &info});
     return !(info.flags & MPV_RENDER_FRAME_INFO_REDRAW);
 }
 
-// Takes the frame from the core without drawing it.
+// Accepts the frame from the core without drawing it.
 void skip(mpv_render_context* context) {
     int yes = 1;
     mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SKIP_RENDERING, &yes},
@@ -64,6 +64,11 @@ void MpvRenderer::setSize(QSize pixels) {
     changed_.notify_all();
 }
 
+void MpvRenderer::setDrawsRepeats(bool draws) {
+    const std::lock_guard lock(mutex_);
+    drawsRepeats_ = draws;
+}
+
 std::optional<MpvPicture> MpvRenderer::picture() {
     const std::lock_guard lock(mutex_);
     if (!newest_)
@@ -102,11 +107,12 @@ void MpvRenderer::drawPictures(mpv_render_context* context) {
             return;
         pending_ = false;
         const bool redraw = std::exchange(redraw_, false);
+        const bool drawsRepeats = drawsRepeats_;
         const QSize size = size_;
         drawing_ = true;
         lock.unlock();
         const bool hasFrame = mpv_render_context_update(context) & MPV_RENDER_UPDATE_FRAME;
-        const bool isNew = redraw || (hasFrame && isNewPicture(context));
+        const bool isNew = redraw || (hasFrame && (drawsRepeats || isNewPicture(context)));
         if (isNew)
             draw(context, size);
         else if (hasFrame)

@@ -14,29 +14,33 @@ class QThread;
 
 namespace tembrix {
 
-// Draws the pictures of one mpv core on a thread of its own, so that the windows never wait for a
-// picture and the core never for a window. Made and used on the main thread, before the core loads
-// a file and not beyond the core's life.
+// Draws the pictures of one mpv core on a thread of its own, so that windows never wait for
+// pictures and the core never waits for windows. Main thread only. Must be constructed before the
+// core loads a file and destroyed before the core.
 class MpvRenderer final : public QObject {
     Q_OBJECT
   public:
-    // Told on the main thread when it is done with what the core handed over, whether that made a
-    // new picture or not. May destroy the renderer.
+    // Called on the main thread when a picture of the core has been processed, whether it was drawn
+    // or not. May destroy the renderer.
     using Drawn = std::function<void(bool isNew)>;
 
     MpvRenderer(mpv_handle* core, MpvDrawing drawing, Drawn drawn);
     ~MpvRenderer() override;
 
-    // If false, the core plays without a picture.
+    // If false, the core plays without pictures.
     bool works() const { return works_; }
 
-    // The size of the pictures to come, in pixels; an empty one draws none.
+    // The size of the next pictures, in pixels. With an empty size none are drawn.
     void setSize(QSize pixels);
 
-    // The newest picture. It stays as it is until the next call.
+    // Whether a picture that the core asks to be drawn again is drawn. After a pause it may be one
+    // that was late and has never been drawn; during a seek it is the old one.
+    void setDrawsRepeats(bool draws);
+
+    // The newest picture. It does not change until the next call.
     std::optional<MpvPicture> picture();
 
-    // Whether every picture that the core has handed over is drawn.
+    // Whether all pictures that the core has delivered are processed.
     bool isSettled();
 
   private:
@@ -57,9 +61,10 @@ class MpvRenderer final : public QObject {
     bool stop_ = false;
     bool pending_ = false;  // the core has something to draw, or the size is new
     bool redraw_ = false;
+    bool drawsRepeats_ = false;
     bool drawing_ = false;
     QSize size_;
-    // One picture is on show, one is the newest, and the third is to draw into.
+    // One picture is on screen, one is the newest, and the third is drawn into.
     std::optional<std::size_t> shown_;
     std::optional<std::size_t> newest_;
 };

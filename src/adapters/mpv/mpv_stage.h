@@ -11,8 +11,8 @@
 
 namespace tembrix {
 
-// Where a player and the surfaces that show it meet, in whichever order they come: it knows the
-// pictures of the newest open player and the size that the surface wants. Main thread only.
+// Connects players and the surfaces that show them, in whichever order they are made: it knows the
+// renderer of the newest player and the size of the surface. Main thread only.
 class MpvStage {
   public:
     explicit MpvStage(MpvDrawing drawing) : drawing_(drawing) {}
@@ -51,8 +51,8 @@ inline QSize surfacePixels(const QWidget& surface) {
     return (QSizeF(surface.size()) * surface.devicePixelRatioF()).toSize();
 }
 
-// Where a picture stands in a room. Pictures are drawn in the size of the surface, borders
-// included; while a window is being resized one may lag behind, and keeps its shape.
+// The place of a picture in a surface. Pictures are drawn in the size of the surface, with borders;
+// while a window is resized, a picture may still have the old size, and keeps its shape.
 inline QRect fitted(QSize picture, QSize room) {
     QRect place({}, picture.scaled(room, Qt::KeepAspectRatio));
     place.moveCenter(QRect({}, room).center());

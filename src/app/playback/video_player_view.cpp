@@ -20,6 +20,8 @@ namespace {
 const char* textKey(const Error& error) {
     if (error.domain == "player" && error.code == static_cast<int>(PlayerFailure::vanished))
         return "videoPlayerVanished";
+    if (error.domain == "player" && error.code == static_cast<int>(PlayerFailure::brokeOff))
+        return "videoPlayerBrokeOff";
     if (error.domain == "player" && error.code == static_cast<int>(PlayerFailure::noVideo))
         return "videoPlayerNoVideo";
     return "videoPlayerCannotPlay";

@@ -1,10 +1,13 @@
+#include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "fakes/fake_player.h"
+#include "fakes/temp_folder.h"
 #include "shown_player.h"
 
 namespace tembrix {
@@ -16,6 +19,11 @@ struct Subject {
     virtual ~Subject() = default;
     virtual Player& player() = 0;
     virtual void close() = 0;
+    // The file cannot be read any more beyond its middle.
+    virtual void cutOff() = 0;
+    virtual void removeFile() = 0;
+    // Opens a file that is no video.
+    virtual void openText() = 0;
     virtual bool passUntil(const std::function<bool()>& holds) = 0;
 };
 
@@ -29,8 +37,17 @@ struct FakeSubject final : Subject {
     }
     Player& player() override { return *open; }
     void close() override { open.reset(); }
+    void cutOff() override { factory.player()->breakOffAt(6); }
+    void removeFile() override { factory.player()->vanish(); }
+    void openText() override {
+        factory.failure = Error{"media", 2, "no video"};
+        open = factory.open("/text.mp4");
+    }
     bool passUntil(const std::function<bool()>& holds) override {
         for (int i = 0; i < 200 && !holds() && open; ++i) {
+            factory.player()->reportFailure();
+            if (!open || holds())
+                break;
             if (factory.player()->isSeeking())
                 factory.player()->finishSeek();
             else if (open->status() == PlayerStatus::playing)
@@ -41,9 +58,23 @@ struct FakeSubject final : Subject {
 };
 
 struct MpvSubject final : Subject {
-    ShownPlayer shown{fixtureFile("30")};
+    TempFolder folder;
+    std::filesystem::path file = folder.path() / "match.avi";
+    ShownPlayer shown;
+
+    MpvSubject() {
+        std::filesystem::copy_file(fixtureFile("avi"), file);
+        shown.player = shown.factory.open(file);
+    }
     Player& player() override { return *shown.player; }
     void close() override { shown.player.reset(); }
+    void cutOff() override {
+        std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
+    }
+    void removeFile() override { std::filesystem::remove(file); }
+    void openText() override {
+        shown.player = shown.factory.open(folder.write("text.mp4", "No video."));
+    }
     bool passUntil(const std::function<bool()>& holds) override {
         return QTest::qWaitFor(holds, 10000);
     }
@@ -71,6 +102,9 @@ class PlayerContract : public testing::TestWithParam<std::unique_ptr<Subject> (*
 
     std::unique_ptr<Subject> subject = GetParam()();
     Player& player = subject->player();
+    std::vector<int> failures;  // the codes told
+    Subscription watchFailures =
+        player.observeFailure([this](const Error& error) { failures.push_back(error.code); });
 };
 
 TEST_P(PlayerContract, OpensAtRestWithItsLengthKnown) {
@@ -204,6 +238,49 @@ TEST_P(PlayerContract, ACallbackMayEndThePlayer) {
     closed = false;
     subject->player().seek(3, [&](bool) { close(); });
     EXPECT_TRUE(passUntil([&] { return closed; }));
+}
+
+TEST_P(PlayerContract, AFileCutOffWhileOpenPausesThereAndPlaysBefore) {
+    ASSERT_TRUE(seek(1));
+    subject->cutOff();
+    for (std::size_t times = 1; times <= 2; ++times) {
+        player.setRate(5);
+        ASSERT_TRUE(passUntil([&] { return failures.size() == times; }));
+        EXPECT_EQ(failures.back(), static_cast<int>(PlayerFailure::brokeOff));
+        EXPECT_EQ(player.status(), PlayerStatus::paused);
+        EXPECT_NEAR(player.currentTime(), 6, 2);
+        EXPECT_TRUE(seek(2));
+        EXPECT_EQ(player.currentTime(), 2);
+    }
+    EXPECT_TRUE(seek(11));
+    EXPECT_TRUE(passUntil([&] { return failures.size() == 3; }));
+    EXPECT_NEAR(player.currentTime(), 6, 2);
+}
+
+TEST_P(PlayerContract, AFileRemovedWhileOpenIsToldAndPlaysOn) {
+    ASSERT_TRUE(seek(1));
+    player.play();
+    subject->removeFile();
+    ASSERT_TRUE(passUntil([&] { return !failures.empty(); }));
+    EXPECT_EQ(failures.back(), static_cast<int>(PlayerFailure::vanished));
+    EXPECT_EQ(player.status(), PlayerStatus::playing);
+    EXPECT_TRUE(seek(3));
+}
+
+TEST_P(PlayerContract, AFileThatCannotBePlayedIsToldLaterAndDoesNothing) {
+    watchFailures.reset();
+    subject->openText();
+    Player& none = subject->player();
+    watchFailures =
+        none.observeFailure([this](const Error& error) { failures.push_back(error.code); });
+    none.play();
+    EXPECT_EQ(none.rate(), 0);
+    EXPECT_TRUE(passUntil([&] { return failures.size() == 1; }));
+    std::optional<bool> end;
+    none.seek(1, [&](bool finished) { end = finished; });
+    EXPECT_EQ(end, false);
+    EXPECT_EQ(none.currentTime(), 0);
+    EXPECT_EQ(none.duration(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Fake, PlayerContract, testing::Values(&make<FakeSubject>));

@@ -63,18 +63,26 @@ INSTANTIATE_TEST_SUITE_P(Files, PlayerExactness, testing::ValuesIn(allVariants()
                              return name;
                          });
 
-TEST(PlayerTime, IsThatOfThePictureWhenPlaybackIsPaused) {
-    const auto& variant = tembrix::variant("late-start");
-    ShownPlayer shown(fixtureFile(variant));
-    shown.player->play();
-    for (const double moment : {0.5, 1.3, 2.1}) {
-        ASSERT_TRUE(QTest::qWaitFor([&] { return shown.player->currentTime() >= moment; }, 10000));
-        shown.player->pause();
-        const int frame = variant.video.frameAt(shown.player->currentTime());
-        // The picture may be the next one, if it was on its way, and the time then follows.
-        EXPECT_TRUE(QTest::qWaitFor([&] { return shown.number() == frame; }, 1000))
-            << shown.number() << " is shown, " << frame << " expected";
-        shown.player->play();
+TEST(PlayerTime, IsThatOfTheFrameOnScreenAfterEveryPause) {
+    std::mt19937 random(3);
+    for (const char* name : {"late-start", "60", "program"}) {
+        const auto& variant = tembrix::variant(name);
+        ShownPlayer shown(fixtureFile(variant), MpvDrawing::inMemory);
+        for (const double rate : {0.5, 1.0, 2.0, 5.0}) {
+            ASSERT_TRUE(shown.seek(0.5));
+            for (int pause = 0; pause < 7; ++pause) {
+                shown.player->setRate(rate);
+                const double moment = shown.player->currentTime() +
+                                      rate * std::uniform_real_distribution(0.02, 0.2)(random);
+                ASSERT_TRUE(
+                    QTest::qWaitFor([&] { return shown.player->currentTime() >= moment; }, 10000));
+                shown.player->pause();
+                // Longer than a frame that is on its way to the screen can need.
+                QTest::qWait(150);
+                EXPECT_EQ(shown.number(), variant.video.frameAt(shown.player->currentTime()))
+                    << name << " at speed " << rate;
+            }
+        }
     }
 }
 

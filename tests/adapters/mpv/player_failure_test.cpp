@@ -1,8 +1,12 @@
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <sys/mount.h>
+#include <utility>
+#include <vector>
 
 #include "fakes/temp_folder.h"
 #include "shown_player.h"
@@ -91,6 +95,74 @@ TEST_F(PlayerFailures, ATruncatedVideoPlaysAsFarAsItGoes) {
         QTest::qWaitFor([&] { return shown.player->status() == PlayerStatus::paused; }, 10000));
     ASSERT_TRUE(shown.seek(2));
     EXPECT_EQ(shown.number(), variant("mkv").video.frameAt(2));
+}
+
+// Unmounts the folder while files of it are open or, where that is not allowed, renames it.
+class Disk {
+  public:
+    explicit Disk(const fs::path& at) : at_(at) {
+        fs::create_directories(at_);
+        mounted_ = mount("none", at_.c_str(), "tmpfs", 0, nullptr) == 0;
+    }
+    ~Disk() { remove(); }
+    void remove() {
+        if (std::exchange(mounted_, false))
+            umount2(at_.c_str(), MNT_DETACH);
+        else if (fs::exists(at_))
+            fs::rename(at_, at_.string() + "-removed");
+    }
+
+  private:
+    fs::path at_;
+    bool mounted_ = false;
+};
+
+TEST_F(PlayerFailures, ADiskRemovedWhileItsVideoPlaysIsTold) {
+    Disk disk(folder.path() / "disk");
+    const auto file = folder.path() / "disk" / "match.ts";
+    fs::copy_file(fixtureFile("transport"), file);
+    shown.player = shown.factory.open(file);
+    ASSERT_TRUE(shown.seek(1));
+    std::optional<Error> told;
+    const auto watch = shown.player->observeFailure([&](const Error& error) { told = error; });
+    shown.player->play();
+    disk.remove();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return told.has_value(); }, 5000));
+    EXPECT_EQ(told->code, static_cast<int>(PlayerFailure::vanished));
+    EXPECT_EQ(shown.player->status(), PlayerStatus::playing);
+}
+
+TEST_F(PlayerFailures, AVideoCutOffWhileOpenPausesOnItsLastFrame) {
+    const auto file = folder.write("match.avi", bytesOf(fixtureFile("avi")));
+    shown.player = shown.factory.open(file);
+    const auto& video = variant("avi").video;
+    ASSERT_TRUE(shown.seek(1));
+    std::vector<int> told;
+    const auto watch =
+        shown.player->observeFailure([&](const Error& error) { told.push_back(error.code); });
+    fs::resize_file(file, fs::file_size(file) / 2);
+    const auto pausesThere = [&] {
+        const double time = shown.player->currentTime();
+        EXPECT_GT(time, 4);
+        EXPECT_LT(time, 9);
+        EXPECT_EQ(shown.player->status(), PlayerStatus::paused);
+        // The sound may be readable a little further than the pictures.
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return std::abs(shown.number() - video.frameAt(time)) <= 3; }, 1000))
+            << shown.number() << " is shown at " << time;
+    };
+    shown.player->setRate(5);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return told.size() == 1; }, 10000));
+    EXPECT_EQ(told.back(), static_cast<int>(PlayerFailure::brokeOff));
+    pausesThere();
+    // A seek beyond the break is told again and shows the same; what lies before plays on.
+    shown.seek(11);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return told.size() == 2; }, 5000));
+    pausesThere();
+    ASSERT_TRUE(shown.seek(2));
+    EXPECT_EQ(shown.number(), 60);
+    shown.player->play();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown.player->currentTime() > 2.3; }, 5000));
 }
 
 TEST_F(PlayerFailures, AFileDeletedWhileOpenIsToldAndPlaysOn) {

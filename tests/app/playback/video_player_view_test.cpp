@@ -107,6 +107,9 @@ TEST_F(VideoPlayerViewTest, AFailureIsToldUntilTheNextVideo) {
     player().fail({"player", static_cast<int>(PlayerFailure::vanished), "gone"});
     EXPECT_TRUE(line->isVisible());
     EXPECT_EQ(line->text(), "videoPlayerVanished");
+    player().fail({"player", static_cast<int>(PlayerFailure::brokeOff), "no further"});
+    EXPECT_EQ(line->text(), "videoPlayerBrokeOff");
+    EXPECT_TRUE(*project.player.hasPlayer);
     player().fail({"media", 7, "broken"});
     EXPECT_EQ(line->text(), "videoPlayerCannotPlay");
     project.player.cleanup();
