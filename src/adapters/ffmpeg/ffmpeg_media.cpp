@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/library_messages.h"
+
 #include "adapters/ffmpeg/av_handles.h"
 #include "adapters/ffmpeg/frame_reader.h"
 #include "adapters/ffmpeg/frame_times.h"
@@ -17,7 +19,8 @@ constexpr std::size_t filesKeptOpen = 3;
 }  // namespace
 
 FfmpegMedia::FfmpegMedia() {
-    av_log_set_level(AV_LOG_FATAL);
+    if (!wantsLibraryMessages())
+        av_log_set_level(AV_LOG_FATAL);
 }
 
 FfmpegMedia::~FfmpegMedia() = default;

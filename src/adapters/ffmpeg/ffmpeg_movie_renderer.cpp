@@ -6,6 +6,7 @@ extern "C" {
 
 #include <system_error>
 
+#include "base/library_messages.h"
 #include "base/result.h"
 
 #include "adapters/ffmpeg/film_plan.h"
@@ -25,7 +26,8 @@ Error refuse(std::string text) {
 }  // namespace
 
 FfmpegMovieRenderer::FfmpegMovieRenderer() : turns_(std::make_shared<Turns>(atTheSameTime)) {
-    av_log_set_level(AV_LOG_FATAL);
+    if (!wantsLibraryMessages())
+        av_log_set_level(AV_LOG_FATAL);
 }
 
 FfmpegMovieRenderer::~FfmpegMovieRenderer() {

@@ -4,9 +4,14 @@
 #include <QPointer>
 #include <array>
 #include <clocale>
+#ifdef __linux__
+#include <dlfcn.h>
+#endif
 #include <mpv/client.h>
 #include <utility>
 #include <vector>
+
+#include "base/library_messages.h"
 
 namespace tembrix {
 
@@ -25,40 +30,58 @@ constexpr std::array options{
     Option{"input-default-bindings", "no"},
     Option{"input-vo-keyboard", "no"},
     Option{"input-media-keys", "no"},
-    // Only the file itself: nothing that lies beside it or that it names.
+    // Only the file itself is opened, no file beside it or named by it.
     Option{"autoload-files", "no"},
     Option{"access-references", "no"},
     Option{"sid", "no"},
     Option{"audio-display", "no"},
-    // The last frame stays, and times are the container's own.
+    // The last frame stays on screen, and times are those of the container.
     Option{"keep-open", "yes"},
     Option{"idle", "yes"},
     Option{"pause", "yes"},
     Option{"rebase-start-time", "no"},
     Option{"hr-seek", "yes"},
     Option{"hwdec", "auto-safe"},
-    // Without a sound device playback still runs at its speed.
+    // Without a sound device playback still has the right speed.
     Option{"audio-fallback-to-null", "yes"},
 #ifdef __linux__
     Option{"ao", "pipewire,pulse,alsa,"},
 #endif
     Option{"audio-client-name", "Tembrix Stat"},
-    // Packets held in memory; the file itself is near.
+    // Few packets are kept in memory, because the file is local.
     Option{"demuxer-max-bytes", "32MiB"},
     Option{"demuxer-max-back-bytes", "8MiB"},
 };
+
+// The core tries all decoders of graphics cards. Without a CUDA driver, the attempts for its cards
+// only print messages to the terminal.
+void skipAbsentDecoders(mpv_handle* handle) {
+#ifdef __linux__
+    if (void* driver = dlopen("libcuda.so.1", RTLD_LAZY)) {
+        dlclose(driver);
+        return;
+    }
+    for (const char* name : {"vaapi", "vaapi-egl"})
+        if (mpv_set_option_string(handle, "gpu-hwdec-interop", name) >= 0)
+            return;
+#endif
+}
 
 }  // namespace
 
 MpvCore::MpvCore(std::function<void(const mpv_event&)> handler)
     : handler_(std::make_shared<std::function<void(const mpv_event&)>>(std::move(handler))) {
-    std::setlocale(LC_NUMERIC, "C");  // libmpv refuses to work with another; Qt sets the user's
+    std::setlocale(LC_NUMERIC, "C");  // libmpv requires it; Qt sets that of the user
     mpv_handle* handle = mpv_create();
     if (!handle)
         return;
-    // An option that this build of the library lacks, such as one for scripts, needs no switching.
+    // Errors are ignored: an option may be missing in this build of the library.
     for (const auto& [name, value] : options)
         mpv_set_option_string(handle, name, value);
+    if (wantsLibraryMessages())
+        mpv_set_option_string(handle, "terminal", "yes");
+    else
+        skipAbsentDecoders(handle);
     if (mpv_initialize(handle) < 0) {
         mpv_terminate_destroy(handle);
         return;

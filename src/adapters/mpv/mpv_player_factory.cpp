@@ -7,10 +7,12 @@
 #include "adapters/mpv/mpv_image_surface.h"
 #include "adapters/mpv/mpv_player.h"
 #include "adapters/mpv/mpv_stage.h"
+#include "adapters/mpv/quiet_libraries.h"
 
 namespace tembrix {
 
 void MpvPlayerFactory::prepareApplication() {
+    silenceLibraries();
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 

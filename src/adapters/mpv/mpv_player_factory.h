@@ -14,18 +14,20 @@ namespace tembrix {
 
 class MpvStage;
 
-// Opens videos on libmpv and makes the surfaces on which the newest of them shows.
+// Opens videos with libmpv and makes the surfaces that show the newest of them.
 class MpvPlayerFactory final : public PlayerFactory {
   public:
-    // Once, before the QApplication is made: pictures are shared between OpenGL contexts.
+    // Must be called once, before the QApplication is made: lets OpenGL contexts share pictures and
+    // silences the libraries that would print to the terminal.
     static void prepareApplication();
 
-    // Pictures are drawn in the way that suits the display, or in the way given.
+    // Without `drawing`, pictures are drawn in the way that suits the display.
     explicit MpvPlayerFactory(Media& media, std::optional<MpvDrawing> drawing = {});
 
     std::unique_ptr<Player> open(const std::filesystem::path& file) override;
 
-    // A surface outlives players and comes before or after them; without one it is black.
+    // A surface may be made before or after players and may outlive them; without a player it is
+    // black.
     QWidget* makeSurface(QWidget* parent) const;
 
   private:
