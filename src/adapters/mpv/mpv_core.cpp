@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <array>
 #include <clocale>
-#ifdef __linux__
+#if defined(__linux__) && defined(__x86_64__)
 #include <dlfcn.h>
 #endif
 #include <mpv/client.h>
@@ -53,14 +53,15 @@ constexpr std::array options{
     Option{"demuxer-max-back-bytes", "8MiB"},
 };
 
-// The core tries all decoders of graphics cards. Without a CUDA driver, the attempts for its cards
-// only print messages to the terminal.
-void skipAbsentDecoders(mpv_handle* handle) {
-#ifdef __linux__
+// The core tries all decoders of graphics cards. Without a CUDA driver, the attempts for its cards,
+// by CUDA and by VDPAU, only print messages to the terminal.
+void skipAbsentDecoders([[maybe_unused]] mpv_handle* handle) {
+#if defined(__linux__) && defined(__x86_64__)
     if (void* driver = dlopen("libcuda.so.1", RTLD_LAZY)) {
         dlclose(driver);
         return;
     }
+    mpv_set_option_string(handle, "hwdec", "vaapi");
     for (const char* name : {"vaapi", "vaapi-egl"})
         if (mpv_set_option_string(handle, "gpu-hwdec-interop", name) >= 0)
             return;
