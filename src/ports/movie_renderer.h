@@ -18,16 +18,16 @@ struct SourcePiece {
     double duration = 0;
 };
 
-// A still picture fitted whole and centerd on black, silent.
+// A silent still picture, fitted whole and centered on black.
 struct StillPiece {
     ImageBuffer image;
     double duration = 0;
 };
 
-// A picture blended over the film from `start` for `duration` seconds of the film. Placed by its
-// top left corner in pixels of the render size. A film of many cuts gives `paint` in place of the
-// image, so that no more pictures are held than show: it is called once, on a thread of the
-// renderer's, shortly before the overlay shows. It may give an empty picture, which shows nothing.
+// A picture blended over the film from `start` for `duration` seconds of the film. Its top left
+// corner is given in pixels of the render size. A film of many cuts sets `paint` instead of the
+// image, so that only visible pictures use memory. It is called once, on a thread of the renderer,
+// shortly before the overlay appears. It may return an empty picture, which shows nothing.
 struct MovieOverlay {
     ImageBuffer image;
     int x = 0;
@@ -51,20 +51,22 @@ class MovieSession {
   public:
     virtual ~MovieSession() = default;
     virtual float progress() const = 0;  // 0 to 1
-    virtual void cancel() = 0;           // ends the run within a second
+    virtual void cancel() = 0;           // the run ends within a second
 };
 
 // Renders jobs to H.264 and AAC. Frame k of the film shows the source's frame at the film time k /
-// fps; a film lasts the sum of its pieces to the frame; audio starts with its piece to the sample.
-// A source without sound gives a film without sound. Nothing stays at the target unless the run
-// succeeds.
+// fps. The film lasts the sum of its pieces, rounded to whole frames; the audio of a piece starts
+// with the piece to the sample. A source without sound gives a film without sound. Unfinished files
+// are written to the target's folder under other names. On failure nothing is left there.
 class MovieRenderer {
   public:
-    // Called once, on a thread of the renderer's. Errors: domain "Export", code 999 when canceled;
-    // domain "file", code = errno, where the target cannot be written.
+    // Called once, on a thread of the renderer, after the job's memory has been released. Errors:
+    // domain "Export", code 999 if canceled; domain "file", code = errno, if the target cannot be
+    // written.
     using Completion = std::function<void(Result<std::filesystem::path>)>;
 
     virtual ~MovieRenderer() = default;
+    // Fails at once if the job has less than half a frame or if its target exists.
     virtual Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) = 0;
 };
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "ports/movie_renderer.h"
@@ -12,8 +14,8 @@
 
 namespace tembrix {
 
-// Takes jobs and ends them when the test says how. Completions come from the scheduler's
-// background, as a real renderer's come from its own threads.
+// Accepts jobs and ends them when the test says how. Completions are called in the scheduler's
+// background, as a real renderer calls them on its own threads.
 class FakeMovieRenderer final : public MovieRenderer {
   public:
     class Session final : public MovieSession {
@@ -66,8 +68,12 @@ class FakeMovieRenderer final : public MovieRenderer {
     Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override {
         if (startError)
             return *startError;
-        if (job.pieces.empty())
-            return Error{"Export", -1, "The film has no pieces"};
+        double duration = 0;
+        for (const auto& piece : job.pieces)
+            duration += std::visit([](const auto& p) { return p.duration; }, piece);
+        constexpr double ticks = 600;  // a second, as films are cut
+        if (std::lround(std::round(duration * ticks) / ticks * job.framesPerSecond) < 1)
+            return Error{"Export", -1, "The film has no frames"};
         if (std::filesystem::exists(job.target))
             return Error{"Export", -1, "The target exists: " + job.target.string()};
         sessions.push_back(

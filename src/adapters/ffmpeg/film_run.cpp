@@ -104,6 +104,7 @@ void FilmRun::begin() {
         }
         if (!result && canceled_)
             result = canceledError();
+        job_ = {};  // its pictures may be large, and the session may be kept for long
         completion_(result);
         completion_ = nullptr;
         ended_ = true;

@@ -48,7 +48,7 @@ class FilmRun final : public MovieSession {
     Result<std::filesystem::path> render();
     Result<void> encode(FilmPictures& pictures, FilmSound* sound, FilmWriter& writer);
 
-    const MovieJob job_;
+    MovieJob job_;  // of the run's own thread; empty once it has ended
     const FilmPlan plan_;
     MovieRenderer::Completion completion_;
     const std::shared_ptr<Turns> turns_;

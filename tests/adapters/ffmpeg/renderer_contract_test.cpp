@@ -109,6 +109,7 @@ TEST_P(RendererContract, RefusesATargetThatExistsAndAFilmOfNothing) {
     auto empty = job(1);
     empty.pieces.clear();
     EXPECT_FALSE(start(*subject.renderer, empty).session.ok());
+    EXPECT_FALSE(start(*subject.renderer, job(0.015)).session.ok()) << "less than half a frame";
     folder_.write("film.mp4", "mine");
     EXPECT_EQ(start(*subject.renderer, job(1)).session.error().domain, "Export");
     EXPECT_EQ(fs::file_size(folder_.path() / "film.mp4"), 4U);

@@ -274,6 +274,23 @@ TEST_F(Films, ManyRunsAtOnceAllEndAndWaitingOnesCanBeCanceled) {
     }
 }
 
+TEST_F(Films, AnEndedRunHasReleasedItsJob) {
+    auto work = job(fixtureFile("30"), {SourcePiece{1, 0.5}});
+    auto large = std::make_shared<int>();
+    const std::weak_ptr<int> held = large;
+    MovieOverlay overlay;
+    overlay.duration = 0.5;
+    overlay.paint = [large] { return ImageBuffer(); };
+    work.overlays.push_back(std::move(overlay));
+    overlay = {};
+    large.reset();
+    std::promise<bool> released;
+    const auto session = renderer_.start(
+        std::move(work), [&](const Result<fs::path>&) { released.set_value(held.expired()); });
+    ASSERT_TRUE(session.ok());
+    EXPECT_TRUE(released.get_future().get()) << "though the session is still in hand";
+}
+
 TEST_F(Films, APictureOfAnotherShapeIsFittedWholeOnBlack) {
     auto work = job(fixtureFile("rotated-90"), {SourcePiece{1, 0.5}});
     work.renderSize = {401, 300};  // odd: films have even sides
