@@ -1,19 +1,15 @@
-#include <algorithm>
-
 #include "base/utf8_text.h"
 
 #include "ports/texts.h"
 
 #include "core/export/cut_planning.h"
 #include "core/export/cut_records.h"
+#include "core/export/file_names.h"
 #include "core/records/annotation_records.h"
 
 namespace tembrix {
 
 namespace {
-
-// File systems take 255 bytes; encrypted ones and the marks that programs append leave less.
-constexpr std::size_t longestName = 200;
 
 using Parts = std::vector<std::string>;
 
@@ -27,24 +23,8 @@ void appendNames(Parts& parts, const std::vector<Record>& records) {
         parts.push_back(record.name);
 }
 
-// The parts and the ending as one name that every file system takes.
 std::string fileName(const Parts& parts, const std::string& ending) {
-    const auto clean = [](std::string text) {
-        for (char& c : text)
-            if (c == '/' || c == 0x7F || static_cast<unsigned char>(c) < 0x20)
-                c = '-';
-        return text;
-    };
-    const std::string tail = "_" + clean(ending);
-    std::string base = clean(sanitizedUtf8(joined(parts, "_")));
-    const std::size_t room = longestName - std::min(tail.size(), longestName);
-    if (base.size() > room) {
-        std::size_t end = room;
-        while (end > 0 && (static_cast<unsigned char>(base[end]) & 0xC0) == 0x80)
-            --end;  // not within a character
-        base.resize(end);
-    }
-    return base + tail;
+    return portableFileName(joined(parts, "_"), "_" + ending);
 }
 
 struct FilmParts {
