@@ -18,10 +18,13 @@ struct SourcePiece {
     double duration = 0;
 };
 
-// A silent still picture, fitted whole and centered on black.
+// A silent still picture, fitted whole and centered on black. A film of many stills sets `load`
+// instead of the image, so that only the visible one uses memory. It is called on a thread of the
+// renderer. It may return an empty picture, which shows as black.
 struct StillPiece {
     ImageBuffer image;
     double duration = 0;
+    std::function<ImageBuffer()> load;  // used if `image` is empty
 };
 
 // A picture blended over the film from `start` for `duration` seconds of the film. Its top left

@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "core/export/export_helper.h"
+#include "core/export/export_services.h"
 #include "fakes/core_project.h"
 #include "fakes/export_records.h"
 
 namespace tembrix {
 
-// Drawings that a test names; their pictures are of one pixel.
+// Drawings set by a test, with pictures of one pixel.
 class FakeExportDrawings final : public ExportDrawings {
   public:
     std::vector<ExportDrawing> list;
@@ -27,7 +28,7 @@ class FakeExportDrawings final : public ExportDrawings {
     }
 };
 
-// An open video of 100 seconds with two timelines, and all that an export works with, on fakes.
+// An open video of 100 seconds with two timelines, and the services of exports on fakes.
 struct ExportProject : MatchRecords {
     CoreProject project;
     FakeMedia& media = project.media;
@@ -66,20 +67,20 @@ struct ExportProject : MatchRecords {
         project.timeline.lines.set(std::move(lines));
     }
 
-    // The names in the temporary folder.
+    // The names of all files below the temporary folder, of whatever run.
     std::vector<std::string> leftovers() const {
         std::vector<std::string> names;
         if (std::filesystem::exists(temporary))
-            for (const auto& entry : std::filesystem::directory_iterator(temporary))
-                if (entry.is_regular_file())
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(temporary))
+                if (entry.is_regular_file() && entry.path().extension() != ".lock")
                     names.push_back(entry.path().filename());
         std::sort(names.begin(), names.end());
         return names;
     }
 };
 
-// One export run as a window would hold it.
-struct ExportRun : ExportProject {
+// The exports of one window.
+struct RunningExport : ExportProject {
     std::unique_ptr<ExportHelper> helper = std::make_unique<ExportHelper>(services);
     int completions = 0;
     std::optional<Error> error;
@@ -110,6 +111,12 @@ struct ExportRun : ExportProject {
     void cancel() {
         helper->cancelCurrentExport();
         project.scheduler.run();
+    }
+    // The message about a failed save, once it is closed.
+    std::string closeAlert() {
+        const auto message = project.panels.closeAlert().message;
+        project.scheduler.run();
+        return message;
     }
     void answerSave(std::optional<std::filesystem::path> target) {
         project.panels.answerSave(std::move(target));

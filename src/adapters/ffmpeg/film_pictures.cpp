@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <thread>
 
+#include "base/image.h"
+
 #include "adapters/ffmpeg/media_source.h"
 
 namespace tembrix {
@@ -79,7 +81,10 @@ Result<FrameHandle> FilmPictures::base(std::size_t piece) {
     if (const auto* still = std::get_if<StillPiece>(&content)) {
         if (std::exchange(shownPiece_, piece) == piece)
             return FrameHandle();
-        return canvas_->fit(still->image);
+        if (!still->image.empty())
+            return canvas_->fit(still->image);
+        const ImageBuffer loaded = still->load ? still->load() : ImageBuffer();
+        return canvas_->fit(loaded.empty() ? ImageBuffer(2, 2) : loaded);
     }
     const auto& info = file_.source->info();
     const double time = plan_.sourceTime(piece, frame_);

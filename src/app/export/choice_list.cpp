@@ -38,7 +38,7 @@ QIcon chip(const Color& color) {
     painter.setBrush(theme::toQColor(color));
     painter.drawRoundedRect(pixmap.rect(), theme::corner, theme::corner);
     QIcon icon(pixmap);
-    icon.addPixmap(pixmap, QIcon::Selected);  // a color of the data is never tinted
+    icon.addPixmap(pixmap, QIcon::Selected);  // colors of the data are never tinted
     return icon;
 }
 
@@ -133,7 +133,7 @@ std::vector<std::size_t> ChoiceList::ticked() const {
     return places;
 }
 
-// Shows the rows that hold the text and stands on the first of them.
+// Shows the rows whose names contain the text and selects the first of them.
 void ChoiceList::find(const QString& text) {
     const std::string part = utf8Text(text.trimmed());
     QTreeWidgetItem* first = nullptr;
@@ -172,7 +172,7 @@ bool ChoiceList::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::KeyPress)
         return false;
     const int key = static_cast<QKeyEvent*>(event)->key();
-    // From the search field the arrows lead into the list, which stays one with it.
+    // The arrow keys move from the search field into the list.
     if (watched == search_ && (key == Qt::Key_Down || key == Qt::Key_Up)) {
         rows_->setFocus(Qt::OtherFocusReason);
         return true;

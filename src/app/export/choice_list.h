@@ -26,16 +26,17 @@ struct Choice {
     bool hasAction = false;  // the row offers the list's second action
 };
 
-// A list to choose one or many from, with a search field above it where it is long. One is chosen
-// by a click or Return; many are ticked by a click or the space bar. A list of nothing says so.
+// A list to choose one or many rows from. A long list has a search field above it. One row is
+// chosen by a click or Return; many are ticked by a click or the space bar. An empty list shows a
+// text.
 class ChoiceList final : public QWidget {
     Q_OBJECT
   public:
     enum class Mode { one, many };
     static constexpr std::size_t searchedFrom = 9;  // rows
 
-    // `nameKey` names the list to a screen reader; `emptyKey` is what it says without rows; rows
-    // that have it show the text of `actionKey` as a link at their right end.
+    // `nameKey` is the list's name for a screen reader, `emptyKey` its text without rows. Rows with
+    // an action show the text of `actionKey` as a link at their right end.
     ChoiceList(const Texts& texts, FocusStateManager& focus, std::vector<Choice> choices, Mode mode,
                std::string_view nameKey, std::string_view emptyKey, std::string_view actionKey = {},
                QWidget* parent = nullptr);

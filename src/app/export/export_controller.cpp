@@ -12,8 +12,11 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/sheet.h"
+#include "core/collections/tag_library_manager.h"
+#include "core/export/cut_planning.h"
 #include "core/notifications/event_bus.h"
 #include "core/notifications/events.h"
+#include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
 
@@ -135,7 +138,7 @@ void ExportController::run(ExportMode mode) {
                               });
 }
 
-// Keys typed into a sheet are no hot keys while it is up.
+// Keys typed into a sheet are not hot keys.
 void ExportController::present(Sheet* sheet) {
     services_.events.post(events::EditTimelineSheetAppeared{});
     connect(sheet, &QDialog::finished, this,

@@ -16,15 +16,15 @@ namespace tembrix {
 class Sheet;
 class WaitingPanel;
 
-// The exports of one window, from the menu through the sheets to the waiting panel and, where a run
-// fails, the alert. The window places the menu's button; the rest lies over the window by itself.
+// The exports of one window: the menu, the sheets, the waiting panel and the alert about a failed
+// run. The window places the menu's button. Sheets and panel appear over the window.
 //
 //     auto* exports = new ExportController(services, this);
 //     toolbar->addWidget(exports->makeMenuButton(toolbar));
 class ExportController final : public QObject {
     Q_OBJECT
   public:
-    // Belongs to the window and ends a run with it.
+    // A child of the window. Destroying it ends a run.
     ExportController(const AppServices& services, QWidget* window);
     ~ExportController() override;
 
@@ -38,7 +38,7 @@ class ExportController final : public QObject {
     void exportTags();
     void exportLabels();
     void exportEvents();
-    // The pictures of the drawings, packed; asks no mode.
+    // Packs the pictures of the drawings. Does not ask for a mode.
     void exportScreenshots();
 
   Q_SIGNALS:

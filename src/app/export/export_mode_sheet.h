@@ -11,11 +11,11 @@ class QCheckBox;
 
 namespace tembrix {
 
-// Asks how to export: one film or an archive of clips, with the drawings or without.
+// Asks whether to export one film or an archive of clips, with or without the drawings.
 class ExportModeSelectionSheet final : public Sheet {
     Q_OBJECT
   public:
-    // `drawingsOffered`: whether the switch can be thrown.
+    // `drawingsOffered`: whether the switch is enabled.
     ExportModeSelectionSheet(QWidget* parent, const Texts& texts, bool exportWithDrawings,
                              bool drawingsOffered);
 

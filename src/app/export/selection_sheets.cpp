@@ -93,7 +93,7 @@ TagSelectionSheetView::TagSelectionSheetView(QWidget* parent, const Texts& texts
         onSelectWithLabels(uniqueTags[place]);
     };
     connect(&list(), &ChoiceList::actionChosen, this, withLabels);
-    // The same way for who works with the keyboard: for the row in hand.
+    // The same for the keyboard: the button acts on the selected row.
     auto* button = addSideButton("exportTagWithLabels");
     connect(button, &QPushButton::clicked, this, [this, withLabels] {
         if (const auto place = list().current())

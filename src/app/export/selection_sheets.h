@@ -12,10 +12,10 @@
 
 namespace tembrix {
 
-// The sheets on which the user says what to export. Each closes before it calls back; Escape and
+// The sheets on which the user chooses what to export. Each closes before it calls back. Escape and
 // the cancel button close it without a call.
 
-// A list from which a click takes one.
+// A list from which a click chooses one row.
 class ChoiceSheet : public Sheet {
     Q_OBJECT
   public:
@@ -30,7 +30,7 @@ class ChoiceSheet : public Sheet {
     ChoiceList* list_;
 };
 
-// A list from which any number is ticked; done with them, or skipped for all.
+// A list in which the user ticks rows. The user is done with the ticked rows or skips the choice.
 class MultiChoiceSheet : public Sheet {
     Q_OBJECT
   public:
@@ -50,7 +50,7 @@ class MultiChoiceSheet : public Sheet {
 class TagSelectionSheetView final : public ChoiceSheet {
     Q_OBJECT
   public:
-    // `hasLabels` tells for which tags the way through the labels makes sense.
+    // `hasLabels` says which tags can be narrowed by labels.
     TagSelectionSheetView(QWidget* parent, const Texts& texts, FocusStateManager& focus,
                           const std::vector<Tag>& uniqueTags,
                           const std::function<bool(const Tag&)>& hasLabels);

@@ -129,7 +129,7 @@ void WaitingPanel::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     const QRectF card =
         QRectF(rect()).adjusted(shadowRadius, shadowRadius, -shadowRadius, -shadowRadius);
-    // The shadow: many faint cards, each a little larger, add up to a soft edge.
+    // The shadow is drawn as many faint cards, each a little larger than the one before.
     QColor shadow = theme::veil;
     shadow.setAlphaF(static_cast<float>(1 - std::pow(1 - shadowOpacity, 1.0 / shadowRadius)));
     painter.setBrush(shadow);

@@ -9,8 +9,8 @@ class QPropertyAnimation;
 
 namespace tembrix {
 
-// Lies over the middle of a window while an export runs: a ring that fills, and a cancel button
-// beneath it. The rest of the window stays usable.
+// Covers the middle of a window during an export: a ring that shows the progress and a cancel
+// button. The rest of the window stays usable.
 class WaitingPanel final : public QWidget {
     Q_OBJECT
   public:

@@ -1,5 +1,8 @@
 #include "core/composition/core_services.h"
 
+#include "ports/scheduler.h"
+
+#include "core/export/run_folder.h"
 #include "core/notifications/events.h"
 
 namespace tembrix {
@@ -41,6 +44,9 @@ void CoreServices::start() {
     dataSync.syncOnLaunch();
     library.start();
     tagLibrary.start();
+    platform.scheduler.background(Priority::utility, [temporary = platform.directories.temporary] {
+        removeAbandonedRunFolders(temporary);
+    });
 }
 
 }  // namespace tembrix

@@ -4,7 +4,7 @@
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/tag_library_manager.h"
 #include "core/composition/platform.h"
-#include "core/export/export_helper.h"
+#include "core/export/export_services.h"
 #include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"

@@ -27,7 +27,7 @@ constexpr std::uint64_t entryFlags = 8;  // place of the flags
 constexpr std::uint64_t localFlags = 6;
 constexpr std::uint16_t extra64 = 1;  // the extra field with 64-bit numbers
 constexpr std::uint16_t utf8Flag = 0x800;
-constexpr std::uint32_t elsewhere = 0xFFFFFFFF;  // the number stands in a 64-bit field
+constexpr std::uint32_t elsewhere = 0xFFFFFFFF;  // the number is in a 64-bit field
 constexpr std::uint64_t largestDirectory = std::uint64_t{1} << 28;
 
 std::uint64_t number(const Bytes& bytes, std::uint64_t at, int size) {
@@ -47,7 +47,7 @@ class ArchiveFile {
     }
 
     std::uint64_t size() const { return size_; }
-    // Absent unless all of it is there and begins with the signature, if one is given.
+    // Absent if the file is too short or the bytes do not begin with the given signature.
     std::optional<Bytes> read(std::uint64_t at, std::uint64_t count,
                               std::optional<std::uint32_t> signature = {}) {
         if (at > size_ || count > size_ - at)
@@ -94,12 +94,12 @@ std::optional<Directory> findDirectory(ArchiveFile& file) {
     return directory;
 }
 
-// Where the entry's own header stands; absent if that cannot be told.
+// The place of the entry's own header. Absent if it cannot be found.
 std::optional<std::uint64_t> localHeader(const Bytes& entries, std::uint64_t entry,
                                          std::uint64_t nameLength, std::uint64_t extraLength) {
     if (const auto offset = number(entries, entry + 42, 4); offset != elsewhere)
         return offset;
-    // The 64-bit field holds only those numbers that had no room, in this order.
+    // The 64-bit field has only the numbers that need 64 bits, in this order.
     std::uint64_t skipped = 0;
     for (const std::uint64_t place : {24U, 20U})
         if (number(entries, entry + place, 4) == elsewhere)

@@ -4,9 +4,9 @@
 
 namespace tembrix {
 
-// Marks the names in a zip archive as UTF-8, which they are, where the packer left that out.
-// Without the mark some systems read names that are not English as gibberish. Best effort: an
-// archive of an unexpected shape is left as it is.
+// Sets the flag that says that a name is UTF-8 for the names in a zip archive that lack it. Without
+// the flag, some systems show names that are not English as gibberish. An archive of an unexpected
+// form is not changed.
 void markArchiveNamesAsUtf8(const std::filesystem::path& archive);
 
 }  // namespace tembrix

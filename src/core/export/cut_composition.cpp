@@ -4,6 +4,9 @@
 #include <cmath>
 
 #include "base/files.h"
+#include "base/image.h"
+
+#include "core/export/cut_planning.h"
 
 namespace tembrix {
 
@@ -11,16 +14,16 @@ namespace {
 
 constexpr int framesPerSecond = 30;
 constexpr double nearStart = 0.1;         // seconds
-constexpr double wholeVideoShare = 0.99;  // a cut that reaches beyond counts as the whole video
+constexpr double wholeVideoShare = 0.99;  // a cut that ends later counts as the whole video
 
-// Lays cuts one after the other. Sums in ticks, so that thousands of cuts do not drift.
+// Puts cuts one after the other. Sums in ticks, so that thousands of cuts do not drift.
 class Composer {
   public:
     Composer(const ExportSnapshot& snapshot, const ComposingTools& tools)
         : snapshot_(snapshot), tools_(tools) {}
 
     void insert(const ExportSegment& segment) {
-        const auto drawings = snapshot_.withFreezeFrames
+        const auto drawings = snapshot_.plan.withFreezeFrames
                                   ? screenshotsForSegment(segment, snapshot_.drawings)
                                   : std::vector<ExportDrawing>();
         if (drawings.empty())
@@ -49,9 +52,8 @@ class Composer {
             const auto time = MediaTime::fromSeconds(drawing.videoTime);
             insertSource(position, time);
             position = std::max(position, time);
-            auto image = tools_.drawings->picture(*snapshot_.drawingsFolder /
-                                                  pathFromText(drawing.fileName()));
-            if (!image)
+            const auto file = *snapshot_.drawingsFolder / pathFromText(drawing.fileName());
+            if (!tools_.drawings->picture(file))
                 continue;
             tools_.log.line("📸 Экспорт скриншота '" + drawing.screenshotName +
                             "' с длительностью " + logNumber(drawing.displayDuration) + " секунд");
@@ -59,8 +61,12 @@ class Composer {
                 static_cast<long long>(std::ceil(drawing.displayDuration * framesPerSecond));
             if (frames <= 0)
                 continue;
-            pieces_.emplace_back(StillPiece{std::move(image).value(),
-                                            static_cast<double>(frames) / framesPerSecond});
+            StillPiece still;
+            still.duration = static_cast<double>(frames) / framesPerSecond;
+            still.load = [&drawings = *tools_.drawings, file] {
+                return drawings.picture(file).optional().value_or(ImageBuffer());
+            };
+            pieces_.push_back(std::move(still));
             insertionTime_ = insertionTime_ + MediaTime{frames * 600 / framesPerSecond};
         }
         insertSource(position, segment.timeRange.end());
@@ -72,7 +78,7 @@ class Composer {
     MediaTime insertionTime_;
 };
 
-// The overlay of a cut in the film, absent without a tag.
+// The overlay of a cut in the film. Absent without a tag.
 std::optional<OverlayItem> overlayItem(const ExportSegment& segment, MediaTime start,
                                        MediaTime duration, const ExportSnapshot& snapshot) {
     auto tag = overlayTag(segment.stamp, snapshot.library);
@@ -109,8 +115,13 @@ void logSkipped(std::string_view where, const MediaTimeRange& range, double vide
              ", videoDuration=" + logNumber(videoDuration));
 }
 
+// Whether a film of this length has a frame at all.
+bool hasFrames(MediaTime duration) {
+    return std::lround(duration.seconds() * framesPerSecond) > 0;
+}
+
 std::optional<Error> checkSource(const ExportSnapshot& snapshot) {
-    if (snapshot.segments.empty())
+    if (snapshot.plan.cuts.empty())
         return Error{"Export", -1, "No segments to export"};
     if (!snapshot.info.hasVideo)
         return Error{"Export", 0, "Video track not found"};
@@ -122,7 +133,7 @@ MovieJob jobFor(const ExportSnapshot& snapshot, const std::string& name) {
     job.source = snapshot.source;
     job.renderSize = renderSizeOf(snapshot.info);
     job.framesPerSecond = framesPerSecond;
-    job.target = snapshot.temporary / pathFromText(name);
+    job.target = snapshot.folder / pathFromText(name);
     return job;
 }
 
@@ -158,10 +169,10 @@ Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTool
         return *error;
     const double videoDuration = snapshot.info.duration;
     const StampNumbers numbers(snapshot.lines);
-    auto job = jobFor(snapshot, filmFileName(snapshot.type, snapshot.segments, tools.texts));
+    auto job = jobFor(snapshot, snapshot.plan.productName);
     Composer composer(snapshot, tools);
-    for (const auto& segment : snapshot.segments) {
-        if (coversVideo(segment.timeRange, videoDuration)) {
+    for (const auto& [segment, clipName] : snapshot.plan.cuts) {
+        if (snapshot.plan.skipsWholeVideo && coversVideo(segment.timeRange, videoDuration)) {
             logSkipped("", segment.timeRange, videoDuration, tools.log);
             continue;
         }
@@ -175,7 +186,7 @@ Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTool
         if (text)
             job.overlays.push_back(movieOverlay(*text, start, duration, job.renderSize, tools));
     }
-    if (composer.insertionTime() == MediaTime{})
+    if (!hasFrames(composer.insertionTime()))
         return Error{"Export", -2, "No valid segments to export"};
     job.pieces = composer.takePieces();
     return job;
@@ -188,21 +199,21 @@ Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
     const double videoDuration = snapshot.info.duration;
     const StampNumbers numbers(snapshot.lines);
     std::vector<MovieJob> jobs;
-    std::size_t position = 0;
-    for (const auto& segment : snapshot.segments) {
-        ++position;
-        if (coversVideo(segment.timeRange, videoDuration)) {
+    for (const auto& [segment, clipName] : snapshot.plan.cuts) {
+        if (snapshot.plan.skipsWholeVideo && coversVideo(segment.timeRange, videoDuration)) {
             logSkipped(" в плейлисте", segment.timeRange, videoDuration, tools.log);
             continue;
         }
         Composer composer(snapshot, tools);
         composer.insert(segment);
         const auto duration = composer.insertionTime();
-        if (duration == MediaTime{})
+        if (!hasFrames(duration)) {
+            tools.log.line("Пропущен сегмент в плейлисте короче кадра: duration=" +
+                           logNumber(duration.seconds()));
             continue;
-        auto job = jobFor(snapshot, clipFileName(snapshot.type, segment, position, snapshot.library,
-                                                 tools.texts));
-        // A clip without a text still has its bar, as low as bars are.
+        }
+        auto job = jobFor(snapshot, clipName);
+        // A clip without a text still has a bar, of the least height.
         if (const auto item = overlayItem(segment, {}, duration, snapshot))
             job.overlays.push_back(
                 movieOverlay(overlayText(*item, numbers, snapshot.library, snapshot.timeEvents)

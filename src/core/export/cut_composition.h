@@ -13,32 +13,30 @@
 #include "ports/movie_renderer.h"
 #include "ports/texts.h"
 
-#include "core/export/cut_planning.h"
 #include "core/export/cut_records.h"
 #include "core/export/export_drawings.h"
+#include "core/export/export_plan.h"
 #include "core/export/overlay_bar.h"
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 
 namespace tembrix {
 
-// All that composing reads, copied at the start of a run, so that it can go on beside the user's
-// work.
+// All that composing reads, copied at the start of a run, so that composing does not see what the
+// user changes meanwhile.
 struct ExportSnapshot {
-    CutsExportType type = cuts::CurrentTimeline{};
-    std::vector<ExportSegment> segments;
+    ExportPlan plan;
     TimelineLines lines;
     CollectionLists library;            // merged
     std::vector<TimeEvent> timeEvents;  // of the active collection
-    bool withFreezeFrames = false;
     std::vector<ExportDrawing> drawings;
     std::optional<std::filesystem::path> drawingsFolder;
     std::filesystem::path source;
-    std::filesystem::path temporary;  // folder of the products
-    MediaInfo info;                   // of the source
+    std::filesystem::path folder;  // of the films
+    MediaInfo info;                // of the source
 };
 
-// The parts that composing works with. Safe from any thread.
+// The services that composing uses. Safe from any thread.
 struct ComposingTools {
     const PictureRenderer& pictures;
     const TextMeasure& textMeasure;
@@ -47,17 +45,19 @@ struct ComposingTools {
     Log& log;
 };
 
-// The drawings that fall into a cut, both ends included.
+// The drawings within a cut, both ends included, by time.
 std::vector<ExportDrawing> screenshotsForSegment(const ExportSegment& segment,
                                                  const std::vector<ExportDrawing>& drawings);
 
-// The upright size of the source in even numbers, as the encoder wants them.
+// The upright size of the source in even numbers, as the encoder requires them.
 Size renderSizeOf(const MediaInfo& info);
 
-// One job with all cuts in a row. Cuts as long as the whole video are skipped with a log line.
+// One job with all cuts in a row. Cuts as long as the whole video are skipped with a log line if
+// the plan says so.
 Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools);
 
-// A job per cut, in order, with the same rule for whole videos.
+// One job per cut, in order, with the same rule for whole videos. A cut shorter than half a frame
+// has no job.
 Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
                                            const ComposingTools& tools);
 

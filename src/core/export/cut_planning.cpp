@@ -39,8 +39,8 @@ const LabelGroupData* groupOfLabel(const std::string& labelId, const CollectionL
     return nullptr;
 }
 
-// The one place where a stamp becomes a cut; the cases differ in which stamps reach it and in the
-// names that they add.
+// Turns stamps into cuts. The cases differ in the stamps that they select and in the names that
+// they add.
 class Planner {
   public:
     Planner(const CutPlanInput& input, Log& log)
@@ -144,7 +144,7 @@ class Planner {
         double length;
     };
 
-    // A stamp that began before 0 keeps its length; one past the end gives no cut.
+    // A stamp that begins before 0 keeps its length. A stamp after the video's end gives no cut.
     std::optional<Range> clamped(const TimelineStamp& stamp) const {
         const double start = std::max(stamp.timeStartSeconds, 0.0);
         double length = stamp.length();
@@ -196,7 +196,7 @@ class Planner {
     std::vector<ExportSegment> cuts_;
 };
 
-// The records whose ids were used, in the order in which people look for them.
+// The records whose ids are used, sorted by name.
 template <class Record>
 std::vector<Record> usedByName(const std::vector<Record>& records,
                                const std::set<std::string>& used) {

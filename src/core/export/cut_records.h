@@ -38,7 +38,7 @@ struct Screenshots {};
 struct DrawingsTimeline {};
 }  // namespace cuts
 
-// The order of the cases is fixed; other rules speak of their numbers.
+// The order of the cases is fixed: other code refers to their numbers.
 using CutsExportType = std::variant<cuts::TagCuts, cuts::TimeEventCuts, cuts::LabelCuts,
                                     cuts::TagWithLabels, cuts::LabelWithTags, cuts::CurrentTimeline,
                                     cuts::AllTimelines, cuts::Screenshots, cuts::DrawingsTimeline>;
@@ -49,7 +49,7 @@ enum class ExportMode { film, playlist };
 // A media time: a whole number of 1/600 seconds.
 struct MediaTime {
     long long ticks = 0;
-    // Truncated towards zero, after rounding off noise below 1e-9.
+    // Truncated toward zero, after rounding away errors below 1e-9.
     static MediaTime fromSeconds(double seconds);
     double seconds() const { return static_cast<double>(ticks) / 600.0; }
     MediaTime operator+(MediaTime other) const { return {ticks + other.ticks}; }
@@ -85,7 +85,7 @@ struct OverlayLabelGroupItem {
     }
 };
 
-// What one cut shows on screen in the film.
+// What the overlay of one cut shows in the film.
 struct OverlayItem {
     Tag tag;
     TimelineStamp stamp;

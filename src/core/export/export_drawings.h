@@ -11,11 +11,11 @@
 
 namespace tembrix {
 
-// One drawing of the open video, as far as an export needs it.
+// What an export needs of one drawing of the open video.
 struct ExportDrawing {
     std::string screenshotName;  // may end in ".png"
     double videoTime = 0;        // seconds
-    double displayDuration = 3;  // seconds that it stands still in a film
+    double displayDuration = 3;  // seconds of its freeze frame in a film
     std::vector<Uuid> relatedStampIds;
 
     std::string fileName() const {
@@ -23,12 +23,12 @@ struct ExportDrawing {
     }
 };
 
-// Gives the drawings of the open video to an export. The drawings themselves live elsewhere.
+// The drawings of the open video, for exports.
 class ExportDrawings {
   public:
     virtual ~ExportDrawings() = default;
     virtual std::vector<ExportDrawing> screenshots() const = 0;  // main thread
-    // Where the pictures lie; absent if the open video is not in the library. Main thread.
+    // The folder of the pictures. Absent if the open video is not in the library. Main thread.
     virtual std::optional<std::filesystem::path> folder() const = 0;
     virtual Result<ImageBuffer> picture(const std::filesystem::path& file) const = 0;  // any thread
 };

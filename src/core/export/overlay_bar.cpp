@@ -16,9 +16,9 @@ constexpr double inset = 12;  // pixels around the text
 constexpr double highestShare = 0.25;
 constexpr double fontSize = 13;           // at a picture of fontSizeHeight
 constexpr double fontSizeHeight = 360;    // pixels
-constexpr Color barColor{0, 0, 0, 0.55};  // lets the picture shine through
+constexpr Color barColor{0, 0, 0, 0.55};  // the picture is visible through it
 
-// The system colors that read on a dark ground.
+// The system colors that are readable on a dark background.
 constexpr Color green{48 / 255.0, 209 / 255.0, 88 / 255.0, 1};
 constexpr Color orange{255 / 255.0, 159 / 255.0, 10 / 255.0, 1};
 constexpr Color white{1, 1, 1, 1};
@@ -95,7 +95,7 @@ OverlayBar overlayBar(const RichText& text, Size renderSize, const TextMeasure& 
     const double textHeight = std::ceil(measure.boundingSize(text, textWidth).height) + 2 * inset;
     const double height = std::min(textHeight, renderSize.height * highestShare);
 
-    // The bar's lower edge is that of the picture; a part of a pixel row remains at its top.
+    // The lower edge of the bar is that of the picture. Its top row may be covered in part.
     const double rows = std::ceil(height);
     OverlayBar bar;
     bar.top = static_cast<int>(renderSize.height - rows);

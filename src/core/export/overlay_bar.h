@@ -15,8 +15,8 @@
 
 namespace tembrix {
 
-// The number that an overlay gives its stamp: its 1-based place among the stamps of its tag, over
-// all timelines, by start. Counted once for all stamps.
+// The numbers of stamps in overlays: the 1-based place among the stamps of the same tag on all
+// timelines, by start. Counted once for all stamps.
 class StampNumbers {
   public:
     explicit StampNumbers(const TimelineLines& lines);
@@ -26,7 +26,7 @@ class StampNumbers {
     std::unordered_map<Uuid, int> numbers_;
 };
 
-// What the bar of a cut says: tag and number in green, time events in orange, labels in white.
+// The text in the bar of a cut: tag and number in green, time events in orange, labels in white.
 // Absent if the stamp is on no timeline. `library` holds the merged lists, `timeEvents` those of
 // the active collection.
 std::optional<RichText> overlayText(const OverlayItem& item, const StampNumbers& numbers,

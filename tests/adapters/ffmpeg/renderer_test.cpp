@@ -128,8 +128,10 @@ TEST_F(Films, StillsAreFittedOnBlackAndSilentAndKeepTheRestInStep) {
         square.pixels[i + 2] = 40;
         square.pixels[i + 3] = 255;
     }
-    const auto work = job(fixtureFile("30"), {SourcePiece{0.9, 0.6}, StillPiece{square, 5.0 / 3},
-                                              StillPiece{square, 0.5}, SourcePiece{1.5, 2}});
+    const StillPiece atHand{square, 5.0 / 3, {}};
+    const StillPiece loaded{{}, 0.5, [square] { return square; }};
+    const auto work =
+        job(fixtureFile("30"), {SourcePiece{0.9, 0.6}, atHand, loaded, SourcePiece{1.5, 2}});
     const auto film = renderAndWait(renderer_, work);
     ASSERT_TRUE(film.ok()) << film.error().text;
     expectNumbers(frameNumbers(*film), expectedNumbers(work, variant("30").video, -1));

@@ -17,7 +17,7 @@ struct ExportFlow : testing::Test, ExportWindow {
     QToolButton* button = exports->makeMenuButton(&window);
 
     void choose(const char* entry) { child<QAction>(*button, entry)->trigger(); }
-    // The mode sheet is up: takes the film, and gives the names of the clips that it is cut from.
+    // Chooses a film in the open mode sheet. Returns the number of its pieces.
     std::size_t cutsOfTheFilm() {
         EXPECT_EQ(title(), "exportAs");
         press("exportModeFilm");
@@ -152,7 +152,7 @@ TEST_F(ExportFlow, TheDrawingsSwitchIsRememberedAndReachesTheRun) {
     key(Qt::Key_Escape);
     choose("fullControlButtonExportTimeline");
     EXPECT_TRUE(child<QCheckBox>(*sheet(), "exportWithDrawings")->isChecked());
-    EXPECT_EQ(cutsOfTheFilm(), 4U);  // one cut is broken in two by its still picture
+    EXPECT_EQ(cutsOfTheFilm(), 4U);  // the still picture splits one cut
 }
 
 TEST_F(ExportFlow, KeysTypedIntoASheetAreNoHotKeys) {

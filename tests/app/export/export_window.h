@@ -17,8 +17,8 @@
 
 namespace tembrix {
 
-// A window with nothing but its exports, over an open video with marks. Texts are keys, unless
-// TEMBRIX_LANGUAGE asks for those that ship.
+// A window that has only exports, with an open video and marks. Texts are keys, unless
+// TEMBRIX_LANGUAGE names a language.
 struct ExportWindow : MatchRecords {
     AppProject project;
     QWidget window;
@@ -55,9 +55,9 @@ struct ExportWindow : MatchRecords {
             project.texts.set(text.key().toStdString(), text.value().toString().toStdString());
     }
 
-    // The sheet on top, once it has the keyboard.
+    // The topmost sheet, once it is the active window.
     static QWidget* sheet() {
-        QTest::qWait(1);  // the one before is deleted, and the next one shows
+        QTest::qWait(1);  // deletes the closed sheet and shows the next one
         auto* top = QApplication::activeModalWidget();
         return top && QTest::qWaitForWindowActive(top) ? top : nullptr;
     }
@@ -80,7 +80,7 @@ struct ExportWindow : MatchRecords {
         QTest::mouseClick(child<QPushButton>(*sheet(), button), Qt::LeftButton);
     }
     static void key(Qt::Key key) {
-        auto* sheetOnTop = sheet();  // the keyboard goes to it, else to whatever has the focus
+        auto* sheetOnTop = sheet();  // waits until it is active
         auto* focused = QApplication::focusWidget();
         QTest::keyClick(focused ? focused : sheetOnTop, key);
     }

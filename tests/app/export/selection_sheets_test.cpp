@@ -44,7 +44,7 @@ TEST_F(SelectionSheets, AClickOnATagTakesItAndItsLinkAsksForLabels) {
     showTags(manyTags());
     clickRow(1, 1);
     showTags(manyTags());
-    clickRow(2, 1);  // has no labels, so that its whole row takes it
+    clickRow(2, 1);  // has no labels: a click anywhere in the row chooses it
     showTags(manyTags());
     press("collectionsButtonCancel");
     EXPECT_THAT(calls, ElementsAre("select Shot", "labels Long pass", "select Shot"));

@@ -9,7 +9,7 @@
 namespace tembrix {
 namespace {
 
-// A stored archive of empty files, written by hand; `large` as packers write those beyond 4 GB.
+// An archive of empty files, written byte by byte. `large` uses the form for more than 4 GB.
 class ArchiveText {
   public:
     explicit ArchiveText(bool large) : large_(large) {}

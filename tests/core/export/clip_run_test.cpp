@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct ClipRun : testing::Test, ExportRun {
+struct ClipRun : testing::Test, RunningExport {
     void startClips() { start(cuts::AllTimelines{}, true); }
     void succeedAll() {
         for (std::size_t i = 0; i < renderer.sessions.size(); ++i)
@@ -23,7 +23,7 @@ const std::vector<std::string> clipNames{"First_Ball_Пас(Длинный)_2.mp
 TEST_F(ClipRun, RendersTwoAtATimeAndPacksThemInTheirOrder) {
     startClips();
     ASSERT_EQ(renderer.sessions.size(), 2U);
-    succeed(1);  // ends out of turn
+    succeed(1);  // ends before the first
     ASSERT_EQ(renderer.sessions.size(), 3U);
     EXPECT_EQ(helper->processedSegments(), 1);
     EXPECT_FLOAT_EQ(helper->progress.get(), 1.0F / 3);
@@ -35,10 +35,11 @@ TEST_F(ClipRun, RendersTwoAtATimeAndPacksThemInTheirOrder) {
     ASSERT_EQ(processes.calls().size(), 1U);
     const auto call = processes.calls()[0];
     EXPECT_EQ(call.program, "/usr/bin/zip");
-    EXPECT_THAT(call.arguments, ElementsAre("-j", (temporary / "export_playlist.zip").string(),
-                                            (temporary / clipNames[2]).string(),
-                                            (temporary / clipNames[0]).string(),
-                                            (temporary / clipNames[1]).string()));
+    const auto folder = session().job.target.parent_path();
+    EXPECT_THAT(call.arguments,
+                ElementsAre("-j", (folder / "export_playlist.zip").string(),
+                            (folder / clipNames[2]).string(), (folder / clipNames[0]).string(),
+                            (folder / clipNames[1]).string()));
     EXPECT_THAT(leftovers(), ElementsAre("export_playlist.zip"));
     ASSERT_EQ(project.panels.saves.size(), 1U);
     EXPECT_EQ(project.panels.saves[0].request.defaultName, "export_playlist.zip");
@@ -121,13 +122,25 @@ TEST_F(ClipRun, ThePackersFailureIsTold) {
     EXPECT_TRUE(endedWith(prefix + "no such program"));
 }
 
-TEST_F(ClipRun, AFailedCopyOfTheArchiveIsTold) {
+TEST_F(ClipRun, AFailedCopyOfTheArchiveAsksAgain) {
     startClips();
     succeedAll();
     succeed(2);
     answerSave(saved / "gone" / "clips.zip");
-    ASSERT_TRUE(error);
-    EXPECT_THAT(error->text, testing::StartsWith("Ошибка сохранения плейлиста: "));
+    EXPECT_THAT(closeAlert(), testing::StartsWith("Ошибка сохранения плейлиста: "));
+    answerSave(saved / "clips.zip");
+    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(fileText(saved / "clips.zip"), "archive");
+}
+
+TEST_F(ClipRun, ACutShorterThanHalfAFrameDoesNotFailTheArchive) {
+    setStamps({stamp("pass", "a", 1, 2), stamp("pass", "b", 3, 3.01), stamp("pass", "c", 5, 6)});
+    startClips();
+    succeedAll();
+    ASSERT_EQ(processes.calls().size(), 1U);
+    EXPECT_EQ(processes.calls()[0].arguments.size(), 4U);
+    answerSave(saved / "clips.zip");
+    EXPECT_TRUE(endedWell());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/export/cut_planning.h"
 #include "fakes/captured_log.h"
 #include "fakes/export_project.h"
 
@@ -27,18 +28,21 @@ struct CutComposition : testing::Test, MatchRecords {
         snapshot.info.duration = 100;
         snapshot.info.size = {1921, 1079};
         snapshot.info.hasVideo = true;
-        snapshot.temporary = "/tmp/export";
+        snapshot.folder = "/tmp/export";
         snapshot.source = "/video.mp4";
         snapshot.drawingsFolder = "/drawings";
     }
 
     void setCuts(const std::vector<TimelineStamp>& stamps) {
         snapshot.lines = {line("L", stamps)};
-        snapshot.segments =
-            getSegmentsForExport(cuts::AllTimelines{}, {snapshot.lines, {}, library, 100}, log);
+        const CutsExportType type = cuts::AllTimelines{};
+        snapshot.plan = planExport(
+            type, ExportMode::film, false,
+            getSegmentsForExport(type, {snapshot.lines, {}, library, 100}, log), library, texts);
     }
+    ExportSegment& firstCut() { return snapshot.plan.cuts.at(0).segment; }
     void addDrawing(const std::string& name, double time, double duration) {
-        snapshot.drawings.push_back({name, time, duration, {snapshot.segments[0].stamp.id}});
+        snapshot.drawings.push_back({name, time, duration, {firstCut().stamp.id}});
     }
 
     // "10+5" for a piece of the source, "still 3" for a still picture.
@@ -93,9 +97,24 @@ TEST_F(CutComposition, WholeVideosAreSkippedByBothRuns) {
                 "duration=99.45, videoDuration=100.0"));
 
     setCuts({stamp("pass", "x", 0, 100)});
+    snapshot.plan.skipsWholeVideo = false;
+    EXPECT_THAT(pieces(*composeFilm(snapshot, tools)), ElementsAre("0+100"));
+    EXPECT_EQ(composeClips(snapshot, tools)->size(), 1U);
+    snapshot.plan.skipsWholeVideo = true;
     EXPECT_EQ(composeFilm(snapshot, tools).error(),
               (Error{"Export", -2, "No valid segments to export"}));
     EXPECT_THAT(*composeClips(snapshot, tools), IsEmpty());
+}
+
+TEST_F(CutComposition, CutsShorterThanHalfAFrameGiveNoClipAndNoFilm) {
+    setCuts({stamp("pass", "x", 10, 10.016), stamp("pass", "x", 20, 20.017)});
+    const auto clips = composeClips(snapshot, tools);
+    ASSERT_EQ(clips->size(), 1U);
+    EXPECT_TRUE(clips->front().target.string().ends_with("_2.mp4"));
+    EXPECT_TRUE(log.has("Пропущен сегмент в плейлисте короче кадра: duration=0.015"));
+    EXPECT_THAT(pieces(*composeFilm(snapshot, tools)), ElementsAre("10+0.015", "20+0.017"));
+    setCuts({stamp("pass", "x", 10, 10.016)});
+    EXPECT_EQ(composeFilm(snapshot, tools).error().code, -2);
 }
 
 TEST_F(CutComposition, SourcesWithoutAPictureAndEmptyListsAreErrors) {
@@ -119,8 +138,7 @@ TEST_F(CutComposition, AClipShowsItsOverlayThroughout) {
     EXPECT_EQ(clips[0].overlays[0].duration, 5);
     EXPECT_THAT(clips[1].overlays, IsEmpty());
 
-    snapshot.lines
-        .clear();  // the stamp went meanwhile: a bar without words in clips, none in films
+    snapshot.lines.clear();  // the stamp was deleted: clips have an empty bar, films none
     const auto bare = *composeClips(snapshot, tools);
     EXPECT_EQ(bare[0].overlays.at(0).paint().height, 24);
     EXPECT_THAT(composeFilm(snapshot, tools)->overlays, IsEmpty());
@@ -134,12 +152,12 @@ TEST_F(CutComposition, DrawingsBelongToACutByTimeAndStamp) {
     snapshot.drawings.push_back({"other stamp's", 15, 3, {Uuid::random()}});
     const auto names = [&] {
         std::vector<std::string> result;
-        for (const auto& drawing : screenshotsForSegment(snapshot.segments[0], snapshot.drawings))
+        for (const auto& drawing : screenshotsForSegment(firstCut(), snapshot.drawings))
             result.push_back(drawing.screenshotName);
         return result;
     };
     EXPECT_THAT(names(), ElementsAre("start", "mid", "end"));
-    snapshot.segments[0].stampId.reset();
+    firstCut().stampId.reset();
     EXPECT_THAT(names(), ElementsAre("start", "mid", "other stamp's", "end"));
 }
 
@@ -152,10 +170,13 @@ TEST_F(CutComposition, FreezeFramesStandWhereTheirDrawingsWereMade) {
     drawings.unreadable = {"broken.png"};
 
     EXPECT_THAT(pieces(*composeFilm(snapshot, tools)), ElementsAre("10+10", "30+1"));
-    snapshot.withFreezeFrames = true;
+    snapshot.plan.withFreezeFrames = true;
     const auto job = *composeFilm(snapshot, tools);
     EXPECT_THAT(pieces(job), ElementsAre("10+2", "still 1.033", "still 1.033", "still 1.033",
                                          "12+3", "15+5", "still 2", "30+1"));
+    const auto& still = std::get<StillPiece>(job.pieces.at(1));
+    EXPECT_TRUE(still.image.empty()) << "pictures are read when they show";
+    EXPECT_FALSE(still.load().empty());
     EXPECT_NEAR(job.overlays.at(0).duration, 15.1, 1e-9);
     EXPECT_NEAR(job.overlays.at(1).start, 15.1, 1e-9);
     EXPECT_TRUE(

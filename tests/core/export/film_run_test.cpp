@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "fakes/export_project.h"
 
@@ -11,13 +10,14 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct FilmRun : testing::Test, ExportRun {};
+struct FilmRun : testing::Test, RunningExport {};
 
 TEST_F(FilmRun, RendersTheCutsAndSavesTheFilmWhereTheUserSays) {
     start(cuts::AllTimelines{});
     ASSERT_EQ(renderer.sessions.size(), 1U);
     EXPECT_EQ(session().job.pieces.size(), 3U);
-    EXPECT_EQ(session().job.target, temporary / "Ball_Пас_video.mp4");
+    EXPECT_EQ(session().job.target.filename(), "Ball_Пас_video.mp4");
+    EXPECT_EQ(helper->state(), ExportState::rendering);
     EXPECT_EQ(helper->progress.get(), 0);
 
     session().setProgress(0.5F);
@@ -25,11 +25,15 @@ TEST_F(FilmRun, RendersTheCutsAndSavesTheFilmWhereTheUserSays) {
     EXPECT_EQ(helper->progress.get(), 0);
     project.scheduler.advance(0.02);
     EXPECT_EQ(helper->progress.get(), 0.5F);
+    session().setProgress(0.4F);
+    project.scheduler.advance(0.1);
+    EXPECT_EQ(helper->progress.get(), 0.5F) << "never goes back";
 
     succeed();
     EXPECT_EQ(helper->progress.get(), 1);
     EXPECT_TRUE(noTimerRuns());
     EXPECT_EQ(completions, 0);
+    EXPECT_EQ(helper->state(), ExportState::saving);
     ASSERT_EQ(project.panels.saves.size(), 1U);
     EXPECT_EQ(project.panels.saves[0].request.defaultName, "Ball_Пас_video.mp4");
     EXPECT_EQ(project.panels.saves[0].request.extension, "mp4");
@@ -66,7 +70,7 @@ TEST_F(FilmRun, FailuresBearTheFilmsText) {
     start(cuts::AllTimelines{});
     EXPECT_TRUE(endedWith("No film: no encoder"));
 
-    renderer.startError = Error{"Export", 2, ""};  // nobody knows why
+    renderer.startError = Error{"Export", 2, ""};  // the reason is unknown
     start(cuts::AllTimelines{});
     EXPECT_TRUE(endedWith("No film: Unknown export error"));
     renderer.startError.reset();
@@ -86,36 +90,24 @@ TEST_F(FilmRun, FailuresBearTheFilmsText) {
     EXPECT_TRUE(endedWith("No film: missing " + source.string()));
 }
 
-TEST_F(FilmRun, ALeftoverOfTheSameNameGivesWay) {
-    project.folder.write("tmp/First_video.mp4", "old");
-    start(cuts::CurrentTimeline{});
-    ASSERT_EQ(renderer.sessions.size(), 1U);
-    succeed();
-    answerSave(saved / "a.mp4");
-    EXPECT_TRUE(endedWell());
-
-    project.folder.write("tmp/First_video.mp4/inside", "a folder, and not an empty one");
-    start(cuts::CurrentTimeline{});
-    EXPECT_EQ(renderer.sessions.size(), 1U);
-    ASSERT_TRUE(error);
-    EXPECT_THAT(error->text, testing::StartsWith("fullControlExportFilmError: "));
-}
-
-TEST_F(FilmRun, AFailedCopyTellsAndLeavesTheTargetAsItWas) {
+TEST_F(FilmRun, AFailedSaveKeepsTheFilmAndAsksUntilItSucceeds) {
+    project.texts.set("fullControlExportFilmError", "Not exported");
     start(cuts::CurrentTimeline{});
     succeed();
     answerSave(saved / "no such folder" / "film.mp4");
-    ASSERT_TRUE(error);
-    EXPECT_THAT(error->text, testing::HasSubstr("No such file or directory"));
-    EXPECT_THAT(leftovers(), IsEmpty());
+    EXPECT_EQ(completions, 0);
+    EXPECT_THAT(closeAlert(), testing::StartsWith("Not exported: exportSaveFolderMissing"));
 
     project.folder.write("saved/film.mp4/inside", "");  // the target is a folder
-    start(cuts::CurrentTimeline{});
-    succeed(1);
     answerSave(saved / "film.mp4");
-    EXPECT_EQ(completions, 1);
-    EXPECT_TRUE(error);
+    closeAlert();
     EXPECT_EQ(std::distance(fs::directory_iterator(saved), {}), 1) << "nothing half-written";
+    EXPECT_THAT(leftovers(), testing::Contains("First_video.mp4"));
+
+    answerSave(saved / "other.mp4");
+    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(fileText(saved / "other.mp4"), "film");
+    EXPECT_THAT(leftovers(), IsEmpty());
 }
 
 TEST_F(FilmRun, ClosingThePanelKeepsTheTemporaryFile) {
@@ -126,16 +118,46 @@ TEST_F(FilmRun, ClosingThePanelKeepsTheTemporaryFile) {
     EXPECT_THAT(leftovers(), ElementsAre("First_video.mp4"));
 }
 
-TEST_F(FilmRun, SavingTheFilmOverItselfKeepsIt) {
+TEST_F(FilmRun, TheFolderOfTheRunIsNoPlaceForItsFilm) {
     start(cuts::CurrentTimeline{});
     succeed();
-    answerSave(temporary / "First_video.mp4");
+    const auto folder = session().job.target.parent_path();
+    answerSave(folder / "First_video.mp4");
+    EXPECT_THAT(closeAlert(), testing::HasSubstr("exportSaveNotWritable"));
+    answerSave(saved / "film.mp4");
+    EXPECT_EQ(fileText(saved / "film.mp4"), "film");
+    EXPECT_FALSE(fs::exists(folder));
+}
+
+TEST_F(FilmRun, AFilmThatIsGoneEndsTheRunWithItsError) {
+    start(cuts::CurrentTimeline{});
+    succeed();
+    fs::remove(session().job.target);
+    answerSave(saved / "film.mp4");
+    EXPECT_TRUE(endedWith("fullControlExportFilmError: exportErrorProductMissing"));
+}
+
+TEST_F(FilmRun, RunsOfTwoWindowsDoNotDisturbEachOther) {
+    ExportHelper other(services);
+    int otherEnds = 0;
+    start(cuts::AllTimelines{});
+    other.startExport(cuts::AllTimelines{}, false, false,
+                      [&](const std::optional<Error>& result) { otherEnds += !result; });
+    project.scheduler.run();
+    ASSERT_EQ(renderer.sessions.size(), 2U);
+    EXPECT_EQ(session(0).job.target.filename(), session(1).job.target.filename());
+    succeed(0);
+    cancel();  // ends the first one, whose panel is open
+    answerSave(std::nullopt);
     EXPECT_TRUE(endedWell());
-    EXPECT_EQ(fileText(temporary / "First_video.mp4"), "film");
+    succeed(1);
+    answerSave(saved / "film.mp4");
+    EXPECT_EQ(otherEnds, 1);
+    EXPECT_EQ(fileText(saved / "film.mp4"), "film");
 }
 
 TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
-    // Before the source was looked into.
+    // Before the source is examined.
     helper->startExport(cuts::CurrentTimeline{}, false, false, [this](std::optional<Error> result) {
         ++completions;
         error = std::move(result);
@@ -159,23 +181,29 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     EXPECT_THAT(project.panels.saves, IsEmpty());
     EXPECT_THAT(leftovers(), IsEmpty());
 
+    // The renderer ended it for reasons of its own.
+    start(cuts::CurrentTimeline{});
+    session(2).cancel();
+    project.scheduler.run();
+    EXPECT_TRUE(endedWell());
+
     // While the panel asks, and while the film is copied.
     start(cuts::CurrentTimeline{});
-    succeed(2);
+    succeed(3);
     cancel();
     EXPECT_EQ(completions, 0) << "the panel is still open";
     answerSave(saved / "film.mp4");
     EXPECT_TRUE(endedWell());
     start(cuts::CurrentTimeline{});
-    succeed(3);
+    succeed(4);
     project.panels.answerSave(saved / "film.mp4");
     cancel();
     EXPECT_TRUE(endedWell());
     EXPECT_FALSE(fs::exists(saved / "film.mp4"));
 
-    // A run after all that is a run like any other.
+    // A later run is not affected.
     start(cuts::CurrentTimeline{});
-    succeed(4);
+    succeed(5);
     answerSave(saved / "film.mp4");
     EXPECT_TRUE(endedWell());
     EXPECT_TRUE(fs::exists(saved / "film.mp4"));
@@ -227,7 +255,7 @@ TEST_F(FilmRun, DrawingsComeByTheSwitchOrWithTheirTimeline) {
     EXPECT_EQ(session(2).job.pieces.size(), 3U);
     cancel();
 
-    services.drawings = nullptr;  // a program without drawings cuts plainly
+    services.drawings = nullptr;  // without drawings there are no freeze frames
     start(cuts::DrawingsTimeline{}, false, true);
     EXPECT_EQ(session(3).job.pieces.size(), 1U);
 }

@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 
-struct ScreenshotsRun : testing::Test, ExportRun {
+struct ScreenshotsRun : testing::Test, RunningExport {
     void startScreenshots() { start(cuts::Screenshots{}); }
 };
 
@@ -20,16 +20,37 @@ TEST_F(ScreenshotsRun, PacksThePicturesThatAreThere) {
     project.folder.write("drawings/Two.png", "2");
     startScreenshots();
     ASSERT_EQ(processes.calls().size(), 1U);
-    EXPECT_THAT(processes.calls()[0].arguments,
-                ElementsAre("-j", (temporary / "screenshots.zip").string(),
-                            (*drawings.place / "One.png").string(),
-                            (*drawings.place / "Two.png").string()));
+    const auto arguments = processes.calls()[0].arguments;
+    ASSERT_EQ(arguments.size(), 4U);
+    EXPECT_TRUE(arguments[1].ends_with("/screenshots.zip"));
+    EXPECT_EQ(arguments[2], *drawings.place / "One.png");
+    EXPECT_EQ(arguments[3], *drawings.place / "Two.png");
     EXPECT_TRUE(project.log.has("Screenshot not found: gone"));
     answerSave(saved / "pictures.zip");
     EXPECT_TRUE(endedWell());
     EXPECT_TRUE(
         project.log.has("Скриншоты успешно экспортированы: " + (saved / "pictures.zip").string()));
     EXPECT_TRUE(std::filesystem::exists(*drawings.place / "One.png"));
+}
+
+TEST_F(ScreenshotsRun, NamesInTheArchiveAreGoodForEveryFileSystem) {
+    drawings.list = {{"Goal", 1, 3, {}}, {"GOAL", 2, 3, {}}, {"Why?", 3, 3, {}}};
+    drawings.place = project.folder.path() / "drawings";
+    for (const char* name : {"Goal", "GOAL", "Why?"})
+        project.folder.write("drawings/" + std::string(name) + ".png", name);
+    std::vector<std::string> packed;
+    processes.behavior = [&](const FakeProcessRunner::Call& call) {
+        for (std::size_t i = 2; i < call.arguments.size(); ++i)
+            packed.push_back(std::filesystem::path(call.arguments[i]).filename().string() + " " +
+                             fileText(call.arguments[i]));
+        std::ofstream(call.arguments[1]) << "archive";
+        return Result<ProcessOutcome>(ProcessOutcome{});
+    };
+    startScreenshots();
+    EXPECT_THAT(packed, ElementsAre("Goal.png Goal", "GOAL_2.png GOAL", "Why-.png Why?"));
+    answerSave(saved / "pictures.zip");
+    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(fileText(*drawings.place / "Why?.png"), "Why?") << "the pictures themselves stay";
 }
 
 TEST_F(ScreenshotsRun, TellsWhatIsMissing) {
@@ -54,8 +75,9 @@ TEST_F(ScreenshotsRun, TellsWhatIsMissing) {
     };
     startScreenshots();
     answerSave(saved / "gone" / "pictures.zip");
-    ASSERT_TRUE(error);
-    EXPECT_THAT(error->text, testing::StartsWith("Ошибка сохранения скриншотов: "));
+    EXPECT_THAT(closeAlert(), testing::StartsWith("Ошибка сохранения скриншотов: "));
+    answerSave(std::nullopt);
+    EXPECT_TRUE(endedWell());
 
     services.drawings = nullptr;
     startScreenshots();

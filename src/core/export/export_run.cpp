@@ -1,0 +1,244 @@
+#include "core/export/export_run.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "base/files.h"
+
+#include "ports/media.h"
+#include "ports/movie_renderer.h"
+#include "ports/scheduler.h"
+#include "ports/texts.h"
+
+#include "core/export/archive.h"
+#include "core/export/drawings_archive.h"
+#include "core/export/export_errors.h"
+
+namespace tembrix {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int canceledCode = 999;  // in any domain
+
+// The last look at the source before rendering.
+Result<MediaInfo> examineSource(const fs::path& source, Media& media, const Texts& texts) {
+    std::error_code ignored;
+    if (!fs::exists(source, ignored))
+        return plainError(texts.format("exportErrorSourceMissing", {pathText(source)}));
+    return media.probe(source);
+}
+
+Result<std::vector<MovieJob>> compose(ExportSnapshot& snapshot, const ExportServices& services) {
+    const auto info = examineSource(snapshot.source, services.media, services.texts);
+    if (!info)
+        return info.error();
+    snapshot.info = *info;
+    const ComposingTools tools{services.pictures, services.textMeasure, services.drawings,
+                               services.texts, services.log};
+    if (snapshot.plan.mode == ExportMode::playlist)
+        return composeClips(snapshot, tools);
+    auto film = composeFilm(snapshot, tools);
+    if (!film)
+        return film.error();
+    std::vector<MovieJob> jobs;
+    jobs.push_back(std::move(*film));
+    return jobs;
+}
+
+}  // namespace
+
+struct ExportRun::Prepared {
+    std::shared_ptr<RunFolder> folder;
+    std::vector<MovieJob> jobs;
+};
+
+ExportRun::ExportRun(ExportServices& services, ProductWords words,
+                     std::function<void(float)> progressed, Completion completion)
+    : services_(services),
+      words_(std::move(words)),
+      progressed_(std::move(progressed)),
+      completion_(std::move(completion)),
+      queue_(services.renderer, services.scheduler),
+      saving_(services.panels, services.scheduler, services.texts),
+      work_(services.scheduler) {}
+
+ExportRun::~ExportRun() {
+    stop_.request_stop();
+    // The files may be large. The main thread does not wait until they are removed.
+    if (folder_)
+        services_.scheduler.background(Priority::utility,
+                                       [folder = std::move(folder_)]() mutable { folder.reset(); });
+}
+
+void ExportRun::exportCuts(ExportSnapshot snapshot) {
+    mode_ = snapshot.plan.mode;
+    cuts_ = snapshot.plan.cuts.size();
+    // The snapshot shares timelines with the main thread, which therefore releases it.
+    const auto shared = std::make_shared<ExportSnapshot>(std::move(snapshot));
+    work_.run(
+        Priority::userInitiated,
+        [shared, &services = services_]() -> Result<Prepared> {
+            auto folder = RunFolder::make(services.directories.temporary);
+            if (!folder)
+                return folder.error();
+            shared->folder = (*folder)->path();
+            auto jobs = compose(*shared, services);
+            if (!jobs)
+                return jobs.error();
+            return Prepared{std::move(*folder), std::move(*jobs)};
+        },
+        [this, shared](Result<Prepared> prepared) {
+            if (isCanceled())
+                return end(std::nullopt);
+            if (!prepared)
+                return fail(prepared.error());
+            render(std::move(*prepared));
+        });
+}
+
+void ExportRun::render(Prepared prepared) {
+    folder_ = std::move(prepared.folder);
+    state_ = ExportState::rendering;
+    if (mode_ == ExportMode::film)
+        progressTimer_ = services_.scheduler.every(progressInterval, [this] {
+            if (const auto progress = queue_.sessionProgress())
+                advance(*progress);
+        });
+    queue_.start(
+        std::move(prepared.jobs),
+        [this] {
+            if (mode_ == ExportMode::playlist)
+                advance(static_cast<float>(queue_.ended()) / static_cast<float>(cuts_));
+        },
+        [this](const RenderQueue::Ending& ending) { rendered(ending); });
+}
+
+void ExportRun::rendered(const RenderQueue::Ending& ending) {
+    progressTimer_.reset();
+    if (mode_ == ExportMode::playlist)
+        advance(1);
+    if (isCanceled()) {
+        if (mode_ == ExportMode::playlist)
+            folder_->keep();  // the clips that are finished
+        return end(std::nullopt);
+    }
+    if (ending.lastError)
+        return fail(*ending.lastError);
+    if (ending.films.empty())
+        return fail({"Export", -3, "No valid segments were exported"});
+    if (mode_ == ExportMode::playlist)
+        return pack(ending.films);
+    advance(1);
+    save(ending.films.front());
+}
+
+void ExportRun::pack(const std::vector<fs::path>& clips) {
+    state_ = ExportState::packing;
+    work_.run(
+        Priority::userInitiated,
+        [clips, archive = folder_->path() / words_.defaultName, &services = services_,
+         stop = stop_.get_token()] {
+            auto packed = packArchive(archive, clips, services.processes, services.texts, stop);
+            std::error_code ignored;
+            for (const auto& clip : clips)
+                fs::remove(clip, ignored);
+            return packed;
+        },
+        [this](const Result<fs::path>& archive) { packed(archive); });
+}
+
+void ExportRun::packed(const Result<fs::path>& archive) {
+    if (isCanceled())
+        return end(std::nullopt);
+    if (!archive)
+        return fail(archive.error());
+    save(*archive);
+}
+
+void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
+                               std::optional<fs::path> drawingsFolder) {
+    state_ = ExportState::packing;
+    struct Packed {
+        std::shared_ptr<RunFolder> folder;
+        fs::path archive;
+    };
+    work_.run(
+        Priority::userInitiated,
+        [drawings = std::move(drawings), drawingsFolder = std::move(drawingsFolder),
+         name = words_.defaultName, &services = services_,
+         stop = stop_.get_token()]() -> Result<Packed> {
+            auto folder = RunFolder::make(services.directories.temporary);
+            if (!folder)
+                return folder.error();
+            const auto archive =
+                packDrawings(drawings, drawingsFolder, (*folder)->path(), name, services, stop);
+            if (!archive)
+                return archive.error();
+            return Packed{std::move(*folder), *archive};
+        },
+        [this](Result<Packed> result) {
+            if (!result)
+                return packed(result.error());
+            folder_ = std::move(result->folder);
+            packed(result->archive);
+        });
+}
+
+void ExportRun::save(const fs::path& product) {
+    state_ = ExportState::saving;
+    const auto& texts = services_.texts;
+    const auto copy = copyOf(product, texts.text("exportErrorProductMissing"));
+    saving_.begin(
+        {[copy, folder = folder_->path()](const fs::path& target,
+                                          const Product::GoOn& goOn) -> Result<void> {
+             // The run's own folder is removed at its end.
+             std::error_code ignored;
+             if (fs::equivalent(target.parent_path(), folder, ignored))
+                 return Error{"file", EACCES, pathText(target)};
+             return copy(target, goOn);
+         },
+         {words_.panelTitle, words_.defaultName, words_.extension},
+         [prefix = words_.savingFailed](const std::string& reason) { return prefix + reason; }},
+        [this](const Result<std::optional<fs::path>>& place) {
+            if (!place)
+                return end(plainError(words_.savingFailed + place.error().text));
+            if (*place)
+                services_.log.line(words_.saved + pathText(**place));
+            else
+                folder_->keep();
+            end(std::nullopt);
+        });
+}
+
+void ExportRun::advance(float progress) {
+    if (progress <= progress_)
+        return;
+    progress_ = std::min(progress, 1.0F);
+    progressed_(progress_);
+}
+
+void ExportRun::fail(const Error& error) {
+    if (error.code == canceledCode)
+        return end(std::nullopt);
+    end(plainError(words_.makingFailed + describeMaking(error, services_.texts)));
+}
+
+// The completion may destroy this object. A step does nothing after it.
+void ExportRun::end(std::optional<Error> error) {
+    state_ = ExportState::idle;
+    progressTimer_.reset();
+    std::exchange(completion_, nullptr)(std::move(error));
+}
+
+void ExportRun::cancel() {
+    stop_.request_stop();
+    queue_.cancel();
+    saving_.cancel();
+    progressTimer_.reset();
+}
+
+}  // namespace tembrix

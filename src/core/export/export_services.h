@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/log.h"
+
+#include "ports/directories.h"
+#include "ports/images.h"
+#include "ports/media.h"
+#include "ports/movie_renderer.h"
+#include "ports/panels.h"
+#include "ports/process_runner.h"
+#include "ports/scheduler.h"
+#include "ports/texts.h"
+
+#include "core/export/export_drawings.h"
+
+namespace tembrix {
+
+class TagLibraryManager;
+class TimelineDataManager;
+class VideoPlayerManager;
+
+// What exports work with. One set serves the process and outlives every run.
+struct ExportServices {
+    VideoPlayerManager& videoManager;
+    TimelineDataManager& timelineData;
+    TagLibraryManager& tagLibrary;
+    Media& media;
+    MovieRenderer& renderer;
+    PictureRenderer& pictures;
+    TextMeasure& textMeasure;
+    ProcessRunner& processes;
+    Panels& panels;
+    Scheduler& scheduler;
+    Directories directories;
+    const Texts& texts;
+    Log& log;
+    ExportDrawings* drawings = nullptr;  // without it, exports show no drawings
+};
+
+}  // namespace tembrix

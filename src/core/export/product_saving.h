@@ -1,0 +1,68 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+#include "base/result.h"
+
+#include "ports/panels.h"
+#include "ports/scheduler.h"
+#include "ports/texts.h"
+
+#include "core/background/background_work.h"
+
+namespace tembrix {
+
+// A finished product that waits for its place.
+struct Product {
+    using GoOn = std::function<bool()>;
+
+    // Writes the product to the target, which it replaces whole or leaves as it was. Runs in the
+    // background; stops early once `goOn` returns false. An error of the domain "product" means
+    // that the product itself is lost, so that no other place would help.
+    std::function<Result<void>(const std::filesystem::path& target, const GoOn& goOn)> write;
+    SavePanelRequest panel;
+    // The message about a failure, from its reason.
+    std::function<std::string(const std::string& reason)> failureText;
+};
+
+// The writer of a product that is a file.
+std::function<Result<void>(const std::filesystem::path&, const Product::GoOn&)> copyOf(
+    std::filesystem::path file, std::string missingText);
+
+// Places a product where the user says: asks, writes in the background, and after a failure tells
+// why and asks again until the user closes the panel. Works for products of any kind. Main thread
+// only. Destroying it ends it without a completion.
+class ProductSaving {
+  public:
+    // Called exactly once with the place of the product. Absent: the user gave up or it was
+    // canceled. An error: the product is lost.
+    using Completion = std::function<void(Result<std::optional<std::filesystem::path>>)>;
+
+    ProductSaving(Panels& panels, Scheduler& scheduler, const Texts& texts);
+    ProductSaving(const ProductSaving&) = delete;
+    ProductSaving& operator=(const ProductSaving&) = delete;
+
+    void begin(Product product, Completion completion);
+    // Stops the writing. An open panel cannot be withdrawn: its answer is ignored.
+    void cancel();
+
+  private:
+    void ask();
+    void write(const std::filesystem::path& target);
+    void written(const std::filesystem::path& target, const Result<void>& result);
+    void end(Result<std::optional<std::filesystem::path>> result);
+
+    Panels& panels_;
+    const Texts& texts_;
+    Product product_;
+    Completion completion_;
+    bool canceled_ = false;
+    std::stop_source writing_;
+    BackgroundWork work_;
+};
+
+}  // namespace tembrix
