@@ -29,11 +29,12 @@ void paintShadow(QPainter& painter, const QRectF& rect, QColor color, bool selec
 }  // namespace
 
 std::size_t StampSprites::Hash::operator()(const StampLook& look) const noexcept {
-    const std::uint64_t packed =
-        (static_cast<std::uint64_t>(look.color) << 32) ^
-        (static_cast<std::uint64_t>(look.width) << 14) ^
-        (static_cast<std::uint64_t>(look.height) << 6) ^ static_cast<std::uint64_t>(look.top) ^
-        (look.overlapping ? 1ULL << 62 : 0) ^ (look.selected ? 1ULL << 63 : 0);
+    const std::uint64_t packed = (static_cast<std::uint64_t>(look.color) << 32) ^
+                                 (static_cast<std::uint64_t>(look.width) << 14) ^
+                                 (static_cast<std::uint64_t>(look.height) << 6) ^
+                                 static_cast<std::uint64_t>(look.top) ^
+                                 (static_cast<std::uint64_t>(look.overlapping) << 62) ^
+                                 (static_cast<std::uint64_t>(look.selected) << 63);
     return static_cast<std::size_t>(packed * 0x9E3779B97F4A7C15ULL >> 7);
 }
 
