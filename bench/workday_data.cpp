@@ -36,7 +36,8 @@ struct Store : FakePlatform {
     CoreServices core{platform({.directories = qtDirectories(),
                                 .defaults = &defaults,
                                 .keychain = &keychain,
-                                .bookmarks = &bookmarks})};
+                                .bookmarks = &bookmarks}),
+                      noWindows};
     InMemoryStorageManager& storage = core.storage;
     CollectionsBookmarksManager& index = core.index;
     CollectionServices& collections = core.collections;

@@ -21,7 +21,7 @@ namespace {
 constexpr int sheetWidth = 560;
 }
 
-DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& services,
+DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& services,
                                          DataSyncManager& dataSync)
     : Sheet(parent, services.texts, "dataManagementTitle"),
       services_(services),

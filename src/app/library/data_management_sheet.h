@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "app/services.h"
+#include "app/library/list_services.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
 #include "core/safety/data_sync_manager.h"
@@ -15,7 +15,7 @@ class DataManagementSheet final : public Sheet {
     Q_OBJECT
 
   public:
-    DataManagementSheet(QWidget* parent, const AppServices& services, DataSyncManager& dataSync);
+    DataManagementSheet(QWidget* parent, const ListServices& services, DataSyncManager& dataSync);
 
     void reject() override;  // not while work runs
 
@@ -29,7 +29,7 @@ class DataManagementSheet final : public Sheet {
     void process(std::function<void()> work, const char* resultKey);
     void setProcessing(bool processing);
 
-    const AppServices& services_;
+    const ListServices services_;
     DataSyncManager& dataSync_;
     QWidget* actions_;
     QPushButton* pressed_ = nullptr;  // the action last chosen

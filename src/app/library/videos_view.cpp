@@ -30,7 +30,7 @@
 
 namespace tembrix {
 
-VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services,
+VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
                        DataSyncManager& dataSync, QWidget* parent)
     : QWidget(parent),
       viewModel_(viewModel),

@@ -4,9 +4,11 @@
 #include <QPointer>
 #include <functional>
 #include <map>
+#include <utility>
 
 #include "base/geometry.h"
 
+#include "core/shell/window_table.h"
 #include "core/shell/windows_manager.h"
 
 class QWidget;
@@ -14,21 +16,19 @@ class QWindow;
 
 namespace tembrix {
 
-// Makes the top-level windows of a project and follows which of them has the keyboard. What a
-// window holds comes from the composition root.
+// Makes top-level windows and follows which of them has the keyboard.
 class QtWindowFactory final : public QObject, public WindowFactory {
     Q_OBJECT
 
   public:
-    struct Content {
-        QWidget* view;
-        std::function<void()> endSubscriptions;  // may be empty
-    };
-    using MakeContent = std::function<Content(WindowKind kind, QWidget* parent)>;
+    using Makers = std::map<WindowKind, std::function<QWidget*(QWidget* parent)>>;
 
-    explicit QtWindowFactory(MakeContent makeContent);
+    QtWindowFactory();
 
-    std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
+    // What makes the contents of the windows. Set once, before the first window is made.
+    void setMakers(Makers makers) { makers_ = std::move(makers); }
+
+    std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                         Callbacks callbacks) override;
     std::optional<Rect> mainScreenFrame() const override;
 
@@ -37,7 +37,7 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     class Handle;
     void followKeyboard(QWindow* focused);
 
-    MakeContent makeContent_;
+    Makers makers_;
     QPointer<Shell> keyShell_;
 };
 

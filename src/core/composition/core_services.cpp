@@ -7,7 +7,7 @@
 
 namespace tembrix {
 
-CoreServices::CoreServices(const Platform& p)
+CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
     : platform(p),
       storage(p.defaults, p.scheduler, p.directories, p.log),
       index(storage, p.bookmarks, p.keychain, p.scheduler, events, p.log),
@@ -17,25 +17,18 @@ CoreServices::CoreServices(const Platform& p)
       previews(p.media, p.images, p.scheduler, p.directories),
       collections{storage, index, p.bookmarks, p.scheduler, events, p.texts, p.log},
       tagLibrary(collections, p.resources / "collections", p.locale),
-      markupModes(p.defaults, events),
-      timeline(storage, library, tagLibrary, markupModes, events, p.texts),
-      history(timeline),
-      player(p.players, p.log),
-      hotkeys(events, p.scheduler, focus, player),
-      exports{player,        timeline,      tagLibrary,  p.media,  p.renderer,
-              p.pictures,    p.textMeasure, p.processes, p.panels, p.scheduler,
-              p.directories, p.texts,       p.log} {
+      projectServices{platform, events, focus, storage, library, collections, tagLibrary},
+      windows(projectServices, windowFactory) {
     storage.setCollectionIndex(&index);
     library.setDeletedTimelineKeeper(&dataSync);
     dataSync.setRestored([this] {
         library.reloadFiles();
         events.post(events::CollectionDataChanged{});
     });
-    tagLibrary.setHotkeyRegistry(&hotkeys);
 }
 
 CoreServices::~CoreServices() {
-    tagLibrary.setHotkeyRegistry(nullptr);
+    windows.closeAll();
     library.setDeletedTimelineKeeper(nullptr);
     storage.setCollectionIndex(nullptr);
 }

@@ -66,6 +66,7 @@ class TimelineDataManager {
                 Saving saving = Saving::now);
 
     void selectLine(const Uuid& line);
+    void selectStamp(const std::optional<Uuid>& stamp) { selectedStampID.set(stamp); }
     void addLine(const std::string& name);
     // The drawings timeline cannot be deleted or renamed, and remains the first one.
     void deleteLine(const Uuid& line);

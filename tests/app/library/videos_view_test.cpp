@@ -7,26 +7,25 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "app/app_project.h"
 #include "app/library/videos_list_model.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/window_tests.h"
-#include "fakes/no_windows.h"
+#include "fakes/core_project.h"
 
 namespace tembrix {
 namespace {
 
 struct VideosViewTest : testing::Test {
-    AppProject project;
+    CoreProgram project;
     DataSyncManager& sync = project.core.dataSync;
-    NoWindows noWindows;
-    WindowsManager windows{project.library, project.storage, project.timeline,
-                           project.player,  project.hotkeys, project.tagLibrary,
-                           noWindows,       project.events,  project.texts};
+    WindowsManager& windows = project.core.windows;
     VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
                           project.scheduler, project.texts,         project.locale, "/guides"};
-    VideosView view{model, project.services, sync};
+    VideosView view{
+        model,
+        {project.texts, project.locale, project.focus, project.panels, project.scheduler},
+        sync};
 
     void show() {
         view.resize(1000, 640);

@@ -73,7 +73,8 @@ struct RunningProgram : private FakePlatform {
                                 .resources = machine.folder.path() / "no resources",
                                 .defaults = machine.defaults.get(),
                                 .keychain = &machine.keychain,
-                                .bookmarks = &machine.bookmarks})};
+                                .bookmarks = &machine.bookmarks}),
+                      noWindows};
     EventBus& events = core.events;
     InMemoryStorageManager& storage = core.storage;
     CollectionsBookmarksManager& index = core.index;
@@ -81,7 +82,8 @@ struct RunningProgram : private FakePlatform {
     CollectionServices& collections = core.collections;
     VideoFilesManager& library = core.library;
     TagLibraryManager& tagLibrary = core.tagLibrary;
-    TimelineDataManager& timeline = core.timeline;
+    Project project{core.projectServices, core.windows, core.windows};
+    TimelineDataManager& timeline = project.timeline;
 };
 
 }  // namespace tembrix
