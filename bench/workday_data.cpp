@@ -30,7 +30,7 @@ constexpr const char* matchId = "0123456789ABCDEF0123456789ABCDEF";
 
 // The user's stored data without a running program.
 struct Store : FakePlatform {
-    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    SqliteUserDefaults defaults{programDataFolder() / layout::defaultsFile, log};
     FileBookmarks bookmarks;
     FileKeychain keychain{programStateFolder() / "keychain", log};
     CoreServices core{platform({.directories = qtDirectories(),

@@ -36,6 +36,7 @@ void DataSyncManager::restoreFromBackup() {
     const std::lock_guard lock(operation_);
     const auto still = services_.storage.holdFlush();
     log("📥 DataSync: Restoring data from backup");
+    services_.storage.forgetWritten();
     restoreFolder(layout::collectionsFolder);
     restoreFolder(layout::playFieldsFolder);
     restoreTimelines();
@@ -144,6 +145,7 @@ void DataSyncManager::restoreUserDefaults() {
 
 void DataSyncManager::deleteAllData() {
     const std::lock_guard lock(operation_);
+    const auto still = services_.storage.holdFlush();
     log("🗑️ DataSync: Deleting all user data");
     std::error_code ignored;
     for (const char* item :
@@ -154,6 +156,7 @@ void DataSyncManager::deleteAllData() {
         fs::remove_all(folder, ignored);
         log(std::string("✅ DataSync: ") + item + " deleted from Documents");
     }
+    services_.storage.keepFromDocuments();
     if (isThere(backupRoot())) {
         fs::remove_all(backupRoot(), ignored);
         log("✅ DataSync: Backup deleted from Application Support");

@@ -63,6 +63,9 @@ inline constexpr const char* labelGroupsFile = "labelGroups.json";
 inline constexpr const char* labelsFile = "labels.json";
 inline constexpr const char* timeEventsFile = "timeEvents.json";
 inline constexpr const char* playFieldFile = "playField.json";
+inline constexpr const char* defaultsFile = "defaults.sqlite";  // in the program's data folder
+// Beside the documents: which change of each value they contain.
+inline constexpr const char* writtenValuesFile = "WrittenValues.txt";
 inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
 
 }  // namespace tembrix::layout

@@ -6,8 +6,10 @@
 #include <set>
 #include <system_error>
 
+#include "base/content_hash.h"
 #include "base/files.h"
 #include "base/json_style.h"
+#include "base/result.h"
 
 #include "core/records/codec.h"
 #include "core/storage/data_layout.h"
@@ -48,8 +50,14 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       scheduler_(scheduler),
       directories_(std::move(directories)),
       log_(log),
+      written_(dataFolder() / layout::writtenValuesFile),
       encoder_(std::make_shared<TimelineEncoder>()),
-      gate_(std::make_shared<Gate>()) {}
+      gate_(std::make_shared<Gate>()) {
+    // If the database cannot be read now, what this run stores is newer than what is in it.
+    defaults_.continueNumbers(written_.storedIdentity(), written_.lastNumber());
+    written_.useFor(defaults_.identity());
+    dropOutdatedWorkingCopies();
+}
 
 InMemoryStorageManager::~InMemoryStorageManager() {
     const std::lock_guard lock(gate_->mutex);
@@ -63,15 +71,17 @@ void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
 
 void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
     ++encodings_;
-    const auto encoded = encoder_->encode(lines);
-    if (!encoded) {
+    if (const auto encoded = encoder_->encode(lines); !encoded) {
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
         return;
     }
     {
         const std::lock_guard lock(workingCopies_);
-        defaults_.setData(layout::timelineKey(videoId), *encoded);
+        defaults_.setPieces(layout::timelineKey(videoId), encoder_->pieces());
     }
+    // Nobody reads these any more, so that no thread but the main one looks into a stamp.
+    if (auto released = encoder_->takeReleased(); !released.empty())
+        scheduler_.background(Priority::utility, [released = std::move(released)] {});
     scheduleSaveToDisk();
 }
 
@@ -229,9 +239,55 @@ std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
     return std::unique_lock(gate_->mutex);
 }
 
+void InMemoryStorageManager::forgetWritten() {
+    written_.clear();
+    (void)written_.save();  // without a folder there is nothing that was written
+}
+
+void InMemoryStorageManager::keepFromDocuments() {
+    for (const char* prefix : {layout::timelinePrefix, layout::collectionPrefix})
+        for (const auto& key : defaults_.keys(prefix))
+            written_.set(key, {defaults_.changeNumber(key), 0});
+    saveWritten();
+}
+
+void InMemoryStorageManager::saveWritten() {
+    const auto folder = makeFolder(dataFolder());
+    if (const auto saved = folder ? written_.save() : folder; !saved)
+        log_.line("❌ Storage: Error writing the list of written values - " + saved.error().text);
+}
+
+// True if a document contains a later change than the working copy, which lost its end then: of a
+// database log, or with a database from another day. A document that was replaced by hand or by a
+// restore is not the one that was written, and says nothing.
+bool InMemoryStorageManager::isOutdated(const std::string& key, std::uint64_t number) const {
+    const auto entry = written_.find(key);
+    if (!entry || entry->number <= number)
+        return false;
+    const std::string id = key.substr(std::strlen(layout::timelinePrefix));
+    const auto document = isFileName(id) ? readFile(timelineFile(id)) : Result<Bytes>(Error{});
+    return document && contentHash(*document) == entry->hash;
+}
+
+void InMemoryStorageManager::dropOutdatedWorkingCopies() {
+    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
+        if (!isOutdated(key, defaults_.changeNumber(key)))
+            continue;
+        log_.line("⚠️ Storage: Working copy " + key + " is older than its document, dropped");
+        if (const auto value = defaults_.data(key))
+            setAside(defaults_, log_, key, *value);
+        defaults_.remove(key);
+    }
+}
+
+// The values reach the disk before the documents, so that a power cut leaves no document that is
+// newer than its value.
 void InMemoryStorageManager::writeAll() {
+    defaults_.makeDurable();
+    written_.useFor(defaults_.identity());
     saveTimelinesToDisk();
     saveCollectionsToDisk();
+    saveWritten();
 }
 
 void InMemoryStorageManager::saveTimelinesToDisk() {
@@ -239,24 +295,37 @@ void InMemoryStorageManager::saveTimelinesToDisk() {
         log_.line("❌ Storage: Error making the timelines folder - " + made.error().text);
         return;
     }
-    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
-        const std::string id = key.substr(std::strlen(layout::timelinePrefix));
-        const auto value = defaults_.data(key);
-        if (!value || !isFileName(id) || fileHolds(timelineFile(id), *value))
-            continue;
+    for (const auto& key : defaults_.keys(layout::timelinePrefix))
+        saveTimelineToDisk(key);
+}
+
+void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
+    const std::string id = key.substr(std::strlen(layout::timelinePrefix));
+    // The number is read first: a change that comes in between is written once more, not missed.
+    const auto number = defaults_.changeNumber(key);
+    const auto entry = written_.find(key);
+    if ((entry && number > 0 && entry->number == number) || isOutdated(key, number))
+        return;
+    const auto value = defaults_.data(key);
+    if (!value || !isFileName(id))
+        return;
+    if (!fileHolds(timelineFile(id), *value)) {
         // A damaged working copy must not replace the good file that will heal it.
         if (const auto lines = decode<TimelineLines>(*value); !lines) {
             log_.line("❌ Storage: Unreadable timeline " + id + " not written - " +
                       lines.error().text);
-            continue;
+            return;
         }
-        if (const auto written = replaceFile(timelineFile(id), *value); !written)
+        if (const auto written = replaceFile(timelineFile(id), *value); !written) {
             log_.line("❌ Storage: Error writing timeline " + id + " - " + written.error().text);
+            return;
+        }
         // A video deleted meanwhile had its file removed before this one came.
         const auto still = defaults_.keys(key);
         if (still.empty() || still.front() != key)
             deleteTimelineFile(id);
     }
+    written_.set(key, {number, contentHash(*value)});
 }
 
 void InMemoryStorageManager::saveCollectionsToDisk() {
@@ -265,14 +334,20 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
         ids.push_back(key.substr(std::strlen(layout::collectionPrefix)));
     removeDeletedCollections(ids);
     for (const auto& id : ids) {
-        const auto value = defaults_.data(layout::collectionKey(id));
+        const std::string key = layout::collectionKey(id);
+        const auto number = defaults_.changeNumber(key);
+        const auto entry = written_.find(key);
+        if (entry && number > 0 && entry->number == number)
+            continue;
+        const auto value = defaults_.data(key);
         if (!value || !isFileName(id))
             continue;
         auto collection = decode<CollectionData>(*value).optional();
         if (!collection)
             continue;
         collection->id = id;  // the key names the folder
-        writeCollection(*collection);
+        if (writeCollection(*collection))
+            written_.set(key, {number, 0});
     }
 }
 
@@ -311,31 +386,39 @@ void InMemoryStorageManager::removeDeletedCollections(const std::vector<std::str
 }
 
 template <class Record>
-void InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& file,
+bool InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& file,
                                                  const Record& record) {
     const auto encoded = encode(record, JsonStyle::pretty);
     if (!encoded || fileHolds(file, *encoded))
-        return;
-    if (const auto written = replaceFile(file, *encoded); !written)
+        return true;
+    const auto written = replaceFile(file, *encoded);
+    if (!written)
         log_.line("❌ Storage: Error writing collection file - " + written.error().text);
+    return written.ok();
 }
 
-void InMemoryStorageManager::writeCollection(const CollectionData& collection) {
+bool InMemoryStorageManager::writeCollection(const CollectionData& collection) {
     const auto folder = collectionsFolder() / pathFromText(collection.id);
     if (const auto made = makeFolder(folder); !made) {
         log_.line("❌ Storage: Error making the collection folder - " + made.error().text);
-        return;
+        return false;
     }
-    writeCollectionFile(folder / layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
-    writeCollectionFile(folder / layout::tagsFile, TagsData{collection.tags});
-    writeCollectionFile(folder / layout::labelGroupsFile, LabelGroupsData{collection.labelGroups});
-    writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels});
+    bool done =
+        writeCollectionFile(folder / layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
+    done = writeCollectionFile(folder / layout::tagsFile, TagsData{collection.tags}) && done;
+    done = writeCollectionFile(folder / layout::labelGroupsFile,
+                               LabelGroupsData{collection.labelGroups}) &&
+           done;
+    done = writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels}) && done;
     // An earlier file stays where a collection lost its events or its field: the working copy wins
     // on reading.
     if (!collection.timeEvents.empty())
-        writeCollectionFile(folder / layout::timeEventsFile, TimeEventsData{collection.timeEvents});
+        done = writeCollectionFile(folder / layout::timeEventsFile,
+                                   TimeEventsData{collection.timeEvents}) &&
+               done;
     if (collection.playField)
-        writeCollectionFile(folder / layout::playFieldFile, *collection.playField);
+        done = writeCollectionFile(folder / layout::playFieldFile, *collection.playField) && done;
+    return done;
 }
 
 std::filesystem::path InMemoryStorageManager::dataFolder() const {

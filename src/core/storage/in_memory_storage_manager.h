@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/collection_index_storage.h"
+#include "core/storage/written_values.h"
 
 namespace tembrix {
 
@@ -52,6 +54,12 @@ class InMemoryStorageManager {
     void applicationWillTerminate();
     // Runs the flush on the calling thread, whether or not a change waits; for the backup.
     void flushNow();
+    // For a restore, while it holds the flush: files of Documents are replaced, so that the next
+    // flush writes every value again.
+    void forgetWritten();
+    // For the deletion of all data, while it holds the flush: no flush brings the files back
+    // before their values change.
+    void keepFromDocuments();
     // No flush runs while the lock is held: a restore puts folders in place before it has listed
     // them.
     std::unique_lock<std::mutex> holdFlush();
@@ -70,15 +78,19 @@ class InMemoryStorageManager {
     // False if the working copy is no longer what it was before the disk was read.
     bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
                          BytesView value);
+    void dropOutdatedWorkingCopies();
+    bool isOutdated(const std::string& key, std::uint64_t number) const;
     void flush();
     void writeAll();
+    void saveWritten();
     void saveTimelinesToDisk();
+    void saveTimelineToDisk(const std::string& key);
     void saveCollectionsToDisk();
     void removeDeletedCollections(const std::vector<std::string>& cachedIds);
     std::optional<std::vector<CollectionInfo>> indexedCollections();
-    void writeCollection(const CollectionData& collection);
+    bool writeCollection(const CollectionData& collection);
     template <class Record>
-    void writeCollectionFile(const std::filesystem::path& file, const Record& record);
+    bool writeCollectionFile(const std::filesystem::path& file, const Record& record);
     std::optional<CollectionData> readCollectionFolder(const std::string& id) const;
 
     UserDefaults& defaults_;
@@ -86,6 +98,7 @@ class InMemoryStorageManager {
     Directories directories_;
     Log& log_;
     CollectionIndexStorage* index_ = nullptr;  // read and set through the gate
+    WrittenValues written_;                    // used through the gate
     std::shared_ptr<TimelineEncoder> encoder_;
     int encodings_ = 0;  // begun so far; the last one's encoder is the one to keep
     std::unique_ptr<Timer> saveToDiskTimer_;
