@@ -43,12 +43,14 @@
 #include "app/shell/main_menu.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
+#include "app/widgets/safety_banner.h"
 #include "core/composition/core_services.h"
 #include "core/composition/platform.h"
 #include "core/keyboard/hot_key_codes.h"
 #include "core/marking/marking_flow.h"
 #include "core/shell/videos_view_model.h"
 #include "core/shell/windows_manager.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
@@ -72,7 +74,11 @@ struct Machine {
     const std::string language = systemLanguage();
     StandardLog log;
     QtScheduler scheduler;
-    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    const Directories directories = qtDirectories();
+    SqliteUserDefaults defaults{
+        programDataFolder() / layout::defaultsFile,
+        log,
+        {directories.documents / layout::dataFolder, programStateFolder(), directories.temporary}};
     FileKeychain keychain{programStateFolder() / "keychain", log};
     FileBookmarks bookmarks;
     PlistPropertyList propertyLists;
@@ -88,7 +94,7 @@ struct Machine {
     QtTextMeasure textMeasure{theme::font().families()};
     const Platform platform{
         .log = log,
-        .directories = qtDirectories(),
+        .directories = directories,
         .resources = resources,
         .scheduler = scheduler,
         .defaults = defaults,
@@ -136,7 +142,8 @@ struct Application::Parts {
                          core.exports,
                          [this](QWidget* parent) { return machine.players.makeSurface(parent); }};
     QtWindowFactory windowFactory{
-        [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); }};
+        [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); },
+        [this](QWidget* parent) { return new SafetyBanner(core.health, machine.texts, parent); }};
     WindowsManager windows{core.library,  core.storage, core.timeline,
                            core.player,   core.hotkeys, core.tagLibrary,
                            windowFactory, core.events,  core.platform.texts};

@@ -142,7 +142,8 @@ class QtWindowFactory::Handle final : public ProjectWindow {
     QPointer<Shell> shell_;
 };
 
-QtWindowFactory::QtWindowFactory(MakeContent makeContent) : makeContent_(std::move(makeContent)) {
+QtWindowFactory::QtWindowFactory(MakeContent makeContent, MakeBanner makeBanner)
+    : makeContent_(std::move(makeContent)), makeBanner_(std::move(makeBanner)) {
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &QtWindowFactory::followKeyboard);
 }
 
@@ -158,7 +159,9 @@ std::unique_ptr<ProjectWindow> QtWindowFactory::make(WindowKind kind, const std:
     auto* layout = new QVBoxLayout(shell);
     layout->setContentsMargins(0, 0, 0, 0);
     Content content = makeContent_(kind, shell);
-    layout->addWidget(content.view);
+    if (makeBanner_)
+        layout->addWidget(makeBanner_(shell));
+    layout->addWidget(content.view, 1);
     shell->setEndSubscriptions(std::move(content.endSubscriptions));
     return std::make_unique<Handle>(shell);
 }

@@ -26,7 +26,10 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     };
     using MakeContent = std::function<Content(WindowKind kind, QWidget* parent)>;
 
-    explicit QtWindowFactory(MakeContent makeContent);
+    // What every window shows above its content; null for nothing.
+    using MakeBanner = std::function<QWidget*(QWidget* parent)>;
+
+    explicit QtWindowFactory(MakeContent makeContent, MakeBanner makeBanner = {});
 
     std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
                                         Callbacks callbacks) override;
@@ -38,6 +41,7 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     void followKeyboard(QWindow* focused);
 
     MakeContent makeContent_;
+    MakeBanner makeBanner_;
     QPointer<Shell> keyShell_;
 };
 

@@ -9,6 +9,7 @@ namespace tembrix {
 
 CoreServices::CoreServices(const Platform& p)
     : platform(p),
+      health(p.defaults, p.scheduler),
       storage(p.defaults, p.scheduler, p.directories, p.log),
       index(storage, p.bookmarks, p.keychain, p.scheduler, events, p.log),
       dataSync({p.defaults, storage, index, p.bookmarks, p.propertyLists, p.scheduler,

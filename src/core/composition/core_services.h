@@ -11,6 +11,7 @@
 #include "core/playback/video_player_manager.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/storage/in_memory_storage_manager.h"
+#include "core/storage/storage_health.h"
 #include "core/storage/video_files_manager.h"
 #include "core/storage/videos_preview_manager.h"
 #include "core/timeline/markup_mode_store.h"
@@ -37,6 +38,7 @@ class CoreServices {
     const Platform platform;
     EventBus events;
     FocusStateManager focus;
+    StorageHealth health;
     InMemoryStorageManager storage;
     CollectionsBookmarksManager index;
     DataSyncManager dataSync;
