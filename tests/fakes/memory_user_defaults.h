@@ -8,9 +8,11 @@
 
 #include "ports/user_defaults.h"
 
+#include "fakes/interleaving.h"
+
 namespace tembrix {
 
-// User defaults that live as long as the object. It keeps the same contract test as the database.
+// User defaults that live as long as the object. They pass the same contract test as the database.
 class MemoryUserDefaults final : public UserDefaults {
   public:
     std::optional<Bytes> data(std::string_view key) const override { return get<Bytes>(key); }
@@ -29,6 +31,7 @@ class MemoryUserDefaults final : public UserDefaults {
     void setDate(std::string_view key, Date value) override { set(key, value); }
     void setBoolean(std::string_view key, bool value) override { set(key, value); }
     void remove(std::string_view key) override {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         const auto found = values_.find(key);
         if (found != values_.end())
@@ -36,6 +39,7 @@ class MemoryUserDefaults final : public UserDefaults {
     }
 
     std::vector<std::string> keys(std::string_view prefix) const override {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         std::vector<std::string> keys;
         for (auto it = values_.lower_bound(prefix);
@@ -49,6 +53,7 @@ class MemoryUserDefaults final : public UserDefaults {
 
     template <class T>
     std::optional<T> get(std::string_view key) const {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         const auto found = values_.find(key);
         if (found == values_.end() || !std::holds_alternative<T>(found->second))
@@ -56,6 +61,7 @@ class MemoryUserDefaults final : public UserDefaults {
         return std::get<T>(found->second);
     }
     void set(std::string_view key, Value value) {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         values_.insert_or_assign(std::string(key), std::move(value));
     }
