@@ -10,6 +10,7 @@
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -178,6 +179,8 @@ QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidge
 void Application::Parts::makeListWindow() {
     videos.emplace(core.library, core.previews, windows, machine.panels, machine.scheduler,
                    machine.texts, machine.locale, machine.resources / "guides");
+    videos->setWhenReady(
+        [this](std::function<void()> task) { core.startUp.whenReady(std::move(task)); });
     listWindow = std::make_unique<QWidget>();
     listWindow->setObjectName(QStringLiteral("list"));
     listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));

@@ -24,9 +24,12 @@ CoreServices::CoreServices(const Platform& p)
       hotkeys(events, p.scheduler, focus, player),
       exports{player,        timeline,      tagLibrary,  p.media,  p.renderer,
               p.pictures,    p.textMeasure, p.processes, p.panels, p.scheduler,
-              p.directories, p.texts,       p.log} {
+              p.directories, p.texts,       p.log},
+      startUp(dataSync, library, tagLibrary) {
     storage.setCollectionIndex(&index);
+    storage.setSavedCopies(&dataSync);
     library.setDeletedTimelineKeeper(&dataSync);
+    library.setListStored([this] { dataSync.keepSecondCopy(); });
     dataSync.setRestored([this] {
         library.reloadFiles();
         events.post(events::CollectionDataChanged{});
@@ -36,14 +39,14 @@ CoreServices::CoreServices(const Platform& p)
 
 CoreServices::~CoreServices() {
     tagLibrary.setHotkeyRegistry(nullptr);
+    library.setListStored({});
     library.setDeletedTimelineKeeper(nullptr);
+    storage.setSavedCopies(nullptr);
     storage.setCollectionIndex(nullptr);
 }
 
 void CoreServices::start() {
-    dataSync.syncOnLaunch();
-    library.start();
-    tagLibrary.start();
+    startUp.run();
     platform.scheduler.background(Priority::utility, [temporary = platform.directories.temporary] {
         removeAbandonedRunFolders(temporary);
     });

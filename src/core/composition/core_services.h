@@ -10,6 +10,7 @@
 #include "core/notifications/event_bus.h"
 #include "core/playback/video_player_manager.h"
 #include "core/safety/data_sync_manager.h"
+#include "core/shell/start_up.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"
 #include "core/storage/videos_preview_manager.h"
@@ -30,8 +31,7 @@ class CoreServices {
     CoreServices(const CoreServices&) = delete;
     CoreServices& operator=(const CoreServices&) = delete;
 
-    // The start of the program, once: synchronizes with the backup in the background, then reads
-    // the library and the collections.
+    // The start of the program, once, in the stages of StartUp.
     void start();
 
     const Platform platform;
@@ -50,6 +50,7 @@ class CoreServices {
     VideoPlayerManager player;
     HotKeyManager hotkeys;
     ExportServices exports;
+    StartUp startUp;
 };
 
 }  // namespace tembrix

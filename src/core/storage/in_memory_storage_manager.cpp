@@ -1,6 +1,7 @@
 #include "core/storage/in_memory_storage_manager.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <mutex>
 #include <set>
@@ -10,7 +11,9 @@
 #include "base/json_style.h"
 
 #include "core/records/codec.h"
+#include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/saved_copies.h"
 #include "core/storage/set_aside.h"
 #include "core/storage/timeline_encoder.h"
 
@@ -61,6 +64,10 @@ void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
     index_ = index;
 }
 
+void InMemoryStorageManager::setSavedCopies(SavedCopies* copies) {
+    savedCopies_ = copies;
+}
+
 void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
     ++encodings_;
     const auto encoded = encoder_->encode(lines);
@@ -70,6 +77,7 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
     }
     {
         const std::lock_guard lock(workingCopies_);
+        unreadable_.erase(videoId);
         defaults_.setData(layout::timelineKey(videoId), *encoded);
     }
     scheduleSaveToDisk();
@@ -102,18 +110,40 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
     if (!isFileName(videoId))
         return {};
     const auto stored = readFile(timelineFile(videoId));
-    if (!stored)
+    if (!stored && !cached && stored.error().code == ENOENT)
         return {};
-    auto lines = decode<TimelineLines>(*stored);
-    if (!lines) {
-        log_.line("❌ Storage: Error reading timeline file " + videoId + " - " + lines.error().text);
-        if (!cached)
-            setAside(defaults_, log_, key, *stored);
-        return {};
+    auto lines = stored ? decode<TimelineLines>(*stored) : Result<TimelineLines>(stored.error());
+    if (lines) {
+        if (!fillWorkingCopy(key, cached, *stored))
+            return loadTimeline(videoId);
+        return std::move(lines).value();
     }
-    if (!fillWorkingCopy(key, cached, *stored))
-        return loadTimeline(videoId);
-    return std::move(lines).value();
+    log_.line("❌ Storage: Error reading timeline file " + videoId + " - " + lines.error().text);
+    if (stored)
+        setAside(defaults_, log_, key, *stored);
+    return loadSavedTimeline(videoId, cached);
+}
+
+// The last resort of a timeline of which no copy here can be read.
+TimelineLines InMemoryStorageManager::loadSavedTimeline(const std::string& videoId,
+                                                        const std::optional<Bytes>& cached) {
+    auto saved = savedCopies_ ? savedCopies_->savedTimeline(videoId) : std::nullopt;
+    const auto document = saved ? encode(*saved).optional() : std::nullopt;
+    if (document) {
+        if (!fillWorkingCopy(layout::timelineKey(videoId), cached, *document))
+            return loadTimeline(videoId);
+        log_.line("⚠️ Storage: Timeline " + videoId + " taken from the backup");
+        return std::move(*saved);
+    }
+    defaults_.setBoolean(layout::unreadableKey(videoId), true);
+    const std::lock_guard lock(workingCopies_);
+    unreadable_.insert(videoId);
+    return {};
+}
+
+bool InMemoryStorageManager::isTimelineUnreadable(const std::string& videoId) const {
+    const std::lock_guard lock(workingCopies_);
+    return unreadable_.contains(videoId);
 }
 
 // The backup and the tag library load in the background: what they read from the disk must not
@@ -165,28 +195,19 @@ std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::
 }
 
 // Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
-std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
-    const std::string& id) const {
+std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(const std::string& id) {
     if (!isFileName(id))
         return std::nullopt;
-    const auto folder = collectionsFolder() / pathFromText(id);
-    auto tagGroups = readRecord<TagGroupsData>(folder / layout::tagGroupsFile);
-    auto tags = readRecord<TagsData>(folder / layout::tagsFile);
-    auto labelGroups = readRecord<LabelGroupsData>(folder / layout::labelGroupsFile);
-    auto labels = readRecord<LabelsData>(folder / layout::labelsFile);
-    if (!tagGroups || !tags || !labelGroups || !labels)
-        return std::nullopt;
-    auto timeEvents = readRecord<TimeEventsData>(folder / layout::timeEventsFile);
-    CollectionData collection;
-    collection.id = id;
-    collection.tagGroups = std::move(tagGroups->tagGroups);
-    collection.tags = std::move(tags->tags);
-    collection.labelGroups = std::move(labelGroups->labelGroups);
-    collection.labels = std::move(labels->labels);
-    if (timeEvents)
-        collection.timeEvents = std::move(timeEvents->events);
-    collection.playField = readRecord<PlayField>(folder / layout::playFieldFile);
-    return collection;
+    CollectionFiles files(collectionsFolder() / pathFromText(id));
+    if (files.damaged().empty())
+        return files.collection(id);
+    for (const auto& name : files.damaged())
+        log_.line("❌ Storage: Unreadable file of collection " + id + ": " + name);
+    for (const auto& content : files.damagedContents())
+        setAside(defaults_, log_, layout::collectionKey(id), content);
+    if (savedCopies_)
+        files.replaceDamaged(CollectionFiles(savedCopies_->savedCollectionFolder(id)));
+    return files.collection(id);
 }
 
 void InMemoryStorageManager::deleteCollection(const std::string& id) {

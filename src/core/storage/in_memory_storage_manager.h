@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@
 
 namespace tembrix {
 
+class SavedCopies;
 class TimelineEncoder;
 
 // The two-level store of timelines and collections. The user defaults hold the working copy,
@@ -37,11 +39,19 @@ class InMemoryStorageManager {
     // The index comes up after the storage; without one the flush removes no folder at all.
     void setCollectionIndex(CollectionIndexStorage* index);
 
+    // Where copies that cannot be read are looked for. Set before anything is loaded.
+    void setSavedCopies(SavedCopies* copies);
+
     void saveTimeline(const TimelineLines& lines, const std::string& videoId);
     // Encodes what was opened in the background, so that the first save costs no more than the
     // later ones.
     void prepareToSave(TimelineLines lines);
-    TimelineLines loadTimeline(const std::string& videoId);  // any thread; the worst case is empty
+    // Any thread. A timeline of which no copy can be read is looked for in the backup. The worst
+    // case is empty.
+    TimelineLines loadTimeline(const std::string& videoId);
+    // Whether the last load found copies but could read none, and nothing was saved since. Such a
+    // timeline is not stored before the user changes it. Any thread.
+    bool isTimelineUnreadable(const std::string& videoId) const;
     void deleteTimelineFile(const std::string& videoId);
 
     void saveCollection(const CollectionData& collection);
@@ -79,7 +89,8 @@ class InMemoryStorageManager {
     void writeCollection(const CollectionData& collection);
     template <class Record>
     void writeCollectionFile(const std::filesystem::path& file, const Record& record);
-    std::optional<CollectionData> readCollectionFolder(const std::string& id) const;
+    std::optional<CollectionData> readCollectionFolder(const std::string& id);
+    TimelineLines loadSavedTimeline(const std::string& videoId, const std::optional<Bytes>& cached);
 
     UserDefaults& defaults_;
     Scheduler& scheduler_;
@@ -90,7 +101,9 @@ class InMemoryStorageManager {
     int encodings_ = 0;  // begun so far; the last one's encoder is the one to keep
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
-    std::mutex workingCopies_;  // a working copy is replaced by one writer at a time
+    mutable std::mutex workingCopies_;  // a working copy is replaced by one writer at a time
+    std::set<std::string> unreadable_;  // ids of timelines; under the same lock
+    SavedCopies* savedCopies_ = nullptr;
     std::shared_ptr<Gate> gate_;
 };
 
