@@ -159,5 +159,35 @@ TEST_F(VideosViewTest, TheDataSheetBacksUpAndSaysSo) {
     picture(*sheet(), "data-sheet");
 }
 
+TEST_F(VideosViewTest, WhatARestoreReplacedIsListedAndBroughtBack) {
+    project.addVideo("one.mp4");
+    sync.backUpNow();
+    project.library.renameVideo(project.library.files().front(), "Later");
+    EXPECT_TRUE(sync.replacedStates().empty());
+    sync.restoreFromBackup();
+    show();
+    QTest::mouseClick(child(view, "dataManagementTitle"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(unnamedControls(*sheet()), QStringList());
+    EXPECT_NE(project.library.files().front().videoData.customName, "Later");
+    picture(*sheet(), "data-sheet-states");
+    QTest::mouseClick(child(*sheet(), "dataManagementBringBack.0"), Qt::LeftButton);
+    project.scheduler.run();
+    EXPECT_EQ(project.library.files().front().videoData.customName, "Later");
+    EXPECT_TRUE(child(*sheet(), "dataManagementBringBack.1")->isVisible());
+}
+
+TEST_F(VideosViewTest, ARepairIsSaidAboveTheListUntilItIsDismissed) {
+    show();
+    auto* notices = child(view, "safetyNotices");
+    EXPECT_FALSE(notices->isVisible());
+    EXPECT_FALSE(sync.savedTimeline("of no video"));
+    project.scheduler.run();
+    EXPECT_TRUE(notices->isVisible());
+    EXPECT_FALSE(notices->accessibleName().isEmpty());
+    QTest::mouseClick(child(view, "safetyDismiss"), Qt::LeftButton);
+    EXPECT_FALSE(notices->isVisible());
+}
+
 }  // namespace
 }  // namespace tembrix
