@@ -1,6 +1,8 @@
 // What a press and an opening cost in the codec and the store: 10,000 stamps on 50 lines.
 
 #include <benchmark/benchmark.h>
+#include <fstream>
+#include <memory>
 #include <string>
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
@@ -70,7 +72,55 @@ void encodeOneChangedStamp(benchmark::State& state) {
 }
 BENCHMARK(encodeOneChangedStamp)->Arg(50)->Arg(1)->Unit(benchmark::kMillisecond);
 
-// A whole press in the store: encoded and in the database.
+// What this process has caused to be written to disks so far.
+double bytesWritten() {
+    std::ifstream file("/proc/self/io");
+    std::string name;
+    double value = 0;
+    while (file >> name >> value)
+        if (name == "write_bytes:")
+            return value;
+    return 0;
+}
+
+// A whole press in the store, so many stamps on so many lines: encoded and in the database. The
+// bytes that a press writes to the disk include the log, its return into the database and all
+// syncs; not those of the documents, which are written every 30 seconds.
+void saveOneStamp(benchmark::State& state) {
+    const int lineCount = static_cast<int>(state.range(1));
+    TempFolder folder;
+    CapturedLog log;
+    VirtualScheduler scheduler;
+    auto defaults = std::make_unique<SqliteUserDefaults>(folder.path() / "defaults.db", log);
+    InMemoryStorageManager storage(*defaults, scheduler, folder.directories(), log);
+    auto lines = timelines(lineCount, static_cast<int>(state.range(0)) / lineCount);
+    storage.saveTimeline(lines, "video");
+    defaults->makeDurable();
+    const double before = bytesWritten();
+    std::size_t press = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        scheduler.run();  // what the save leaves to the background
+        auto& stamps = lines[++press * 7 % lines.size()].write().stamps;
+        auto stamp = *stamps.back();
+        stamp.id = Uuid::random();
+        stamps.push_back(stamp);
+        state.ResumeTiming();
+        storage.saveTimeline(lines, "video");
+    }
+    defaults->makeDurable();
+    state.counters["kBperPress"] =
+        (bytesWritten() - before) / 1000 / static_cast<double>(state.iterations());
+}
+BENCHMARK(saveOneStamp)
+    ->Args({10000, 50})
+    ->Args({10000, 1})
+    ->Args({100000, 50})
+    ->Args({100000, 1})
+    ->Iterations(1000)
+    ->Unit(benchmark::kMillisecond);
+
+// The same with a stamp that is changed in the middle of its line.
 void saveOneChangedStamp(benchmark::State& state) {
     TempFolder folder;
     CapturedLog log;

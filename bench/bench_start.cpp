@@ -30,7 +30,7 @@ constexpr int laterStarts = 5;
 
 void fillLibrary(const TempFolder& home) {
     CapturedLog log;
-    SqliteUserDefaults defaults(programDataFolder() / "defaults.sqlite", log);
+    SqliteUserDefaults defaults(programDataFolder() / layout::defaultsFile, log);
     FileBookmarks bookmarks;
     std::vector<VideosData> list;
     for (int i = 0; i < videos; ++i) {

@@ -23,10 +23,10 @@
 #include "app/control/line_names_view.h"
 #include "app/control/timeline_canvas.h"
 #include "app/marking/tag_button.h"
-#include "app/services.h"
 #include "app/widgets/qt_text.h"
 #include "bench_user.h"
-#include "core/playback/video_player_manager.h"
+#include "core/composition/core_services.h"
+#include "core/shell/project.h"
 #include "main/application.h"
 #include "watched_application.h"
 #include "workday_data.h"
@@ -78,14 +78,7 @@ void print(const WatchedApplication::Block& block) {
 class Workday {
   public:
     Workday(WatchedApplication& loop, Application& program)
-        : loop_(loop), services_(program.services()), list_(program.listWindow()) {
-        lines_ = services_.timeline.lines.observe([this](const TimelineLines& lines) {
-            count_ = 0;
-            for (const auto& line : lines)
-                count_ += static_cast<int>(line->stamps.size());
-            loop_.forgetPaintings();
-        });
-    }
+        : loop_(loop), core_(program.core()), list_(program.listWindow()) {}
 
     void search();
     void open();
@@ -126,6 +119,20 @@ class Workday {
         qt_handleKeyEvent(window, QEvent::KeyPress, key, modifiers, text);
         qt_handleKeyEvent(window, QEvent::KeyRelease, key, modifiers, text);
     }
+    Project& project() { return *core_.windows.project(); }
+    // Counts the stamps of the open project, now and as they change.
+    void follow() {
+        const auto count = [this](const TimelineLines& lines) {
+            count_ = 0;
+            for (const auto& line : lines)
+                count_ += static_cast<int>(line->stamps.size());
+        };
+        count(*project().timeline.lines);
+        lines_ = project().timeline.lines.observe([this, count](const TimelineLines& lines) {
+            count(lines);
+            loop_.forgetPaintings();
+        });
+    }
     static Qt::Key tagKey(int press) {
         const std::string_view keys = WorkdayData::keys;
         return static_cast<Qt::Key>(keys[static_cast<std::size_t>(press) % keys.size()]);
@@ -142,7 +149,7 @@ class Workday {
     void deleteOne(int row);
 
     WatchedApplication& loop_;
-    const AppServices& services_;
+    CoreServices& core_;
     QWidget& list_;
     TimelineCanvas* canvas_ = nullptr;
     LineNamesView* names_ = nullptr;
@@ -201,12 +208,13 @@ void Workday::open() {
                    loop_.isPainted(button);
         },
         [] { key(Qt::Key_Return); });
+    follow();
     print("Project with 10,000 stamps, opened to shown", windows);
     print("Opening: longest block", loop_.longest().wall);
     if (count_ != WorkdayData::stamps)
         throw Failure("the project does not have its stamps");
     expected_ = count_;
-    until("the video to play", [&] { return services_.player.currentTime() > 3; });
+    until("the video to play", [&] { return project().player.currentTime() > 3; });
     print("Memory with the 1080p project open, MB", residentMegabytes());
 }
 
@@ -251,7 +259,7 @@ void Workday::mark() {
         if (i % (presses / rowsInUse) == 0)
             selectRow(firstRow + i / (presses / rowsInUse));
         until("the video to play",
-              [&] { return *services_.player.status == PlayerStatus::playing; });
+              [&] { return *project().player.status == PlayerStatus::playing; });
         loop_.run(pause(random_));
         loop_.resetLongest();
         times.add(press(i, true));
@@ -272,12 +280,12 @@ void Workday::switchCollections() {
     activate(*names->window());
     Times times;
     Times blocks;
-    const auto active = services_.tagLibrary.active.observe(
+    const auto active = core_.tagLibrary.active.observe(
         [this](const CollectionLists&) { loop_.forgetPaintings(); });
     const auto chosen = [this] {
-        const auto& type = *services_.tagLibrary.currentCollectionType;
+        const auto& type = *core_.tagLibrary.currentCollectionType;
         return type.isUser() ? type.name
-                             : services_.tagLibrary.selectedStandardCollectionName->value_or("");
+                             : core_.tagLibrary.selectedStandardCollectionName->value_or("");
     };
     // Down to the last one and up to a standard one, which has all of them loaded anew; the day
     // goes on with one of the user's.
@@ -311,7 +319,7 @@ void Workday::switchCollections() {
 }
 
 void Workday::addLine(const QString& name) {
-    const std::size_t before = services_.timeline.lines->size();
+    const std::size_t before = project().timeline.lines->size();
     auto* add = inWindow<QAbstractButton>("timelines", "fullControlButtonAddTimeline");
     QTest::mouseClick(add, Qt::LeftButton);
     until("the sheet", [] {
@@ -320,7 +328,7 @@ void Workday::addLine(const QString& name) {
     });
     QTest::keyClicks(QApplication::focusWidget(), name);
     key(Qt::Key_Return);
-    until("the line", [&] { return services_.timeline.lines->size() == before + 1; });
+    until("the line", [&] { return project().timeline.lines->size() == before + 1; });
     until("the sheet to close",
           [&] { return QGuiApplication::focusWindow() == canvas_->window()->windowHandle(); });
 }
@@ -328,7 +336,7 @@ void Workday::addLine(const QString& name) {
 void Workday::deleteOne(int row) {
     const QPointF place = canvas_->stampArea(static_cast<std::size_t>(row), 20).center();
     QTest::mouseClick(canvas_, Qt::LeftButton, {}, place.toPoint());
-    until("a stamp to be chosen", [&] { return services_.timeline.selectedStampID->has_value(); });
+    until("a stamp to be chosen", [&] { return project().timeline.selectedStampID->has_value(); });
     --expected_;
     until(
         "the deletion", [&] { return count_ == expected_; },
@@ -337,16 +345,16 @@ void Workday::deleteOne(int row) {
 
 // Sends the video to where it stands by then: three seconds on by key, unless a click has led away.
 void Workday::passTime(double seconds) {
-    const double before = services_.player.currentTime();
+    const double before = project().player.currentTime();
     if (before + 10 > WorkdayData::matchSeconds)
         return;
     until(
-        "the video to go on", [&] { return std::abs(services_.player.currentTime() - before) > 1; },
+        "the video to go on", [&] { return std::abs(project().player.currentTime() - before) > 1; },
         [&] {
             if (std::abs(before - seconds) < 10)
                 key(Qt::Key_Right, Qt::ShiftModifier);
             else
-                services_.player.seek(seconds);
+                project().player.seek(seconds);
         });
 }
 
@@ -354,7 +362,7 @@ void Workday::passTime(double seconds) {
 void Workday::hour(int marks) {
     activate(*canvas_->window());
     findButtons();
-    services_.player.seek(5);
+    project().player.seek(5);
     Times times;
     Times undo;
     loop_.resetLongest();

@@ -30,13 +30,14 @@ constexpr const char* matchId = "0123456789ABCDEF0123456789ABCDEF";
 
 // The user's stored data without a running program.
 struct Store : FakePlatform {
-    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    SqliteUserDefaults defaults{programDataFolder() / layout::defaultsFile, log};
     FileBookmarks bookmarks;
     FileKeychain keychain{programStateFolder() / "keychain", log};
     CoreServices core{platform({.directories = qtDirectories(),
                                 .defaults = &defaults,
                                 .keychain = &keychain,
-                                .bookmarks = &bookmarks})};
+                                .bookmarks = &bookmarks}),
+                      noWindows};
     InMemoryStorageManager& storage = core.storage;
     CollectionsBookmarksManager& index = core.index;
     CollectionServices& collections = core.collections;

@@ -10,6 +10,7 @@
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -17,6 +18,7 @@
 #include "base/log.h"
 
 #include "ports/directories.h"
+#include "ports/platform.h"
 
 #include "adapters/ffmpeg/ffmpeg_media.h"
 #include "adapters/ffmpeg/ffmpeg_movie_renderer.h"
@@ -34,21 +36,18 @@
 #include "adapters/qt/qt_process_runner.h"
 #include "adapters/qt/qt_scheduler.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
-#include "app/control/full_control_view.h"
 #include "app/library/videos_view.h"
-#include "app/marking/tag_library_view.h"
-#include "app/playback/video_player_view.h"
-#include "app/services.h"
 #include "app/shell/key_monitor.h"
 #include "app/shell/main_menu.h"
+#include "app/shell/project_windows.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
+#include "app/widgets/safety_banner.h"
 #include "core/composition/core_services.h"
-#include "core/composition/platform.h"
 #include "core/keyboard/hot_key_codes.h"
-#include "core/marking/marking_flow.h"
+#include "core/shell/project.h"
 #include "core/shell/videos_view_model.h"
-#include "core/shell/windows_manager.h"
+#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
@@ -72,7 +71,11 @@ struct Machine {
     const std::string language = systemLanguage();
     StandardLog log;
     QtScheduler scheduler;
-    SqliteUserDefaults defaults{programDataFolder() / "defaults.sqlite", log};
+    const Directories directories = qtDirectories();
+    SqliteUserDefaults defaults{
+        programDataFolder() / layout::defaultsFile,
+        log,
+        {directories.documents / layout::dataFolder, programStateFolder(), directories.temporary}};
     FileKeychain keychain{programStateFolder() / "keychain", log};
     FileBookmarks bookmarks;
     PlistPropertyList propertyLists;
@@ -88,7 +91,7 @@ struct Machine {
     QtTextMeasure textMeasure{theme::font().families()};
     const Platform platform{
         .log = log,
-        .directories = qtDirectories(),
+        .directories = directories,
         .resources = resources,
         .scheduler = scheduler,
         .defaults = defaults,
@@ -111,48 +114,36 @@ struct Machine {
 }  // namespace
 
 struct Application::Parts {
-    explicit Parts(const std::filesystem::path& resources) : machine(resources) { core.start(); }
+    explicit Parts(const std::filesystem::path& resources) : machine(resources) {
+        windowFactory.setMakers(
+            windowMakers(core,
+                         [this](QWidget* parent) { return machine.players.makeSurface(parent); }),
+            [this](QWidget* parent) {
+                return new SafetyBanner(core.health, machine.texts, parent);
+            });
+        core.start();
+    }
     ~Parts();
 
-    QtWindowFactory::Content makeContent(WindowKind kind, QWidget* parent);
     void makeListWindow();
 
     Machine machine;
-    CoreServices core{machine.platform};
-    AppServices services{core.platform.scheduler,
-                         core.events,
-                         core.platform.texts,
-                         core.platform.locale,
-                         core.platform.panels,
-                         core.platform.images,
-                         core.timeline,
-                         core.history,
-                         core.tagLibrary,
-                         core.markupModes,
-                         core.player,
-                         core.hotkeys,
-                         core.focus,
-                         core.collections,
-                         core.exports,
-                         [this](QWidget* parent) { return machine.players.makeSurface(parent); }};
-    QtWindowFactory windowFactory{
-        [this](WindowKind kind, QWidget* parent) { return makeContent(kind, parent); }};
-    WindowsManager windows{core.library,  core.storage, core.timeline,
-                           core.player,   core.hotkeys, core.tagLibrary,
-                           windowFactory, core.events,  core.platform.texts};
-    KeyMonitor keyMonitor{core.hotkeys, &keyPress};
-    QuitKeys quitKeys{core.platform.texts};
+    QtWindowFactory windowFactory;
+    CoreServices core{machine.platform, windowFactory};
+    KeyMonitor keyMonitor{[this] {
+                              Project* open = core.windows.project();
+                              return open ? &open->hotkeys : nullptr;
+                          },
+                          &keyPress};
+    QuitKeys quitKeys{machine.texts};
     std::optional<VideosViewModel> videos;
-    std::unique_ptr<MarkingFlow> marking;  // of the open tag panel
     std::unique_ptr<QWidget> listWindow;
 };
 
 Application::Parts::~Parts() {
-    windows.closeAll();
+    core.windows.closeAll();
     listWindow.reset();
-    // Closed windows that are not deleted yet still refer to the services.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    marking.reset();
     core.storage.applicationWillTerminate();
     // The working copy is stored already. Work that does not end in time must not keep the process
     // alive.
@@ -160,24 +151,11 @@ Application::Parts::~Parts() {
         std::_Exit(0);
 }
 
-QtWindowFactory::Content Application::Parts::makeContent(WindowKind kind, QWidget* parent) {
-    switch (kind) {
-        case WindowKind::video:
-            return {new VideoPlayerView(services, parent), {}};
-        case WindowKind::control:
-            return {new FullControlView(services, parent), {}};
-        case WindowKind::tagLibrary:
-            break;
-    }
-    marking = std::make_unique<MarkingFlow>(core.timeline, core.tagLibrary, core.markupModes,
-                                            core.collections, core.player, windows,
-                                            machine.scheduler, core.events);
-    return {new TagLibraryView(services, *marking, parent), [this] { marking->disappear(); }};
-}
-
 void Application::Parts::makeListWindow() {
-    videos.emplace(core.library, core.previews, windows, machine.panels, machine.scheduler,
+    videos.emplace(core.library, core.previews, core.windows, machine.panels, machine.scheduler,
                    machine.texts, machine.locale, machine.resources / "guides");
+    videos->setWhenReady(
+        [this](std::function<void()> task) { core.startUp.whenReady(std::move(task)); });
     listWindow = std::make_unique<QWidget>();
     listWindow->setObjectName(QStringLiteral("list"));
     listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));
@@ -186,7 +164,9 @@ void Application::Parts::makeListWindow() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->setMenuBar(makeMainMenu(machine.texts, listWindow.get()));
-    layout->addWidget(new VideosView(*videos, services, core.dataSync));
+    layout->addWidget(new VideosView(
+        *videos, {machine.texts, machine.locale, core.focus, machine.panels, machine.scheduler},
+        core.dataSync));
     listWindow->resize(listSize);
 }
 
@@ -224,8 +204,8 @@ QWidget& Application::listWindow() {
     return *parts_->listWindow;
 }
 
-const AppServices& Application::services() const {
-    return parts_->services;
+CoreServices& Application::core() const {
+    return parts_->core;
 }
 
 std::filesystem::path findResources() {

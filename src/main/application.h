@@ -8,7 +8,7 @@ class QWidget;
 
 namespace tembrix {
 
-struct AppServices;
+class CoreServices;
 
 // The program: makes the adapters, the services of the core on them, and the windows. Created after
 // the QApplication, on the main thread.
@@ -27,7 +27,7 @@ class Application {
     void bringForward();  // the list window, also one that was closed
 
     QWidget& listWindow();
-    const AppServices& services() const;
+    CoreServices& core() const;
 
   private:
     struct Parts;

@@ -8,12 +8,15 @@
 
 #include "base/log.h"
 
+#include "fakes/interleaving.h"
+
 namespace tembrix {
 
 // Keeps the lines for a test to look at.
 class CapturedLog final : public Log {
   public:
     void line(std::string_view text) override {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         lines_.emplace_back(text);
     }

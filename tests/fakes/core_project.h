@@ -3,14 +3,14 @@
 #include <string>
 
 #include "core/composition/core_services.h"
-#include "core/marking/marking_flow.h"
+#include "core/shell/project.h"
 #include "fakes/fake_platform.h"
 
 namespace tembrix {
 
-// The services of the core on fakes, for tests that need many at once. The standard collections
-// are the ones that ship.
-struct CoreProject : FakePlatform {
+// The services of the core on fakes, started, for tests that need many at once. The standard
+// collections are the ones that ship.
+struct CoreProgram : FakePlatform {
     CoreServices core;
 
     EventBus& events = core.events;
@@ -20,18 +20,9 @@ struct CoreProject : FakePlatform {
     CollectionServices& collections = core.collections;
     VideoFilesManager& library = core.library;
     TagLibraryManager& tagLibrary = core.tagLibrary;
-    MarkupModeStore& markupModes = core.markupModes;
-    TimelineDataManager& timeline = core.timeline;
-    VideoPlayerManager& player = core.player;
-    HotKeyManager& hotkeys = core.hotkeys;
 
-    explicit CoreProject(const Others& others = {}) : core(platform(others)) {
-        players.duration = 100;
-        players.finishSeeksAtOnce = true;
-        library.start();
-        tagLibrary.start();
-        scheduler.run();
-    }
+    explicit CoreProgram(const Others& others = {}) : CoreProgram(others, noWindows) {}
+    explicit CoreProgram(WindowFactory& windows) : CoreProgram(Others{}, windows) {}
 
     // Adds a video that bookmarks resolve; returns its id.
     std::string addVideo(const std::string& name = "match.mp4") {
@@ -39,14 +30,33 @@ struct CoreProject : FakePlatform {
         return library.addVideoNamed(file, name)->videoData.id;
     }
 
-    // Opens a new video in the timeline store and the player, as opening a project does.
+  private:
+    CoreProgram(const Others& others, WindowFactory& windows) : core(platform(others), windows) {
+        players.duration = 100;
+        players.finishSeeksAtOnce = true;
+        library.start();
+        tagLibrary.start();
+        scheduler.run();
+    }
+};
+
+// A project beside them, without windows.
+struct CoreProject : CoreProgram {
+    Project opened{core.projectServices, core.windows, core.windows};
+
+    MarkupModeStore& markupModes = opened.markupModes;
+    TimelineDataManager& timeline = opened.timeline;
+    TimelineHistory& history = opened.history;
+    VideoPlayerManager& player = opened.player;
+    HotKeyManager& hotkeys = opened.hotkeys;
+
+    explicit CoreProject(const Others& others = {}) : CoreProgram(others) {}
+
+    // Adds a video and opens the project with it; returns its id.
     std::string openVideo(const std::string& name = "match.mp4") {
         const std::string id = addVideo(name);
         const VideosData& video = *library.findById(id);
-        timeline.openTimeline(video.bookmark, storage.loadTimeline(id));
-        player.open(*library.resolveVideoURL(video.bookmark));
-        tagLibrary.rebuildHotkeys();
-        hotkeys.startMonitoring();
+        opened.open(video, *library.resolveVideoURL(video.bookmark));
         return id;
     }
 };

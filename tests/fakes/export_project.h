@@ -36,7 +36,7 @@ struct ExportProject : MatchRecords {
     FakePictureRenderer& pictures = project.pictures;
     FakeProcessRunner& processes = project.processes;
     FakeExportDrawings drawings;
-    ExportServices& services = project.core.exports;
+    ExportServices& services = project.opened.exports;
 
     std::filesystem::path source;
     std::filesystem::path temporary = services.directories.temporary;

@@ -3,7 +3,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "core/composition/platform.h"
+#include "ports/platform.h"
+
 #include "fakes/captured_log.h"
 #include "fakes/fake_bookmarks.h"
 #include "fakes/fake_images.h"
@@ -16,6 +17,7 @@
 #include "fakes/fake_texts.h"
 #include "fakes/memory_keychain.h"
 #include "fakes/memory_user_defaults.h"
+#include "fakes/no_windows.h"
 #include "fakes/temp_folder.h"
 #include "fakes/virtual_scheduler.h"
 
@@ -56,6 +58,7 @@ struct FakePlatform {
     FakeImageCodec images;
     FakePictureRenderer pictures;
     FakeTextMeasure measure;
+    NoWindows noWindows;
 
     Platform platform(const Others& others) {
         const auto either = []<class Port>(Port* other, Port& fake) -> Port& {

@@ -1,16 +1,23 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <utility>
 #include <variant>
 
+#include "base/uuid.h"
+
 #include "ports/user_defaults.h"
+
+#include "fakes/interleaving.h"
 
 namespace tembrix {
 
-// User defaults that live as long as the object. It keeps the same contract test as the database.
+// User defaults that live as long as the object. The contract test of the database runs on it too.
+// It can refuse writes as a full disk does, and lose what it could not store as a killed process
+// does.
 class MemoryUserDefaults final : public UserDefaults {
   public:
     std::optional<Bytes> data(std::string_view key) const override { return get<Bytes>(key); }
@@ -21,47 +28,130 @@ class MemoryUserDefaults final : public UserDefaults {
     bool boolean(std::string_view key) const override { return get<bool>(key).value_or(false); }
 
     void setData(std::string_view key, BytesView value) override {
-        set(key, Bytes(value.begin(), value.end()));
+        change(key, Bytes(value.begin(), value.end()));
+    }
+    void setPieces(std::string_view key, const ValuePieces& pieces) override {
+        change(key, joined(pieces));
     }
     void setText(std::string_view key, std::string_view value) override {
-        set(key, std::string(value));
+        change(key, std::string(value));
     }
-    void setDate(std::string_view key, Date value) override { set(key, value); }
-    void setBoolean(std::string_view key, bool value) override { set(key, value); }
-    void remove(std::string_view key) override {
-        const std::lock_guard lock(mutex_);
-        const auto found = values_.find(key);
-        if (found != values_.end())
-            values_.erase(found);
-    }
+    void setDate(std::string_view key, Date value) override { change(key, value); }
+    void setBoolean(std::string_view key, bool value) override { change(key, value); }
+    void remove(std::string_view key) override { change(key, std::monostate()); }
 
     std::vector<std::string> keys(std::string_view prefix) const override {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
         std::vector<std::string> keys;
-        for (auto it = values_.lower_bound(prefix);
-             it != values_.end() && std::string_view(it->first).starts_with(prefix); ++it)
-            keys.push_back(it->first);
+        for (auto it = now_.lower_bound(prefix);
+             it != now_.end() && std::string_view(it->first).starts_with(prefix); ++it)
+            if (!std::holds_alternative<std::monostate>(it->second.value))
+                keys.push_back(it->first);
         return keys;
     }
 
+    std::uint64_t changeNumber(std::string_view key) const override {
+        Interleaving::pausePoint();
+        const std::lock_guard lock(mutex_);
+        const auto found = now_.find(key);
+        return found == now_.end() ? 0 : found->second.number;
+    }
+    std::string identity() const override { return identity_; }
+    void continueNumbers(std::string_view identity, std::uint64_t last) override {
+        const std::lock_guard lock(mutex_);
+        if (identity == identity_)
+            lastNumber_ = std::max(lastNumber_, last);
+    }
+
+    void makeDurable() override {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!refusal_.empty())
+                return;
+            stored_ = now_;
+        }
+        announce();
+    }
+    DefaultsStatus status() const override {
+        const std::lock_guard lock(mutex_);
+        return status_;
+    }
+    void setStatusChanged(std::function<void()> changed) override {
+        const std::lock_guard lock(mutex_);
+        changed_ = std::move(changed);
+    }
+
+    // Refuses all writes from now on; an empty reason ends it.
+    void refuse(std::string reason) {
+        const std::lock_guard lock(mutex_);
+        refusal_ = std::move(reason);
+    }
+    // The process ends: what was refused is gone.
+    void loseRefused() {
+        const std::lock_guard lock(mutex_);
+        now_ = stored_;
+        status_ = {};
+    }
+    // A cut log: the value is again what it was at an earlier change.
+    void goBack(std::string_view key, BytesView value, std::uint64_t number) {
+        const std::lock_guard lock(mutex_);
+        now_[std::string(key)] =
+            stored_[std::string(key)] = {Bytes(value.begin(), value.end()), number};
+        lastNumber_ = number;
+    }
+
   private:
-    using Value = std::variant<Bytes, std::string, Date, bool>;
+    using Value = std::variant<std::monostate, Bytes, std::string, Date, bool>;
+    struct Entry {
+        Value value;
+        std::uint64_t number = 0;
+    };
+    using Entries = std::map<std::string, Entry, std::less<>>;
 
     template <class T>
     std::optional<T> get(std::string_view key) const {
+        Interleaving::pausePoint();
         const std::lock_guard lock(mutex_);
-        const auto found = values_.find(key);
-        if (found == values_.end() || !std::holds_alternative<T>(found->second))
+        const auto found = now_.find(key);
+        if (found == now_.end() || !std::holds_alternative<T>(found->second.value))
             return std::nullopt;
-        return std::get<T>(found->second);
+        return std::get<T>(found->second.value);
     }
-    void set(std::string_view key, Value value) {
-        const std::lock_guard lock(mutex_);
-        values_.insert_or_assign(std::string(key), std::move(value));
+    void change(std::string_view key, Value value) {
+        Interleaving::pausePoint();
+        {
+            const std::lock_guard lock(mutex_);
+            const Entry entry{std::move(value), ++lastNumber_};
+            now_.insert_or_assign(std::string(key), entry);
+            if (refusal_.empty() && status_.allStored)
+                stored_.insert_or_assign(std::string(key), entry);
+            else if (refusal_.empty())
+                stored_ = now_;
+        }
+        announce();
+    }
+    void announce() {
+        std::function<void()> changed;
+        {
+            const std::lock_guard lock(mutex_);
+            const bool moved = status_.allStored != refusal_.empty();
+            status_ = {refusal_.empty(), refusal_};
+            if (moved)
+                changed = changed_;
+        }
+        if (changed)
+            changed();
     }
 
     mutable std::mutex mutex_;
-    std::map<std::string, Value, std::less<>> values_;
+    Entries now_;
+    Entries stored_;
+    std::uint64_t lastNumber_ = 0;
+    const std::string identity_ = freshId();
+    std::string refusal_;
+    DefaultsStatus status_;
+    std::function<void()> changed_;
 };
 
 }  // namespace tembrix

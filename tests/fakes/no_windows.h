@@ -12,7 +12,7 @@ class NoWindows final : public WindowFactory {
         void show() override {}
         void detach() override {}
     };
-    std::unique_ptr<ProjectWindow> make(WindowKind, const std::string&, Callbacks) override {
+    std::unique_ptr<ProjectWindow> make(const WindowRow&, const std::string&, Callbacks) override {
         return std::make_unique<Window>();
     }
     std::optional<Rect> mainScreenFrame() const override { return std::nullopt; }

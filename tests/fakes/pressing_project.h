@@ -5,7 +5,7 @@
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
 #include "core/composition/core_services.h"
-#include "core/marking/marking_flow.h"
+#include "core/shell/project.h"
 #include "fakes/fake_platform.h"
 
 namespace tembrix {
@@ -16,10 +16,9 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
     explicit PressingProject(const std::filesystem::path& data)
         : directories{data / "Documents", data / "Application Support", data / "tmp"},
           defaults(databaseIn(data), log),
-          core(platform({.directories = directories, .defaults = &defaults})) {
+          core(platform({.directories = directories, .defaults = &defaults}), noWindows) {
         players.duration = 3 * 3600;
         players.finishSeeksAtOnce = true;
-        hotkeys.setKeyWindows(this);
         library.start();
         tagLibrary.start();
         scheduler.run();
@@ -40,14 +39,12 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
     // Opens it as a project, with the tag panel up and a line to mark on.
     void open(const std::string& videoId) {
         const VideosData& video = *library.findById(videoId);
-        timeline.openTimeline(video.bookmark, storage.loadTimeline(videoId));
-        player.open(*library.resolveVideoURL(video.bookmark));
+        project.open(video, *library.resolveVideoURL(video.bookmark));
         flow.appear();
         if (timeline.lines->size() < 2)
             timeline.addLine("Events");
         else
             timeline.selectLine(timeline.lines->back()->id);
-        hotkeys.startMonitoring();
         scheduler.run();
     }
 
@@ -63,12 +60,12 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
     InMemoryStorageManager& storage = core.storage;
     VideoFilesManager& library = core.library;
     TagLibraryManager& tagLibrary = core.tagLibrary;
-    TimelineDataManager& timeline = core.timeline;
-    TimelineHistory& history = core.history;
-    VideoPlayerManager& player = core.player;
-    HotKeyManager& hotkeys = core.hotkeys;
-    MarkingFlow flow{timeline, tagLibrary, core.markupModes, core.collections,
-                     player,   *this,      scheduler,        core.events};
+    Project project{core.projectServices, *this, *this};
+    TimelineDataManager& timeline = project.timeline;
+    TimelineHistory& history = project.history;
+    VideoPlayerManager& player = project.player;
+    HotKeyManager& hotkeys = project.hotkeys;
+    MarkingFlow& flow = project.marking;
 
   private:
     bool isControlOrLibraryKey() const override { return true; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -13,11 +14,16 @@
 
 #include "ports/scheduler.h"
 
+#include "fakes/interleaving.h"
+
 namespace tembrix {
 
-// Time that moves only when a test says so. Main, background and serial-queue tasks stand in one
-// queue in the order given and run inside run() and advance(), on the test's own thread; isMain()
-// is false inside a background task all the same. Tasks may be handed in from other threads.
+// Time that moves only when a test says so. Main, background and serial-queue tasks wait in one
+// queue and run inside run() and advance(), on the test's own thread; isMain() is false inside a
+// background task all the same. Tasks may be added from other threads.
+//
+// Without interleave() each task runs as a whole, in the order in which the tasks were added. With
+// it background tasks run step by step, mixed with one another and with main tasks.
 class VirtualScheduler final : public Scheduler {
   public:
     Date now() const override { return {state_->wall + state_->time}; }
@@ -25,11 +31,19 @@ class VirtualScheduler final : public Scheduler {
     // The wall clock alone; timers go by monotonic time, as they do on a real machine.
     void setWallClock(Date date) { state_->wall = date.secondsSince1970 - state_->time; }
 
+    // From now on background tasks are interleaved, in an order that the seed decides.
+    void interleave(unsigned seed) { interleaving_ = std::make_unique<Interleaving>(seed); }
+
+    // From now on each task runs as a whole again. Ends the tasks that have begun.
+    void runWhole() { interleaving_.reset(); }
+
     bool isMain() const override { return std::this_thread::get_id() == thread_ && !inBackground_; }
     void onMain(Task task) override { push(Lane::main, std::move(task)); }
     void onMainAndWait(Task task) override {
         if (isMain())
             return task();
+        if (Interleaving::isInTask())
+            return waitForMain(task);
         // The main thread would first run what was handed to it before.
         while (auto earlier = takeMain())
             runAs(Lane::main, earlier);
@@ -44,17 +58,27 @@ class VirtualScheduler final : public Scheduler {
         return addTimer(interval, interval, std::move(task));
     }
 
-    void background(Priority, Task task) override { push(Lane::background, std::move(task)); }
+    void background(Priority, Task task) override {
+        if (interleaving_)
+            interleaving_->add(std::move(task));
+        else
+            push(Lane::background, std::move(task));
+    }
     std::shared_ptr<SerialQueue> serialQueue(const std::string&) override {
         return std::make_shared<Queue>(*this);
     }
 
     // Runs the next task or due timer; false if nothing is left to do now.
     bool step() {
+        if (interleaving_ && interleaving_->tasks() > 0 && interleaving_->random()() % 4 != 0 &&
+            interleaving_->resumeOne())
+            return true;
         if (auto entry = take()) {
             runAs(entry->first, entry->second);
             return true;
         }
+        if (interleaving_ && interleaving_->tasks() > 0 && interleaving_->resumeOne())
+            return true;
         return fireDue(state_->time);
     }
     // Runs everything that is due now and everything that this brings about.
@@ -108,12 +132,50 @@ class VirtualScheduler final : public Scheduler {
       public:
         explicit Queue(VirtualScheduler& owner) : owner_(owner) {}
         void async(std::function<void()> task) override {
-            owner_.push(Lane::background, std::move(task));
+            if (!owner_.interleaving_)
+                return owner_.push(Lane::background, std::move(task));
+            {
+                const std::lock_guard lock(waiting_->mutex);
+                waiting_->tasks.push_back(std::move(task));
+                if (std::exchange(waiting_->running, true))
+                    return;
+            }
+            owner_.interleaving_->add([waiting = waiting_] {
+                while (auto next = waiting->take())
+                    next();
+            });
         }
 
       private:
+        struct Waiting {
+            std::mutex mutex;
+            std::deque<Task> tasks;
+            bool running = false;
+
+            Task take() {
+                const std::lock_guard lock(mutex);
+                if (tasks.empty()) {
+                    running = false;
+                    return {};
+                }
+                auto task = std::move(tasks.front());
+                tasks.pop_front();
+                return task;
+            }
+        };
         VirtualScheduler& owner_;
+        std::shared_ptr<Waiting> waiting_ = std::make_shared<Waiting>();
     };
+
+    void waitForMain(const Task& task) {
+        std::atomic<bool> done = false;
+        push(Lane::main, [&] {
+            task();
+            done = true;
+        });
+        while (!done)
+            Interleaving::pausePoint();
+    }
 
     void push(Lane lane, Task task) {
         const std::lock_guard lock(mutex_);
@@ -167,6 +229,7 @@ class VirtualScheduler final : public Scheduler {
     mutable std::mutex mutex_;
     std::deque<std::pair<Lane, Task>> queue_;
     std::shared_ptr<State> state_ = std::make_shared<State>();
+    std::unique_ptr<Interleaving> interleaving_;  // last: its tasks end before all else
 };
 
 }  // namespace tembrix

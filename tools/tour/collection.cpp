@@ -12,8 +12,8 @@ namespace tembrix::tour {
 
 namespace {
 
-void saveTraining(const AppServices& services) {
-    CustomCollectionManager collection(services.collections);
+void saveTraining(CoreServices& core) {
+    CustomCollectionManager collection(core.collections);
     collection.setCollectionName("Training");
     const auto groups = {collection.addTagGroup("Passing"), collection.addTagGroup("Pressing")};
     const char* const names[] = {"One touch", "Third man"};
@@ -37,9 +37,8 @@ void saveTraining(const AppServices& services) {
 
 void useOwnCollection(Stage& stage) {
     const Driver& driver = stage.driver;
-    const AppServices& services = stage.services();
     driver.say("An own collection appears in the tag panel, is chosen, marked with and deleted");
-    saveTraining(services);
+    saveTraining(stage.core());
     driver.activate("tagLibrary");
     auto* chooser = qobject_cast<QComboBox*>(driver.control("tagLibraryCollections"));
     driver.waitFor("the collection", [&] { return chooser->findText("Training") >= 0; });
@@ -49,8 +48,9 @@ void useOwnCollection(Stage& stage) {
     driver.key(Qt::Key_End);
     driver.screen("choose-collection");
     driver.key(Qt::Key_Return);
-    driver.waitFor("the switch",
-                   [&] { return services.tagLibrary.currentCollectionType->name == "Training"; });
+    driver.waitFor("the switch", [&] {
+        return stage.core().tagLibrary.currentCollectionType->name == "Training";
+    });
 
     const std::size_t before = stage.stampCount();
     driver.key(Qt::Key_F6);
@@ -64,7 +64,7 @@ void useOwnCollection(Stage& stage) {
     if (stage.stampCount() != before + 1)
         throw Failure("a stamp went with its collection");
     driver.screen("collection-deleted");
-    services.player.pause();
+    stage.project().player.pause();
 }
 
 }  // namespace tembrix::tour

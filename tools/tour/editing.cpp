@@ -50,7 +50,6 @@ void lineMenu(const Stage& stage, const QString& entry) {
 
 void edit(Stage& stage) {
     const Driver& driver = stage.driver;
-    const AppServices& services = stage.services();
     driver.say("Undo takes the last mark back, redo brings it again");
     driver.activate("timelines");
     driver.key(Qt::Key_Z, Qt::ControlModifier);
@@ -72,8 +71,8 @@ void edit(Stage& stage) {
     place = axis->stampArea(2, 0);
     driver.clickAt(axis, place.center().toPoint());
     driver.waitFor("the stamp to be chosen",
-                   [&] { return services.timeline.selectedStampID->has_value(); });
-    services.player.pause();
+                   [&] { return stage.project().timeline.selectedStampID->has_value(); });
+    stage.project().player.pause();
     const QPoint grip(qRound(place.right()) - 3, qRound(place.center().y()));
     driver.drag(axis, grip, grip + QPoint(90, 0), [&] { driver.screen("an-edge-is-dragged"); });
     driver.waitFor("the new end", [&] { return length() > before + 1; });
@@ -94,7 +93,6 @@ void edit(Stage& stage) {
 
 void arrangeLines(Stage& stage) {
     const Driver& driver = stage.driver;
-    const AppServices& services = stage.services();
     driver.say("Lines are renamed, reordered and deleted by keyboard; the deletion is undone");
     driver.activate("timelines");
     QWidget* names = driver.control("timelineNames");
@@ -128,7 +126,7 @@ void arrangeLines(Stage& stage) {
     driver.activate("timelines");
     driver.click("fullControlModeStandard");
     stage.waitForPlaying();
-    services.player.pause();
+    stage.project().player.pause();
 }
 
 void lookCloser(Stage& stage) {

@@ -17,9 +17,9 @@ namespace {
 
 // Every cut of the film begins with the very frame that its stamp begins with.
 void checkTheFilm(Stage& stage, const std::filesystem::path& film) {
-    const AppServices& services = stage.services();
-    const CutPlanInput input{stage.lines(), *services.timeline.selectedLineID,
-                             *services.tagLibrary.merged, services.player.videoDuration()};
+    const CutPlanInput input{stage.lines(), *stage.project().timeline.selectedLineID,
+                             *stage.core().tagLibrary.merged,
+                             stage.project().player.videoDuration()};
     StandardLog log;
     FfmpegMedia media;
     const auto cuts = getSegmentsForExport(cuts::CurrentTimeline{}, input, log);
@@ -51,7 +51,7 @@ void exportTheFilm(Stage& stage) {
     const Driver& driver = stage.driver;
     driver.say("The timeline becomes a film");
     driver.activate("timelines");
-    stage.services().timeline.selectLine(stage.lines()[1]->id);
+    stage.project().timeline.selectLine(stage.lines()[1]->id);
     driver.choose("fullControlExport", "fullControlButtonExportTimeline");
     driver.picture("export-mode", driver.sheet());
     driver.key(Qt::Key_Return);  // a film is the default

@@ -55,7 +55,7 @@ void mark(Stage& stage) {
     const Driver& driver = stage.driver;
     driver.say("Marks by hot keys while the video runs");
     driver.activate("tagLibrary");
-    stage.services().player.seek(10);
+    stage.project().player.seek(10);
     stage.playUntil(11);
     driver.key(Qt::Key_N);
     driver.waitFor("the note's stamp", [&] { return stage.stampCount() == 1; });
@@ -81,7 +81,7 @@ void mark(Stage& stage) {
     driver.say("The blank pauses, Shift and the arrows seek");
     driver.key(Qt::Key_Space);
     driver.waitFor("the pause",
-                   [&] { return *stage.services().player.status != PlayerStatus::playing; });
+                   [&] { return *stage.project().player.status != PlayerStatus::playing; });
     const double before = stage.now();
     driver.key(Qt::Key_Right, Qt::ShiftModifier);
     driver.waitFor("the seek", [&] { return std::abs(stage.now() - before - 3) < 0.1; });

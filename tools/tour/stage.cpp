@@ -36,7 +36,7 @@ void Stage::restart(const std::function<void()>& between) {
 }
 
 double Stage::now() const {
-    return services().player.currentTime();
+    return project().player.currentTime();
 }
 
 std::size_t Stage::stampCount() const {
@@ -54,7 +54,7 @@ void Stage::playUntil(double seconds) const {
 
 void Stage::waitForPlaying() const {
     driver.waitFor("the video to run on",
-                   [&] { return *services().player.status == PlayerStatus::playing; });
+                   [&] { return *project().player.status == PlayerStatus::playing; });
 }
 
 void Stage::choosePath(const QString& panel, const std::filesystem::path& path) const {

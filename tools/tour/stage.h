@@ -4,8 +4,8 @@
 #include <functional>
 #include <memory>
 
-#include "app/services.h"
-#include "core/timeline/timeline_data_manager.h"
+#include "core/composition/core_services.h"
+#include "core/shell/project.h"
 #include "main/application.h"
 #include "tour/driver.h"
 
@@ -22,10 +22,11 @@ class Stage {
     void restart(const std::function<void()>& between);
 
     Application& application() { return *application_; }
-    const AppServices& services() const { return application_->services(); }
+    CoreServices& core() const { return application_->core(); }
+    Project& project() const { return *core().windows.project(); }  // one is open
 
     double now() const;
-    const TimelineLines& lines() const { return *services().timeline.lines; }
+    const TimelineLines& lines() const { return *project().timeline.lines; }
     std::size_t stampCount() const;
     void playUntil(double seconds) const;
     void waitForPlaying() const;

@@ -29,6 +29,7 @@ class Database {
     // Runs statements without results; SQLITE_OK or the code of the failure.
     int run(const char* sql);
     std::string lastError() const { return sqlite3_errmsg(handle_.get()); }
+    int lastCode() const { return sqlite3_errcode(handle_.get()); }
     sqlite3* handle() const { return handle_.get(); }
 
   private:

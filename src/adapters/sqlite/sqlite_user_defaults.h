@@ -1,9 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/bytes.h"
 #include "base/date.h"
@@ -13,20 +18,30 @@
 
 namespace tembrix {
 
-// User defaults in one SQLite file, one row per key. A written value stands in the operating
-// system's hands when the call returns, so a killed process loses nothing; a power cut can take the
-// last values but leaves the database whole.
+namespace sqlite {
+class DelayedWorker;
+class ValueStore;
+struct PendingChange;
+}  // namespace sqlite
+
+// User defaults in one SQLite file, one row per key; a large value is split into pieces. A stored
+// value is in the operating system's hands when the call returns, so a killed process loses
+// nothing; it is on the disk within a second, so that a power cut loses no more than that.
 //
 // It always opens. A damaged file is set aside under a new name, whatever can still be read in it
-// goes into a fresh one, and work goes on there; the same happens when damage shows up later. Where
-// no file can be written the values of a readable one are taken over and live in memory.
+// is copied into a fresh one, and work continues there; the same happens when damage is found
+// later. Values that the file refuses are kept in memory and in a recovery file in the first of the
+// recovery folders that accepts it, until they can be stored. The next start stores what it finds
+// in recovery files before anything is read.
 class SqliteUserDefaults final : public UserDefaults {
   public:
-    // Makes the file's folder if it is missing.
-    SqliteUserDefaults(std::filesystem::path file, Log& log);
+    // Makes the file's folder if it is missing. Recovery files are written to the folder of the
+    // file first, and then to the others in their order.
+    SqliteUserDefaults(std::filesystem::path file, Log& log,
+                       std::vector<std::filesystem::path> recoveryFolders = {});
     ~SqliteUserDefaults() override;
 
-    // False while values live in memory only.
+    // False while there is no database file to work in.
     bool isDurable() const;
 
     std::optional<Bytes> data(std::string_view key) const override;
@@ -35,6 +50,7 @@ class SqliteUserDefaults final : public UserDefaults {
     bool boolean(std::string_view key) const override;
 
     void setData(std::string_view key, BytesView value) override;
+    void setPieces(std::string_view key, const ValuePieces& pieces) override;
     void setText(std::string_view key, std::string_view value) override;
     void setDate(std::string_view key, Date value) override;
     void setBoolean(std::string_view key, bool value) override;
@@ -42,20 +58,26 @@ class SqliteUserDefaults final : public UserDefaults {
 
     std::vector<std::string> keys(std::string_view prefix) const override;
 
+    std::uint64_t changeNumber(std::string_view key) const override;
+    std::string identity() const override;
+    void continueNumbers(std::string_view identity, std::uint64_t last) override;
+
+    void makeDurable() override;
+    DefaultsStatus status() const override;
+    void setStatusChanged(std::function<void()> changed) override;
+
   private:
-    struct Store;
+    struct State;
 
-    void open(bool mayReplace) const;
-    void openInMemory(const std::string& reason) const;
-    void replaceDamaged(const std::string& reason) const;
-    // Runs an operation that ends with a SQLite code. On damage the file is replaced and the
-    // operation runs once more.
-    void perform(const std::function<int(Store&)>& operation) const;
+    void change(std::string_view key, sqlite::PendingChange change);
+    bool upkeep();  // on the worker's thread; true if something is still to be done
+    void announce();
 
-    const std::filesystem::path file_;
-    Log& log_;
-    mutable std::mutex mutex_;
-    mutable std::unique_ptr<Store> store_;  // a read may find the damage that replaces it
+    std::unique_ptr<State> state_;
+    std::mutex announcing_;
+    DefaultsStatus announced_;
+    std::function<void()> statusChanged_;
+    std::unique_ptr<sqlite::DelayedWorker> worker_;
 };
 
 }  // namespace tembrix

@@ -20,7 +20,8 @@
 
 namespace tembrix {
 
-ControlToolbar::ControlToolbar(AppServices& services, TimelineEditingModel& model, QWidget* parent)
+ControlToolbar::ControlToolbar(const ControlServices& services, TimelineEditingModel& model,
+                               QWidget* parent)
     : QWidget(parent), services_(services), model_(model), row_(new QHBoxLayout(this)) {
     row_->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
     row_->setSpacing(theme::spacing);
@@ -93,7 +94,7 @@ void ControlToolbar::addHistory() {
 }
 
 void ControlToolbar::addTransport() {
-    row_->addWidget(makePlayerControlPanel(services_, this));
+    row_->addWidget(makePlayerControlPanel(services_.player, services_.texts, this));
 }
 
 void ControlToolbar::addZoom() {

@@ -5,7 +5,7 @@
 
 #include "base/signal.h"
 
-#include "app/services.h"
+#include "app/control/control_services.h"
 
 class QHBoxLayout;
 class QLabel;
@@ -21,7 +21,8 @@ class TimelineEditingModel;
 class ControlToolbar final : public QWidget {
     Q_OBJECT
   public:
-    ControlToolbar(AppServices& services, TimelineEditingModel& model, QWidget* parent = nullptr);
+    ControlToolbar(const ControlServices& services, TimelineEditingModel& model,
+                   QWidget* parent = nullptr);
 
     // A further group at the right end.
     void addGroup(QWidget* group);
@@ -36,7 +37,7 @@ class ControlToolbar final : public QWidget {
     void addZoom();
     void separate();
 
-    AppServices& services_;
+    const ControlServices services_;
     TimelineEditingModel& model_;
     QHBoxLayout* row_;
     std::vector<Subscription> subscriptions_;

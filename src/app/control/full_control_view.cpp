@@ -26,12 +26,11 @@
 
 namespace tembrix {
 
-FullControlView::FullControlView(AppServices& services, QWidget* parent)
+FullControlView::FullControlView(const ControlServices& services, QWidget* parent)
     : QWidget(parent),
       services_(services),
       model_(services.timeline, services.tagLibrary, services.markupModes, services.player,
-             services.focus, services.collections.storage.userDefaults(), services.scheduler,
-             services.events),
+             services.focus, services.defaults, services.scheduler, services.events),
       toolbar_(new ControlToolbar(services, model_, this)),
       area_(new TimelinesArea(services, model_, this)),
       status_(new ElidedLabel({}, this)) {
@@ -50,7 +49,10 @@ FullControlView::FullControlView(AppServices& services, QWidget* parent)
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     column->addWidget(status_);
 
-    auto* exports = new ExportController(services, this);
+    auto* exports =
+        new ExportController({services.timeline, services.tagLibrary, services.exports,
+                              services.focus, services.events, services.panels, services.texts},
+                             this);
     toolbar_->addGroup(exports->makeMenuButton(toolbar_));
     connect(toolbar_, &ControlToolbar::addLineRequested, this, &FullControlView::openAddLine);
     connect(area_, &TimelinesArea::editNameRequested, this, &FullControlView::openEditName);

@@ -5,7 +5,7 @@
 
 #include "base/uuid.h"
 
-#include "app/services.h"
+#include "app/control/control_services.h"
 #include "core/control/timeline_editing_model.h"
 #include "core/records/timeline_records.h"
 
@@ -20,7 +20,7 @@ class TimelinesArea;
 class FullControlView final : public QWidget {
     Q_OBJECT
   public:
-    explicit FullControlView(AppServices& services, QWidget* parent = nullptr);
+    explicit FullControlView(const ControlServices& services, QWidget* parent = nullptr);
     ~FullControlView() override;
 
     TimelineEditingModel& model() { return model_; }
@@ -38,7 +38,7 @@ class FullControlView final : public QWidget {
     void openStampEdit(StampEditSheetType type);
     void showHover(const std::optional<std::string>& text);
 
-    AppServices& services_;
+    const ControlServices services_;
     TimelineEditingModel model_;
     ControlToolbar* toolbar_;
     TimelinesArea* area_;

@@ -12,8 +12,9 @@
 
 namespace tembrix {
 
-LineNameSheet::LineNameSheet(QWidget* parent, AppServices& services, std::string_view titleKey,
-                             std::string_view acceptKey, const std::string& lineName,
+LineNameSheet::LineNameSheet(QWidget* parent, const ControlServices& services,
+                             std::string_view titleKey, std::string_view acceptKey,
+                             const std::string& lineName,
                              std::function<void(const std::string&)> done)
     : Sheet(parent, services.texts, titleKey),
       events_(services.events),
@@ -35,14 +36,14 @@ LineNameSheet::~LineNameSheet() {
     events_.post(events::SheetDismissed{});
 }
 
-AddLineSheet::AddLineSheet(QWidget* parent, AppServices& services,
+AddLineSheet::AddLineSheet(QWidget* parent, const ControlServices& services,
                            std::function<void(const std::string&)> onAdd)
     : LineNameSheet(parent, services, "addTimelineTitle", "addTimelineButton", "",
                     std::move(onAdd)) {
     services.events.post(events::AddLineSheetAppeared{});
 }
 
-EditTimelineNameSheet::EditTimelineNameSheet(QWidget* parent, AppServices& services,
+EditTimelineNameSheet::EditTimelineNameSheet(QWidget* parent, const ControlServices& services,
                                              const std::string& lineName,
                                              std::function<void(const std::string&)> onSave)
     : LineNameSheet(parent, services, "editTimelineNameTitle", "saveButtonTitle", lineName,

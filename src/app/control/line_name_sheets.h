@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "app/services.h"
+#include "app/control/control_services.h"
 #include "app/widgets/sheet.h"
 #include "core/notifications/event_bus.h"
 
@@ -18,7 +18,7 @@ class LineNameSheet : public Sheet {
     ~LineNameSheet() override;
 
   protected:
-    LineNameSheet(QWidget* parent, AppServices& services, std::string_view titleKey,
+    LineNameSheet(QWidget* parent, const ControlServices& services, std::string_view titleKey,
                   std::string_view acceptKey, const std::string& lineName,
                   std::function<void(const std::string&)> done);
 
@@ -30,14 +30,15 @@ class LineNameSheet : public Sheet {
 class AddLineSheet final : public LineNameSheet {
     Q_OBJECT
   public:
-    AddLineSheet(QWidget* parent, AppServices& services,
+    AddLineSheet(QWidget* parent, const ControlServices& services,
                  std::function<void(const std::string&)> onAdd);
 };
 
 class EditTimelineNameSheet final : public LineNameSheet {
     Q_OBJECT
   public:
-    EditTimelineNameSheet(QWidget* parent, AppServices& services, const std::string& lineName,
+    EditTimelineNameSheet(QWidget* parent, const ControlServices& services,
+                          const std::string& lineName,
                           std::function<void(const std::string&)> onSave);
 };
 

@@ -53,7 +53,8 @@ QLabel* makeNamesHeader(const Texts& texts, QWidget* parent) {
 
 }  // namespace
 
-TimelinesArea::TimelinesArea(AppServices& services, TimelineEditingModel& model, QWidget* parent)
+TimelinesArea::TimelinesArea(const ControlServices& services, TimelineEditingModel& model,
+                             QWidget* parent)
     : QWidget(parent),
       services_(services),
       model_(model),

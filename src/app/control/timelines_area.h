@@ -5,7 +5,7 @@
 
 #include "base/uuid.h"
 
-#include "app/services.h"
+#include "app/control/control_services.h"
 #include "core/control/timeline_editing_model.h"
 
 class QMenu;
@@ -22,7 +22,8 @@ class TimelineCanvas;
 class TimelinesArea final : public QWidget {
     Q_OBJECT
   public:
-    TimelinesArea(AppServices& services, TimelineEditingModel& model, QWidget* parent = nullptr);
+    TimelinesArea(const ControlServices& services, TimelineEditingModel& model,
+                  QWidget* parent = nullptr);
 
     TimelineCanvas* canvas() const { return canvas_; }
     LineNamesView* names() const { return names_; }
@@ -44,7 +45,7 @@ class TimelinesArea final : public QWidget {
     void openLineMenu(const Uuid& line, QPoint at);
     QMenu* makeMenu();
 
-    AppServices& services_;
+    const ControlServices services_;
     TimelineEditingModel& model_;
     LineNamesModel* namesModel_;
     LineNamesView* names_;

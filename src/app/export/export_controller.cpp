@@ -20,7 +20,7 @@
 
 namespace tembrix {
 
-ExportController::ExportController(const AppServices& services, QWidget* window)
+ExportController::ExportController(const ExportWindowServices& services, QWidget* window)
     : QObject(window),
       services_(services),
       window_(window),

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <optional>
 
-#include "app/services.h"
+#include "app/export/export_window_services.h"
 #include "core/export/cut_records.h"
 #include "core/export/export_helper.h"
 #include "core/records/annotation_records.h"
@@ -25,7 +25,7 @@ class ExportController final : public QObject {
     Q_OBJECT
   public:
     // A child of the window. Destroying it ends a run.
-    ExportController(const AppServices& services, QWidget* window);
+    ExportController(const ExportWindowServices& services, QWidget* window);
     ~ExportController() override;
 
     QToolButton* makeMenuButton(QWidget* parent);
@@ -52,7 +52,7 @@ class ExportController final : public QObject {
     void present(Sheet* sheet);
     void setExporting(bool exporting);
 
-    const AppServices services_;
+    const ExportWindowServices services_;
     QWidget* window_;
     ExportHelper exportHelper_;
     WaitingPanel* waiting_;

@@ -21,7 +21,7 @@ namespace {
 constexpr int sheetWidth = 560;
 }
 
-DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& services,
+DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& services,
                                          DataSyncManager& dataSync)
     : Sheet(parent, services.texts, "dataManagementTitle"),
       services_(services),
@@ -70,6 +70,11 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const AppServices& ser
                                   "dataManagementDeleteSuccess");
                           });
               });
+
+    replaced_ = new QWidget;
+    (new QVBoxLayout(replaced_))->setContentsMargins(0, 0, 0, 0);
+    content()->addWidget(replaced_);
+    showReplacedStates();
 
     status_ = makeLabel(texts(), "dataManagementProcessing", LabelLook::secondary);
     status_->hide();
@@ -124,6 +129,48 @@ void DataManagementSheet::addAction(const char* titleKey, const char* descriptio
     static_cast<QVBoxLayout*>(actions_->layout())->addLayout(row);
 }
 
+void DataManagementSheet::showReplacedStates() {
+    delete states_;
+    states_ = nullptr;
+    const auto states = dataSync_.replacedStates();
+    if (states.empty())
+        return;
+    states_ = new QWidget;
+    auto* column = new QVBoxLayout(states_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(theme::spacing);
+    column->addWidget(makeSeparator(Qt::Horizontal));
+    column->addWidget(makeLabel(texts(), "dataManagementReplacedTitle"));
+    column->addWidget(
+        makeLabel(texts(), "dataManagementReplacedDescription", LabelLook::secondary));
+    int number = 0;
+    for (const auto& state : states)
+        addReplacedState(column, state, number++);
+    replaced_->layout()->addWidget(states_);
+}
+
+void DataManagementSheet::addReplacedState(QVBoxLayout* column, const ReplacedData::State& state,
+                                           int number) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(theme::margin);
+    const QString moment =
+        QString::fromStdString(services_.locale.fileStamp(state.moment)).replace('_', ' ');
+    auto* button = makeButton(texts(), "dataManagementBringBack");
+    button->setObjectName(QStringLiteral("dataManagementBringBack.%1").arg(number));
+    button->setAccessibleDescription(moment);
+    button->setMinimumWidth(sheetWidth / 3);
+    connect(button, &QPushButton::clicked, this, [this, name = state.name] {
+        pressed_ = close_;  // the rows are made anew
+        process([&sync = dataSync_, name] { sync.bringBack(name); },
+                "dataManagementBringBackSuccess");
+    });
+    row->addWidget(button);
+    auto* label = new QLabel(moment);
+    setLook(label, LabelLook::secondary);
+    row->addWidget(label, 1);
+    column->addLayout(row);
+}
+
 void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
                                   const char* buttonKey, ButtonLook look,
                                   std::function<void()> confirmed) {
@@ -149,6 +196,7 @@ void DataManagementSheet::process(std::function<void()> work, const char* result
             scheduler.onMain([self, resultKey] {
                 if (!self)
                     return;
+                self->showReplacedStates();
                 self->setProcessing(false);
                 self->pressed_->setFocus();  // it was hidden and lost the keyboard
                 self->status_->setText(qtext(self->texts().text(resultKey)));
@@ -160,6 +208,7 @@ void DataManagementSheet::process(std::function<void()> work, const char* result
 void DataManagementSheet::setProcessing(bool processing) {
     isProcessing_ = processing;
     actions_->setVisible(!processing);
+    replaced_->setVisible(!processing);
     close_->setEnabled(!processing);
     status_->setText(qtext(texts().text("dataManagementProcessing")));
     status_->setVisible(processing);

@@ -2,20 +2,22 @@
 
 #include <functional>
 
-#include "app/services.h"
+#include "app/library/list_services.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
 #include "core/safety/data_sync_manager.h"
+#include "core/safety/replaced_data.h"
 
 namespace tembrix {
 
-// Explains the two stores and starts the backup's operations by hand. The work runs in the
-// background; while it does, a line says so in place of the buttons.
+// Explains the two stores, starts the backup's operations by hand and lists the states that
+// restores have replaced. The work runs in the background; meanwhile a line says so in place of the
+// buttons.
 class DataManagementSheet final : public Sheet {
     Q_OBJECT
 
   public:
-    DataManagementSheet(QWidget* parent, const AppServices& services, DataSyncManager& dataSync);
+    DataManagementSheet(QWidget* parent, const ListServices& services, DataSyncManager& dataSync);
 
     void reject() override;  // not while work runs
 
@@ -24,14 +26,18 @@ class DataManagementSheet final : public Sheet {
                   std::function<std::filesystem::path()> folder);
     void addAction(const char* titleKey, const char* descriptionKey, ButtonLook look,
                    std::function<void()> pressed);
+    void showReplacedStates();
+    void addReplacedState(QVBoxLayout* column, const ReplacedData::State& state, int number);
     void confirm(const char* titleKey, const char* messageKey, const char* buttonKey,
                  ButtonLook look, std::function<void()> confirmed);
     void process(std::function<void()> work, const char* resultKey);
     void setProcessing(bool processing);
 
-    const AppServices& services_;
+    const ListServices services_;
     DataSyncManager& dataSync_;
     QWidget* actions_;
+    QWidget* replaced_;               // has a row for each state that can be brought back
+    QWidget* states_ = nullptr;       // those rows
     QPushButton* pressed_ = nullptr;  // the action last chosen
     QPushButton* close_;
     QLabel* status_;

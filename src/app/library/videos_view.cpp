@@ -18,6 +18,7 @@
 
 #include "app/library/data_management_sheet.h"
 #include "app/library/match_sheet.h"
+#include "app/library/safety_bar.h"
 #include "app/library/video_card_delegate.h"
 #include "app/library/videos_list_model.h"
 #include "app/theme/theme.h"
@@ -30,7 +31,7 @@
 
 namespace tembrix {
 
-VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services,
+VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
                        DataSyncManager& dataSync, QWidget* parent)
     : QWidget(parent),
       viewModel_(viewModel),
@@ -43,6 +44,7 @@ VideosView::VideosView(VideosViewModel& viewModel, const AppServices& services,
     layout->setSpacing(0);
     layout->addWidget(makeTopBar());
     layout->addWidget(makeSeparator(Qt::Horizontal));
+    layout->addWidget(new SafetyBar(services_.texts, dataSync_, this));
     pages_ = new QStackedWidget;
     pages_->addWidget(makeGrid());
     pages_->addWidget(makeEmptyPage());

@@ -3,7 +3,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "app/services.h"
+#include "app/library/list_services.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 
@@ -26,7 +26,7 @@ class VideosView final : public QWidget {
     Q_OBJECT
 
   public:
-    VideosView(VideosViewModel& viewModel, const AppServices& services, DataSyncManager& dataSync,
+    VideosView(VideosViewModel& viewModel, const ListServices& services, DataSyncManager& dataSync,
                QWidget* parent = nullptr);
 
   protected:
@@ -52,7 +52,7 @@ class VideosView final : public QWidget {
     void presentError(const std::string& title);
 
     VideosViewModel& viewModel_;
-    const AppServices& services_;
+    const ListServices services_;
     DataSyncManager& dataSync_;
     VideosListModel* model_;
     VideoCardDelegate* cards_;

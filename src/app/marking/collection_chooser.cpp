@@ -50,7 +50,8 @@ class Names final : public QComboBox {
 
 }  // namespace
 
-CollectionChooser::CollectionChooser(AppServices& services, MarkingFlow& flow, QWidget* parent)
+CollectionChooser::CollectionChooser(const TagPanelServices& services, MarkingFlow& flow,
+                                     QWidget* parent)
     : QWidget(parent),
       services_(services),
       flow_(flow),

@@ -5,7 +5,7 @@
 
 #include "base/signal.h"
 
-#include "app/services.h"
+#include "app/marking/tag_panel_services.h"
 #include "core/records/annotation_records.h"
 
 class QComboBox;
@@ -21,7 +21,8 @@ class MarkingFlow;
 class CollectionChooser final : public QWidget {
     Q_OBJECT
   public:
-    CollectionChooser(AppServices& services, MarkingFlow& flow, QWidget* parent = nullptr);
+    CollectionChooser(const TagPanelServices& services, MarkingFlow& flow,
+                      QWidget* parent = nullptr);
 
   private:
     void rebuild();
@@ -30,7 +31,7 @@ class CollectionChooser final : public QWidget {
     void chooseToDelete();
     void askToDelete(const CollectionInfo& collection);
 
-    AppServices& services_;
+    const TagPanelServices services_;
     MarkingFlow& flow_;
     QComboBox* names_;
     QToolButton* delete_;

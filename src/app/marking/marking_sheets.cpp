@@ -15,7 +15,7 @@
 
 namespace tembrix {
 
-MarkingSheets::MarkingSheets(AppServices& services, MarkingFlow& flow, QWidget* panel)
+MarkingSheets::MarkingSheets(const TagPanelServices& services, MarkingFlow& flow, QWidget* panel)
     : QObject(panel), services_(services), flow_(flow), panel_(panel) {
     showLabelSheet_ = flow.showLabelSheet.observe([this](bool show) {
         if (!show)

@@ -5,7 +5,7 @@
 
 #include "base/signal.h"
 
-#include "app/services.h"
+#include "app/marking/tag_panel_services.h"
 
 class QWidget;
 
@@ -19,7 +19,7 @@ class Sheet;
 class MarkingSheets final : public QObject {
     Q_OBJECT
   public:
-    MarkingSheets(AppServices& services, MarkingFlow& flow, QWidget* panel);
+    MarkingSheets(const TagPanelServices& services, MarkingFlow& flow, QWidget* panel);
     ~MarkingSheets() override;
 
   private:
@@ -28,7 +28,7 @@ class MarkingSheets final : public QObject {
     Sheet* makeMessage(const char* key);
     Sheet* makeSelection();
 
-    AppServices& services_;
+    const TagPanelServices services_;
     MarkingFlow& flow_;
     QWidget* panel_;
     QPointer<Sheet> sheet_;

@@ -34,7 +34,7 @@ bool looksTheSame(const CollectionLists& a, const CollectionLists& b) {
 
 }  // namespace
 
-TagLibraryView::TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget* parent)
+TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& flow, QWidget* parent)
     : QWidget(parent), services_(services), flow_(flow), open_(new QWidget(this)) {
     nameControl(this, services.texts, "tagLibrary");
     setMinimumSize(320, 240);
@@ -147,7 +147,8 @@ void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
     if (tags.empty())
         return;
     auto* section = new FoldSection(qtext(group.id), qtext(shortened(group.name)), content_);
-    connect(section, &FoldSection::headerPressed, this, [this, id = group.id] { toggleGroup(id); });
+    connect(section, &FoldSection::headerPressed, this,
+            [this, id = group.id] { flow_.toggleGroup(id); });
     for (const Tag* tag : tags)
         section->flow()->addWidget(makeTagButton(*tag, section->body()));
     groups_.emplace(group.id, section);
@@ -163,13 +164,6 @@ TagButton* TagLibraryView::makeTagButton(const Tag& tag, QWidget* parent) {
     connect(button, &QAbstractButton::clicked, this, [this, tag] { flow_.handleTagTap(tag); });
     buttons_.emplace(tag.id, button);
     return button;
-}
-
-void TagLibraryView::toggleGroup(const std::string& id) {
-    flow_.expandedGroups.update([&](std::vector<std::string>& expanded) {
-        if (std::erase(expanded, id) == 0)
-            expanded.push_back(id);
-    });
 }
 
 void TagLibraryView::showExpanded() {

@@ -7,7 +7,7 @@
 
 #include "base/signal.h"
 
-#include "app/services.h"
+#include "app/marking/tag_panel_services.h"
 #include "core/records/annotation_records.h"
 
 class QVBoxLayout;
@@ -25,7 +25,7 @@ class TimeEventChip;
 class TagLibraryView final : public QWidget {
     Q_OBJECT
   public:
-    TagLibraryView(AppServices& services, MarkingFlow& flow, QWidget* parent = nullptr);
+    TagLibraryView(const TagPanelServices& services, MarkingFlow& flow, QWidget* parent = nullptr);
     ~TagLibraryView() override;
 
   private:
@@ -33,7 +33,6 @@ class TagLibraryView final : public QWidget {
     void addTimeEvents(QVBoxLayout* column);
     void addGroup(QVBoxLayout* column, const TagGroup& group);
     TagButton* makeTagButton(const Tag& tag, QWidget* parent);
-    void toggleGroup(const std::string& id);
     void showExpanded();
     void showCounts();
     void showIntervals();
@@ -41,7 +40,7 @@ class TagLibraryView final : public QWidget {
     void showTimeEvents();
     void showEditorMode();
 
-    AppServices& services_;
+    const TagPanelServices services_;
     MarkingFlow& flow_;
     CollectionLists shown_;
     bool eventsExpanded_ = true;

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "ports/player.h"
+#include "ports/texts.h"
 
 #include "app/playback/video_control_panel_view.h"
-#include "app/services.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {
@@ -18,10 +18,9 @@ constexpr double largeStep = 10.0;
 
 }  // namespace
 
-QWidget* makePlayerControlPanel(AppServices& services, QWidget* parent) {
-    VideoPlayerManager& player = services.player;
+QWidget* makePlayerControlPanel(VideoPlayerManager& player, const Texts& texts, QWidget* parent) {
     auto* panel = new VideoControlPanelView(
-        services.texts,
+        texts,
         {[&player] { player.seekBy(-largeStep); }, [&player] { player.seekBy(-smallStep); },
          [&player] { player.togglePlayPause(); }, [&player] { player.seekBy(smallStep); },
          [&player] { player.seekBy(largeStep); },

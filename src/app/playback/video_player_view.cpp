@@ -29,7 +29,7 @@ const char* textKey(const Error& error) {
 
 }  // namespace
 
-VideoPlayerView::VideoPlayerView(AppServices& services, QWidget* parent)
+VideoPlayerView::VideoPlayerView(const PlayerServices& services, QWidget* parent)
     : QWidget(parent), services_(services), failure_(new QLabel(this)) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -54,7 +54,7 @@ VideoPlayerView::VideoPlayerView(AppServices& services, QWidget* parent)
     auto* row = new QHBoxLayout(bar);
     row->setContentsMargins(theme::margin, theme::unit, theme::margin, theme::unit);
     row->addStretch(1);
-    row->addWidget(makePlayerControlPanel(services, bar));
+    row->addWidget(makePlayerControlPanel(services.player, services.texts, bar));
     row->addStretch(1);
     column->addWidget(bar);
 

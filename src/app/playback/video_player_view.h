@@ -6,7 +6,7 @@
 #include "base/result.h"
 #include "base/signal.h"
 
-#include "app/services.h"
+#include "app/playback/player_services.h"
 
 class QLabel;
 
@@ -17,12 +17,12 @@ namespace tembrix {
 class VideoPlayerView final : public QWidget {
     Q_OBJECT
   public:
-    explicit VideoPlayerView(AppServices& services, QWidget* parent = nullptr);
+    explicit VideoPlayerView(const PlayerServices& services, QWidget* parent = nullptr);
 
   private:
     void showFailure(const Error& error);
 
-    AppServices& services_;
+    const PlayerServices services_;
     QLabel* failure_;
     std::vector<Subscription> subscriptions_;
 };

@@ -43,8 +43,8 @@ bool pressFocusedButton(const QKeyEvent& event) {
 
 }  // namespace
 
-KeyMonitor::KeyMonitor(HotKeyManager& hotkeys, Translate translate)
-    : hotkeys_(hotkeys), translate_(std::move(translate)) {
+KeyMonitor::KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate translate)
+    : hotkeys_(std::move(hotkeys)), translate_(std::move(translate)) {
     qApp->installEventFilter(this);
 }
 
@@ -57,14 +57,16 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
         return false;
     const auto& native = static_cast<const QKeyEvent&>(*event);
     const KeyPress press = translate_(native);
+    HotKeyManager* hotkeys = hotkeys_();
+    const bool sheets = belongsToSheet(press, hotkeys && *hotkeys->isLabelHotkeyMode);
     if (asksForShortcuts) {
         // Shortcuts are looked up before the press itself comes: a hot key goes before them too.
-        if (belongsToSheet(press, *hotkeys_.isLabelHotkeyMode) || !hotkeys_.takes(press))
+        if (sheets || !hotkeys || !hotkeys->takes(press))
             return false;
         event->accept();
         return true;
     }
-    if (!belongsToSheet(press, *hotkeys_.isLabelHotkeyMode) && hotkeys_.handleKeyDown(press))
+    if (!sheets && hotkeys && hotkeys->handleKeyDown(press))
         return true;
     return pressFocusedButton(native);
 }

@@ -18,13 +18,14 @@ class KeyMonitor final : public QObject {
     // `translate` turns a native key event into the key tables' terms.
     using Translate = std::function<KeyPress(const QKeyEvent& event)>;
 
-    KeyMonitor(HotKeyManager& hotkeys, Translate translate);
+    // `hotkeys` gives those of the open project, null without one.
+    KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate translate);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    HotKeyManager& hotkeys_;
+    std::function<HotKeyManager*()> hotkeys_;
     Translate translate_;
 };
 

@@ -39,12 +39,14 @@ class QtWindowFactory::Shell final : public QWidget {
   public:
     explicit Shell(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
 
-    void setEndSubscriptions(std::function<void()> end) { endSubscriptions_ = std::move(end); }
+    void detach() { callbacks_ = {}; }
 
-    void detach() {
-        callbacks_ = {};
-        if (const auto end = std::exchange(endSubscriptions_, {}))
-            end();
+    // Destroys the content and the sheets on it. They use the project, which may end right after
+    // this window is closed; the empty window itself lives until its events are done.
+    void clear() {
+        const auto children = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        for (auto child = children.rbegin(); child != children.rend(); ++child)
+            delete *child;
     }
 
     void keyChanged(KeyState state) {
@@ -97,7 +99,6 @@ class QtWindowFactory::Shell final : public QWidget {
     }
 
     Callbacks callbacks_;
-    std::function<void()> endSubscriptions_;
     std::optional<QRect> frame_;      // that the window is to fill
     std::optional<QMargins> fitted_;  // the decoration that its contents leave free
 };
@@ -106,13 +107,13 @@ class QtWindowFactory::Handle final : public ProjectWindow {
   public:
     explicit Handle(Shell* shell) : shell_(shell) {}
 
-    // The window may be in the middle of its own close event, so it goes with the next turn of the
-    // loop.
+    // The window may be in the middle of its own close event, so it is deleted from the event loop.
     ~Handle() override {
         if (!shell_)
             return;
         shell_->detach();
         shell_->close();
+        shell_->clear();
         shell_->deleteLater();
     }
 
@@ -142,24 +143,21 @@ class QtWindowFactory::Handle final : public ProjectWindow {
     QPointer<Shell> shell_;
 };
 
-QtWindowFactory::QtWindowFactory(MakeContent makeContent) : makeContent_(std::move(makeContent)) {
+QtWindowFactory::QtWindowFactory() {
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &QtWindowFactory::followKeyboard);
 }
 
-std::unique_ptr<ProjectWindow> QtWindowFactory::make(WindowKind kind, const std::string& title,
+std::unique_ptr<ProjectWindow> QtWindowFactory::make(const WindowRow& row, const std::string& title,
                                                      Callbacks callbacks) {
-    static const std::map<WindowKind, const char*> names{{WindowKind::video, "video"},
-                                                         {WindowKind::control, "timelines"},
-                                                         {WindowKind::tagLibrary, "tagLibrary"}};
     auto* shell = new Shell(std::move(callbacks));
-    shell->setObjectName(QString::fromLatin1(names.at(kind)));
+    shell->setObjectName(QString::fromLatin1(row.titleKey));
     shell->setWindowTitle(QString::fromStdString(title));
     shell->setAccessibleName(shell->windowTitle());
     auto* layout = new QVBoxLayout(shell);
     layout->setContentsMargins(0, 0, 0, 0);
-    Content content = makeContent_(kind, shell);
-    layout->addWidget(content.view);
-    shell->setEndSubscriptions(std::move(content.endSubscriptions));
+    if (banner_)
+        layout->addWidget(banner_(shell));
+    layout->addWidget(makers_.at(row.kind)(shell), 1);
     return std::make_unique<Handle>(shell);
 }
 

@@ -4,9 +4,11 @@
 #include <QPointer>
 #include <functional>
 #include <map>
+#include <utility>
 
 #include "base/geometry.h"
 
+#include "core/shell/window_table.h"
 #include "core/shell/windows_manager.h"
 
 class QWidget;
@@ -14,21 +16,24 @@ class QWindow;
 
 namespace tembrix {
 
-// Makes the top-level windows of a project and follows which of them has the keyboard. What a
-// window holds comes from the composition root.
+// Makes top-level windows and follows which of them has the keyboard.
 class QtWindowFactory final : public QObject, public WindowFactory {
     Q_OBJECT
 
   public:
-    struct Content {
-        QWidget* view;
-        std::function<void()> endSubscriptions;  // may be empty
-    };
-    using MakeContent = std::function<Content(WindowKind kind, QWidget* parent)>;
+    using Maker = std::function<QWidget*(QWidget* parent)>;
+    using Makers = std::map<WindowKind, Maker>;
 
-    explicit QtWindowFactory(MakeContent makeContent);
+    QtWindowFactory();
 
-    std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
+    // What makes the contents of the windows, and what makes the banner that every window shows
+    // above its content, if any. Set once, before the first window is made.
+    void setMakers(Makers makers, Maker banner = {}) {
+        makers_ = std::move(makers);
+        banner_ = std::move(banner);
+    }
+
+    std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                         Callbacks callbacks) override;
     std::optional<Rect> mainScreenFrame() const override;
 
@@ -37,7 +42,8 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     class Handle;
     void followKeyboard(QWindow* focused);
 
-    MakeContent makeContent_;
+    Makers makers_;
+    Maker banner_;
     QPointer<Shell> keyShell_;
 };
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <mutex>
 #include <set>
 #include <utility>
 
@@ -13,6 +12,7 @@
 
 #include "ports/user_defaults.h"
 
+#include "core/collections/collection_index_list.h"
 #include "core/collections/duplicate_collections.h"
 #include "core/notifications/events.h"
 #include "core/records/codec.h"
@@ -30,83 +30,6 @@ std::string quoted(const CollectionInfo& info) {
 
 }  // namespace
 
-struct CollectionsBookmarksManager::Index {
-    Index(std::filesystem::path path, UserDefaults& values, Log& lines)
-        : file(std::move(path)), defaults(values), log(lines) {
-        const auto unsaved = defaults.data(layout::collectionsUnsavedKey);
-        auto list = unsaved ? decode<std::vector<CollectionInfo>>(*unsaved).optional()
-                            : std::optional<std::vector<CollectionInfo>>();
-        if (!list)
-            return;
-        cache = std::move(*list);
-        ahead = true;
-    }
-
-    const std::filesystem::path file;
-    UserDefaults& defaults;
-    Log& log;
-    std::mutex cacheLock;
-    std::vector<CollectionInfo> cache;
-    // The cache holds a change that the file lacks. Until it is written, an empty cache means that
-    // the last collection was removed, not that the file is still to be read.
-    bool ahead = false;
-    std::mutex writeLock;  // a later write never comes before an earlier one
-
-    bool isLoaded() const { return ahead || !cache.empty(); }
-
-    std::vector<CollectionInfo> read() const {
-        std::error_code ignored;
-        if (!std::filesystem::exists(file, ignored))
-            return {};
-        const auto bytes = readFile(file);
-        auto list = bytes ? decode<std::vector<CollectionInfo>>(*bytes)
-                          : Result<std::vector<CollectionInfo>>(bytes.error());
-        if (list)
-            return std::move(list).value();
-        log.line("❌ CollectionsBookmarks: Error loading collections - " + list.error().text);
-        return {};
-    }
-
-    // These three under the cache lock.
-    void loadIfEmpty() {
-        if (!isLoaded())
-            cache = read();
-    }
-    void setAhead() {
-        ahead = true;
-        if (const auto json = encode(cache))
-            defaults.setData(layout::collectionsUnsavedKey, *json);
-    }
-    void setWritten() {
-        ahead = false;
-        defaults.remove(layout::collectionsUnsavedKey);
-    }
-
-    bool write(const std::vector<CollectionInfo>& list) const {
-        const auto json = encode(list, JsonStyle::pretty);
-        const auto written = json ? replaceFile(file, *json) : Result<void>(json.error());
-        if (!written)
-            log.line("❌ CollectionsBookmarks: Error saving collections - " + written.error().text);
-        return written.ok();
-    }
-
-    void writeCache() {
-        const std::lock_guard writing(writeLock);
-        std::vector<CollectionInfo> list;
-        {
-            const std::lock_guard lock(cacheLock);
-            if (!ahead)  // written already, or the file was replaced meanwhile
-                return;
-            list = cache;
-        }
-        if (!write(list))
-            return;
-        const std::lock_guard lock(cacheLock);
-        if (cache == list)
-            setWritten();
-    }
-};
-
 CollectionsBookmarksManager::CollectionsBookmarksManager(InMemoryStorageManager& storage,
                                                          Bookmarks& bookmarks, Keychain& keychain,
                                                          Scheduler& scheduler, EventBus& events,
@@ -117,62 +40,70 @@ CollectionsBookmarksManager::CollectionsBookmarksManager(InMemoryStorageManager&
       scheduler_(scheduler),
       events_(events),
       log_(log),
-      index_(std::make_shared<Index>(storage.dataFolder() / layout::collectionIndexFile,
-                                     storage.userDefaults(), log)) {
+      index_(std::make_shared<CollectionIndexList>(
+          storage.dataFolder() / layout::collectionIndexFile, storage.userDefaults(), log)) {
     // A folder that cannot be made shows when the index is written.
     static_cast<void>(makeFolder(storage_.dataFolder()));
-    if (index_->ahead)
+    if (index_->hasUnsavedChange())
         changed();
 }
 
 CollectionsBookmarksManager::~CollectionsBookmarksManager() = default;
 
 std::filesystem::path CollectionsBookmarksManager::indexFile() const {
-    return index_->file;
+    return index_->file();
 }
 
 std::vector<CollectionInfo> CollectionsBookmarksManager::collections() {
-    {
-        const std::lock_guard lock(index_->cacheLock);
-        if (index_->isLoaded())
-            return index_->cache;
-    }
-    auto list = index_->read();
-    const std::lock_guard lock(index_->cacheLock);
-    if (!index_->ahead)  // a change that came while reading has loaded the list itself
-        index_->cache = std::move(list);
-    return index_->cache;
+    return index_->list();
+}
+
+std::optional<std::vector<CollectionInfo>> CollectionsBookmarksManager::secondCopy() const {
+    return index_->secondCopy();
 }
 
 void CollectionsBookmarksManager::addOrUpdateCollection(const std::string& id,
                                                         const std::string& name) {
-    {
-        const std::lock_guard lock(index_->cacheLock);
-        index_->loadIfEmpty();
-        auto& cache = index_->cache;
-        const auto found = std::find_if(cache.begin(), cache.end(),
+    index_->change([&](std::vector<CollectionInfo>& list) {
+        const auto found = std::find_if(list.begin(), list.end(),
                                         [&](const CollectionInfo& info) { return info.id == id; });
-        if (found != cache.end())
+        if (found != list.end())
             found->name = name;
         else
-            cache.push_back({id, name});
-        index_->setAhead();
-    }
+            list.push_back({id, name});
+        return true;
+    });
     changed();
 }
 
+void CollectionsBookmarksManager::replaceId(const std::string& id, const std::string& right) {
+    const bool found = index_->change([&](std::vector<CollectionInfo>& list) {
+        bool replaced = false;
+        for (auto& info : list)
+            if (info.id == id) {
+                info.id = right;
+                replaced = true;
+            }
+        return replaced;
+    });
+    if (found)
+        changed();
+}
+
 void CollectionsBookmarksManager::removeCollection(const std::string& id) {
-    {
-        const std::lock_guard lock(index_->cacheLock);
-        index_->loadIfEmpty();
-        if (std::erase_if(index_->cache,
-                          [&](const CollectionInfo& info) { return info.id == id; }) == 0) {
-            log_.line("⚠️ CollectionsBookmarks: Collection " + id + " not found in cache");
-            return;
-        }
-        index_->setAhead();
+    const bool removed = index_->change([&](std::vector<CollectionInfo>& list) {
+        return std::erase_if(list, [&](const CollectionInfo& info) { return info.id == id; }) > 0;
+    });
+    if (!removed) {
+        log_.line("⚠️ CollectionsBookmarks: Collection " + id + " not found in cache");
+        return;
     }
     log_.line("✅ CollectionsBookmarks: Removed collection " + id + " from cache");
+    changed();
+}
+
+void CollectionsBookmarksManager::rewriteIndex() {
+    index_->markUnsaved();
     changed();
 }
 
@@ -205,18 +136,19 @@ void CollectionsBookmarksManager::applicationWillTerminate() {
 
 void CollectionsBookmarksManager::flushNow() {
     pendingSave_ = false;
-    index_->writeCache();
+    index_->write();
 }
 
-void CollectionsBookmarksManager::rereadIndex() {
-    pendingSave_ = false;
-    const std::lock_guard lock(index_->cacheLock);
-    index_->cache.clear();
-    index_->setWritten();
+Result<void> CollectionsBookmarksManager::replaceIndexFile(
+    const std::function<Result<void>()>& replace) {
+    const auto replaced = index_->replaceFile(replace);
+    if (replaced)
+        pendingSave_ = false;
+    return replaced;
 }
 
 void CollectionsBookmarksManager::startWrite() {
-    scheduler_.background(Priority::utility, [index = index_] { index->writeCache(); });
+    scheduler_.background(Priority::utility, [index = index_] { index->write(); });
 }
 
 std::vector<CollectionBookmark> CollectionsBookmarksManager::loadBookmarks() {
@@ -300,6 +232,30 @@ void CollectionsBookmarksManager::migrateSavedCollections() {
               " collections from UserDefaults");
 }
 
+// One row per group of folders, then the collections that were saved moments ago and have their
+// folder only after the next flush.
+std::vector<CollectionInfo> CollectionsBookmarksManager::cleanedList(
+    const std::vector<CollectionInfo>& before,
+    const std::map<std::string, std::vector<CollectionFolder>>& groups) const {
+    std::map<std::string, std::string> names;
+    for (const auto& info : before)
+        names.insert_or_assign(info.id, info.name);
+    std::vector<CollectionInfo> list;
+    std::set<std::string> gone;  // folders that lost their name to the clean-up
+    for (const auto& [base, copies] : groups) {
+        const auto name = names.find(base);
+        list.push_back({base, name == names.end() ? base : name->second});
+        for (const auto& copy : copies)
+            if (copy.name != base)
+                gone.insert(copy.name);
+    }
+    for (const auto& info : before)
+        if (!groups.contains(info.id) && !gone.contains(info.id) &&
+            storage_.userDefaults().data(layout::collectionKey(info.id)))
+            list.push_back(info);
+    return list;
+}
+
 void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
     const std::string success = "✅ CollectionsBookmarks: ";
     const auto markDone = [&] { keychain_.set(toBytes(done), layout::collectionsDeduplicatedKey); };
@@ -330,36 +286,14 @@ void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
     keepOneWorkingCopyPerGroup(storage_.userDefaults(), groups, log_);
     keepOnePerGroup(parent, groups, log_);
 
-    std::vector<CollectionInfo> list;
-    {
-        const std::lock_guard writing(index_->writeLock);
-        const std::lock_guard lock(index_->cacheLock);
-        index_->loadIfEmpty();
-        std::map<std::string, std::string> names;
-        for (const auto& info : index_->cache)
-            names.insert_or_assign(info.id, info.name);
-        std::set<std::string> gone;  // folders that lost their name to the clean-up
-        for (const auto& [base, copies] : groups) {
-            const auto name = names.find(base);
-            list.push_back({base, name == names.end() ? base : name->second});
-            for (const auto& copy : copies)
-                if (copy.name != base)
-                    gone.insert(copy.name);
-        }
-        // A collection that was saved moments ago has its folder only after the next flush.
-        for (const auto& info : index_->cache)
-            if (!groups.contains(info.id) && !gone.contains(info.id) &&
-                storage_.userDefaults().data(layout::collectionKey(info.id)))
-                list.push_back(info);
-        // The cached list follows, or the next change would write the old ids back.
-        index_->cache = list;
-        if (index_->write(list))
-            index_->setWritten();
-        else
-            index_->setAhead();
-    }
+    std::size_t count = 0;
+    // The list in memory changes with the file, or the next change would write the old ids back.
+    index_->changeAndWrite([&](std::vector<CollectionInfo>& list) {
+        list = cleanedList(list, groups);
+        count = list.size();
+    });
     markDone();
-    log_.line(success + "Updated CollectionsBookmarks.json with " + std::to_string(list.size()) +
+    log_.line(success + "Updated CollectionsBookmarks.json with " + std::to_string(count) +
               " collections");
     log_.line(success + "Deduplication completed and marked as done");
     scheduler_.onMain([&events = events_] { events.post(events::CollectionDataChanged{}); });

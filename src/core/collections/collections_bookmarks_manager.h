@@ -2,12 +2,15 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "base/log.h"
+#include "base/result.h"
 
 #include "ports/bookmarks.h"
 #include "ports/keychain.h"
@@ -20,8 +23,11 @@
 
 namespace tembrix {
 
+class CollectionIndexList;
+struct CollectionFolder;
+
 // The index of user collections: which exist, under which id and display name. Kept in one small
-// file and saved in bursts. Safe from any thread, except where told otherwise.
+// file and saved in bursts. Safe from any thread.
 class CollectionsBookmarksManager final : public CollectionIndexStorage {
   public:
     static constexpr double saveDelay = 2.0;
@@ -45,18 +51,26 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
 
     // Writes a pending change on the calling thread; for the backup. Any thread.
     void flushNow();
-    // Forgets the cached list, because the file was replaced from outside. Any thread.
-    void rereadIndex();
+    // Runs an operation that replaces or removes the index file; the list is read again when it is
+    // next needed. Any thread.
+    Result<void> replaceIndexFile(const std::function<Result<void>()>& replace);
+    // Writes the list again although nothing changed, because the file is lost or damaged.
+    void rewriteIndex();
+    // Gives a collection that is listed under a damaged id its right one.
+    void replaceId(const std::string& id, const std::string& right);
+    // The list that the file was last written with; absent if unknown.
+    std::optional<std::vector<CollectionInfo>> secondCopy() const;
 
     std::filesystem::path indexFile() const;
 
   private:
-    struct Index;  // the cached list and its file, which a background write shares
-
     void changed();
     void armTimer();
     void startWrite();
     std::optional<CollectionBookmark> makeBookmark(const CollectionInfo& info) const;
+    std::vector<CollectionInfo> cleanedList(
+        const std::vector<CollectionInfo>& before,
+        const std::map<std::string, std::vector<CollectionFolder>>& groups) const;
 
     InMemoryStorageManager& storage_;
     Bookmarks& bookmarks_;
@@ -64,7 +78,7 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     Scheduler& scheduler_;
     EventBus& events_;
     Log& log_;
-    std::shared_ptr<Index> index_;
+    std::shared_ptr<CollectionIndexList> index_;  // shared with background writes
     std::atomic<bool> pendingSave_ = false;
     std::unique_ptr<Timer> saveTimer_;  // main thread only
     std::shared_ptr<int> alive_ = std::make_shared<int>();

@@ -110,6 +110,7 @@ void TagLibraryManager::restoreLastSelectedCollection() {
         CustomCollectionManager collection(services_);
         if (collection.loadCollection(*name)) {
             activate(TagCollection::user(*name), collection.lists());
+            activeId_ = collection.collectionID();
             rebuildHotkeys();
             selectedStandardCollectionName.set(*name);
             return;
@@ -173,6 +174,7 @@ void TagLibraryManager::selectUserCollection(const std::string& name) {
 void TagLibraryManager::switchToUserCollection(const std::string& name,
                                                const CollectionLists& lists) {
     activate(TagCollection::user(name), lists);
+    activeId_ = idOfUserCollection(name);
     rebuildHotkeys();
     selectedStandardCollectionName.set(name);
     services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
@@ -214,7 +216,7 @@ std::optional<CollectionLists> TagLibraryManager::collectionData(const std::stri
 
 void TagLibraryManager::loadAllCollections() {
     collectionLoadingQueue_->async([this, shared = shared_, &services = services_,
-                                    standard = *standardCollections,
+                                    standard = *standardCollections, saves = activeSaves_,
                                     alive = std::weak_ptr(alive_)] {
         const std::shared_lock running(shared->running);
         if (shared->stopped)
@@ -255,11 +257,17 @@ void TagLibraryManager::loadAllCollections() {
         for (const auto& collection : standard)
             addCollection(all, places, collection.lists);
         services.scheduler.onMain(
-            [this, alive, all = std::move(all), places = std::move(places)]() mutable {
+            [this, alive, saves, all = std::move(all), places = std::move(places)]() mutable {
                 if (alive.expired())
                     return;
+                if (saves != activeSaves_)  // since the load began; it may have read the old lists
+                    putCollection(all, places, *active);
                 places_ = std::move(places);
                 merged.set(std::move(all));
+                if (std::exchange(changedWhileReloading_, false)) {
+                    loadAllCollections();
+                    return;
+                }
                 isReloadingCollections_ = false;
                 services_.log.line(
                     "✅ TagLibraryManager: Finished loading all collections - total "
@@ -276,13 +284,44 @@ void TagLibraryManager::handleTagUpdated(const events::TagUpdated& event) {
         refreshAllLists();
 }
 
+std::string TagLibraryManager::idOfUserCollection(const std::string& name) {
+    for (const auto& info : services_.index.collections())
+        if (info.name == name)
+            return info.id;
+    return {};
+}
+
+void TagLibraryManager::followIndex() {
+    if (!currentCollectionType->isUser() || activeId_.empty())
+        return;
+    const auto infos = services_.index.collections();
+    const auto found = std::find_if(infos.begin(), infos.end(), [&](const CollectionInfo& info) {
+        return info.id == activeId_;
+    });
+    if (found == infos.end()) {
+        restoreLastSelectedCollection();
+        return;
+    }
+    const std::string name = found->name;
+    if (name == currentCollectionType->name)
+        return;
+    ++switches_;
+    shared_->drop(currentCollectionType->name);
+    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
+    currentCollectionType.set(TagCollection::user(name));
+    selectedStandardCollectionName.set(name);
+}
+
 void TagLibraryManager::handleCollectionDataChanged(const events::CollectionDataChanged& event) {
+    followIndex();
     if (event.collectionName) {
         const auto& name = *event.collectionName;
         shared_->drop(name);
         const auto lists = collectionData(name);
         if (lists && *currentCollectionType == TagCollection::user(name))
             refreshActiveCollection(name, *lists);
+        // A load under way may have read what this save replaced.
+        changedWhileReloading_ = isReloadingCollections_;
         return;
     }
     shared_->clear();
@@ -291,8 +330,10 @@ void TagLibraryManager::handleCollectionDataChanged(const events::CollectionData
         if (const auto lists = collectionData(name))
             refreshActiveCollection(name, *lists);
     }
-    if (isReloadingCollections_)
+    if (isReloadingCollections_) {
+        changedWhileReloading_ = true;
         return;
+    }
     isReloadingCollections_ = true;
     services_.events.post(events::CollectionsLoadingStarted{});
     loadAllCollections();
@@ -301,6 +342,7 @@ void TagLibraryManager::handleCollectionDataChanged(const events::CollectionData
 void TagLibraryManager::refreshActiveCollection(const std::string& name,
                                                 const CollectionLists& lists) {
     activate(TagCollection::user(name), lists);
+    ++activeSaves_;
     rebuildHotkeys();
     services_.events.post(events::CurrentCollectionRefreshed{});
 }

@@ -74,6 +74,9 @@ class TagLibraryManager {
     void switchToUserCollection(const std::string& name, const CollectionLists& lists);
     void refreshActiveCollection(const std::string& name, const CollectionLists& lists);
     void activateNothing();
+    std::string idOfUserCollection(const std::string& name);
+    // Follows a rename or the removal of the active collection.
+    void followIndex();
     void refreshMerged();
     void loadAllCollections();
 
@@ -85,7 +88,10 @@ class TagLibraryManager {
     std::shared_ptr<SerialQueue> collectionLoadingQueue_;
     RecordPlaces places_;  // in the merged lists
     bool isReloadingCollections_ = false;
-    int switches_ = 0;  // a collection that was read too late gives way to a later choice
+    bool changedWhileReloading_ = false;  // what is being loaded is out of date already
+    std::string activeId_;                // of an active user collection
+    int activeSaves_ = 0;  // how often the active collection was read again after a save
+    int switches_ = 0;     // a collection that was read too late gives way to a later choice
     Subscription tagUpdated_;
     Subscription collectionDataChanged_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();

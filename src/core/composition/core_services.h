@@ -1,42 +1,42 @@
 #pragma once
 
+#include "ports/platform.h"
+
 #include "core/collections/collections_bookmarks_manager.h"
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/tag_library_manager.h"
-#include "core/composition/platform.h"
-#include "core/export/export_services.h"
-#include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
-#include "core/playback/video_player_manager.h"
 #include "core/safety/data_sync_manager.h"
+#include "core/shell/project.h"
+#include "core/shell/start_up.h"
+#include "core/shell/windows_manager.h"
 #include "core/storage/in_memory_storage_manager.h"
+#include "core/storage/storage_health.h"
 #include "core/storage/video_files_manager.h"
 #include "core/storage/videos_preview_manager.h"
-#include "core/timeline/markup_mode_store.h"
-#include "core/timeline/timeline_data_manager.h"
-#include "core/timeline/timeline_history.h"
 
 namespace tembrix {
 
-// The one place where the services of the core are made and connected. Each member needs only
-// members above it. The program, the tests, the benchmarks and the demo tour all work with one of
-// these; they differ in the platform. Main thread only.
+// The one place where the services of the process are made and connected. Each member needs only
+// members above it. What belongs to an open video is in Project, which `windows` makes. The
+// program, the tests, the benchmarks and the demo tour all work with one of these; they differ in
+// the platform. Main thread only.
 class CoreServices {
   public:
     // Makes and connects the services. Nothing is read yet.
-    explicit CoreServices(const Platform& platform);
+    CoreServices(const Platform& platform, WindowFactory& windowFactory);
     ~CoreServices();
     CoreServices(const CoreServices&) = delete;
     CoreServices& operator=(const CoreServices&) = delete;
 
-    // The start of the program, once: synchronizes with the backup in the background, then reads
-    // the library and the collections.
+    // The start of the program, once, in the stages of StartUp.
     void start();
 
     const Platform platform;
     EventBus events;
     FocusStateManager focus;
+    StorageHealth health;
     InMemoryStorageManager storage;
     CollectionsBookmarksManager index;
     DataSyncManager dataSync;
@@ -44,12 +44,9 @@ class CoreServices {
     VideosPreviewManager previews;
     CollectionServices collections;
     TagLibraryManager tagLibrary;
-    MarkupModeStore markupModes;
-    TimelineDataManager timeline;
-    TimelineHistory history;
-    VideoPlayerManager player;
-    HotKeyManager hotkeys;
-    ExportServices exports;
+    const ProjectServices projectServices;
+    WindowsManager windows;
+    StartUp startUp;
 };
 
 }  // namespace tembrix

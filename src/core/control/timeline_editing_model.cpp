@@ -143,12 +143,12 @@ void TimelineEditingModel::clickStamp(const Uuid& line, const Uuid& stamp) {
     cursor.set({line, stamp});
     dragSeek_.drop();
     playhead_.seek(clicked.timeStartSeconds);
-    timeline_.selectedStampID.set(stamp);
+    timeline_.selectStamp(stamp);
     playhead_.play();
 }
 
 void TimelineEditingModel::clickBackground() {
-    timeline_.selectedStampID.set({});
+    timeline_.selectStamp(std::nullopt);
 }
 
 void TimelineEditingModel::seekTo(double x, const TimelineAxis& axis) {
@@ -158,7 +158,7 @@ void TimelineEditingModel::seekTo(double x, const TimelineAxis& axis) {
 void TimelineEditingModel::removeStamp(const Uuid& line, const Uuid& stamp) {
     timeline_.removeStamp(line, stamp);
     if (*timeline_.selectedStampID == stamp)
-        timeline_.selectedStampID.set({});
+        timeline_.selectStamp(std::nullopt);
 }
 
 void TimelineEditingModel::beginResize(const Uuid& line, const Uuid& stamp, ResizeEdge edge,

@@ -81,7 +81,7 @@ void ExportRun::exportCuts(ExportSnapshot snapshot) {
     const auto shared = std::make_shared<ExportSnapshot>(std::move(snapshot));
     work_.run(
         Priority::userInitiated,
-        [shared, &services = services_]() -> Result<Prepared> {
+        [shared, services = services_]() -> Result<Prepared> {
             auto folder = RunFolder::make(services.directories.temporary);
             if (!folder)
                 return folder.error();
@@ -140,7 +140,7 @@ void ExportRun::pack(const std::vector<fs::path>& clips) {
     state_ = ExportState::packing;
     work_.run(
         Priority::userInitiated,
-        [clips, archive = folder_->path() / words_.defaultName, &services = services_,
+        [clips, archive = folder_->path() / words_.defaultName, services = services_,
          stop = stop_.get_token()] {
             auto packed = packArchive(archive, clips, services.processes, services.texts, stop);
             std::error_code ignored;
@@ -169,7 +169,7 @@ void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
     work_.run(
         Priority::userInitiated,
         [drawings = std::move(drawings), drawingsFolder = std::move(drawingsFolder),
-         name = words_.defaultName, &services = services_,
+         name = words_.defaultName, services = services_,
          stop = stop_.get_token()]() -> Result<Packed> {
             auto folder = RunFolder::make(services.directories.temporary);
             if (!folder)

@@ -19,7 +19,9 @@ class TagLibraryManager;
 class TimelineDataManager;
 class VideoPlayerManager;
 
-// What exports work with. One set serves the process and outlives every run.
+// What the exports of a project work with. Background work uses a copy, since it can outlast the
+// project by a moment; what it refers to then, apart from the player and the timelines, belongs to
+// the process.
 struct ExportServices {
     VideoPlayerManager& videoManager;
     TimelineDataManager& timelineData;

@@ -1,6 +1,7 @@
 #include "core/keyboard/hot_key_manager.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/notifications/events.h"
 
@@ -64,6 +65,17 @@ void HotKeyManager::clearHotkeys() {
     labelHotkeysOfTags_.clear();
 }
 
+void HotKeyManager::beginLabelChoice(std::optional<std::string> tagId) {
+    labelHotkeyTag_ = std::move(tagId);
+    isLabelHotkeyMode.set(true);
+}
+
+void HotKeyManager::endLabelChoice() {
+    labelHotkeyTag_.reset();
+    isLabelHotkeyMode.set(false);
+    hotKeySelectedLabelId.set(std::nullopt);
+}
+
 bool HotKeyManager::handleKeyDown(const KeyPress& press) {
     const Meaning meaning = meaningOf(press);
     if (meaning)
@@ -72,8 +84,6 @@ bool HotKeyManager::handleKeyDown(const KeyPress& press) {
 }
 
 HotKeyManager::Meaning HotKeyManager::meaningOf(const KeyPress& press) {
-    if (!monitoring_)
-        return nullptr;
     if (isEditorModeActive_ && !isEditingTextBox_)
         if (auto meaning = editorMeaningOf(press))
             return meaning;
@@ -135,11 +145,13 @@ HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
     const auto found = find(registeredHotkeys_, press);
     if (!found)
         return nullptr;
-    // Two turns of the main queue later, after everything that this very press has set off.
-    return [&scheduler = scheduler_, &events = events_, tag = *found] {
-        scheduler.onMain([&scheduler, &events, tag] {
-            scheduler.onMain([&events, tag] { events.post(events::ShowLabelSheet{tag}); });
-        });
+    // Two turns of the main queue later, after everything that this very press has caused, and only
+    // if the project is still open then.
+    return [this, tag = *found] {
+        scheduler_.onMain(lifetime_.guard([this, tag] {
+            scheduler_.onMain(
+                lifetime_.guard([this, tag] { events_.post(events::ShowLabelSheet{tag}); }));
+        }));
     };
 }
 

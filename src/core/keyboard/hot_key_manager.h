@@ -11,6 +11,7 @@
 
 #include "ports/scheduler.h"
 
+#include "core/background/lifetime.h"
 #include "core/keyboard/hot_key_codes.h"
 #include "core/keyboard/hotkey_registry.h"
 #include "core/keyboard/key_transport.h"
@@ -21,9 +22,10 @@
 
 namespace tembrix {
 
-// The one place where key presses are looked at before any view gets them. Turns a press into a tag
-// press, a label pick, a transport command or an editor command, and holds back when something else
-// has the keyboard. Main thread only.
+// Turns the key presses of an open project into a tag press, the choice of a label, a transport
+// command or an editor command, and does nothing while something else uses the keyboard. Presses
+// reach it before any view. It belongs to the project, and with it all that blocks or redirects
+// keys. Main thread only.
 class HotKeyManager final : public HotkeyRegistry {
   public:
     static constexpr double seekStep = 3.0;  // seconds
@@ -42,12 +44,10 @@ class HotKeyManager final : public HotkeyRegistry {
     void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) override;
     void clearHotkeys();
 
-    // The tag whose labels are being chosen: its own label hot keys come before those of other
-    // tags, which may use the same keys.
-    void setLabelHotkeyTag(std::optional<std::string> tagId) { labelHotkeyTag_ = std::move(tagId); }
-
-    void startMonitoring() { monitoring_ = true; }
-    void stopMonitoring() { monitoring_ = false; }
+    // While labels are chosen, keys choose labels and no tags. The label hot keys of the given tag
+    // come before those of other tags, which may use the same keys.
+    void beginLabelChoice(std::optional<std::string> tagId);
+    void endLabelChoice();
 
     // The monitor's handler. True swallows the press, false lets it go on to the views.
     bool handleKeyDown(const KeyPress& press);
@@ -78,7 +78,6 @@ class HotKeyManager final : public HotkeyRegistry {
     FocusStateManager& focus_;
     KeyTransport& transport_;
     const KeyWindows* windows_ = nullptr;
-    bool monitoring_ = true;
     bool isEditorModeActive_ = false;
     bool isEditingTextBox_ = false;
     TagCollection activeCollection_;
@@ -87,6 +86,7 @@ class HotKeyManager final : public HotkeyRegistry {
     std::map<std::string, std::map<std::string, std::string>> labelHotkeysOfTags_;  // key to label
     std::optional<std::string> labelHotkeyTag_;
     std::vector<Subscription> subscriptions_;
+    Lifetime lifetime_;
 };
 
 // Whether a hot key is taken, by exact text, for the warnings of an editor.

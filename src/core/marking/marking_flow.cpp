@@ -115,6 +115,13 @@ void MarkingFlow::handleTimeEventTap(const std::string& id) {
         tagLibrary_.toggleTimeEvent(id);
 }
 
+void MarkingFlow::toggleGroup(const std::string& id) {
+    expandedGroups.update([&](std::vector<std::string>& expanded) {
+        if (std::erase(expanded, id) == 0)
+            expanded.push_back(id);
+    });
+}
+
 void MarkingFlow::press(const Tag& tag, bool fromMouse) {
     if (!tag.isInterval.value_or(false)) {
         pausePlayer();

@@ -74,6 +74,7 @@ class MarkingFlow {
     void handleTagTap(const Tag& tag);     // the mouse
     void handleTagHotkey(const Tag& tag);  // the keyboard
     void handleTimeEventTap(const std::string& id);
+    void toggleGroup(const std::string& id);  // folds or unfolds it
 
     // What the label sheet shows, decided when it appears.
     enum class SheetContent { noTimeline, addingTag, selection };

@@ -72,8 +72,7 @@ StampItemsSelection::StampItemsSelection(Arguments arguments, const TagLibraryMa
             section.items.push_back({event.id, event.name, std::nullopt});
         sections_.push_back(std::move(section));
     }
-    hotkeys_.setLabelHotkeyTag(arguments_.tag ? std::optional(arguments_.tag->id) : std::nullopt);
-    hotkeys_.isLabelHotkeyMode.set(true);
+    hotkeys_.beginLabelChoice(arguments_.tag ? std::optional(arguments_.tag->id) : std::nullopt);
     labelHotkeyPressed_ =
         events.observe<events::LabelHotkeyPressed>([this](const events::LabelHotkeyPressed& event) {
             if (arguments_.sheetType == StampEditSheetType::lables && arguments_.tag &&
@@ -83,9 +82,7 @@ StampItemsSelection::StampItemsSelection(Arguments arguments, const TagLibraryMa
 }
 
 StampItemsSelection::~StampItemsSelection() {
-    hotkeys_.isLabelHotkeyMode.set(false);
-    hotkeys_.setLabelHotkeyTag(std::nullopt);
-    hotkeys_.hotKeySelectedLabelId.set(std::nullopt);
+    hotkeys_.endLabelChoice();
 }
 
 void StampItemsSelection::toggle(const std::string& id) {

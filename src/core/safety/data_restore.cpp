@@ -1,6 +1,8 @@
-// The way back: restoring the working data from the backup, and deleting both.
+// Restores of the working data, from the backup or from what an earlier restore replaced, and the
+// deletion of all data.
 
 #include <map>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -11,11 +13,14 @@
 
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
-#include "core/records/orphaned_timeline.h"
 #include "core/records/timeline_records.h"
+#include "core/records/video_records.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/safety/folder_copy.h"
+#include "core/safety/timeline_document.h"
+#include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/video_list_store.h"
 
 namespace tembrix {
 
@@ -23,47 +28,144 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A backup file as a timeline document, whichever of the two forms it has.
-Result<TimelineLines> timelineDocument(const Bytes& file) {
-    if (auto record = decode<OrphanedTimeline>(file))
-        return record->timelines;
-    return decode<TimelineLines>(file);
+// Calls back for each entry of a folder that can be listed.
+template <class Visit>
+Result<void> forEachEntry(const fs::path& folder, const Visit& visit) {
+    std::error_code failure;
+    Result<void> outcome;
+    for (auto entry = fs::directory_iterator(folder, failure);
+         outcome && !failure && entry != fs::directory_iterator(); entry.increment(failure))
+        outcome = visit(*entry);
+    if (outcome && failure)
+        return Error{"file", failure.value(), failure.message()};
+    return outcome;
+}
+
+// Makes a folder beside the target, lets `fill` write its content and puts it in the target's
+// place; the old content is moved to `kept`.
+template <class Fill>
+Result<void> replaceFolder(const fs::path& target, const fs::path& kept, const Fill& fill) {
+    finishReplacing(target, kept);
+    const fs::path staging = stagingPlace(target);
+    Result<void> outcome = makeFolder(staging);
+    if (outcome)
+        outcome = fill(staging);
+    if (outcome)
+        outcome = syncTree(staging);
+    if (outcome)
+        outcome = moveIntoPlace(staging, target, kept);
+    if (!outcome) {
+        std::error_code ignored;
+        fs::remove_all(staging, ignored);
+    }
+    return outcome;
 }
 
 }  // namespace
 
 void DataSyncManager::restoreFromBackup() {
     const std::lock_guard lock(operation_);
+    services_.storage.flushNow();  // what is kept of the documents is their newest state
     const auto still = services_.storage.holdFlush();
+    restoreFrom(backupRoot(), replaced_.begin());
+}
+
+void DataSyncManager::restoreFrom(const fs::path& root, const fs::path& kept,
+                                  const std::function<void()>& beforeDefaults) {
     log("📥 DataSync: Restoring data from backup");
-    restoreFolder(layout::collectionsFolder);
-    restoreFolder(layout::playFieldsFolder);
-    restoreTimelines();
-    restoreIndex();
-    restoreUserDefaults();
+    services_.storage.forgetWritten();
+    restoreCollections(root, kept);
+    restorePlayFields(root, kept);
+    restoreTimelines(root, kept);
+    restoreIndex(root, kept);
+    if (beforeDefaults)
+        beforeDefaults();
+    repairIndexIds(true);
+    restoreUserDefaults(root, kept);
+    replaced_.finish();
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
     log("✅ DataSync: Data restored from backup");
 }
 
-void DataSyncManager::restoreFolder(const std::string& name) {
-    const fs::path source = backupRoot() / layout::dataFolder / name;
+// A folder of the backup that cannot be read does not replace a working one.
+void DataSyncManager::restoreCollections(const fs::path& root, const fs::path& kept) {
+    const fs::path source = root / layout::dataFolder / layout::collectionsFolder;
     if (!holdsSomething(source)) {  // the folders themselves are always made
-        log("⚠️ DataSync: " + name + " backup not found");
+        log("⚠️ DataSync: Collections backup not found");
         return;
     }
-    if (const auto copied = replaceByCopy(source, documentsFolder() / name, CopyOf::folder); copied)
-        log("✅ DataSync: " + name + " restored from backup");
+    const fs::path target = services_.storage.collectionsFolder();
+    const auto outcome = replaceFolder(
+        target, kept / layout::dataFolder / layout::collectionsFolder, [&](const fs::path& made) {
+            return forEachEntry(source, [&](const fs::directory_entry& entry) -> Result<void> {
+                std::error_code ignored;
+                const fs::path name = entry.path().filename();
+                if (!entry.is_directory(ignored) || entry.is_symlink(ignored))
+                    return {};
+                const bool useWorking =
+                    !CollectionFiles(entry.path()).isWhole() && isThere(target / name);
+                if (useWorking)
+                    log("⚠️ DataSync: Collection not restored, its copy cannot be read: " +
+                        pathText(name));
+                return copyInto(useWorking ? target / name : entry.path(), made / name);
+            });
+        });
+    if (outcome)
+        log("✅ DataSync: Collections restored from backup");
     else
-        log("❌ DataSync: Error restoring " +
-            (name == layout::collectionsFolder ? "collections" : name) + " - " +
-            copied.error().text);
+        log("❌ DataSync: Error restoring collections - " + outcome.error().text);
 }
 
-// One that cannot be read must not replace the names that are here.
-void DataSyncManager::restoreIndex() {
-    const fs::path source = backupRoot() / layout::collectionIndexFile;
+void DataSyncManager::restorePlayFields(const fs::path& root, const fs::path& kept) {
+    const fs::path folder = fs::path(layout::dataFolder) / layout::playFieldsFolder;
+    if (!holdsSomething(root / folder)) {
+        log("⚠️ DataSync: PlayFields backup not found");
+        return;
+    }
+    if (const auto copied =
+            replaceByCopy(root / folder, documentsFolder() / layout::playFieldsFolder,
+                          CopyOf::folder, kept / folder);
+        copied)
+        log("✅ DataSync: PlayFields restored from backup");
+    else
+        log("❌ DataSync: Error restoring PlayFields - " + copied.error().text);
+}
+
+// The backup has a record per video; the working folder has plain timeline documents. A record that
+// cannot be read does not replace a working document.
+void DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kept) {
+    const fs::path source = root / layout::timelinesFolder;
+    if (!holdsSomething(source)) {
+        log("⚠️ DataSync: Timelines backup not found");
+        return;
+    }
+    const fs::path target = services_.storage.timelinesFolder();
+    const auto outcome =
+        replaceFolder(target, kept / layout::timelinesFolder, [&](const fs::path& made) {
+            return forEachEntry(source, [&](const fs::directory_entry& entry) -> Result<void> {
+                const fs::path name = entry.path().filename();
+                if (name.extension() != layout::recordExtension)
+                    return {};
+                const auto lines = readTimelineDocument(entry.path());
+                const auto document = lines ? encode(*lines) : Result<Bytes>(lines.error());
+                if (document)
+                    return replaceFile(made / name, *document);
+                log("❌ DataSync: Error restoring timelines - " + document.error().text);
+                return isThere(target / name) ? copyInto(target / name, made / name)
+                                              : Result<void>();
+            });
+        });
+    if (outcome)
+        log("✅ DataSync: Timelines restored from backup");
+    else
+        log("❌ DataSync: Error restoring timelines - " + outcome.error().text);
+}
+
+// An index that cannot be read does not replace the names that are here.
+void DataSyncManager::restoreIndex(const fs::path& root, const fs::path& kept) {
+    const fs::path source = root / layout::collectionIndexFile;
     if (!isThere(source)) {
         log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
         return;
@@ -71,59 +173,21 @@ void DataSyncManager::restoreIndex() {
     const auto file = readFile(source);
     const auto list = file ? decode<std::vector<CollectionInfo>>(*file)
                            : Result<std::vector<CollectionInfo>>(file.error());
-    const auto copied = list ? replaceByCopy(source, services_.index.indexFile(), CopyOf::file)
+    const auto copied = list ? services_.index.replaceIndexFile([&] {
+        return replaceByCopy(source, services_.index.indexFile(), CopyOf::file,
+                             kept / layout::collectionIndexFile);
+    })
                              : Result<void>(list.error());
-    if (!copied) {
+    if (copied)
+        log("✅ DataSync: CollectionsBookmarks.json restored from backup");
+    else
         log("❌ DataSync: Error restoring CollectionsBookmarks.json - " + copied.error().text);
-        return;
-    }
-    services_.index.rereadIndex();
-    log("✅ DataSync: CollectionsBookmarks.json restored from backup");
 }
 
-// The backup holds a record per video; the working folder holds plain timeline documents.
-void DataSyncManager::restoreTimelines() {
-    const fs::path source = backupTimelinesFolder();
-    if (!holdsSomething(source)) {
-        log("⚠️ DataSync: Timelines backup not found");
-        return;
-    }
-    const fs::path target = services_.storage.timelinesFolder();
-    finishReplacing(target);
-    const fs::path staging = stagingPlace(target);
-    Result<void> outcome = makeFolder(staging);
-    std::error_code failure;
-    for (auto entry = fs::directory_iterator(source, failure);
-         outcome && !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        if (entry->path().extension() != layout::recordExtension)
-            continue;
-        const auto file = readFile(entry->path());
-        const auto lines = file ? timelineDocument(*file) : Result<TimelineLines>(file.error());
-        const auto document = lines ? encode(*lines) : Result<Bytes>(lines.error());
-        if (!document) {
-            // One broken record costs itself, not the others.
-            log("❌ DataSync: Error restoring timelines - " + document.error().text);
-            continue;
-        }
-        outcome = replaceFile(staging / entry->path().filename(), *document);
-    }
-    if (failure)
-        outcome = Error{"file", failure.value(), failure.message()};
-    if (outcome)
-        outcome = moveIntoPlace(staging, target);
-    if (outcome) {
-        log("✅ DataSync: Timelines restored from backup");
-        return;
-    }
-    std::error_code ignored;
-    fs::remove_all(staging, ignored);
-    log("❌ DataSync: Error restoring timelines - " + outcome.error().text);
-}
-
-void DataSyncManager::restoreUserDefaults() {
+void DataSyncManager::restoreUserDefaults(const fs::path& root, const fs::path& kept) {
     std::map<std::string, Bytes> values;
     std::string outcome = "⚠️ DataSync: UserDefaults backup not found";
-    const fs::path file = backupRoot() / layout::defaultsBackupFile;
+    const fs::path file = root / layout::defaultsBackupFile;
     if (isThere(file)) {
         const auto bytes = readFile(file);
         auto list = bytes ? services_.propertyLists.decode(*bytes)
@@ -133,17 +197,87 @@ void DataSyncManager::restoreUserDefaults() {
         if (list)
             values = std::move(list).value();
     }
+    const auto videos = values.find(layout::videosDataKey);
+    if (videos != values.end() && !decode<std::vector<VideosData>>(videos->second)) {
+        outcome = "❌ DataSync: Error restoring UserDefaults - the list of videos is damaged";
+        values.erase(videos);
+    }
     replaceDefaults([&] {
+        std::map<std::string, Bytes> before;
         for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
-            if (const auto found = values.find(key); found != values.end())
+            const auto found = values.find(key);
+            if (found == values.end())
+                continue;
+            if (auto present = services_.defaults.data(key); present && *present != found->second)
+                before[key] = std::move(*present);
+            if (std::string_view(key) == layout::videosDataKey)
+                storeVideoList(services_.defaults, found->second);
+            else
                 services_.defaults.setData(key, found->second);
         }
+        const auto list = services_.propertyLists.encode(before);
+        if (!before.empty() && list && makeFolder(kept))
+            (void)replaceFile(kept / layout::defaultsBackupFile, *list);
     });
     log(outcome);
 }
 
+void DataSyncManager::bringBack(const std::string& replacedState) {
+    const fs::path source = replaced_.folder(replacedState);
+    if (!isFileName(replacedState) || !isThere(source))
+        return;
+    const std::lock_guard lock(operation_);
+    services_.storage.flushNow();
+    const auto still = services_.storage.holdFlush();
+    const fs::path kept = replaced_.begin();
+    restoreFrom(source, kept, [&] {
+        (void)forEachEntry(source / layout::timelinesFolder, [&](const fs::directory_entry& entry) {
+            putTimelineInForce(entry.path(), kept);
+            return Result<void>();
+        });
+        (void)forEachEntry(source / layout::dataFolder / layout::collectionsFolder,
+                           [&](const fs::directory_entry& entry) {
+                               putCollectionInForce(pathText(entry.path().filename()), entry.path(),
+                                                    kept);
+                               return Result<void>();
+                           });
+    });
+}
+
+// The document is in place already; the working copy that would be read before it goes to the
+// state that is kept.
+void DataSyncManager::putTimelineInForce(const fs::path& document, const fs::path& kept) {
+    if (document.extension() != layout::recordExtension || !readTimelineDocument(document))
+        return;
+    const std::string id = pathText(document.stem());
+    const auto working = services_.defaults.data(layout::timelineKey(id));
+    if (working && decode<TimelineLines>(*working)) {
+        const fs::path folder = kept / layout::timelinesFolder;
+        if (!makeFolder(folder) || !replaceFile(folder / document.filename(), *working))
+            return;
+    }
+    services_.defaults.remove(layout::timelineKey(id));
+    (void)services_.storage.loadTimeline(id);
+}
+
+void DataSyncManager::putCollectionInForce(const std::string& id, const fs::path& folder,
+                                           const fs::path& kept) {
+    const CollectionFiles files(folder);
+    if (!files.isWhole())
+        return;
+    const auto value = services_.defaults.data(layout::collectionKey(id));
+    const auto working = value ? decode<CollectionData>(*value).optional() : std::nullopt;
+    const fs::path place = kept / layout::dataFolder / layout::collectionsFolder;
+    if (working && working != files.collection(id) &&
+        !writeCollectionFiles(place / pathFromText(id), *working))
+        return;
+    services_.defaults.remove(layout::collectionKey(id));
+    (void)services_.storage.loadCollection(id);
+}
+
 void DataSyncManager::deleteAllData() {
     const std::lock_guard lock(operation_);
+    const auto still = services_.storage.holdFlush();
     log("🗑️ DataSync: Deleting all user data");
     std::error_code ignored;
     for (const char* item :
@@ -154,18 +288,22 @@ void DataSyncManager::deleteAllData() {
         fs::remove_all(folder, ignored);
         log(std::string("✅ DataSync: ") + item + " deleted from Documents");
     }
+    services_.storage.keepFromDocuments();
+    replaced_.removeAll();
     if (isThere(backupRoot())) {
         fs::remove_all(backupRoot(), ignored);
         log("✅ DataSync: Backup deleted from Application Support");
     }
     replaceDefaults([&] {
-        for (const char* key :
-             {layout::videosDataKey, layout::collectionsBookmarksKey, layout::lastSyncDateKey})
+        for (const char* key : {layout::videosDataKey, layout::videosCheckKey,
+                                layout::collectionsBookmarksKey, layout::lastSyncDateKey})
             services_.defaults.remove(key);
         log("✅ DataSync: UserDefaults cleared");
-        if (fs::remove(services_.index.indexFile(), ignored))
-            log("✅ DataSync: CollectionsBookmarks.json cleared");
-        services_.index.rereadIndex();
+        (void)services_.index.replaceIndexFile([&]() -> Result<void> {
+            if (fs::remove(services_.index.indexFile(), ignored))
+                log("✅ DataSync: CollectionsBookmarks.json cleared");
+            return {};
+        });
     });
     log("✅ DataSync: All user data deleted");
 }

@@ -9,20 +9,26 @@
 #include "base/date.h"
 #include "base/files.h"
 #include "base/json_style.h"
+#include "base/uuid.h"
 
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
 #include "core/safety/folder_copy.h"
+#include "core/safety/timeline_document.h"
+#include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
 
 namespace tembrix {
 
 namespace fs = std::filesystem;
 
-DataSyncManager::DataSyncManager(DataSyncServices services) : services_(std::move(services)) {
-    finishInterrupted();  // before anything reads the data
+DataSyncManager::DataSyncManager(DataSyncServices services)
+    : services_(std::move(services)),
+      replaced_(services_.storage.dataFolder() / layout::replacedFolder, services_.scheduler),
+      secondCopy_(
+          services_.directories.applicationSupport / layout::programFolder / layout::secondCopyFile,
+          services_.defaults, services_.propertyLists, services_.log) {
     makeBackupFolders();
-    recoverIndex();
 }
 
 DataSyncManager::~DataSyncManager() = default;
@@ -46,77 +52,73 @@ void DataSyncManager::makeBackupFolders() const {
         (void)makeFolder(folder);
 }
 
-void DataSyncManager::finishInterrupted() const {
-    const fs::path copies = backupRoot() / layout::dataFolder;
-    for (const auto& folder :
-         {documentsFolder(), backupRoot(), copies, copies / layout::collectionsFolder})
-        finishReplacingIn(folder);
-    for (const auto& folder : {documentsFolder(), documentsFolder() / layout::timelinesFolder,
-                               documentsFolder() / layout::playFieldsFolder, backupRoot(),
-                               backupTimelinesFolder(), copies / layout::playFieldsFolder})
-        removeUnfinishedReplacements(folder);
-    for (const auto& collections :
-         {documentsFolder() / layout::collectionsFolder, copies / layout::collectionsFolder}) {
-        std::error_code failure;
-        for (auto entry = fs::directory_iterator(collections, failure);
-             !failure && entry != fs::directory_iterator(); entry.increment(failure))
-            removeUnfinishedReplacements(entry->path());
-    }
+void DataSyncManager::prepare() {
+    finishInterrupted();
+    secondCopy_.repairDefaults();
+    repairVideoList();
+    recoverIndex();
 }
 
-void DataSyncManager::syncOnLaunch() {
+void DataSyncManager::syncOnLaunch(std::function<void()> ended) {
     log("🔄 DataSync: Starting synchronization on app launch");
     // Asked now: the library stores a list of its own as soon as it comes up, even an empty one.
-    services_.scheduler.background(Priority::utility,
-                                   [this, hadData = hasData(), weak = std::weak_ptr(alive_)] {
-                                       if (const auto alive = weak.lock())
-                                           runLaunchWork(hadData);
-                                   });
+    services_.scheduler.background(
+        Priority::utility, [this, hadData = hasData(), ended = std::move(ended),
+                            &scheduler = services_.scheduler, weak = std::weak_ptr(alive_)] {
+            if (const auto alive = weak.lock())
+                runLaunchWork(hadData);
+            if (ended)
+                scheduler.onMain([ended, weak] {
+                    if (!weak.expired())
+                        ended();
+                });
+        });
 }
 
 void DataSyncManager::runLaunchWork(bool hadData) {
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
+    const auto filled = fillLostWorkingCopies();
+    bool restores = !hadData;
     if (!hadData) {
         log("📥 DataSync: No data in Documents, restoring from backup");
-        restoreFromBackup();
     } else {
         log("✅ DataSync: Data exists in Documents, checking differences with backup");
-        if (backupIsNewer()) {
+        restores = backupIsNewer();
+        if (restores)
             log("⚠️ DataSync: Differences found, restoring newer data from backup");
-            restoreFromBackup();
-        } else {
+        else
             log("✅ DataSync: Data is identical");
-        }
+    }
+    if (restores) {
+        const std::lock_guard lock(operation_);
+        const auto still = services_.storage.holdFlush();
+        dropFilledCopies(filled);
+        const bool replaces = hadData && isThere(backupRoot() / layout::defaultsBackupFile);
+        restoreFrom(backupRoot(), replaced_.begin());
+        if (replaces)
+            notify(SafetyNotice::restored);
     }
     scheduleBackup();
 }
 
-// Where the index is lost or broken, the collections that are still here come back under the names
-// that the backup knows; before the tag library comes up, so that the chosen one stays chosen.
-void DataSyncManager::recoverIndex() {
-    if (indexReads() || !services_.index.collections().empty())
-        return;
-    const auto file = readFile(backupRoot() / layout::collectionIndexFile);
-    const auto saved = file ? decode<std::vector<CollectionInfo>>(*file)
-                            : Result<std::vector<CollectionInfo>>(file.error());
-    if (!saved)
-        return;
-    bool found = false;
-    for (const auto& record : *saved) {
-        if (!services_.storage.loadCollection(record.id))
-            continue;
-        services_.index.addOrUpdateCollection(record.id, record.name);
-        found = true;
-    }
-    if (found)
-        log("⚠️ DataSync: Collection index lost, rebuilt from the backup's");
+void DataSyncManager::notify(SafetyNotice notice) {
+    services_.scheduler.onMain([this, notice, weak = std::weak_ptr(alive_)] {
+        if (weak.expired() || std::find(notices_.begin(), notices_.end(), notice) != notices_.end())
+            return;
+        notices_.push_back(notice);
+        noticesChanged_.emit();
+    });
 }
 
-bool DataSyncManager::indexReads() const {
-    const auto file = readFile(services_.index.indexFile());
-    return file && decode<std::vector<CollectionInfo>>(*file);
+void DataSyncManager::dismissNotices() {
+    notices_.clear();
+    noticesChanged_.emit();
+}
+
+Subscription DataSyncManager::observeNotices(std::function<void()> observer) {
+    return noticesChanged_.observe(std::move(observer));
 }
 
 // The main thread owns the list of videos and saves it as a whole: what replaces it from outside
@@ -126,6 +128,14 @@ void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
         replace();
         if (restored_)
             restored_();
+    });
+    secondCopy_.write();
+}
+
+void DataSyncManager::keepSecondCopy() {
+    services_.scheduler.background(Priority::utility, [this, weak = std::weak_ptr(alive_)] {
+        if (const auto alive = weak.lock())
+            secondCopy_.write();
     });
 }
 
@@ -201,35 +211,15 @@ void DataSyncManager::backUp() {
     Date moment = services_.scheduler.now();
     moment.secondsSince1970 = std::max(moment.secondsSince1970, backupMoment().value_or(0));
     services_.defaults.setDate(layout::lastSyncDateKey, moment);
+    secondCopy_.write();
     log("✅ DataSync: Backup created successfully");
 }
 
 void DataSyncManager::backupCollections() {
     const auto records = services_.index.collections();
-    std::set<std::string> ids;
-    for (const auto& record : records)
-        ids.insert(record.id);
-
     const fs::path target = backupRoot() / layout::dataFolder / layout::collectionsFolder;
     (void)makeFolder(target);
-    std::error_code failure;
-    std::vector<fs::path> gone;
-    // An index that is lost or damaged lists nothing, which is no reason to drop the last copies.
-    const bool known = !records.empty() || indexReads();
-    for (auto entry = fs::directory_iterator(target, failure);
-         !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        const std::string name = pathText(entry->path().filename());
-        std::error_code ignored;
-        if (known && !name.starts_with('.') && entry->is_directory(ignored) && !ids.contains(name))
-            gone.push_back(entry->path());
-    }
-    if (failure)
-        log("⚠️ DataSync: Error cleaning up backup collections - " + failure.message());
-    for (const auto& folder : gone) {
-        fs::remove_all(folder, failure);
-        log("🗑️ DataSync: Removed deleted collection from backup: " +
-            pathText(folder.filename()));
-    }
+    removeDeletedCollections(records);
 
     const fs::path source = documentsFolder() / layout::collectionsFolder;
     if (!isThere(source))
@@ -240,16 +230,51 @@ void DataSyncManager::backupCollections() {
             log("⚠️ DataSync: Collection folder missing in Documents: " + record.name);
             continue;
         }
-        if (const auto copied =
-                replaceByCopy(folder, target / pathFromText(record.id), CopyOf::folder);
-            copied)
+        const std::string failed = "❌ DataSync: Error backing up collection " + record.name + " - ";
+        const fs::path copy = target / pathFromText(record.id);
+        if (!CollectionFiles(folder).isWhole() && CollectionFiles(copy).isWhole()) {
+            log(failed + "its files cannot be read, the earlier copy is kept");
+            continue;
+        }
+        if (const auto copied = replaceByCopy(folder, copy, CopyOf::folder); copied)
             log("✅ DataSync: Backed up collection: " + record.name);
         else
-            log("❌ DataSync: Error backing up collection " + record.name + " - " +
-                copied.error().text);
+            log(failed + copied.error().text);
     }
     log("✅ DataSync: Collections backup completed (" + std::to_string(records.size()) +
         " collections)");
+}
+
+// A collection that was deleted is neither listed nor stored any more. One that is only not listed
+// may be the victim of a damaged index.
+void DataSyncManager::removeDeletedCollections(const std::vector<CollectionInfo>& records) {
+    std::set<std::string> ids;
+    for (const auto& record : records)
+        ids.insert(record.id);
+    // An index that is lost or damaged lists nothing, which is no reason to drop the last copies.
+    const bool known = !records.empty() || indexReads();
+    const auto isStored = [this](const std::string& id) {
+        return services_.defaults.data(layout::collectionKey(id)) ||
+               isThere(services_.storage.collectionsFolder() / pathFromText(id));
+    };
+    std::error_code failure;
+    std::vector<fs::path> gone;
+    for (auto entry = fs::directory_iterator(
+             backupRoot() / layout::dataFolder / layout::collectionsFolder, failure);
+         !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
+        const std::string name = pathText(entry->path().filename());
+        std::error_code ignored;
+        if (known && !name.starts_with('.') && entry->is_directory(ignored) &&
+            !ids.contains(name) && !isStored(name))
+            gone.push_back(entry->path());
+    }
+    if (failure)
+        log("⚠️ DataSync: Error cleaning up backup collections - " + failure.message());
+    for (const auto& folder : gone) {
+        fs::remove_all(folder, failure);
+        log("🗑️ DataSync: Removed deleted collection from backup: " +
+            pathText(folder.filename()));
+    }
 }
 
 void DataSyncManager::backupPlayFields() {
@@ -279,17 +304,49 @@ void DataSyncManager::backupTimelines() {
         return;
     }
     int written = 0;
-    for (const auto& video : *videos) {
-        const std::lock_guard lock(records_);
-        TimelineLines lines = services_.storage.loadTimeline(video.id);
-        if (lines.empty() || !isFileName(video.id))
-            continue;
-        if (const auto done = writeRecord(recordOf(video, std::move(lines))); done)
-            ++written;
-        else
-            log("❌ DataSync: Error backing up timelines - " + done.error().text);
-    }
+    for (const auto& video : *videos)
+        written += backupTimeline(video) ? 1 : 0;
     log("✅ DataSync: Video timelines backed up (" + std::to_string(written) + " files)");
+}
+
+bool DataSyncManager::backupTimeline(const VideosData& video) {
+    const std::lock_guard lock(records_);
+    TimelineLines lines = services_.storage.loadTimeline(video.id);
+    if (lines.empty() || !isFileName(video.id))
+        return false;
+    keepBetterRecord(video.id, lines);
+    const auto done = writeRecord(recordOf(video, std::move(lines)));
+    if (!done)
+        log("❌ DataSync: Error backing up timelines - " + done.error().text);
+    return done.ok();
+}
+
+// The lines of a timeline that could not be read were begun anew. A record that knows more than
+// they do is moved to the replaced data before they take its place.
+void DataSyncManager::keepBetterRecord(const std::string& videoId, const TimelineLines& lines) {
+    const std::string mark = layout::unreadableKey(videoId);
+    if (!services_.defaults.boolean(mark))
+        return;
+    std::set<Uuid> known;
+    for (const auto& line : lines)
+        for (const auto& stamp : line->stamps)
+            known.insert(stamp->id);
+    const auto saved = readTimelineDocument(backupTimelinesFolder() /
+                                            pathFromText(videoId + layout::recordExtension));
+    bool knowsMore = false;
+    if (saved)
+        for (const auto& line : *saved)
+            for (const auto& stamp : line->stamps)
+                knowsMore = knowsMore || !known.contains(stamp->id);
+    if (knowsMore) {
+        const fs::path folder = replaced_.begin() / layout::timelinesFolder;
+        const auto document = encode(*saved);
+        if (!document || !makeFolder(folder) ||
+            !replaceFile(folder / pathFromText(videoId + layout::recordExtension), *document))
+            return;
+        replaced_.finish();
+    }
+    services_.defaults.remove(mark);
 }
 
 OrphanedTimeline DataSyncManager::recordOf(const VideosData& video, TimelineLines lines) const {
@@ -342,21 +399,29 @@ void DataSyncManager::backupCollectionsBookmarks() {
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
 }
 
-// A list of videos that is missing or damaged does not take the place of a good one: the copy may
-// be the last.
-void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) const {
-    const auto current = values.find(layout::videosDataKey);
-    if (current != values.end() && decode<std::vector<VideosData>>(current->second))
-        return;
-    const auto file = readFile(backupRoot() / layout::defaultsBackupFile);
-    if (!file)
-        return;
-    const auto saved = services_.propertyLists.decode(*file);
+// A list of videos that is missing or damaged does not replace a good one: the copy may be the
+// last. A list that was begun anew, because no copy could be read, replaces one only after that has
+// been moved to the replaced data.
+void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) {
+    const auto saved = savedVideoList();
     if (!saved)
         return;
-    if (const auto videos = saved->find(layout::videosDataKey);
-        videos != saved->end() && decode<std::vector<VideosData>>(videos->second))
-        values[layout::videosDataKey] = videos->second;
+    const auto current = values.find(layout::videosDataKey);
+    if (current == values.end() || !decode<std::vector<VideosData>>(current->second)) {
+        values[layout::videosDataKey] = *saved;
+        return;
+    }
+    const std::string mark = layout::unreadableKey(layout::videosDataKey);
+    if (!services_.defaults.boolean(mark))
+        return;
+    const fs::path kept = replaced_.begin();
+    if (!replaceByCopy(backupRoot() / layout::defaultsBackupFile, kept / layout::defaultsBackupFile,
+                       CopyOf::file)) {
+        values[layout::videosDataKey] = *saved;
+        return;
+    }
+    replaced_.finish();
+    services_.defaults.remove(mark);
 }
 
 void DataSyncManager::backupUserDefaults() {

@@ -30,8 +30,23 @@ fs::path replacedPlace(const fs::path& target) {
     return beside(target, replacedSuffix);
 }
 
-// Content without permissions: a copy of what cannot be written or listed could be neither used
-// nor removed. Links to folders may lead in circles and are left out.
+// Moves old content to the place where it is kept, or removes it if there is none. What cannot be
+// moved stays where it is, for the next launch to try again.
+void putAway(const fs::path& old, const fs::path& kept) {
+    std::error_code failure;
+    if (kept.empty()) {
+        fs::remove_all(old, failure);
+        return;
+    }
+    fs::path place = kept;
+    for (int number = 2; isThere(place); ++number)
+        place = beside(kept, " (" + std::to_string(number) + ")");
+    fs::create_directories(place.parent_path(), failure);
+    fs::rename(old, place, failure);
+}
+
+// Copies content without permissions, because a copy that cannot be written or listed could be
+// neither used nor removed. Links to folders are left out, because they may lead in circles.
 std::error_code copyTree(const fs::path& source, const fs::path& target) {
     std::error_code failure;
     if (!fs::is_directory(source, failure)) {
@@ -71,16 +86,17 @@ fs::path stagingPlace(const fs::path& target) {
     return beside(target, incomingSuffix);
 }
 
-void finishReplacing(const fs::path& target) {
+void finishReplacing(const fs::path& target, const fs::path& kept) {
     std::error_code ignored;
     const fs::path old = replacedPlace(target);
     if (isThere(old) && !isThere(target))
         fs::rename(old, target, ignored);
-    fs::remove_all(old, ignored);
+    if (isThere(old))
+        putAway(old, kept);
     fs::remove_all(stagingPlace(target), ignored);
 }
 
-void finishReplacingIn(const fs::path& folder) {
+void finishReplacingIn(const fs::path& folder, const KeptPlace& kept) {
     std::error_code failure;
     std::set<fs::path> targets;
     for (auto entry = fs::directory_iterator(folder, failure);
@@ -90,28 +106,37 @@ void finishReplacingIn(const fs::path& folder) {
             if (place.ends_with(suffix))
                 targets.insert(place.substr(0, place.size() - suffix.size()));
     }
-    for (const auto& target : targets)
-        finishReplacing(target);
+    for (const auto& target : targets) {
+        const bool wasReplaced = isThere(target) && isThere(replacedPlace(target));
+        finishReplacing(target, wasReplaced && kept ? kept(target) : fs::path());
+    }
 }
 
-Result<void> moveIntoPlace(const fs::path& finished, const fs::path& target) {
+Result<void> moveIntoPlace(const fs::path& finished, const fs::path& target, const fs::path& kept) {
     std::error_code failure;
     const fs::path old = replacedPlace(target);
-    fs::remove_all(old, failure);
+    if (isThere(old))
+        putAway(old, kept);
     if (isThere(target))
         fs::rename(target, old, failure);
     if (!failure)
         fs::rename(finished, target, failure);
     if (failure) {
-        finishReplacing(target);
+        finishReplacing(target, kept);
         return fileError(failure);
     }
-    fs::remove_all(old, failure);
+    putAway(old, kept);
     return {};
 }
 
-Result<void> replaceByCopy(const fs::path& source, const fs::path& target, CopyOf kind) {
-    finishReplacing(target);
+Result<void> copyInto(const fs::path& source, const fs::path& place) {
+    const auto failure = copyTree(source, place);
+    return failure ? Result<void>(fileError(failure)) : Result<void>();
+}
+
+Result<void> replaceByCopy(const fs::path& source, const fs::path& target, CopyOf kind,
+                           const fs::path& kept) {
+    finishReplacing(target, kept);
     std::error_code failure;
     if (fs::is_directory(source, failure) != (kind == CopyOf::folder))
         return fileError(std::make_error_code(kind == CopyOf::folder ? std::errc::not_a_directory
@@ -124,7 +149,7 @@ Result<void> replaceByCopy(const fs::path& source, const fs::path& target, CopyO
         fs::remove_all(staging, failure);
         return whole;
     }
-    return moveIntoPlace(staging, target);
+    return moveIntoPlace(staging, target, kept);
 }
 
 }  // namespace tembrix

@@ -112,7 +112,11 @@ void VideosViewModel::openVideo(const std::string& videoId) {
 
 void VideosViewModel::openProject(const std::string& videoId) {
     files_.noteOpening(videoId, scheduler_.now());
-    windows_.openProject(videoId);
+    auto open = lifetime_.guard([this, videoId] { windows_.openProject(videoId); });
+    if (whenReady_)
+        whenReady_(std::move(open));
+    else
+        open();
 }
 
 void VideosViewModel::showError(const std::string& title) {

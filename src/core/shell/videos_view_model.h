@@ -1,8 +1,10 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -105,6 +107,12 @@ class VideosViewModel {
                     const Texts& texts, const Locale& locale, std::filesystem::path guides);
     ~VideosViewModel();
 
+    // Projects open through this function: it runs a task as soon as timelines and collections may
+    // be read. Without it they open at once.
+    void setWhenReady(std::function<void(std::function<void()>)> whenReady) {
+        whenReady_ = std::move(whenReady);
+    }
+
     Published<VideosState> state;
     void send(VideosAction action);
 
@@ -139,6 +147,7 @@ class VideosViewModel {
     const Texts& texts_;
     const Locale& locale_;
     std::filesystem::path guides_;  // folder of the user's guide, one page per language
+    std::function<void(std::function<void()>)> whenReady_;
     Lifetime lifetime_;
 };
 

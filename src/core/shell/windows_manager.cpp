@@ -1,153 +1,132 @@
 #include "core/shell/windows_manager.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "core/notifications/events.h"
-#include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
-#include "core/storage/data_layout.h"
 
 namespace tembrix {
 
-namespace {
-constexpr double controlShare = 0.4;
-constexpr double topMargin = 40;
-}  // namespace
-
-ProjectFrames projectFrames(const Rect& screen) {
-    const double controlHeight = controlShare * screen.height;
-    const double upperHeight = screen.height - controlHeight - topMargin;
-    const double upperTop = screen.y + topMargin;
-    const double third = screen.width / 3;
-    return {
-        .control = {screen.x, screen.bottom() - controlHeight, screen.width, controlHeight},
-        .tagLibrary = {screen.x, upperTop, third, upperHeight},
-        .video = {screen.x + third, upperTop, 2 * third, upperHeight},
-    };
-}
-
-WindowsManager::WindowsManager(VideoFilesManager& library, InMemoryStorageManager& storage,
-                               TimelineDataManager& timeline, VideoPlayerManager& player,
-                               HotKeyManager& hotkeys, TagLibraryManager& tagLibrary,
-                               WindowFactory& windows, EventBus& events, const Texts& texts)
-    : library_(library),
-      storage_(storage),
-      timeline_(timeline),
-      player_(player),
-      hotkeys_(hotkeys),
-      tagLibrary_(tagLibrary),
-      windows_(windows),
-      events_(events),
-      texts_(texts) {
-    hotkeys_.setKeyWindows(this);
-}
+WindowsManager::WindowsManager(const ProjectServices& services, WindowFactory& factory)
+    : services_(services), factory_(factory) {}
 
 WindowsManager::~WindowsManager() {
-    hotkeys_.setKeyWindows(nullptr);
+    closeAll();
 }
 
 void WindowsManager::openProject(const std::string& videoId) {
     currentVideoId_ = videoId;
-    const VideosData* video = library_.findById(videoId);
+    const VideosData* video = services_.library.findById(videoId);
     if (!video)
         return;
-    const auto file = library_.resolveVideoURL(video->bookmark);
-    if (!file || !isClosing_)
+    const auto file = services_.library.resolveVideoURL(video->bookmark);
+    if (!file || project_)
         return;
+    project_ = std::make_unique<Project>(services_, *this, *this);
+    project_->open(*video, *file);
+    for (const WindowRow& row : windowTable())
+        if (row.opensWithProject)
+            openWindow(row);
+    for (const OpenWindow& open : windows_)
+        if (open.row->opensWithProject)
+            open.window->show();
+}
 
-    TimelineLines loaded = storage_.loadTimeline(videoId);
-    storage_.userDefaults().setText(layout::editingLineKey, "");
-    storage_.userDefaults().setText(layout::editingStampKey, "");
-    isClosing_ = false;
-    openVideoId_ = videoId;
-    timeline_.openTimeline(video->bookmark, std::move(loaded), videoId);
-    player_.open(*file);
-    // The keys of the last project went with it; the active collection is still the same.
-    tagLibrary_.rebuildHotkeys();
-    hotkeys_.startMonitoring();
-
-    videoWindow_ = makeWindow(WindowKind::video, "video");
-    controlWindow_ = makeWindow(WindowKind::control, "timelines");
-    tagLibraryWindow_ = makeWindow(WindowKind::tagLibrary, "tagLibrary");
-    if (const auto screen = windows_.mainScreenFrame()) {
-        const ProjectFrames frames = projectFrames(*screen);
-        controlWindow_->setFrame(frames.control);
-        tagLibraryWindow_->setFrame(frames.tagLibrary);
-        videoWindow_->setFrame(frames.video);
+void WindowsManager::openWindow(const WindowRow& row) {
+    const auto known = std::find_if(windows_.begin(), windows_.end(),
+                                    [&](const OpenWindow& open) { return open.row == &row; });
+    if (row.single && known != windows_.end()) {
+        known->window->show();
+        return;
     }
-    videoWindow_->show();
-    controlWindow_->show();
-    tagLibraryWindow_->show();
-}
-
-std::unique_ptr<ProjectWindow> WindowsManager::makeWindow(WindowKind kind, const char* titleKey) {
+    const int id = ++lastId_;
     WindowFactory::Callbacks callbacks;
-    callbacks.shouldClose = [this, kind] {
-        return kind != WindowKind::video || videoWindowShouldClose();
-    };
-    callbacks.willClose = [this, kind] { windowWillClose(kind); };
-    callbacks.keyChanged = [this, kind](KeyState state) { keyChanged(kind, state); };
-    return windows_.make(kind, texts_.text(titleKey), std::move(callbacks));
+    callbacks.shouldClose = [this, &row] { return mayClose(row); };
+    callbacks.willClose = [this, id] { windowWillClose(id); };
+    callbacks.keyChanged = [this, id](KeyState state) { keyChanged(id, state); };
+    auto window =
+        factory_.make(row, services_.platform.texts.text(row.titleKey), std::move(callbacks));
+    if (const auto screen = factory_.mainScreenFrame(); screen && row.frame)
+        window->setFrame(row.frame(*screen));
+    windows_.push_back({id, &row, std::move(window)});
 }
 
-// While the drawing editor is open the close button ends the editor, not the window.
-bool WindowsManager::videoWindowShouldClose() {
-    if (!player_.isVideoPlayerInEditorMode)
+// While the drawing editor is open, the close button of the video ends the editor, not the window.
+bool WindowsManager::mayClose(const WindowRow& row) {
+    if (row.kind != WindowKind::video || !project_ || !project_->player.isVideoPlayerInEditorMode)
         return true;
-    events_.post(events::EditorModeChanged{false});
+    services_.events.post(events::EditorModeChanged{false});
     return false;
 }
 
-void WindowsManager::windowWillClose(WindowKind kind) {
-    if (kind == WindowKind::video)
-        player_.isVideoPlayerInEditorMode = false;
-    closeAll();
+void WindowsManager::windowWillClose(int id) {
+    const auto closed = std::find_if(windows_.begin(), windows_.end(),
+                                     [id](const OpenWindow& open) { return open.id == id; });
+    if (closed == windows_.end())
+        return;
+    if (closed->row->closesProject)
+        closeAll();
+    else
+        closeWindows([id](const OpenWindow& open) { return open.id == id; });
 }
 
+// The windows use the project until they are destroyed, so it is destroyed last.
 void WindowsManager::closeAll() {
-    for (auto* window : {tagLibraryWindow_.get(), videoWindow_.get(), controlWindow_.get()}) {
-        if (window)
-            window->detach();
+    const auto closing = std::move(project_);
+    if (!closing)
+        return;
+    closing->marking.disappear();
+    services_.events.post(events::StopViewerPlayer{});
+    closeWindows([](const OpenWindow& open) { return open.row->belongsToProject; });
+}
+
+void WindowsManager::closeWindows(const std::function<bool(const OpenWindow&)>& which) {
+    const auto kept = std::stable_partition(windows_.begin(), windows_.end(), std::not_fn(which));
+    std::vector<OpenWindow> closing(std::make_move_iterator(kept),
+                                    std::make_move_iterator(windows_.end()));
+    windows_.erase(kept, windows_.end());
+    for (const OpenWindow& open : closing) {
+        open.window->detach();
+        if (activeWindow_ == open.id) {
+            activeWindow_.reset();
+            keyState_ = KeyState::none;
+        }
     }
-    events_.post(events::StopViewerPlayer{});
-    videoWindow_.reset();
-    controlWindow_.reset();
-    tagLibraryWindow_.reset();
-    currentActiveWindow_.reset();
-    keyState_ = KeyState::none;
-    hotkeys_.clearHotkeys();
-    hotkeys_.stopMonitoring();
-    player_.cleanup();
-    isClosing_ = true;
 }
 
 void WindowsManager::libraryChanged() {
-    if (isClosing_)
+    if (!project_)
         return;
-    if (const VideosData* video = library_.findById(openVideoId_))
-        timeline_.currentBookmark = video->bookmark;
+    if (const VideosData* video = services_.library.findById(project_->videoId()))
+        project_->timeline.currentBookmark = video->bookmark;
     else
         closeAll();
 }
 
-// Resigning clears the field whichever window resigned, so the order of the two messages matters
-// little: the window that became key tells so again.
-void WindowsManager::keyChanged(WindowKind kind, KeyState state) {
+// A window that loses the keyboard clears the state, whichever window it is. The window that gets
+// the keyboard reports it afterwards.
+void WindowsManager::keyChanged(int id, KeyState state) {
     keyState_ = state;
-    if (state == KeyState::none)
-        currentActiveWindow_.reset();
-    else
-        currentActiveWindow_ = kind;
+    activeWindow_ = state == KeyState::none ? std::nullopt : std::optional(id);
+}
+
+const WindowRow* WindowsManager::activeRow() const {
+    const auto active = std::find_if(windows_.begin(), windows_.end(),
+                                     [this](const auto& open) { return open.id == activeWindow_; });
+    return active == windows_.end() ? nullptr : active->row;
 }
 
 bool WindowsManager::isControlOrLibraryKey() const {
-    return keyState_ == KeyState::window && currentActiveWindow_ &&
-           *currentActiveWindow_ != WindowKind::video;
+    const WindowRow* row = activeRow();
+    return row && keyState_ == KeyState::window && row->spaceAlwaysPlays;
 }
 
-// A sheet or a panel has the keyboard for itself, except that labels are picked by their keys.
+// A sheet keeps its keys, except that labels are chosen by their keys.
 bool WindowsManager::isProjectWindowActive() const {
-    return currentActiveWindow_ && (keyState_ == KeyState::window || *hotkeys_.isLabelHotkeyMode);
+    const WindowRow* row = activeRow();
+    return project_ && row && row->takesTagKeys &&
+           (keyState_ == KeyState::window || *project_->hotkeys.isLabelHotkeyMode);
 }
 
 void WindowsManager::openFieldMapSelection(const Tag&, const Bytes&, std::function<void(Point)>) {}

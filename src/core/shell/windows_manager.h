@@ -9,39 +9,28 @@
 #include "base/bytes.h"
 #include "base/geometry.h"
 
-#include "ports/texts.h"
-
-#include "core/collections/tag_library_manager.h"
-#include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/key_windows.h"
 #include "core/marking/field_map_question.h"
-#include "core/marking/marking_flow.h"
-#include "core/notifications/event_bus.h"
-#include "core/playback/video_player_manager.h"
 #include "core/records/annotation_records.h"
-#include "core/storage/in_memory_storage_manager.h"
-#include "core/storage/video_files_manager.h"
-#include "core/timeline/timeline_data_manager.h"
+#include "core/shell/project.h"
+#include "core/shell/window_table.h"
 
 namespace tembrix {
-
-enum class WindowKind { video, control, tagLibrary };
 
 // Whether a window has the keyboard, itself or through a sheet on it.
 enum class KeyState { none, window, sheet };
 
-// One window of an open project as the orchestration sees it. Destroying it closes it without
-// asking.
+// One open window as the orchestration sees it. Destroying it closes the window without asking and
+// destroys its content.
 class ProjectWindow {
   public:
     virtual ~ProjectWindow() = default;
     virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
-    virtual void show() = 0;
-    // Ends its content's subscriptions and its callbacks, so that closing it tells nobody.
-    virtual void detach() = 0;
+    virtual void show() = 0;                       // also brings it to the front
+    virtual void detach() = 0;                     // from here on none of its callbacks is called
 };
 
-// Makes real windows. Callbacks of a window never come after it was destroyed.
+// Makes real windows. Callbacks of a window are not called after it was destroyed.
 class WindowFactory {
   public:
     struct Callbacks {
@@ -50,72 +39,61 @@ class WindowFactory {
         std::function<void(KeyState)> keyChanged;
     };
     virtual ~WindowFactory() = default;
-    virtual std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string& title,
+    virtual std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                                 Callbacks callbacks) = 0;
     // The frame of the main screen; absent without one.
     virtual std::optional<Rect> mainScreenFrame() const = 0;
 };
 
-// Where the three windows of a project stand: the control window over the lower 40 percent, above
-// it the tag panel on the left third and the video on the right two thirds, 40 points left free at
-// the top.
-struct ProjectFrames {
-    Rect control;
-    Rect tagLibrary;
-    Rect video;
-};
-ProjectFrames projectFrames(const Rect& screen);
-
-// Opens, tracks and closes the windows of a project and knows which video is open; one project at a
-// time. Main thread only.
+// Opens and closes the project, tracks its windows, and knows which of them has the keyboard. One
+// project at a time. Main thread only.
 class WindowsManager final : public KeyWindows, public FieldMapQuestion {
   public:
-    WindowsManager(VideoFilesManager& library, InMemoryStorageManager& storage,
-                   TimelineDataManager& timeline, VideoPlayerManager& player,
-                   HotKeyManager& hotkeys, TagLibraryManager& tagLibrary, WindowFactory& windows,
-                   EventBus& events, const Texts& texts);
+    WindowsManager(const ProjectServices& services, WindowFactory& factory);
     ~WindowsManager() override;
 
     void openProject(const std::string& videoId);
     void closeAll();
-    // The list of videos changed. The open project's marks are stored under its video's entry: they
-    // follow an entry that was bound to another file, and without an entry the project closes.
+    // The list of videos changed. The marks of the open project are stored under the entry of its
+    // video: they follow an entry that was bound to another file, and without an entry the project
+    // closes.
     void libraryChanged();
-    bool isClosing() const { return isClosing_; }  // true: no project is open
+
+    Project* project() const { return project_.get(); }  // null while none is open
+    bool isClosing() const { return !project_; }         // true: no project is open
     const std::string& currentVideoId() const { return currentVideoId_; }
 
     bool isControlOrLibraryKey() const override;
     bool isProjectWindowActive() const override;
     bool isViewerActive() const override { return false; }
 
-    // There is no map window yet, so that marking goes on without a place.
+    // There is no map window yet: marking continues without a place.
     bool canAsk() const override { return false; }
     void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                std::function<void(Point)> chosen) override;
 
   private:
-    std::unique_ptr<ProjectWindow> makeWindow(WindowKind kind, const char* titleKey);
-    bool videoWindowShouldClose();
-    void keyChanged(WindowKind kind, KeyState state);
-    void windowWillClose(WindowKind kind);
+    struct OpenWindow {
+        int id;
+        const WindowRow* row;
+        std::unique_ptr<ProjectWindow> window;
+    };
 
-    VideoFilesManager& library_;
-    InMemoryStorageManager& storage_;
-    TimelineDataManager& timeline_;
-    VideoPlayerManager& player_;
-    HotKeyManager& hotkeys_;
-    TagLibraryManager& tagLibrary_;
-    WindowFactory& windows_;
-    EventBus& events_;
-    const Texts& texts_;
-    std::string currentVideoId_;
-    std::string openVideoId_;  // the current one may be another, which was refused
-    bool isClosing_ = true;
-    std::optional<WindowKind> currentActiveWindow_;
+    void openWindow(const WindowRow& row);
+    bool mayClose(const WindowRow& row);
+    void windowWillClose(int id);
+    void keyChanged(int id, KeyState state);
+    void closeWindows(const std::function<bool(const OpenWindow&)>& which);
+    const WindowRow* activeRow() const;  // of the window that has the keyboard
+
+    const ProjectServices services_;
+    WindowFactory& factory_;
+    std::string currentVideoId_;  // may be of a video whose opening was refused
+    std::unique_ptr<Project> project_;
+    std::vector<OpenWindow> windows_;
+    int lastId_ = 0;
+    std::optional<int> activeWindow_;
     KeyState keyState_ = KeyState::none;
-    std::unique_ptr<ProjectWindow> videoWindow_;
-    std::unique_ptr<ProjectWindow> controlWindow_;
-    std::unique_ptr<ProjectWindow> tagLibraryWindow_;
 };
 
 }  // namespace tembrix

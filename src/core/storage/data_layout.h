@@ -9,10 +9,13 @@ namespace tembrix::layout {
 
 // Defaults keys.
 inline constexpr const char* videosDataKey = "videosData";
+inline constexpr const char* videosCheckKey = "videosDataCheck";  // hash of the list of videos
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";
 inline constexpr const char* damagedPrefix = "damaged_";  // before the key of a value set aside
+// Before the id of a video whose timeline could not be read, until its backup was dealt with.
+inline constexpr const char* unreadablePrefix = "unreadable_";
 inline constexpr const char* markupModeKey = "appMarkupMode";
 inline constexpr const char* editingLineKey = "editingStampLineID";
 inline constexpr const char* editingStampKey = "editingStampID";
@@ -24,6 +27,8 @@ inline constexpr const char* savedCollectionsKey = "savedCollections";
 inline constexpr const char* collectionsDeduplicatedKey = "collectionsDeduplicationDone";
 // The collection index while its file lacks a change, so that a killed process loses no name.
 inline constexpr const char* collectionsUnsavedKey = "collectionsUnsaved";
+// The collection index as its file was last written, for the case that the file is damaged.
+inline constexpr const char* collectionsSecondCopyKey = "collectionsSecondCopy";
 inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 
 inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date by video id
@@ -40,6 +45,10 @@ inline std::string collectionKey(std::string_view collectionId) {
     return collectionPrefix + std::string(collectionId);
 }
 
+inline std::string unreadableKey(std::string_view videoId) {
+    return unreadablePrefix + std::string(videoId);
+}
+
 inline std::string damagedKey(std::string_view key) {
     return damagedPrefix + std::string(key);
 }
@@ -53,6 +62,10 @@ inline constexpr const char* playFieldsFolder = "PlayFields";
 inline constexpr const char* screenshotsFolder = "Screenshots";
 inline constexpr const char* previewFolder = "Preview";
 inline constexpr const char* backupFolder = "Tembrix-Stat-Backup";  // in Application Support
+inline constexpr const char* replacedFolder =
+    "Replaced";  // in the data folder, one folder per date
+
+inline constexpr const char* programFolder = "tembrix-stat";  // in Application Support
 
 // Files.
 inline constexpr const char* recordExtension = ".json";
@@ -63,6 +76,10 @@ inline constexpr const char* labelGroupsFile = "labelGroups.json";
 inline constexpr const char* labelsFile = "labels.json";
 inline constexpr const char* timeEventsFile = "timeEvents.json";
 inline constexpr const char* playFieldFile = "playField.json";
+inline constexpr const char* defaultsFile = "defaults.sqlite";  // in the program's data folder
+// Beside the documents: which change of each value they contain.
+inline constexpr const char* writtenValuesFile = "WrittenValues.txt";
 inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
+inline constexpr const char* secondCopyFile = "second-copy.plist";
 
 }  // namespace tembrix::layout

@@ -1,16 +1,21 @@
 #include "core/storage/in_memory_storage_manager.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <mutex>
 #include <set>
 #include <system_error>
 
+#include "base/content_hash.h"
 #include "base/files.h"
 #include "base/json_style.h"
+#include "base/result.h"
 
 #include "core/records/codec.h"
+#include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/saved_copies.h"
 #include "core/storage/set_aside.h"
 #include "core/storage/timeline_encoder.h"
 
@@ -48,8 +53,14 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       scheduler_(scheduler),
       directories_(std::move(directories)),
       log_(log),
+      written_(dataFolder() / layout::writtenValuesFile),
       encoder_(std::make_shared<TimelineEncoder>()),
-      gate_(std::make_shared<Gate>()) {}
+      gate_(std::make_shared<Gate>()) {
+    // If the database cannot be read now, what this run stores is newer than what is in it.
+    defaults_.continueNumbers(written_.storedIdentity(), written_.lastNumber());
+    written_.useFor(defaults_.identity());
+    dropOutdatedWorkingCopies();
+}
 
 InMemoryStorageManager::~InMemoryStorageManager() {
     const std::lock_guard lock(gate_->mutex);
@@ -61,17 +72,24 @@ void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
     index_ = index;
 }
 
+void InMemoryStorageManager::setSavedCopies(SavedCopies* copies) {
+    savedCopies_ = copies;
+}
+
 void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
     ++encodings_;
-    const auto encoded = encoder_->encode(lines);
-    if (!encoded) {
+    if (const auto encoded = encoder_->encode(lines); !encoded) {
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
         return;
     }
     {
         const std::lock_guard lock(workingCopies_);
-        defaults_.setData(layout::timelineKey(videoId), *encoded);
+        unreadable_.erase(videoId);
+        defaults_.setPieces(layout::timelineKey(videoId), encoder_->pieces());
     }
+    // Nobody reads these any more, so that no thread but the main one looks into a stamp.
+    if (auto released = encoder_->takeReleased(); !released.empty())
+        scheduler_.background(Priority::utility, [released = std::move(released)] {});
     scheduleSaveToDisk();
 }
 
@@ -102,18 +120,40 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
     if (!isFileName(videoId))
         return {};
     const auto stored = readFile(timelineFile(videoId));
-    if (!stored)
+    if (!stored && !cached && stored.error().code == ENOENT)
         return {};
-    auto lines = decode<TimelineLines>(*stored);
-    if (!lines) {
-        log_.line("❌ Storage: Error reading timeline file " + videoId + " - " + lines.error().text);
-        if (!cached)
-            setAside(defaults_, log_, key, *stored);
-        return {};
+    auto lines = stored ? decode<TimelineLines>(*stored) : Result<TimelineLines>(stored.error());
+    if (lines) {
+        if (!fillWorkingCopy(key, cached, *stored))
+            return loadTimeline(videoId);
+        return std::move(lines).value();
     }
-    if (!fillWorkingCopy(key, cached, *stored))
-        return loadTimeline(videoId);
-    return std::move(lines).value();
+    log_.line("❌ Storage: Error reading timeline file " + videoId + " - " + lines.error().text);
+    if (stored)
+        setAside(defaults_, log_, key, *stored);
+    return loadSavedTimeline(videoId, cached);
+}
+
+// The last resort of a timeline of which no copy here can be read.
+TimelineLines InMemoryStorageManager::loadSavedTimeline(const std::string& videoId,
+                                                        const std::optional<Bytes>& cached) {
+    auto saved = savedCopies_ ? savedCopies_->savedTimeline(videoId) : std::nullopt;
+    const auto document = saved ? encode(*saved).optional() : std::nullopt;
+    if (document) {
+        if (!fillWorkingCopy(layout::timelineKey(videoId), cached, *document))
+            return loadTimeline(videoId);
+        log_.line("⚠️ Storage: Timeline " + videoId + " taken from the backup");
+        return std::move(*saved);
+    }
+    defaults_.setBoolean(layout::unreadableKey(videoId), true);
+    const std::lock_guard lock(workingCopies_);
+    unreadable_.insert(videoId);
+    return {};
+}
+
+bool InMemoryStorageManager::isTimelineUnreadable(const std::string& videoId) const {
+    const std::lock_guard lock(workingCopies_);
+    return unreadable_.contains(videoId);
 }
 
 // The backup and the tag library load in the background: what they read from the disk must not
@@ -165,28 +205,19 @@ std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::
 }
 
 // Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
-std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(
-    const std::string& id) const {
+std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(const std::string& id) {
     if (!isFileName(id))
         return std::nullopt;
-    const auto folder = collectionsFolder() / pathFromText(id);
-    auto tagGroups = readRecord<TagGroupsData>(folder / layout::tagGroupsFile);
-    auto tags = readRecord<TagsData>(folder / layout::tagsFile);
-    auto labelGroups = readRecord<LabelGroupsData>(folder / layout::labelGroupsFile);
-    auto labels = readRecord<LabelsData>(folder / layout::labelsFile);
-    if (!tagGroups || !tags || !labelGroups || !labels)
-        return std::nullopt;
-    auto timeEvents = readRecord<TimeEventsData>(folder / layout::timeEventsFile);
-    CollectionData collection;
-    collection.id = id;
-    collection.tagGroups = std::move(tagGroups->tagGroups);
-    collection.tags = std::move(tags->tags);
-    collection.labelGroups = std::move(labelGroups->labelGroups);
-    collection.labels = std::move(labels->labels);
-    if (timeEvents)
-        collection.timeEvents = std::move(timeEvents->events);
-    collection.playField = readRecord<PlayField>(folder / layout::playFieldFile);
-    return collection;
+    CollectionFiles files(collectionsFolder() / pathFromText(id));
+    if (files.damaged().empty())
+        return files.collection(id);
+    for (const auto& name : files.damaged())
+        log_.line("❌ Storage: Unreadable file of collection " + id + ": " + name);
+    for (const auto& content : files.damagedContents())
+        setAside(defaults_, log_, layout::collectionKey(id), content);
+    if (savedCopies_)
+        files.replaceDamaged(CollectionFiles(savedCopies_->savedCollectionFolder(id)));
+    return files.collection(id);
 }
 
 void InMemoryStorageManager::deleteCollection(const std::string& id) {
@@ -229,9 +260,55 @@ std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
     return std::unique_lock(gate_->mutex);
 }
 
+void InMemoryStorageManager::forgetWritten() {
+    written_.clear();
+    (void)written_.save();  // without a folder there is nothing that was written
+}
+
+void InMemoryStorageManager::keepFromDocuments() {
+    for (const char* prefix : {layout::timelinePrefix, layout::collectionPrefix})
+        for (const auto& key : defaults_.keys(prefix))
+            written_.set(key, {defaults_.changeNumber(key), 0});
+    saveWritten();
+}
+
+void InMemoryStorageManager::saveWritten() {
+    const auto folder = makeFolder(dataFolder());
+    if (const auto saved = folder ? written_.save() : folder; !saved)
+        log_.line("❌ Storage: Error writing the list of written values - " + saved.error().text);
+}
+
+// True if a document contains a later change than the working copy, which lost its end then: of a
+// database log, or with a database from another day. A document that was replaced by hand or by a
+// restore is not the one that was written, and says nothing.
+bool InMemoryStorageManager::isOutdated(const std::string& key, std::uint64_t number) const {
+    const auto entry = written_.find(key);
+    if (!entry || entry->number <= number)
+        return false;
+    const std::string id = key.substr(std::strlen(layout::timelinePrefix));
+    const auto document = isFileName(id) ? readFile(timelineFile(id)) : Result<Bytes>(Error{});
+    return document && contentHash(*document) == entry->hash;
+}
+
+void InMemoryStorageManager::dropOutdatedWorkingCopies() {
+    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
+        if (!isOutdated(key, defaults_.changeNumber(key)))
+            continue;
+        log_.line("⚠️ Storage: Working copy " + key + " is older than its document, dropped");
+        if (const auto value = defaults_.data(key))
+            setAside(defaults_, log_, key, *value);
+        defaults_.remove(key);
+    }
+}
+
+// The values reach the disk before the documents, so that a power cut leaves no document that is
+// newer than its value.
 void InMemoryStorageManager::writeAll() {
+    defaults_.makeDurable();
+    written_.useFor(defaults_.identity());
     saveTimelinesToDisk();
     saveCollectionsToDisk();
+    saveWritten();
 }
 
 void InMemoryStorageManager::saveTimelinesToDisk() {
@@ -239,24 +316,37 @@ void InMemoryStorageManager::saveTimelinesToDisk() {
         log_.line("❌ Storage: Error making the timelines folder - " + made.error().text);
         return;
     }
-    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
-        const std::string id = key.substr(std::strlen(layout::timelinePrefix));
-        const auto value = defaults_.data(key);
-        if (!value || !isFileName(id) || fileHolds(timelineFile(id), *value))
-            continue;
+    for (const auto& key : defaults_.keys(layout::timelinePrefix))
+        saveTimelineToDisk(key);
+}
+
+void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
+    const std::string id = key.substr(std::strlen(layout::timelinePrefix));
+    // The number is read first: a change that comes in between is written once more, not missed.
+    const auto number = defaults_.changeNumber(key);
+    const auto entry = written_.find(key);
+    if ((entry && number > 0 && entry->number == number) || isOutdated(key, number))
+        return;
+    const auto value = defaults_.data(key);
+    if (!value || !isFileName(id))
+        return;
+    if (!fileHolds(timelineFile(id), *value)) {
         // A damaged working copy must not replace the good file that will heal it.
         if (const auto lines = decode<TimelineLines>(*value); !lines) {
             log_.line("❌ Storage: Unreadable timeline " + id + " not written - " +
                       lines.error().text);
-            continue;
+            return;
         }
-        if (const auto written = replaceFile(timelineFile(id), *value); !written)
+        if (const auto written = replaceFile(timelineFile(id), *value); !written) {
             log_.line("❌ Storage: Error writing timeline " + id + " - " + written.error().text);
+            return;
+        }
         // A video deleted meanwhile had its file removed before this one came.
         const auto still = defaults_.keys(key);
         if (still.empty() || still.front() != key)
             deleteTimelineFile(id);
     }
+    written_.set(key, {number, contentHash(*value)});
 }
 
 void InMemoryStorageManager::saveCollectionsToDisk() {
@@ -265,14 +355,20 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
         ids.push_back(key.substr(std::strlen(layout::collectionPrefix)));
     removeDeletedCollections(ids);
     for (const auto& id : ids) {
-        const auto value = defaults_.data(layout::collectionKey(id));
+        const std::string key = layout::collectionKey(id);
+        const auto number = defaults_.changeNumber(key);
+        const auto entry = written_.find(key);
+        if (entry && number > 0 && entry->number == number)
+            continue;
+        const auto value = defaults_.data(key);
         if (!value || !isFileName(id))
             continue;
         auto collection = decode<CollectionData>(*value).optional();
         if (!collection)
             continue;
         collection->id = id;  // the key names the folder
-        writeCollection(*collection);
+        if (writeCollection(*collection))
+            written_.set(key, {number, 0});
     }
 }
 
@@ -311,31 +407,39 @@ void InMemoryStorageManager::removeDeletedCollections(const std::vector<std::str
 }
 
 template <class Record>
-void InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& file,
+bool InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& file,
                                                  const Record& record) {
     const auto encoded = encode(record, JsonStyle::pretty);
     if (!encoded || fileHolds(file, *encoded))
-        return;
-    if (const auto written = replaceFile(file, *encoded); !written)
+        return true;
+    const auto written = replaceFile(file, *encoded);
+    if (!written)
         log_.line("❌ Storage: Error writing collection file - " + written.error().text);
+    return written.ok();
 }
 
-void InMemoryStorageManager::writeCollection(const CollectionData& collection) {
+bool InMemoryStorageManager::writeCollection(const CollectionData& collection) {
     const auto folder = collectionsFolder() / pathFromText(collection.id);
     if (const auto made = makeFolder(folder); !made) {
         log_.line("❌ Storage: Error making the collection folder - " + made.error().text);
-        return;
+        return false;
     }
-    writeCollectionFile(folder / layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
-    writeCollectionFile(folder / layout::tagsFile, TagsData{collection.tags});
-    writeCollectionFile(folder / layout::labelGroupsFile, LabelGroupsData{collection.labelGroups});
-    writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels});
+    bool done =
+        writeCollectionFile(folder / layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
+    done = writeCollectionFile(folder / layout::tagsFile, TagsData{collection.tags}) && done;
+    done = writeCollectionFile(folder / layout::labelGroupsFile,
+                               LabelGroupsData{collection.labelGroups}) &&
+           done;
+    done = writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels}) && done;
     // An earlier file stays where a collection lost its events or its field: the working copy wins
     // on reading.
     if (!collection.timeEvents.empty())
-        writeCollectionFile(folder / layout::timeEventsFile, TimeEventsData{collection.timeEvents});
+        done = writeCollectionFile(folder / layout::timeEventsFile,
+                                   TimeEventsData{collection.timeEvents}) &&
+               done;
     if (collection.playField)
-        writeCollectionFile(folder / layout::playFieldFile, *collection.playField);
+        done = writeCollectionFile(folder / layout::playFieldFile, *collection.playField) && done;
+    return done;
 }
 
 std::filesystem::path InMemoryStorageManager::dataFolder() const {

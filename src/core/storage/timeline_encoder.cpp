@@ -1,9 +1,15 @@
 #include "core/storage/timeline_encoder.h"
 
-#include <cstring>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/json.h"
+#include "base/uuid.h"
 
 #include "core/records/record_fields.h"
 
@@ -11,136 +17,227 @@ namespace tembrix {
 
 namespace {
 
-// A part of a document's text.
-struct Slice {
-    std::size_t begin = 0;
-    std::size_t size = 0;
-};
+// A piece ends after one stamp in so many: small pieces make a press write little, large ones make
+// a value's list of pieces short.
+constexpr std::size_t stampsPerPiece = 16;
 
-struct EncodedLine {
-    Cow<TimelineLine> line;  // held, so that its owner cannot change it in place
-    Slice text;
-    std::vector<Slice> stamps;  // in the order of the line's stamps
-};
+bool endsPiece(const Cow<TimelineStamp>& stamp) {
+    return std::hash<Uuid>{}(stamp->id) % stampsPerPiece == 0;
+}
+
+std::ptrdiff_t offset(std::size_t index) {
+    return static_cast<std::ptrdiff_t>(index);
+}
 
 }  // namespace
 
-struct TimelineEncoder::Document {
-    rapidjson::StringBuffer text;
-    std::vector<EncodedLine> lines;
+// How a line's pieces differ from those of last time: some at the front and the back stay, the
+// others are replaced.
+struct TimelineEncoder::Change {
+    std::size_t front = 0;
+    std::size_t back = 0;
+    std::size_t firstStamp = 0;  // of those in the new pieces
+    std::size_t lastStamp = 0;   // past them
+    ValuePieces pieces;
+    std::vector<std::uint32_t> runs;
 };
 
-// Writes the next document. The field tables drive it as they drive any other writer; only whole
-// lines and stamps take the short way, through the two overloads below.
+// Writes a line without its stamps and remembers where they belong.
 class TimelineEncoder::Writer : public json::CompactWriter {
   public:
-    Writer(const Document& last, Document& next)
-        : json::CompactWriter(next.text), last_(last), next_(next) {}
+    explicit Writer(rapidjson::StringBuffer& buffer)
+        : json::CompactWriter(buffer), buffer_(buffer) {}
 
-    void line(const Cow<TimelineLine>& line) {
-        const EncodedLine* before = find(line);
-        EncodedLine after{line, {}, {}};
-        if (before && before->line.sharesWith(line)) {
-            after.text = copy(before->text);
-            after.stamps = before->stamps;
-            const auto shift = after.text.begin - before->text.begin;  // wraps where it is negative
-            for (auto& stamp : after.stamps)
-                stamp.begin += shift;
-        } else {
-            before_ = before;
-            cursor_ = 0;
-            stamps_.clear();
-            after.text = fresh(*line);
-            after.stamps = std::exchange(stamps_, {});
-        }
-        next_.lines.push_back(std::move(after));
+    void skipStamps() {
+        StartArray();
+        stampsAt_ = buffer_.GetSize();
+        EndArray();
     }
-
-    void stamp(const Cow<TimelineStamp>& stamp) {
-        if (const Slice* text = findStamp(stamp))
-            stamps_.push_back(copy(*text));
-        else
-            stamps_.push_back(fresh(*stamp));
+    std::string_view beforeStamps() const { return {buffer_.GetString(), stampsAt_}; }
+    std::string_view afterStamps() const {
+        return {buffer_.GetString() + stampsAt_, buffer_.GetSize() - stampsAt_};
     }
 
   private:
-    // The line of last time with this id; lines seldom change places.
-    const EncodedLine* find(const Cow<TimelineLine>& line) const {
-        const auto at = next_.lines.size();
-        if (at < last_.lines.size() && last_.lines[at].line->id == line->id)
-            return &last_.lines[at];
-        for (const auto& candidate : last_.lines) {
-            if (candidate.line->id == line->id)
-                return &candidate;
-        }
-        return nullptr;
-    }
-
-    // The text of this very stamp in the line of last time. Stamps are compared in step; a stamp
-    // that was changed or removed there is passed over.
-    const Slice* findStamp(const Cow<TimelineStamp>& stamp) {
-        if (!before_)
-            return nullptr;
-        const Stamps& stamps = before_->line->stamps;
-        for (std::size_t ahead = 0; ahead < 2 && cursor_ + ahead < stamps.size(); ++ahead) {
-            if (stamps[cursor_ + ahead].sharesWith(stamp)) {
-                cursor_ += ahead + 1;
-                return &before_->stamps[cursor_ - 1];
-            }
-        }
-        return nullptr;
-    }
-
-    Slice copy(const Slice& slice) {
-        Prefix(rapidjson::kObjectType);
-        const std::size_t begin = next_.text.GetSize();
-        if (slice.size > 0)
-            std::memcpy(next_.text.Push(slice.size), last_.text.GetString() + slice.begin,
-                        slice.size);
-        EndValue(true);
-        return {begin, slice.size};
-    }
-
-    template <class Record>
-    Slice fresh(const Record& record) {
-        std::size_t begin = next_.text.GetSize();
-        json::write(*this, record);
-        if (next_.text.GetString()[begin] == ',')
-            ++begin;
-        return {begin, next_.text.GetSize() - begin};
-    }
-
-    const Document& last_;
-    Document& next_;
-    const EncodedLine* before_ = nullptr;  // the line in hand as it was last time
-    std::size_t cursor_ = 0;               // the next of its stamps to compare with
-    std::vector<Slice> stamps_;            // of the line in hand
+    rapidjson::StringBuffer& buffer_;
+    std::size_t stampsAt_ = 0;
 };
 
-void write(TimelineEncoder::Writer& w, const Cow<TimelineLine>& line) {
-    w.line(line);
+void write(TimelineEncoder::Writer& writer, const Stamps&) {
+    writer.skipStamps();
 }
 
-void write(TimelineEncoder::Writer& w, const Cow<TimelineStamp>& stamp) {
-    w.stamp(stamp);
+Result<void> TimelineEncoder::encode(const TimelineLines& lines) {
+    return isAligned(lines) ? update(lines) : rebuild(lines);
 }
 
-TimelineEncoder::TimelineEncoder()
-    : last_(std::make_unique<Document>()), next_(std::make_unique<Document>()) {}
+bool TimelineEncoder::isAligned(const TimelineLines& lines) const {
+    return !lines.empty() && std::equal(lines.begin(), lines.end(), lines_.begin(), lines_.end(),
+                                        [](const Cow<TimelineLine>& line, const Line& before) {
+                                            return line.sharesWith(before.line) ||
+                                                   line->id == before.line->id;
+                                        });
+}
 
-TimelineEncoder::~TimelineEncoder() = default;
+// No line was added, removed or moved: the lists are changed in place.
+Result<void> TimelineEncoder::update(const TimelineLines& lines) {
+    struct Edit {
+        std::size_t line;
+        std::size_t firstPiece;
+        Change change;
+    };
+    std::vector<Edit> edits;
+    std::size_t piece = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (!lines[i].sharesWith(lines_[i].line)) {
+            auto change = changeOf(&lines_[i], lines[i], i == 0);
+            if (!change)
+                return change.error();
+            edits.push_back({i, piece, std::move(change).value()});
+        }
+        piece += lines_[i].runs.size();
+    }
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        Line& line = lines_[edit->line];
+        Change& change = edit->change;
+        const auto from = offset(edit->firstPiece + change.front);
+        const auto to = offset(edit->firstPiece + line.runs.size() - change.back);
+        const auto at = pieces_.erase(pieces_.begin() + from, pieces_.begin() + to);
+        pieces_.insert(at, change.pieces.begin(), change.pieces.end());
+        const auto run = line.runs.erase(line.runs.begin() + offset(change.front),
+                                         line.runs.end() - offset(change.back));
+        line.runs.insert(run, change.runs.begin(), change.runs.end());
+        released_.push_back(std::exchange(line.line, lines[edit->line]));
+    }
+    return {};
+}
 
-Result<BytesView> TimelineEncoder::encode(const TimelineLines& lines) {
-    next_->text.Clear();
-    next_->lines.clear();
-    Writer writer(*last_, *next_);
-    json::write(writer, lines);
-    if (!writer.finite())
-        return json::notFinite();
-    std::swap(last_, next_);
-    next_->lines.clear();  // lets go of lines that are gone
-    return BytesView(reinterpret_cast<const std::uint8_t*>(last_->text.GetString()),
-                     last_->text.GetSize());
+Result<void> TimelineEncoder::rebuild(const TimelineLines& lines) {
+    struct Known {
+        const Line* line;
+        std::size_t firstPiece;
+    };
+    std::unordered_map<Uuid, Known> known;
+    std::size_t piece = 0;
+    for (const auto& line : lines_) {
+        known.emplace(line.line->id, Known{&line, piece});
+        piece += line.runs.size();
+    }
+    std::vector<Line> newLines;
+    ValuePieces newPieces;
+    for (const auto& line : lines) {
+        const auto found = known.find(line->id);
+        const Line* before = found == known.end() ? nullptr : found->second.line;
+        auto change = changeOf(before, line, newLines.empty());
+        if (!change)
+            return change.error();
+        Line after{line, newLines.empty(), {}};
+        if (before) {
+            const auto old = pieces_.begin() + offset(found->second.firstPiece);
+            newPieces.insert(newPieces.end(), old, old + offset(change->front));
+            newPieces.insert(newPieces.end(), change->pieces.begin(), change->pieces.end());
+            const auto oldEnd = old + offset(before->runs.size());
+            newPieces.insert(newPieces.end(), oldEnd - offset(change->back), oldEnd);
+            after.runs.assign(before->runs.begin(), before->runs.begin() + offset(change->front));
+            after.runs.insert(after.runs.end(), change->runs.begin(), change->runs.end());
+            after.runs.insert(after.runs.end(), before->runs.end() - offset(change->back),
+                              before->runs.end());
+        } else {
+            newPieces.insert(newPieces.end(), change->pieces.begin(), change->pieces.end());
+            after.runs = std::move(change->runs);
+        }
+        newLines.push_back(std::move(after));
+    }
+    newPieces.push_back(std::make_shared<const ValuePiece>(toBytes(newLines.empty() ? "[]" : "]")));
+    lines_ = std::move(newLines);
+    pieces_ = std::move(newPieces);
+    return {};
+}
+
+Result<TimelineEncoder::Change> TimelineEncoder::changeOf(const Line* before,
+                                                          const Cow<TimelineLine>& line,
+                                                          bool first) {
+    Change change;
+    const Stamps& now = line->stamps;
+    change.lastStamp = now.size();
+    const bool sameFrame = before && before->first == first && before->line->id == line->id &&
+                           before->line->name == line->name &&
+                           before->line->tagIdForMode == line->tagIdForMode;
+    if (sameFrame) {
+        const auto& runs = before->runs;
+        if (before->line.sharesWith(line)) {
+            change.front = runs.size();
+            return change;
+        }
+        const Stamps& old = before->line->stamps;
+        const std::size_t both = std::min(old.size(), now.size());
+        std::size_t prefix = 0;
+        while (prefix < both && old[prefix].sharesWith(now[prefix]))
+            ++prefix;
+        std::size_t suffix = 0;
+        while (suffix < both - prefix &&
+               old[old.size() - 1 - suffix].sharesWith(now[now.size() - 1 - suffix]))
+            ++suffix;
+        // The last piece contains the end of the line, so it is never kept as one of the front.
+        std::size_t inFront = 0;
+        while (change.front + 1 < runs.size() && inFront + runs[change.front] <= prefix)
+            inFront += runs[change.front++];
+        // A piece of the back is kept if the stamp before it still ends a piece.
+        std::size_t inBack = 0;
+        while (change.front + change.back + 1 < runs.size()) {
+            const std::size_t with = inBack + runs[runs.size() - 1 - change.back];
+            if (with > suffix || with >= now.size() ||
+                (with == suffix && !endsPiece(now[now.size() - 1 - with])))
+                break;
+            inBack = with;
+            ++change.back;
+        }
+        if (change.back == 0 && inFront == now.size() && change.front > 0)
+            inFront -= runs[--change.front];
+        change.firstStamp = inFront;
+        change.lastStamp = now.size() - inBack;
+    }
+    if (const auto encoded = encodeRuns(*line, first, change.back == 0, change); !encoded)
+        return encoded.error();
+    return change;
+}
+
+// Encodes the stamps of the change, with the beginning and the end of the line where the pieces
+// that stay do not contain them.
+Result<void> TimelineEncoder::encodeRuns(const TimelineLine& line, bool first, bool last,
+                                         Change& change) {
+    rapidjson::StringBuffer frame;
+    Writer frameWriter(frame);
+    json::write(frameWriter, line);
+    rapidjson::StringBuffer buffer;
+    json::CompactWriter writer(buffer);
+    std::string text;
+    if (change.front == 0) {
+        text += first ? '[' : ',';
+        text += frameWriter.beforeStamps();
+    }
+    std::uint32_t run = 0;
+    const auto endPiece = [&] {
+        change.pieces.push_back(std::make_shared<const ValuePiece>(toBytes(text)));
+        change.runs.push_back(std::exchange(run, 0));
+        text.clear();
+    };
+    for (std::size_t i = change.firstStamp; i < change.lastStamp; ++i) {
+        if (i > 0)
+            text += ',';
+        buffer.Clear();
+        writer.Reset(buffer);
+        json::write(writer, *line.stamps[i]);
+        text.append(buffer.GetString(), buffer.GetSize());
+        ++run;
+        if (endsPiece(line.stamps[i]) && i + 1 < change.lastStamp)
+            endPiece();
+    }
+    if (last)
+        text += frameWriter.afterStamps();
+    if (!text.empty())
+        endPiece();
+    return writer.finite() ? Result<void>() : json::notFinite();
 }
 
 }  // namespace tembrix

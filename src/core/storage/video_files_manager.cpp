@@ -12,6 +12,7 @@
 #include "core/records/codec.h"
 #include "core/storage/data_layout.h"
 #include "core/storage/set_aside.h"
+#include "core/storage/video_list_store.h"
 
 namespace tembrix {
 
@@ -129,7 +130,7 @@ void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
         log_.line("❌ Error during migration: " + encoded.error().text);
         return;
     }
-    storage_.userDefaults().setData(layout::videosDataKey, *encoded);
+    storeVideoList(storage_.userDefaults(), *encoded);
     log_.line("✅ Migration completed: " + std::to_string(old.size()) + " videos migrated");
 }
 
@@ -179,7 +180,9 @@ void VideoFilesManager::saveVideosData() {
         log_.line(texts_.text("videosDataSaveError") + " " + encoded.error().text);
         return;
     }
-    storage_.userDefaults().setData(layout::videosDataKey, *encoded);
+    storeVideoList(storage_.userDefaults(), *encoded);
+    if (listStored_)
+        listStored_();
 }
 
 std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path& file) {

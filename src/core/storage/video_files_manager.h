@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
@@ -38,6 +39,9 @@ class VideoFilesManager {
     const std::vector<VideosData>& videosData() const { return videosData_; }
     // Called with the list after every change.
     void setUpdateFiles(std::function<void(const std::vector<FilesFile>&)> callback);
+
+    // Called after the list was stored.
+    void setListStored(std::function<void()> stored) { listStored_ = std::move(stored); }
 
     std::optional<FilesFile> addVideo(const std::filesystem::path& file);
     std::optional<FilesFile> addVideoNamed(const std::filesystem::path& file,
@@ -89,6 +93,7 @@ class VideoFilesManager {
     std::vector<FilesFile> files_;
     std::vector<VideosData> videosData_;
     std::function<void(const std::vector<FilesFile>&)> updateFiles_;
+    std::function<void()> listStored_;
 };
 
 }  // namespace tembrix

@@ -240,17 +240,22 @@ void TimelineDataManager::saveLines() {
 }
 
 void TimelineDataManager::save(const TimelineLines& saved) {
-    if (!currentBookmark)
-        return;
-    if (const VideosData* video = library_.findByBookmark(*currentBookmark, currentVideoId_))
+    if (const VideosData* video = openVideo())
         storage_.saveTimeline(saved, video->id);
+}
+
+const VideosData* TimelineDataManager::openVideo() const {
+    return currentBookmark ? library_.findByBookmark(*currentBookmark, currentVideoId_) : nullptr;
 }
 
 Uuid TimelineDataManager::ensureDrawingsTimeline() {
     auto edit = begin();
     edit.putDrawingsFirst(drawingsName());
+    // A timeline of which no copy could be read is stored only when the user changes it.
+    const VideosData* video = openVideo();
+    const bool unreadable = video && storage_.isTimelineUnreadable(video->id);
     if (edit.changed())
-        commit(edit);
+        commit(edit, {}, unreadable ? Saving::withNextEdit : Saving::now);
     return drawingsLineId();
 }
 

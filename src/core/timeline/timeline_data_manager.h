@@ -20,6 +20,7 @@
 #include "core/notifications/events.h"
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
+#include "core/records/video_records.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"
 #include "core/timeline/drawing_links.h"
@@ -66,6 +67,7 @@ class TimelineDataManager {
                 Saving saving = Saving::now);
 
     void selectLine(const Uuid& line);
+    void selectStamp(const std::optional<Uuid>& stamp) { selectedStampID.set(stamp); }
     void addLine(const std::string& name);
     // The drawings timeline cannot be deleted or renamed, and remains the first one.
     void deleteLine(const Uuid& line);
@@ -102,6 +104,7 @@ class TimelineDataManager {
   private:
     void handleTagUpdated(const events::TagUpdated& event);
     void save(const TimelineLines& lines);
+    const VideosData* openVideo() const;  // null if the library does not know it
     std::string drawingsName() const;
     std::vector<TimelineChange> withDrawingsThatExist(std::vector<TimelineChange> changes) const;
 

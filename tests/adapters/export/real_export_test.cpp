@@ -93,7 +93,7 @@ struct RealExport : testing::Test, RealParts, MatchRecords {
                          .textMeasure = &measure}};
     MatchVideo match;
     fs::path source = project.folder.path() / "match.mp4";
-    ExportServices& services = project.core.exports;
+    ExportServices& services = project.opened.exports;
     ExportHelper helper{services};
     int completions = 0;
     std::optional<Error> error;

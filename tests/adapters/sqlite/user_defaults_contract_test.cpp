@@ -1,4 +1,9 @@
+#include <algorithm>
+#include <atomic>
+#include <csignal>
 #include <gtest/gtest.h>
+#include <random>
+#include <sys/resource.h>
 #include <thread>
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
@@ -11,13 +16,30 @@ namespace {
 
 struct InMemory {
     MemoryUserDefaults defaults;
+
+    void refuseWrites() { defaults.refuse("full"); }
+    void acceptWrites() { defaults.refuse({}); }
 };
 
 struct OnDisk {
     TempFolder folder;
     CapturedLog log;
     SqliteUserDefaults defaults{folder.path() / "new" / "defaults.db", log};
-    ~OnDisk() { EXPECT_TRUE(log.lines().empty()) << log.lines().front(); }
+    ~OnDisk() { EXPECT_TRUE(refused || log.lines().empty()) << log.lines().front(); }
+
+    // A file cannot grow beyond the limit, as on a full disk.
+    void refuseWrites() {
+        refused = true;
+        signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before);
+        rlimit full = before;
+        full.rlim_cur = 0;
+        setrlimit(RLIMIT_FSIZE, &full);
+    }
+    void acceptWrites() { setrlimit(RLIMIT_FSIZE, &before); }
+
+    rlimit before{};
+    bool refused = false;
 };
 
 // What holds for user defaults of every kind.
@@ -83,6 +105,81 @@ TYPED_TEST(UserDefaultsContract, KeysAreListedByPrefixInByteOrder) {
     EXPECT_EQ(defaults.keys("").size(), 9u);
     EXPECT_EQ(defaults.keys("").front(), "");
     EXPECT_TRUE(defaults.keys("x").empty());
+}
+
+TYPED_TEST(UserDefaultsContract, AValueInPiecesIsOneValue) {
+    UserDefaults& defaults = this->shared;
+    std::mt19937 random(5);
+    const auto piece = [&](std::size_t size) {
+        Bytes bytes(size);
+        for (auto& byte : bytes)
+            byte = static_cast<std::uint8_t>(random());
+        return std::make_shared<const ValuePiece>(std::move(bytes));
+    };
+    ValuePieces pieces;
+    for (int i = 0; i < 400; ++i) {
+        const auto at = [&] {
+            return pieces.begin() + static_cast<std::ptrdiff_t>(random() % (pieces.size() + 1));
+        };
+        switch (random() % 6) {
+            case 0:
+                if (!pieces.empty())
+                    pieces.erase(std::min(at(), pieces.end() - 1));
+                break;
+            case 1:
+                if (!pieces.empty())
+                    *std::min(at(), pieces.end() - 1) = piece(random() % 9000);
+                break;
+            case 2:
+                std::shuffle(pieces.begin(), pieces.end(), random);
+                break;
+            case 3:
+                if (!pieces.empty())
+                    pieces.insert(at(), pieces[random() % pieces.size()]);
+                break;
+            default:
+                pieces.insert(at(), piece(random() % 9000));
+        }
+        if (i % 97 == 50)
+            defaults.setText("key", "of another kind");
+        if (i % 53 == 20)
+            defaults.setData("key", Bytes(50'000, 3));
+        if (i % 71 == 30)
+            defaults.remove("key");
+        const auto before = defaults.changeNumber("key");
+        defaults.setPieces("key", pieces);
+        ASSERT_EQ(defaults.data("key"), joined(pieces));
+        ASSERT_GT(defaults.changeNumber("key"), before);
+    }
+}
+
+TYPED_TEST(UserDefaultsContract, ARefusedValueIsKeptAndStoredOnceThatIsPossible) {
+    UserDefaults& defaults = this->shared;
+    defaults.setText("removed", "old");
+    defaults.setText("text", "old");
+    EXPECT_EQ(defaults.status(), DefaultsStatus{});
+    std::atomic<int> changes = 0;
+    defaults.setStatusChanged([&] { ++changes; });
+    this->kind.refuseWrites();
+    defaults.setText("text", "new");
+    defaults.setData("data", Bytes(100'000, 7));
+    defaults.remove("removed");
+    EXPECT_FALSE(defaults.status().allStored);
+    EXPECT_FALSE(defaults.status().reason.empty());
+    EXPECT_EQ(defaults.text("text"), "new");
+    EXPECT_EQ(defaults.data("data"), Bytes(100'000, 7));
+    EXPECT_EQ(defaults.keys(""), (std::vector<std::string>{"data", "text"}));
+    defaults.makeDurable();
+    EXPECT_FALSE(defaults.status().allStored);
+    EXPECT_EQ(changes, 1);
+    this->kind.acceptWrites();
+    defaults.makeDurable();
+    EXPECT_EQ(defaults.status(), DefaultsStatus{});
+    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(defaults.text("text"), "new");
+    EXPECT_EQ(defaults.data("data"), Bytes(100'000, 7));
+    EXPECT_EQ(defaults.keys(""), (std::vector<std::string>{"data", "text"}));
+    defaults.setStatusChanged({});
 }
 
 TYPED_TEST(UserDefaultsContract, ThreadsMayShareIt) {

@@ -18,13 +18,19 @@
 
 namespace tembrix {
 
+inline ControlServices controlServices(AppProject& app) {
+    return {app.timeline, app.history,    app.player, app.hotkeys,  app.markupModes,
+            app.exports,  app.tagLibrary, app.focus,  app.defaults, app.scheduler,
+            app.events,   app.panels,     app.texts};
+}
+
 // The control window with two lines, and the hands of its user.
 class ControlWindowTest : public testing::Test {
   protected:
     ControlWindowTest() {
         a = app.addLine("Attack");
         b = app.addLine("Defence");
-        view = std::make_unique<FullControlView>(app.services);
+        view = std::make_unique<FullControlView>(controlServices(app));
         view->resize(1280, 430);
         view->show();
         view->activateWindow();

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "app/control/control_project.h"
 #include "app/control/control_toolbar.h"
+#include "app/control/control_window_fixture.h"
 #include "app/control/full_control_view.h"
 #include "app/control/line_names_view.h"
 #include "app/control/timeline_canvas.h"
@@ -46,7 +46,7 @@ TEST_P(ControlWindowLookTest, EverythingFitsAtEverySize) {
             if (stamps > 0)
                 app.timeline.replaceLines(matchLines(stamps > 100 ? 50 : 6, stamps, 5400));
             app.player.seek(2000);
-            FullControlView view(app.services);
+            FullControlView view(controlServices(app));
             view.resize(size);
             view.show();
             ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));

@@ -7,26 +7,25 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "app/app_project.h"
 #include "app/library/videos_list_model.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/window_tests.h"
-#include "fakes/no_windows.h"
+#include "fakes/core_project.h"
 
 namespace tembrix {
 namespace {
 
 struct VideosViewTest : testing::Test {
-    AppProject project;
+    CoreProgram project;
     DataSyncManager& sync = project.core.dataSync;
-    NoWindows noWindows;
-    WindowsManager windows{project.library, project.storage, project.timeline,
-                           project.player,  project.hotkeys, project.tagLibrary,
-                           noWindows,       project.events,  project.texts};
+    WindowsManager& windows = project.core.windows;
     VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
                           project.scheduler, project.texts,         project.locale, "/guides"};
-    VideosView view{model, project.services, sync};
+    VideosView view{
+        model,
+        {project.texts, project.locale, project.focus, project.panels, project.scheduler},
+        sync};
 
     void show() {
         view.resize(1000, 640);
@@ -157,6 +156,36 @@ TEST_F(VideosViewTest, TheDataSheetBacksUpAndSaysSo) {
     EXPECT_TRUE(project.log.contains("Backup created successfully"));
     EXPECT_TRUE(child(*sheet(), "dataManagementCreateBackup")->isVisible());
     picture(*sheet(), "data-sheet");
+}
+
+TEST_F(VideosViewTest, WhatARestoreReplacedIsListedAndBroughtBack) {
+    project.addVideo("one.mp4");
+    sync.backUpNow();
+    project.library.renameVideo(project.library.files().front(), "Later");
+    EXPECT_TRUE(sync.replacedStates().empty());
+    sync.restoreFromBackup();
+    show();
+    QTest::mouseClick(child(view, "dataManagementTitle"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(unnamedControls(*sheet()), QStringList());
+    EXPECT_NE(project.library.files().front().videoData.customName, "Later");
+    picture(*sheet(), "data-sheet-states");
+    QTest::mouseClick(child(*sheet(), "dataManagementBringBack.0"), Qt::LeftButton);
+    project.scheduler.run();
+    EXPECT_EQ(project.library.files().front().videoData.customName, "Later");
+    EXPECT_TRUE(child(*sheet(), "dataManagementBringBack.1")->isVisible());
+}
+
+TEST_F(VideosViewTest, ARepairIsSaidAboveTheListUntilItIsDismissed) {
+    show();
+    auto* notices = child(view, "safetyNotices");
+    EXPECT_FALSE(notices->isVisible());
+    EXPECT_FALSE(sync.savedTimeline("of no video"));
+    project.scheduler.run();
+    EXPECT_TRUE(notices->isVisible());
+    EXPECT_FALSE(notices->accessibleName().isEmpty());
+    QTest::mouseClick(child(view, "safetyDismiss"), Qt::LeftButton);
+    EXPECT_FALSE(notices->isVisible());
 }
 
 }  // namespace

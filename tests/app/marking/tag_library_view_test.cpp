@@ -49,7 +49,10 @@ class TagLibraryViewTest : public testing::Test {
         flow = std::make_unique<MarkingFlow>(app->timeline, app->tagLibrary, app->markupModes,
                                              app->collections, app->player, map, app->scheduler,
                                              app->events);
-        view = std::make_unique<TagLibraryView>(app->services, *flow);
+        view = std::make_unique<TagLibraryView>(
+            TagPanelServices{app->tagLibrary, app->player, app->hotkeys, app->events, app->panels,
+                             app->texts},
+            *flow);
         view->resize(640, 560);
         view->show();
         view->activateWindow();

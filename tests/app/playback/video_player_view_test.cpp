@@ -21,7 +21,9 @@ class VideoPlayerViewTest : public testing::Test {
   protected:
     VideoPlayerViewTest() {
         project.openVideo();
-        view = std::make_unique<VideoPlayerView>(project.services);
+        view = std::make_unique<VideoPlayerView>(
+            PlayerServices{project.texts, project.player,
+                           [](QWidget* parent) -> QWidget* { return new QLabel(parent); }});
         view->resize(853, 440);
         view->show();
         view->activateWindow();

@@ -50,7 +50,7 @@ struct KeyMonitorTest : testing::Test {
     VirtualScheduler scheduler;
     FocusStateManager focus;
     HotKeyManager hotkeys{events, scheduler, focus, player};
-    KeyMonitor monitor{hotkeys, &translate};
+    KeyMonitor monitor{[this] { return &hotkeys; }, &translate};
     QWidget window;
     QPushButton* button = new QPushButton("Button", &window);
     int undone = 0;
@@ -117,7 +117,7 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_EQ(player.toggles, 0);
 
     // While labels are chosen, the user replays the moment.
-    hotkeys.isLabelHotkeyMode.set(true);
+    hotkeys.beginLabelChoice({});
     strike(sheet, Qt::Key_Space);
     strike(sheet, Qt::Key_Right, Qt::ShiftModifier);
     EXPECT_TRUE(box->isChecked());
@@ -125,7 +125,7 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_EQ(player.soughtTo, 13);
     strike(sheet, Qt::Key_Space, Qt::ControlModifier);
     EXPECT_FALSE(box->isChecked());
-    hotkeys.isLabelHotkeyMode.set(false);
+    hotkeys.endLabelChoice();
     sheet.close();
 
     QMenu menu(&window);

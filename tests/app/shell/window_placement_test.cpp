@@ -33,42 +33,37 @@ struct WindowPlacement : testing::Test {
 
     QProcess manager;
     QWidget list;
-    QtWindowFactory factory{[](WindowKind, QWidget* parent) {
-        return QtWindowFactory::Content{new QWidget(parent), {}};
-    }};
+    QtWindowFactory factory;
 };
 
 TEST_F(WindowPlacement, WindowsOfAProjectFillTheirFramesWithTheirDecoration) {
     const Rect screen = factory.mainScreenFrame().value();
-    const ProjectFrames frames = projectFrames(screen);
-    const std::vector<std::pair<WindowKind, QRect>> wanted{
-        {WindowKind::video, pixels(frames.video)},
-        {WindowKind::control, pixels(frames.control)},
-        {WindowKind::tagLibrary, pixels(frames.tagLibrary)}};
-    const std::vector<QString> names{"video", "timelines", "tagLibrary"};
+    QtWindowFactory::Makers makers;
+    for (const WindowRow& row : windowTable())
+        makers[row.kind] = [](QWidget* parent) { return new QWidget(parent); };
+    factory.setMakers(makers);
     // With the decoration of the list window to go by, and without.
     for (const bool listShows : {true, false}) {
         list.setVisible(listShows);
         std::vector<std::unique_ptr<ProjectWindow>> windows;
         std::vector<QWidget*> shown;
-        for (std::size_t i = 0; i < wanted.size(); ++i) {
-            windows.push_back(factory.make(wanted[i].first, "title", {}));
+        for (const WindowRow& row : windowTable()) {
+            windows.push_back(factory.make(row, "title", {}));
+            windows.back()->setFrame(row.frame(screen));
             const auto tops = QApplication::topLevelWidgets();
             shown.push_back(*std::find_if(tops.begin(), tops.end(), [&](const QWidget* top) {
-                return top->objectName() == names[i];
+                return top->objectName() == QLatin1String(row.titleKey);
             }));
         }
-        const std::vector<Rect> rects{frames.video, frames.control, frames.tagLibrary};
-        for (std::size_t i = 0; i < windows.size(); ++i)
-            windows[i]->setFrame(rects[i]);
         for (const auto& window : windows)
             window->show();
-        for (std::size_t i = 0; i < wanted.size(); ++i) {
+        for (std::size_t i = 0; i < shown.size(); ++i) {
+            const WindowRow& row = windowTable()[i];
             const auto frame = [&] { return shown[i]->windowHandle()->frameGeometry(); };
             EXPECT_TRUE(QTest::qWaitFor([&] {
                 return !shown[i]->windowHandle()->frameMargins().isNull() &&
-                       frame() == wanted[i].second;
-            })) << names[i].toStdString()
+                       frame() == pixels(row.frame(screen));
+            })) << row.titleKey
                 << " ends at " << frame().right() << ", " << frame().bottom();
         }
         windows.clear();

@@ -174,6 +174,53 @@ TEST_F(Library, ANamelessChangeReloadsEverythingOnceAtATime) {
     EXPECT_NE(library->tagById("second"), nullptr);
 }
 
+TEST_F(Library, TheActiveCollectionFollowsARename) {
+    storeUserCollection("id", "Old", {makeTag("tag", "Tag")});
+    start();
+    scheduler.run();
+    library->selectUserCollection("Old");
+    scheduler.run();
+    CollectionBookmark existing;
+    existing.id = "id";
+    existing.name = "Old";
+    CustomCollectionManager editor(*services, existing);
+    editor.setCollectionName("New");
+    editor.saveCollection();
+    scheduler.run();
+    for (int starts = 0; starts < 2; ++starts, start(), scheduler.run()) {
+        EXPECT_EQ(*library->currentCollectionType, TagCollection::user("New"));
+        EXPECT_EQ(*library->selectedStandardCollectionName, "New");
+        EXPECT_EQ(activeTags(), std::vector<std::string>{"tag"});
+        EXPECT_EQ(registry.collection, TagCollection::user("New"));
+    }
+
+    // A collection that somebody else removed from the index is not active any more.
+    index->removeCollection("id");
+    events.post(events::CollectionDataChanged{});
+    scheduler.run();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
+    EXPECT_EQ(activeTags(), (std::vector<std::string>{"shot", "save"}));
+}
+
+TEST_F(Library, ASaveDuringALoadReachesTheMergedLists) {
+    storeUserCollection("active", "Mine", {makeTag("known", "Known")});
+    storeUserCollection("other", "Other", {});
+    start();
+    scheduler.run();
+    library->selectUserCollection("Mine");
+    scheduler.run();
+    events.post(events::CollectionDataChanged{});
+    ASSERT_TRUE(library->isLoadingCollections());
+    scheduler.step();  // the load has read the collections, and its result is on the way
+    storeUserCollection("active", "Mine", {makeTag("known", "Known"), makeTag("new", "New")});
+    storeUserCollection("other", "Other", {makeTag("elsewhere", "Elsewhere")});
+    events.post(events::CollectionDataChanged{"Mine"});
+    scheduler.run();
+    EXPECT_TRUE(library->tagById("new"));
+    EXPECT_TRUE(library->tagById("elsewhere"));
+    EXPECT_FALSE(library->isLoadingCollections());
+}
+
 TEST_F(Library, ATagUpdateReloadsAndOneWithoutATagDoesNothing) {
     storeUserCollection("1", "Mine", {makeTag("own", "Own")});
     start();

@@ -158,9 +158,6 @@ TEST_F(HotKeys, GatesHoldKeysBack) {
     windows.project = false;
     silent("another window");
     windows.project = true;
-    hotkeys.stopMonitoring();
-    silent("no project");
-    hotkeys.startMonitoring();
     EXPECT_TRUE(hotkeys.takes(press(0)) && hotkeys.takes(press(key::space)));  // and does nothing
     EXPECT_EQ(pressed(press(0)), "tag");
     EXPECT_EQ(transport.toggles, 1);
@@ -211,17 +208,17 @@ TEST_F(HotKeys, LabelModeGivesTheTagInHandItsOwnKeys) {
     pass.labelHotkeys = {{"long", "1"}, {"unused", ""}};
     hotkeys.registerHotkeys({shot, pass}, TagCollection::standard());
     const auto labels = record<events::LabelHotkeyPressed>();
-    hotkeys.isLabelHotkeyMode.set(true);
+    hotkeys.beginLabelChoice({});
     EXPECT_EQ(pressed(press(0)), "") << "tag keys stay silent";
     EXPECT_TRUE(hotkeys.handleKeyDown(press(4, shift)));
     EXPECT_EQ(*hotkeys.hotKeySelectedLabelId, "head");
     EXPECT_TRUE(hotkeys.handleKeyDown(press(18)));
     EXPECT_EQ(labels->back().tagId, "pass") << "the later tag has a shared key";
-    hotkeys.setLabelHotkeyTag("shot");
+    hotkeys.beginLabelChoice("shot");
     EXPECT_TRUE(hotkeys.handleKeyDown(press(18)));
     EXPECT_EQ(labels->back().labelId, "own");
     EXPECT_EQ(labels->back().tagId, "shot");
-    hotkeys.isLabelHotkeyMode.set(false);
+    hotkeys.endLabelChoice();
     EXPECT_FALSE(hotkeys.handleKeyDown(press(18)));
 }
 

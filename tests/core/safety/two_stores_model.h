@@ -33,7 +33,7 @@ struct TwoStoresModel {
     ById<TimelineLines> timelines;
     ById<CollectionData> collections;
     bool backupNoted = false;
-    std::optional<std::vector<CollectionInfo>> unsavedIndex;
+    std::optional<std::vector<CollectionInfo>> unsavedIndex, indexCopy;
     // The durable copies.
     ById<TimelineLines> timelineFiles;
     ById<CollectionData> folders;
@@ -123,7 +123,7 @@ struct TwoStoresModel {
     }
     void writeIndex() {
         if (indexDue)
-            indexFile = index;
+            indexFile = indexCopy = index;
         indexDue.reset();
         indexBeforeBackup = false;
         unsavedIndex.reset();
@@ -131,8 +131,10 @@ struct TwoStoresModel {
     void backUp() {
         flush();
         writeIndex();
-        std::erase_if(backup.collections,
-                      [&](const auto& copy) { return !mayBeListed(copy.first); });
+        std::erase_if(backup.collections, [&](const auto& copy) {
+            return !mayBeListed(copy.first) && !collections.contains(copy.first) &&
+                   !folders.contains(copy.first);
+        });
         for (const auto& row : index)
             if (const auto folder = folders.find(row.id); folder != folders.end())
                 backup.collections[row.id] = folder->second;
@@ -151,17 +153,40 @@ struct TwoStoresModel {
         if (steps >= 2 && !backup.timelines.empty())
             timelineFiles = backup.timelines;
         if (steps >= 3 && backup.index) {
-            indexFile = backup.index;
+            indexFile = indexCopy = backup.index;
             index = *backup.index;
             indexDue.reset();
             unsavedIndex.reset();
         }
+        if (steps >= 4)
+            listUnlisted();
         if (steps >= 4 && backup.videos)
             videos = *backup.videos;
     }
+    // After a restore every folder is listed, if need be under its id.
+    void listUnlisted() {
+        for (const auto& [id, data] : folders)
+            if (std::none_of(index.begin(), index.end(),
+                             [&id = id](const auto& row) { return row.id == id; })) {
+                collection(id);
+                list({id, id});
+            }
+    }
     void restore() {
+        flush();
         restoreFiles(4);
         loadListed();
+    }
+    // Lost defaults: what was read from the documents gives way to what the backup has.
+    void restoreAtLaunch(const std::vector<std::string>& filledTimelines,
+                         const std::vector<std::string>& filledCollections) {
+        for (const auto& id : filledTimelines)
+            if (backup.timelines.contains(id))
+                timelines.erase(id);
+        for (const auto& id : filledCollections)
+            if (backup.index || backup.collections.contains(id))
+                collections.erase(id);
+        restoreFiles(4);
     }
 
     void launch() {
@@ -172,14 +197,21 @@ struct TwoStoresModel {
             index = *unsavedIndex;
             armIndex();
         }
-        loadListed();
-        // A lost index comes back from the backup as far as its collections are still here.
-        if (!indexFile && index.empty() && backup.index)
-            for (const auto& row : *backup.index)
+        // A lost index comes back from its copies as far as its collections are still here.
+        if (!indexFile && index.empty())
+            for (const auto& row : (indexCopy ? indexCopy : backup.index).value_or(index))
                 if (collection(row.id))
                     list(row);
+        std::vector<std::string> filledTimelines, filledCollections;
+        for (const auto& [id, lines] : timelineFiles)
+            if (timelines.insert({id, lines}).second)
+                filledTimelines.push_back(id);
+        for (const auto& row : index)
+            if (!collections.contains(row.id) && collection(row.id))
+                filledCollections.push_back(row.id);
         if (backup.videos && !backupNoted)
-            restore();
+            restoreAtLaunch(filledTimelines, filledCollections);
+        loadListed();
         indexBeforeBackup = indexDue.has_value();
         backupDue = now + 2;
     }
@@ -215,6 +247,7 @@ struct TwoStoresModel {
         timelines.clear();
         collections.clear();
         unsavedIndex.reset();
+        indexCopy.reset();
         backupNoted = false;
     }
     void loseDocuments() {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/composition/core_services.h"
@@ -15,8 +16,17 @@ struct Machine {
     std::unique_ptr<MemoryUserDefaults> defaults = std::make_unique<MemoryUserDefaults>();
     MemoryKeychain keychain;
     FakeBookmarks bookmarks;
-    bool libraryComesLate = false;  // after the launch work, not before it
+    // The seed by which background work is interleaved; without one each task runs as a whole.
+    std::optional<unsigned> interleaving;
 
+    // The database and what lies beside it are gone.
+    void loseDefaults() {
+        defaults = std::make_unique<MemoryUserDefaults>();
+        std::filesystem::remove(secondCopy());
+    }
+    std::filesystem::path secondCopy() const {
+        return folder.path() / "Application Support/tembrix-stat/second-copy.plist";
+    }
     std::filesystem::path documents() const { return folder.path() / "Documents/Tembrix-Stat"; }
     std::filesystem::path backup() const {
         return folder.path() / "Application Support/Tembrix-Stat-Backup";
@@ -41,12 +51,11 @@ class CuttingLog final : public Log {
 // One process, started as the program starts. Destroying it kills it.
 struct RunningProgram : private FakePlatform {
     explicit RunningProgram(Machine& m) : machine(m) {
-        tagLibrary.start();
-        sync.syncOnLaunch();
-        if (machine.libraryComesLate)
-            scheduler.run();
-        library.start();
+        if (machine.interleaving)
+            scheduler.interleave(*machine.interleaving);
+        core.start();
         scheduler.run();
+        scheduler.runWhole();
     }
     void quit() {
         storage.applicationWillTerminate();
@@ -73,7 +82,8 @@ struct RunningProgram : private FakePlatform {
                                 .resources = machine.folder.path() / "no resources",
                                 .defaults = machine.defaults.get(),
                                 .keychain = &machine.keychain,
-                                .bookmarks = &machine.bookmarks})};
+                                .bookmarks = &machine.bookmarks}),
+                      noWindows};
     EventBus& events = core.events;
     InMemoryStorageManager& storage = core.storage;
     CollectionsBookmarksManager& index = core.index;
@@ -81,7 +91,8 @@ struct RunningProgram : private FakePlatform {
     CollectionServices& collections = core.collections;
     VideoFilesManager& library = core.library;
     TagLibraryManager& tagLibrary = core.tagLibrary;
-    TimelineDataManager& timeline = core.timeline;
+    Project project{core.projectServices, core.windows, core.windows};
+    TimelineDataManager& timeline = project.timeline;
 };
 
 }  // namespace tembrix

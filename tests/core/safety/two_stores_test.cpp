@@ -128,7 +128,7 @@ class TwoLives {
     void did(const std::string& what) { story_ += (story_.empty() ? "" : ", ") + what; }
 
     void launch() {
-        machine_.libraryComesLate = below(2) == 0;
+        machine_.interleaving = below(8) == 0 ? std::optional<unsigned>(below(1000)) : std::nullopt;
         program_ = std::make_unique<RunningProgram>(machine_);
         model_.launch();
     }
@@ -141,7 +141,7 @@ class TwoLives {
         const unsigned loss = below(8);
         if (loss == 0 || loss == 2) {
             did("lose defaults");
-            machine_.defaults = std::make_unique<MemoryUserDefaults>();
+            machine_.loseDefaults();
             model_.loseDefaults();
         }
         if (loss == 1 || loss == 2) {
@@ -188,6 +188,7 @@ class TwoLives {
         did("restore cut at line " + std::to_string(line));
         program_->log.linesLeft = line;
         EXPECT_THROW(program_->sync.restoreFromBackup(), CuttingLog::Cut);
+        model_.flush();
         model_.restoreFiles(steps[line]);
         endLife();
     }

@@ -7,17 +7,13 @@
 #include "base/file_url.h"
 
 #include "fakes/core_project.h"
-#include "fakes/no_windows.h"
 
 namespace tembrix {
 namespace {
 
 struct VideosViewModelTest : testing::Test {
-    CoreProject project;
-    NoWindows noWindows;
-    WindowsManager windows{project.library, project.storage, project.timeline,
-                           project.player,  project.hotkeys, project.tagLibrary,
-                           noWindows,       project.events,  project.texts};
+    CoreProgram project;
+    WindowsManager& windows = project.core.windows;
     VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
                           project.scheduler, project.texts,         project.locale, "/guides"};
 

@@ -20,8 +20,9 @@ class FakeWindows final : public WindowFactory {
         bool detached = false;
     };
 
-    std::unique_ptr<ProjectWindow> make(WindowKind kind, const std::string&,
+    std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string&,
                                         Callbacks callbacks) override {
+        const WindowKind kind = row.kind;
         auto window = std::make_shared<Window>(Window{kind, std::move(callbacks), {}});
         open[kind] = window;
         made.push_back(kind);
@@ -56,17 +57,10 @@ class FakeWindows final : public WindowFactory {
 };
 
 struct WindowsManagerTest : testing::Test {
-    CoreProject project;
     FakeWindows fake;
-    WindowsManager windows{project.library,
-                           project.storage,
-                           project.timeline,
-                           project.player,
-                           project.hotkeys,
-                           project.tagLibrary,
-                           fake,
-                           project.events,
-                           project.texts};
+    CoreProgram project{fake};
+    WindowsManager& windows = project.core.windows;
+    Project& open() { return *windows.project(); }
 };
 
 TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
@@ -82,9 +76,9 @@ TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     EXPECT_EQ(fake.open.at(WindowKind::video)->frame, (Rect{500, 40, 1000, 560}));
     EXPECT_EQ(project.defaults.text(layout::editingStampKey), "");
     EXPECT_EQ(project.players.player()->status(), PlayerStatus::playing);
-    ASSERT_FALSE(project.timeline.lines->empty());
-    EXPECT_EQ(project.timeline.lines->front()->id, drawingsLineId());
-    EXPECT_FALSE(project.hotkeys.registeredHotkeys().empty());
+    ASSERT_FALSE(open().timeline.lines->empty());
+    EXPECT_EQ(open().timeline.lines->front()->id, drawingsLineId());
+    EXPECT_FALSE(open().hotkeys.registeredHotkeys().empty());
 }
 
 TEST_F(WindowsManagerTest, RefusesASecondProjectAndAMissingVideo) {
@@ -107,27 +101,26 @@ TEST_F(WindowsManagerTest, ClosingAnyOfTheThreeClosesTheProjectAndANewOneOpens) 
             [&](const auto&) { viewerStopped = true; });
         windows.openProject(id);
         ASSERT_FALSE(windows.isClosing());
-        ASSERT_FALSE(project.hotkeys.registeredHotkeys().empty());
+        ASSERT_FALSE(open().hotkeys.registeredHotkeys().empty());
         EXPECT_TRUE(fake.pressClose(kind));
         EXPECT_TRUE(fake.open.empty());
         EXPECT_TRUE(windows.isClosing());
         EXPECT_TRUE(viewerStopped);
-        EXPECT_FALSE(project.player.player());
-        EXPECT_TRUE(project.hotkeys.registeredHotkeys().empty());
+        EXPECT_FALSE(project.players.player());
         EXPECT_FALSE(windows.isProjectWindowActive());
     }
 }
 
 TEST_F(WindowsManagerTest, TheVideoWindowEndsTheDrawingEditorFirst) {
     windows.openProject(project.addVideo());
-    project.player.isVideoPlayerInEditorMode = true;
+    open().player.isVideoPlayerInEditorMode = true;
     std::optional<bool> editor;
     const auto mode = project.events.observe<events::EditorModeChanged>(
         [&](const events::EditorModeChanged& event) { editor = event.active; });
     EXPECT_FALSE(fake.pressClose(WindowKind::video));
     EXPECT_EQ(editor, false);
     EXPECT_FALSE(windows.isClosing());
-    project.player.isVideoPlayerInEditorMode = false;
+    open().player.isVideoPlayerInEditorMode = false;
     EXPECT_TRUE(fake.pressClose(WindowKind::video));
     EXPECT_TRUE(windows.isClosing());
 }
@@ -139,7 +132,7 @@ TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
     windows.openProject(id);
     windows.openProject(other);  // refused; the id of the open project is still the first one
     ASSERT_TRUE(project.library.rebindVideo(id, project.folder.write("moved.mp4", "bytes")));
-    project.timeline.addLine("Marked after the move");
+    open().timeline.addLine("Marked after the move");
     EXPECT_EQ(project.storage.loadTimeline(id).size(), 2U);
     project.library.deleteVideo(project.library.files().back());
     EXPECT_FALSE(windows.isClosing());
@@ -162,9 +155,34 @@ TEST_F(WindowsManagerTest, FollowsWhichWindowHasTheKeyboard) {
     EXPECT_TRUE(windows.isControlOrLibraryKey());
     say(WindowKind::tagLibrary, KeyState::sheet);
     EXPECT_FALSE(windows.isProjectWindowActive());
-    project.hotkeys.isLabelHotkeyMode.set(true);  // label keys go on, the blank is the sheet's
+    open().hotkeys.beginLabelChoice({});  // label keys go on, the blank is the sheet's
     EXPECT_TRUE(windows.isProjectWindowActive());
     EXPECT_FALSE(windows.isControlOrLibraryKey());
+}
+
+TEST_F(WindowsManagerTest, NothingOfAClosedProjectReachesTheNext) {
+    const auto id = project.addVideo();
+    windows.openProject(id);
+    const KeyPress press{45, {}, "n"};
+    fake.open.at(WindowKind::tagLibrary)->callbacks.keyChanged(KeyState::window);
+    ASSERT_TRUE(open().hotkeys.handleKeyDown(press));  // takes effect two turns later
+    project.events.post(events::AddLineSheetAppeared{});
+    project.events.post(events::EditorModeChanged{true});
+    open().player.setPlaybackSpeed(2);
+    fake.pressClose(WindowKind::video);
+
+    windows.openProject(id);
+    int marks = 0;
+    const auto marked =
+        project.events.observe<events::ShowLabelSheet>([&](const auto&) { ++marks; });
+    project.scheduler.run();
+    EXPECT_EQ(marks, 0);
+    EXPECT_EQ(open().player.playbackSpeed(), 1);
+    EXPECT_FALSE(*open().history.canUndo);
+    fake.open.at(WindowKind::tagLibrary)->callbacks.keyChanged(KeyState::window);
+    EXPECT_TRUE(open().hotkeys.handleKeyDown(press));
+    project.scheduler.run();
+    EXPECT_EQ(marks, 1);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "core/storage/data_layout.h"
 #include "core/storage/storage_fixture.h"
+#include "core/storage/storage_health.h"
 #include "core/storage/timeline_encoder.h"
 
 namespace tembrix {
@@ -173,13 +174,129 @@ TEST(TimelineEncoder, WritesWhatThePlainCodecWritesAfterAnyEdits) {
             edit(lines, random);
         if (i % 10 == 0)
             history.push_back(lines);
-        ASSERT_EQ(asText(encoder.encode(lines).value()), asText(encode(lines).value()));
+        ASSERT_TRUE(encoder.encode(lines));
+        ASSERT_EQ(asText(joined(encoder.pieces())), asText(encode(lines).value()));
         if (random() % 50 == 0) {
             TimelineLines broken = lines;
             broken.push_back(lineOf("no number", {stampAt(INFINITY)}));
             ASSERT_FALSE(encoder.encode(broken));
+            ASSERT_EQ(asText(joined(encoder.pieces())), asText(encode(lines).value()));
         }
     }
+}
+
+// Stores compare pieces: of one that is left alone no byte is encoded or written again.
+TEST(TimelineEncoder, AnEditChangesFewPiecesAndAFreshEncoderCutsTheSame) {
+    TimelineLines lines = {lineOf("One", {}), lineOf("Two", {})};
+    for (auto& line : lines)
+        for (int i = 0; i < 3000; ++i)
+            line.write().stamps.push_back(stampAt(i));
+    TimelineEncoder encoder;
+    ASSERT_TRUE(encoder.encode(lines));
+    const auto changed = [&](const auto& edit) {
+        const ValuePieces before = encoder.pieces();
+        edit(lines[0].write().stamps);
+        EXPECT_TRUE(encoder.encode(lines));
+        return std::count_if(
+            encoder.pieces().begin(), encoder.pieces().end(), [&](const auto& piece) {
+                return std::find(before.begin(), before.end(), piece) == before.end();
+            });
+    };
+    EXPECT_LE(changed([](Stamps& stamps) { stamps.push_back(stampAt(9)); }), 2);
+    EXPECT_LE(changed([](Stamps& stamps) { stamps.insert(stamps.begin(), stampAt(9)); }), 2);
+    EXPECT_LE(changed([](Stamps& stamps) { stamps.erase(stamps.begin() + 1500); }), 2);
+    EXPECT_LE(changed([](Stamps& stamps) { stamps[700].write().label = "Shot"; }), 2);
+    TimelineEncoder fresh;
+    ASSERT_TRUE(fresh.encode(lines));
+    EXPECT_TRUE(std::equal(fresh.pieces().begin(), fresh.pieces().end(), encoder.pieces().begin(),
+                           encoder.pieces().end(),
+                           [](const auto& a, const auto& b) { return a->bytes == b->bytes; }));
+}
+
+TEST_F(Timelines, AFlushWritesOnlyWhatChangedAlsoAfterARestart) {
+    storage->saveTimeline(lines(), "V");
+    storage->saveCollection(collectionOf("C"));
+    scheduler.advance(30);
+    std::filesystem::remove_all(folder.path() / "Documents/Tembrix-Stat/Timelines");
+    std::filesystem::remove_all(folder.path() / "Documents/Tembrix-Stat/Collections");
+    storage->saveTimeline(lines(), "W");
+    storage->flushNow();
+    EXPECT_TRUE(std::filesystem::exists(storage->timelineFile("W")));
+    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile("V")));
+    storage = makeStorage();
+    storage->flushNow();
+    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile("V")));
+    EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "C"));
+
+    const auto newer = lines();
+    storage->saveTimeline(newer, "V");
+    storage->flushNow();
+    EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(newer).value()));
+    storage->forgetWritten();
+    std::filesystem::remove(storage->timelineFile("W"));
+    storage->flushNow();
+    EXPECT_TRUE(std::filesystem::exists(storage->timelineFile("W")));
+}
+
+TEST_F(Timelines, AWorkingCopyOlderThanItsDocumentGivesWayToItUnlessThatWasReplaced) {
+    const auto early = lines();
+    storage->saveTimeline(early, "V");
+    const auto number = defaults.changeNumber(layout::timelineKey("V"));
+    const auto late = lines();
+    storage->saveTimeline(late, "V");
+    scheduler.advance(30);
+
+    // A cut log: the defaults are those of a moment before.
+    defaults.goBack(layout::timelineKey("V"), encode(early).value(), number);
+    storage->flushNow();
+    EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(late).value()));
+    storage = makeStorage();
+    EXPECT_TRUE(log.contains("is older than its document"));
+    EXPECT_EQ(storage->loadTimeline("V"), late);
+    EXPECT_EQ(defaults.data(layout::damagedKey(layout::timelineKey("V"))), encode(early).value());
+
+    // What is marked from there on is newer than both.
+    const auto marked = lines();
+    storage->saveTimeline(marked, "V");
+    storage->flushNow();
+    storage = makeStorage();
+    EXPECT_EQ(storage->loadTimeline("V"), marked);
+    EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(marked).value()));
+
+    // A copy made by hand, or by a restore, is not the document that was written.
+    defaults.goBack(layout::timelineKey("V"), encode(early).value(), number);
+    folder.write("Documents/Tembrix-Stat/Timelines/V.json", "[]");
+    storage = makeStorage();
+    EXPECT_EQ(storage->loadTimeline("V"), early);
+
+    // The numbers of another store say nothing.
+    scheduler.advance(30);
+    MemoryUserDefaults other;
+    other.setData(layout::timelineKey("V"), encode(early).value());
+    InMemoryStorageManager another(other, scheduler, folder.directories(), log);
+    EXPECT_EQ(another.loadTimeline("V"), early);
+}
+
+TEST_F(Timelines, WhatTheDefaultsRefuseStillReachesTheDocumentsAndIsReported) {
+    StorageHealth health(defaults, scheduler);
+    defaults.refuse("disk full");
+    const auto kept = lines();
+    storage->saveTimeline(kept, "V");
+    EXPECT_TRUE(health.status().allStored);  // not from within the save
+    scheduler.run();
+    EXPECT_EQ(health.status(), (DefaultsStatus{false, "disk full"}));
+    scheduler.advance(30);
+    EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(kept).value()));
+    defaults.loseRefused();
+    storage = makeStorage();
+    EXPECT_EQ(storage->loadTimeline("V"), kept);
+
+    defaults.refuse("disk full");
+    storage->saveTimeline({}, "V");
+    defaults.refuse("");
+    storage->saveTimeline(kept, "V");
+    scheduler.run();
+    EXPECT_TRUE(health.status().allStored);
 }
 
 }  // namespace

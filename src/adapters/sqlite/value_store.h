@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "base/bytes.h"
+#include "base/date.h"
+
+#include "ports/user_defaults.h"
+
+#include "adapters/sqlite/database.h"
+#include "adapters/sqlite/piece_table.h"
+
+namespace tembrix::sqlite {
+
+// Shared, so that the long list is copied only where it is kept.
+using SharedPieces = std::shared_ptr<const ValuePieces>;
+using StoredValue = std::variant<Bytes, std::string, Date, bool, SharedPieces>;
+
+// A value that awaits being stored, or the removal of one.
+struct PendingChange {
+    std::optional<StoredValue> value;  // absent: the key is removed
+    std::uint64_t number = 0;
+};
+using PendingChanges = std::map<std::string, PendingChange, std::less<>>;
+
+// The values in a database: one row per key, the numbers of their changes, and the pieces of large
+// values. Functions return SQLITE_DONE or SQLITE_ROW, or the code of a failure.
+class ValueStore {
+  public:
+    // Makes what is missing of the tables.
+    static int prepare(Database& database);
+
+    explicit ValueStore(Database opened);
+
+    // SQLITE_ROW and the value if the key has one, SQLITE_DONE if not.
+    int read(std::string_view key, std::optional<StoredValue>& value);
+    int list(std::string_view prefix, std::vector<std::string>& keys);
+    // Makes the change and gives it its number, in one transaction of its own.
+    int apply(std::string_view key, const PendingChange& change);
+    int number(std::string_view key, std::uint64_t& number);
+    int lastNumber(std::uint64_t& number);
+    int identity(std::string& identity);
+    int setIdentity(std::string_view identity);
+    // Reads every row once, but not the long contents.
+    int check();
+
+    Database& database() { return database_; }
+
+  private:
+    int applyInTransaction(std::string_view key, const PendingChange& change);
+    int header(std::string_view key, std::optional<PieceHeader>& header);
+    template <class Value>
+    int put(std::string_view key, std::int64_t kind, const Value& value);
+
+    Database database_;
+    Statement get_, put_, erase_, list_, number_, setNumber_, lastNumber_;
+    PieceTable pieces_;
+};
+
+}  // namespace tembrix::sqlite

@@ -1,0 +1,37 @@
+#pragma once
+
+namespace tembrix {
+
+class EventBus;
+struct ExportServices;
+struct FocusStateManager;
+class HotKeyManager;
+class MarkupModeStore;
+class Panels;
+class Scheduler;
+class TagLibraryManager;
+class Texts;
+class TimelineDataManager;
+class TimelineHistory;
+class UserDefaults;
+class VideoPlayerManager;
+
+// What the control window uses: the parts of the open project that it shows and edits, and the
+// services of its model and its exports.
+struct ControlServices {
+    TimelineDataManager& timeline;
+    TimelineHistory& history;
+    VideoPlayerManager& player;
+    HotKeyManager& hotkeys;
+    MarkupModeStore& markupModes;
+    ExportServices& exports;
+    TagLibraryManager& tagLibrary;
+    FocusStateManager& focus;
+    UserDefaults& defaults;
+    Scheduler& scheduler;
+    EventBus& events;
+    Panels& panels;
+    const Texts& texts;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace tembrix {
+
+struct FocusStateManager;
+class Locale;
+class Panels;
+class Scheduler;
+class Texts;
+
+// What the list window uses beside its model and the backup.
+struct ListServices {
+    const Texts& texts;
+    const Locale& locale;
+    FocusStateManager& focus;
+    Panels& panels;
+    Scheduler& scheduler;
+};
+
+}  // namespace tembrix

@@ -1,0 +1,42 @@
+#include "app/shell/project_windows.h"
+
+#include <utility>
+
+#include "app/control/full_control_view.h"
+#include "app/marking/tag_library_view.h"
+#include "app/playback/video_player_view.h"
+#include "core/composition/core_services.h"
+#include "core/shell/project.h"
+#include "core/shell/window_table.h"
+
+namespace tembrix {
+
+QtWindowFactory::Makers windowMakers(CoreServices& core, VideoSurfaceFactory makeVideoSurface) {
+    return {
+        {WindowKind::video,
+         [&core, makeVideoSurface = std::move(makeVideoSurface)](QWidget* parent) -> QWidget* {
+             Project& project = *core.windows.project();
+             return new VideoPlayerView({core.platform.texts, project.player, makeVideoSurface},
+                                        parent);
+         }},
+        {WindowKind::control,
+         [&core](QWidget* parent) -> QWidget* {
+             Project& project = *core.windows.project();
+             return new FullControlView(
+                 {project.timeline, project.history, project.player, project.hotkeys,
+                  project.markupModes, project.exports, core.tagLibrary, core.focus,
+                  core.platform.defaults, core.platform.scheduler, core.events,
+                  core.platform.panels, core.platform.texts},
+                 parent);
+         }},
+        {WindowKind::tagLibrary,
+         [&core](QWidget* parent) -> QWidget* {
+             Project& project = *core.windows.project();
+             return new TagLibraryView({core.tagLibrary, project.player, project.hotkeys,
+                                        core.events, core.platform.panels, core.platform.texts},
+                                       project.marking, parent);
+         }},
+    };
+}
+
+}  // namespace tembrix

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "ports/platform.h"
+
+#include "core/collections/custom_collection_manager.h"
+#include "core/collections/tag_library_manager.h"
+#include "core/export/export_services.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/key_windows.h"
+#include "core/keyboard/text_focus.h"
+#include "core/marking/field_map_question.h"
+#include "core/marking/marking_flow.h"
+#include "core/notifications/event_bus.h"
+#include "core/playback/video_player_manager.h"
+#include "core/records/video_records.h"
+#include "core/storage/in_memory_storage_manager.h"
+#include "core/storage/video_files_manager.h"
+#include "core/timeline/markup_mode_store.h"
+#include "core/timeline/timeline_data_manager.h"
+#include "core/timeline/timeline_history.h"
+
+namespace tembrix {
+
+// The services of the process that a project is made of. They outlive every project.
+struct ProjectServices {
+    const Platform& platform;
+    EventBus& events;
+    FocusStateManager& focus;
+    InMemoryStorageManager& storage;
+    VideoFilesManager& library;
+    CollectionServices& collections;
+    TagLibraryManager& tagLibrary;
+};
+
+// An open video with everything that belongs to it: timelines, undo history, player, the state of
+// the keyboard and of marking. It is made when the video is opened and destroyed when it is closed,
+// so that nothing of one project can reach the next. Its windows are closed before it. Main thread
+// only.
+class Project {
+  public:
+    Project(const ProjectServices& services, const KeyWindows& windows, FieldMapQuestion& fieldMap);
+    ~Project();
+    Project(const Project&) = delete;
+    Project& operator=(const Project&) = delete;
+
+    // Called once, right after construction: loads the timelines and starts the player.
+    void open(const VideosData& video, const std::filesystem::path& file);
+    const std::string& videoId() const { return videoId_; }
+
+    const ProjectServices services;
+    MarkupModeStore markupModes;
+    TimelineDataManager timeline;
+    TimelineHistory history;
+    VideoPlayerManager player;
+    HotKeyManager hotkeys;
+    MarkingFlow marking;
+    ExportServices exports;
+
+  private:
+    std::string videoId_;
+};
+
+}  // namespace tembrix

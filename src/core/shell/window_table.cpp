@@ -1,0 +1,69 @@
+#include "core/shell/window_table.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tembrix {
+
+namespace {
+
+// The control window has the lower 40 percent of the screen. Above it are the tag panel on the left
+// third and the video on the right two thirds; 40 points stay free at the top.
+constexpr double controlShare = 0.4;
+constexpr double topMargin = 40;
+
+Rect controlFrame(const Rect& screen) {
+    const double height = controlShare * screen.height;
+    return {screen.x, screen.bottom() - height, screen.width, height};
+}
+Rect tagLibraryFrame(const Rect& screen) {
+    return {screen.x, screen.y + topMargin, screen.width / 3,
+            screen.height - controlShare * screen.height - topMargin};
+}
+Rect videoFrame(const Rect& screen) {
+    const Rect left = tagLibraryFrame(screen);
+    return {left.right(), left.y, 2 * left.width, left.height};
+}
+
+constexpr std::array<WindowRow, 3> table{{
+    {.kind = WindowKind::video,
+     .titleKey = "video",
+     .frame = &videoFrame,
+     .opensWithProject = true,
+     .belongsToProject = true,
+     .closesProject = true,
+     .single = true,
+     .takesTagKeys = true,
+     .spaceAlwaysPlays = false},
+    {.kind = WindowKind::control,
+     .titleKey = "timelines",
+     .frame = &controlFrame,
+     .opensWithProject = true,
+     .belongsToProject = true,
+     .closesProject = true,
+     .single = true,
+     .takesTagKeys = true,
+     .spaceAlwaysPlays = true},
+    {.kind = WindowKind::tagLibrary,
+     .titleKey = "tagLibrary",
+     .frame = &tagLibraryFrame,
+     .opensWithProject = true,
+     .belongsToProject = true,
+     .closesProject = true,
+     .single = true,
+     .takesTagKeys = true,
+     .spaceAlwaysPlays = true},
+}};
+
+}  // namespace
+
+std::span<const WindowRow> windowTable() {
+    return table;
+}
+
+const WindowRow& windowRow(WindowKind kind) {
+    return *std::find_if(table.begin(), table.end(),
+                         [kind](const WindowRow& row) { return row.kind == kind; });
+}
+
+}  // namespace tembrix

@@ -1,0 +1,32 @@
+#include "core/storage/storage_health.h"
+
+#include <mutex>
+
+namespace tembrix {
+
+// The defaults may call from any thread, and may outlive the object or end before it.
+struct StorageHealth::Link {
+    std::mutex mutex;
+    StorageHealth* health;
+};
+
+StorageHealth::StorageHealth(UserDefaults& defaults, Scheduler& scheduler)
+    : status_(defaults.status()), link_(std::make_shared<Link>()) {
+    link_->health = this;
+    defaults.setStatusChanged([&defaults, &scheduler, link = link_] {
+        const std::lock_guard lock(link->mutex);
+        if (!link->health)
+            return;
+        scheduler.onMain([&defaults, link] {
+            if (link->health)  // changes on this thread only
+                link->health->status_.set(defaults.status());
+        });
+    });
+}
+
+StorageHealth::~StorageHealth() {
+    const std::lock_guard lock(link_->mutex);
+    link_->health = nullptr;
+}
+
+}  // namespace tembrix

@@ -1,0 +1,214 @@
+// Single flipped bytes in what is stored: no copy that can be read is lost to one that cannot.
+
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "base/bytes.h"
+#include "base/files.h"
+
+#include "core/records/codec.h"
+#include "core/records/orphaned_timeline.h"
+#include "core/storage/data_layout.h"
+#include "season.h"
+
+namespace tembrix {
+namespace {
+
+struct DamagedData : Season {
+    std::mt19937 random{7};
+
+    Bytes flipped(Bytes bytes) {
+        bytes[random() % bytes.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
+        return bytes;
+    }
+    void flip(const fs::path& file) {
+        const auto content = readFile(file);
+        ASSERT_TRUE(content.ok()) << file;
+        ASSERT_TRUE(replaceFile(file, flipped(*content)).ok());
+    }
+    void spoilWorkingCopies() {
+        machine.defaults->setData(layout::timelineKey(video), toBytes("[{"));
+        spoil(program->storage.timelineFile(video), "[{");
+    }
+    fs::path record() {
+        return machine.backup() / layout::timelinesFolder / (video + layout::recordExtension);
+    }
+    fs::path savedCollection() { return program->sync.savedCollectionFolder(hockey.id); }
+};
+
+TEST_F(DamagedData, AFlippedByteInTheListOfVideosCostsNothing) {
+    program->scheduler.run();
+    const Bytes good = *machine.defaults->data(layout::videosDataKey);
+    for (int i = 0; i < 25; ++i) {
+        const Bytes damaged = flipped(good);
+        machine.defaults->setData(layout::videosDataKey, damaged);
+        restart();
+        expectAllThere();
+        EXPECT_EQ(machine.defaults->data(layout::videosDataKey), good);
+        bool kept = false;
+        for (const auto& key : machine.defaults->keys(layout::damagedPrefix))
+            kept = kept || machine.defaults->data(key) == damaged;
+        EXPECT_TRUE(kept);
+    }
+}
+
+TEST_F(DamagedData, AnUnreadableListOfVideosIsTakenFromTheBackupWhichStaysGood) {
+    fs::remove(machine.secondCopy());
+    machine.defaults->setData(layout::videosDataKey, toBytes("[{\"bookmark\""));
+    restart();
+    expectAllThere();
+    EXPECT_TRUE(notified(SafetyNotice::videoListRepaired));
+    EXPECT_EQ(machine.defaults->data(layout::damagedKey(layout::videosDataKey)),
+              toBytes("[{\"bookmark\""));
+    const fs::path second = machine.folder.path() / "second.mp4";
+    machine.bookmarks.add(second);
+    ASSERT_TRUE(program->library.addVideoNamed(second, "Second"));
+    program->sync.backUpNow();
+    machine.loseDefaults();
+    restart();
+    EXPECT_EQ(program->library.videosData().size(), 2U);
+}
+
+// The backup could not be read at the launch, but can be later.
+TEST_F(DamagedData, AListOfVideosBegunAnewDoesNotReplaceTheBackupsForGood) {
+    fs::remove(machine.secondCopy());
+    machine.defaults->setData(layout::videosDataKey, toBytes("[{"));
+    const Bytes saved = *readFile(plist());
+    fs::remove(plist());
+    restart();
+    EXPECT_TRUE(notified(SafetyNotice::videoListUnreadable));
+    EXPECT_TRUE(program->library.videosData().empty());
+    const fs::path second = machine.folder.path() / "second.mp4";
+    machine.bookmarks.add(second);
+    ASSERT_TRUE(program->library.addVideoNamed(second, "Second"));
+    ASSERT_TRUE(replaceFile(plist(), saved).ok());
+    program->sync.backUpNow();
+    const auto states = program->sync.replacedStates();
+    ASSERT_EQ(states.size(), 1U);
+    program->sync.bringBack(states.front().name);
+    program->scheduler.run();
+    expectAllThere();
+}
+
+TEST_F(DamagedData, AnUnreadableTimelineComesFromTheBackup) {
+    spoilWorkingCopies();
+    restart();
+    openVideo();
+    EXPECT_EQ(*program->timeline.lines, marked);
+    program->scheduler.advance(31);
+    program->sync.backUpNow();
+    EXPECT_TRUE(notified(SafetyNotice::timelineFromBackup));
+    EXPECT_EQ(decode<OrphanedTimeline>(*readFile(record()))->timelines, marked);
+    restart();
+    expectAllThere();
+}
+
+TEST_F(DamagedData, WithoutAnyReadableCopyNothingIsWrittenBeforeTheUserMarks) {
+    spoilWorkingCopies();
+    const Bytes saved = *readFile(record());
+    fs::remove(record());
+    restart();
+    openVideo();
+    program->scheduler.advance(31);
+    EXPECT_TRUE(notified(SafetyNotice::timelineUnreadable));
+    EXPECT_EQ(machine.defaults->data(layout::timelineKey(video)), toBytes("[{"));
+    EXPECT_EQ(readFile(program->storage.timelineFile(video)).value(), toBytes("[{"));
+
+    // The record was only out of reach. It is good, and the user has begun anew.
+    program->timeline.addLine("Again");
+    mark(1);
+    ASSERT_TRUE(replaceFile(record(), saved).ok());
+    restartAndBackUp();
+    EXPECT_EQ(program->storage.loadTimeline(video).back()->name, "Again");
+    const auto states = program->sync.replacedStates();
+    ASSERT_EQ(states.size(), 1U) << "the better record is kept";
+    program->sync.bringBack(states.front().name);
+    EXPECT_EQ(program->storage.loadTimeline(video), marked);
+}
+
+TEST_F(DamagedData, ADamagedCopyInTheBackupReplacesNothingOnRestore) {
+    for (int i = 0; i < 12; ++i) {
+        const Bytes goodRecord = *readFile(record());
+        const fs::path tags = savedCollection() / layout::tagsFile;
+        const Bytes goodTags = *readFile(tags);
+        spoil(record(), std::string(goodRecord.begin(), goodRecord.begin() + 40));
+        spoil(tags, std::string(goodTags.begin(), goodTags.end() - 2));
+        program->sync.restoreFromBackup();
+        program->scheduler.run();
+        machine.defaults->remove(layout::timelineKey(video));
+        machine.defaults->remove(layout::collectionKey(hockey.id));
+        expectAllThere();
+        program->sync.backUpNow();
+        EXPECT_EQ(decode<OrphanedTimeline>(*readFile(record()))->timelines, marked);
+        EXPECT_EQ(*readFile(tags), goodTags);
+    }
+}
+
+TEST_F(DamagedData, ADamagedFileOfACollectionIsTakenFromTheBackupAndNeverCopiedThere) {
+    CollectionData data = *program->storage.loadCollection(hockey.id);
+    data.timeEvents.push_back({"event", "Overtime"});
+    program->storage.saveCollection(data);
+    program->sync.backUpNow();
+    const fs::path folder = program->storage.collectionsFolder() / hockey.id;
+    for (const char* name : {layout::tagGroupsFile, layout::tagsFile, layout::labelGroupsFile,
+                             layout::labelsFile, layout::timeEventsFile}) {
+        SCOPED_TRACE(name);
+        const Bytes good = *readFile(savedCollection() / name);
+        spoil(folder / name);
+        machine.defaults->remove(layout::collectionKey(hockey.id));
+        restartAndBackUp();
+        EXPECT_EQ(program->storage.loadCollection(hockey.id), data);
+        EXPECT_EQ(*readFile(savedCollection() / name), good);
+    }
+}
+
+TEST_F(DamagedData, AFlippedByteInTheIndexLosesNoCollection) {
+    const Bytes good = *readFile(index());
+    for (int i = 0; i < 25; ++i) {
+        flip(index());
+        restartAndBackUp();
+        program->scheduler.advance(31);
+        expectAllThere();
+        EXPECT_EQ(*readFile(index()), good);
+        EXPECT_TRUE(fs::exists(savedCollection() / layout::tagsFile));
+    }
+}
+
+TEST_F(DamagedData, AFlippedIdInARestoredIndexLosesNoCollection) {
+    std::string saved = fileText(machine.backup() / layout::collectionIndexFile);
+    const auto id = saved.find(hockey.id);
+    for (const std::size_t at : {std::size_t{0}, std::size_t{7}, std::size_t{30}}) {
+        SCOPED_TRACE(at);
+        std::string flippedId = saved;
+        flippedId[id + at] = flippedId[id + at] == '1' ? '3' : '1';
+        spoil(machine.backup() / layout::collectionIndexFile, flippedId);
+        machine.loseDefaults();
+        fs::remove_all(machine.documents());
+        restartAndBackUp();
+        program->storage.scheduleSaveToDisk();
+        program->scheduler.advance(31);
+        expectAllThere();
+        EXPECT_TRUE(fs::exists(savedCollection() / layout::tagsFile));
+    }
+}
+
+TEST_F(DamagedData, WorkingCopiesThatTheDefaultsLostAreReadFromTheDocuments) {
+    machine.defaults->remove(layout::lastSyncDateKey);
+    machine.defaults->remove(layout::videosDataKey);
+    machine.defaults->remove(layout::collectionKey(hockey.id));
+    openVideo();
+    mark(500);
+    const TimelineLines newest = *program->timeline.lines;
+    program->scheduler.advance(31);
+    machine.defaults->remove(layout::timelineKey(video));
+    restartAndBackUp();
+    EXPECT_TRUE(logged("✅ DataSync: Data is identical")) << "damage is not loss";
+    EXPECT_EQ(machine.defaults->data(layout::timelineKey(video)), encode(newest).value());
+    marked = newest;
+    expectAllThere();
+}
+
+}  // namespace
+}  // namespace tembrix
