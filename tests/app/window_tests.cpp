@@ -6,11 +6,21 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPixmap>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include "app/theme/theme.h"
 
 namespace tembrix {
+
+bool activate(QWidget& window) {
+    return QTest::qWaitFor([&window] {
+        if (window.isActiveWindow())
+            return true;
+        window.activateWindow();
+        return false;
+    });
+}
 
 void picture(QWidget& window, const QString& name) {
     const QString folder = qEnvironmentVariable("TEMBRIX_PICTURES");

@@ -54,14 +54,7 @@ struct ProjectWindowsTest : testing::Test {
     void open() {
         windows.openProject(video);
         ASSERT_TRUE(windows.project());
-        ASSERT_TRUE(activate("timelines"));
-    }
-    // Only a window that is on screen can have the keyboard.
-    static bool activate(const char* name) {
-        if (!QTest::qWaitForWindowExposed(window(name)))
-            return false;
-        window(name)->activateWindow();
-        return QTest::qWaitForWindowActive(window(name));
+        ASSERT_TRUE(activate(*window("timelines")));
     }
     // The key of a tag that asks for no labels; true if it made a stamp.
     bool marks() {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "app/shell/main_menu.h"
+#include "app/window_tests.h"
 #include "fakes/fake_texts.h"
 
 namespace tembrix {
@@ -32,14 +33,10 @@ TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
     QDialog sheet(&window);
     auto* field = new QLineEdit(&sheet);
     Busy busy(&sheet);
-    const auto onTop = [](QWidget& top) {
-        top.activateWindow();
-        return QTest::qWaitForWindowActive(&top);
-    };
     for (QDialog* modal : {static_cast<QDialog*>(&sheet), static_cast<QDialog*>(&busy)}) {
         modal->setWindowModality(Qt::WindowModal);
         modal->open();
-        ASSERT_TRUE(onTop(*modal));
+        ASSERT_TRUE(activate(*modal));
         QWidget* focus = modal == &sheet ? field : static_cast<QWidget*>(modal);
         bool pressed = false;
         QTimer::singleShot(0, focus, [&] {
