@@ -66,7 +66,7 @@ class Composer {
             still.load = [&drawings = *tools_.drawings, file] {
                 return drawings.picture(file).optional().value_or(ImageBuffer());
             };
-            pieces_.push_back(std::move(still));
+            pieces_.emplace_back(std::move(still));
             insertionTime_ = insertionTime_ + MediaTime{frames * 600 / framesPerSecond};
         }
         insertSource(position, segment.timeRange.end());
