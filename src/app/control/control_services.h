@@ -17,7 +17,7 @@ class UserDefaults;
 class VideoPlayerManager;
 
 // What the control window uses: the parts of the open project that it shows and edits, and the
-// services of its model and its exports.
+// services that its model and its exports need.
 struct ControlServices {
     TimelineDataManager& timeline;
     TimelineHistory& history;

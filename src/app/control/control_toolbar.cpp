@@ -75,7 +75,8 @@ void ControlToolbar::addHistory() {
         QToolButton* button = makeIconButton(services_.texts, key, icon, this);
         row_->addWidget(button);
         connect(button, &QToolButton::clicked, this, take);
-        // The help says what would be taken back; the name stays what the button is.
+        // The tooltip names the edit that would be undone or redone. The accessible name does not
+        // change.
         const auto show = [this, button, &enabled, &step, plain = button->toolTip()] {
             button->setEnabled(*enabled && model_.canTakeBack());
             button->setToolTip(*step ? plain + ": " + qtext(services_.texts.text(**step)) : plain);

@@ -16,15 +16,15 @@ namespace tembrix {
 class SegmentedSwitch;
 class TimelineEditingModel;
 
-// The bar above the timelines: mode and new timeline; undo and redo; transport and time; zoom;
-// export.
+// The toolbar above the timelines: markup mode, new timeline, undo and redo, playback controls and
+// time, zoom, export.
 class ControlToolbar final : public QWidget {
     Q_OBJECT
   public:
     ControlToolbar(const ControlServices& services, TimelineEditingModel& model,
                    QWidget* parent = nullptr);
 
-    // A further group at the right end.
+    // Adds a group of controls at the right end.
     void addGroup(QWidget* group);
 
   Q_SIGNALS:

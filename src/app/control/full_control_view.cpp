@@ -67,7 +67,8 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
 }
 
 FullControlView::~FullControlView() {
-    // The parts look at the model for as long as they live, even while they lose the focus.
+    // The child views use the model in their destructors and when they lose the focus, so they are
+    // destroyed before it.
     hide();
     delete area_;
     delete toolbar_;
@@ -113,9 +114,8 @@ void FullControlView::hideEvent(QHideEvent* event) {
 }
 
 bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
-    // A press reaches the native window first and its widgets after that; the first event counts.
-    // The key that removes a stamp is the one that deletes to the left. Sheets and panels keep
-    // their keys.
+    // The native window receives a key press before its widgets do; only that first event is
+    // handled. Backspace deletes the selected stamp. Popups and dialogs handle their own keys.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
         QApplication::activePopupWidget() || qobject_cast<QDialog*>(QApplication::activeWindow()))
         return false;
@@ -130,7 +130,7 @@ bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool FullControlView::openMenuByKeyboard() {
-    // The toolkit knows the menu key alone, which many keyboards lack.
+    // Qt opens context menus with the menu key only, which many keyboards lack.
     QWidget* focus = QApplication::focusWidget();
     if (!focus || !isAncestorOf(focus))
         return false;

@@ -15,8 +15,8 @@ class ControlToolbar;
 class ElidedLabel;
 class TimelinesArea;
 
-// The content of the control window: the workbench of an open project. All timelines of the video
-// on one time axis, and everything that is done to them.
+// The content of the control window: shows all timelines of the open video on one time axis and
+// edits them.
 class FullControlView final : public QWidget {
     Q_OBJECT
   public:

@@ -11,7 +11,7 @@ namespace tembrix {
 
 class FocusAwareLineEdit;
 
-// Asks for the name of a timeline. Blocks the hot keys while it is up.
+// Asks for the name of a timeline. Hot keys are blocked while it is open.
 class LineNameSheet : public Sheet {
     Q_OBJECT
   public:

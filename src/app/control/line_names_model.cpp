@@ -109,7 +109,7 @@ QMimeData* LineNamesModel::mimeData(const QModelIndexList& indexes) const {
 }
 
 int LineNamesModel::dropRow(int row, const QModelIndex& parent) const {
-    // On a line or just above it, which is the same thing.
+    // A drop just above a line has the same effect as a drop on it.
     if (parent.isValid())
         return parent.row();
     return row >= 0 && row < rowCount() ? row : rowCount();
@@ -124,7 +124,7 @@ bool LineNamesModel::dropMimeData(const QMimeData* data, Qt::DropAction action, 
                                   const QModelIndex& parent) {
     if (!canDropMimeData(data, action, row, column, parent))
         return false;
-    // The view is still in the middle of its drop.
+    // The view is still processing the drop, so the lines are reordered after it has returned.
     QMetaObject::invokeMethod(
         this,
         [this, text = utf8Text(data->text()), current = lineAt(index(dropRow(row, parent)))] {

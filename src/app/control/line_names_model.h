@@ -12,8 +12,8 @@
 
 namespace tembrix {
 
-// The lines of the open video for the name column: name, color chip, count. A line that is dragged
-// carries its id as plain text.
+// The lines of the open video for the name column: name, color, number of stamps. A dragged line is
+// identified by its id as plain text.
 class LineNamesModel final : public QAbstractListModel {
     Q_OBJECT
   public:
@@ -37,13 +37,14 @@ class LineNamesModel final : public QAbstractListModel {
                       const QModelIndex& parent) override;
 
   Q_SIGNALS:
-    // Before and after all rows are replaced.
+    // Emitted before and after all rows are replaced.
     void aboutToReplace();
     void replaced();
 
   private:
     void takeRows();
-    // The row above which a drop lands; the number of rows for one below them all.
+    // The row above which a dropped line is inserted; the number of rows if it is inserted below
+    // all of them.
     int dropRow(int row, const QModelIndex& parent) const;
 
     TimelineEditingModel& model_;

@@ -116,8 +116,8 @@ void LineNamesView::dragLeaveEvent(QDragLeaveEvent* event) {
 }
 
 void LineNamesView::dropEvent(QDropEvent* event) {
-    // A line lands above the name that it is dropped on, wherever on the name that is. The view
-    // would take the lowest points of a name for the gap below it.
+    // A line dropped anywhere on a name is inserted above it. The base class would treat the lowest
+    // points of a name as the gap below it.
     const QModelIndex index = indexAt(event->position().toPoint());
     QDropEvent onName(index.isValid() ? QPointF(visualRect(index).center()) : event->position(),
                       event->possibleActions(), event->mimeData(), event->buttons(),

@@ -11,9 +11,9 @@
 
 namespace tembrix {
 
-// The name column beside the rows: click or Enter selects a line, dragging or Alt with the arrows
-// moves it, the context menu renames and deletes it, F2 renames it too. A bar shows where a dragged
-// line would stand.
+// The name column beside the rows. A click or Enter selects a line, dragging it or Alt with an
+// arrow key moves it, F2 renames it, and the context menu renames and deletes it. A bar shows where
+// a dragged line would be inserted.
 class LineNamesView final : public QListView {
     Q_OBJECT
   public:
@@ -42,7 +42,7 @@ class LineNamesView final : public QListView {
     TimelineEditingModel& model_;
     LineNamesModel& names_;
     std::optional<Uuid> kept_;  // the current line while the rows are replaced
-    std::optional<int> gap_;    // the row above which a dragged line would stand
+    std::optional<int> gap_;    // the row above which a dragged line would be inserted
 };
 
 }  // namespace tembrix

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t mostPixels = 6'000'000;  // 24 MB
 constexpr double corner = 6;
 
-// A blurred edge, made of rounded rectangles that grow and fade.
+// Paints a blurred shadow as rounded rectangles that grow and fade.
 void paintShadow(QPainter& painter, const QRectF& rect, QColor color, bool selected) {
     const int radius = selected ? 4 : 2;
     const double offset = selected ? 2 : 1;
@@ -46,7 +46,8 @@ void StampSprites::paint(QPainter& painter, const StampLook& look, double pixelR
     painter.setPen(Qt::NoPen);
     paintShadow(painter, rect, color, look.selected);
 
-    // The body covers its own shadow, as the gradient lets through a little.
+    // The gradient is slightly transparent, so the background is painted first to hide the shadow
+    // beneath the stamp.
     painter.setBrush(theme::background);
     painter.drawRoundedRect(rect, corner, corner);
     QLinearGradient fill(rect.topLeft(), rect.bottomLeft());

@@ -9,32 +9,32 @@ class QPainter;
 
 namespace tembrix {
 
-// How one stamp looks, whatever its place: what a sprite is kept by.
+// How one stamp looks, independent of its position. The key under which its sprite is cached.
 struct StampLook {
     std::uint32_t color = 0;   // RGB of the data
     int width = 0;             // device pixels
     int top = 0;               // half points below the row's top
     int height = 0;            // half points
-    bool overlapping = false;  // framed as standing on another
+    bool overlapping = false;  // overlaps another stamp, shown by a frame
     bool selected = false;
     bool operator==(const StampLook&) const = default;
 };
 
-// Ready pictures of stamps. Ten thousand stamps share a few hundred looks, so that a row is painted
-// by copying. Each picture is as high as a row; what exceeds the memory set aside is forgotten at
-// once.
+// Cached pictures of stamps. Ten thousand stamps share a few hundred looks, so that a row is
+// painted by copying pictures. Each picture is as high as a row. The cache is emptied when it
+// exceeds its memory limit.
 class StampSprites {
   public:
     static constexpr int margin = 8;  // points left and right of the stamp, for its shadow
 
     const QPixmap& sprite(const StampLook& look, double pixelRatio);
-    // A sprite as wide as a screen is not worth keeping: such a stamp is painted directly.
+    // A stamp as wide as a screen is not cached but painted directly.
     static bool isKept(const StampLook& look) { return look.width <= 512; }
 
-    // The color of a stamp's hex text.
+    // Parses the hex color of a stamp.
     std::uint32_t color(const std::string& hex);
 
-    // The stamp's left edge at x = 0 and the row's top at y = 0 of the painter.
+    // Paints the stamp with its left edge at x = 0 and the top of its row at y = 0.
     static void paint(QPainter& painter, const StampLook& look, double pixelRatio);
 
   private:

@@ -17,8 +17,8 @@ namespace tembrix {
 
 namespace {
 
-// A part of the canvas that is no widget: a line, or a stamp of it. It knows its place by id; what
-// is gone is no longer valid.
+// A part of the canvas without a widget of its own: a line or one of its stamps, identified by its
+// id. It becomes invalid when the line or the stamp is removed.
 class TimelinePart : public QAccessibleInterface {
   public:
     TimelinePart(TimelineCanvas* canvas, const Uuid& id) : canvas_(canvas), id_(id) {}
@@ -156,7 +156,7 @@ class CanvasAccessible final : public QAccessibleWidget {
         return nullptr;
     }
 
-    // Parts are made when someone asks, and live until the canvas goes.
+    // Interfaces are created on request and live as long as the canvas.
     template <class Part>
     QAccessibleInterface* part(const Uuid& id) const {
         if (const auto found = parts_.find(id); found != parts_.end())

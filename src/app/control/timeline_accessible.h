@@ -7,7 +7,7 @@ class TimelineCanvas;
 // Shows the canvas to screen readers as a list of lines, each a list of its stamps.
 void installTimelineAccessibility();
 
-// Tells screen readers where the keyboard stands.
+// Notifies screen readers that the keyboard cursor has moved.
 void announceTimelineCursor(TimelineCanvas& canvas);
 
 }  // namespace tembrix

@@ -93,7 +93,7 @@ void TimelineCanvas::refreshAxis() {
     if (axis == axis_)
         return;
     if (model_.resize())
-        model_.cancelGesture();  // it counts in points of the axis as it was
+        model_.cancelGesture();  // its coordinates refer to the old axis
     axis_ = axis;
     redrawAll();
     Q_EMIT axisChanged();
@@ -151,7 +151,7 @@ void TimelineCanvas::followGesture() {
         redrawRowOf(inHand);
         shownGesture_ = inHand;
     }
-    // A stamp on its way lies over the layer: only where it was and where it is changes.
+    // The moving stamp is painted over the layer, so only its old and its new area are repainted.
     update(shownMoving_);
     shownMoving_ = movingArea();
     update(shownMoving_);

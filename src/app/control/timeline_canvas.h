@@ -19,9 +19,9 @@
 
 namespace tembrix {
 
-// The axis of the control window: header, rows, stamps, playhead, and every gesture on them. Rows
-// are painted into a picture that is kept, so that a moving playhead only uncovers a strip of it
-// and a new stamp repaints one row. Scrolling is the owner's matter.
+// The time axis of the control window: paints header, rows, stamps and playhead and handles mouse
+// and keyboard input on them. Rows are painted into a cached picture, so that a moving playhead
+// repaints only a strip and a new stamp repaints one row. The owner does the scrolling.
 class TimelineCanvas final : public QWidget {
     Q_OBJECT
   public:
@@ -30,32 +30,32 @@ class TimelineCanvas final : public QWidget {
 
     const TimelineEditingModel& model() const { return model_; }
     const TimelineAxis& axis() const { return axis_; }
-    // Points of the axis and of the rows that are scrolled out of view.
+    // How far the view is scrolled, in points.
     double scrollX() const { return scrollX_; }
     double scrollY() const { return scrollY_; }
     void setScroll(double x, double y);
     double playheadX() const { return model_.playheadX(axis_); }
 
-    // Where a row, and a stamp of it, stands in the widget; it may be out of view.
+    // The areas of a row and of one of its stamps in widget coordinates; they may be out of view.
     QRectF rowArea(std::size_t row) const;
     QRectF stampArea(std::size_t row, std::size_t stamp) const;
 
-    void refreshAxis();   // after a change of the zoom or of the video
-    void movePlayhead();  // after a change of the time
+    void refreshAxis();   // call when the zoom or the video has changed
+    void movePlayhead();  // call when the time has changed
 
     QSize sizeHint() const override { return {800, 240}; }
 
   Q_SIGNALS:
     void axisChanged();
     void rowCountChanged();
-    void cursorMoved();  // by keyboard: what the pointer clicks is in view
-    // A pinch: the factor since its beginning, and where on the widget.
+    void cursorMoved();  // by keyboard; a stamp that is clicked is in view already
+    // A pinch gesture: the factor since its beginning and its position in widget coordinates.
     void pinched(double magnification, double x);
     void pinchEnded();
-    // What is dragged is this many points past a side of the axis or of the rows; told again and
-    // again while it stays there.
+    // The pointer is dragging this many points outside the axis or the rows. Emitted repeatedly
+    // while it stays there.
     void draggedBeyond(QPointF by);
-    // Along the axis, by itself or by a seek: not under a hand that drags.
+    // Playback or a seek has moved the playhead. Not emitted while the user drags.
     void playheadMoved(double from, double to);
     void stampMenuRequested(const tembrix::Uuid& line, const tembrix::Uuid& stamp,
                             const QPoint& globalPosition);
@@ -77,17 +77,17 @@ class TimelineCanvas final : public QWidget {
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
-    // What a press of the button may become.
+    // The states of a mouse press.
     struct Idle {};
-    struct Scrubbing {};  // on the header
+    struct Scrubbing {};  // pressed on the header
     struct Pressed {
-        QPointF at;  // of the widget
+        QPointF at;  // widget coordinates
         Uuid line;
         std::optional<Uuid> stamp;
         std::optional<ResizeEdge> grip;
     };
     struct Resizing {
-        double anchor;  // x of the axis from which the next movement counts
+        double anchor;  // x on the axis to which the next movement is relative
     };
     struct Moving {
         double pressed;  // points below the top of the first row
@@ -98,7 +98,7 @@ class TimelineCanvas final : public QWidget {
     QRectF headerArea() const;
     QRectF rowsArea() const;
     std::optional<TimelineHit> hitAt(QPointF position) const;
-    void showPointer(const QMouseEvent& event);  // its shape, and what lies under it
+    void showPointer(const QMouseEvent& event);  // updates the cursor shape and the hovered stamp
     void dragTo(QPointF position);
     QPointF beyond(QPointF position) const;
     bool handleGesture(QEvent* event);
@@ -107,7 +107,7 @@ class TimelineCanvas final : public QWidget {
     void followSelection();
     void followCursor();
     void followGesture();
-    QRect movingArea() const;  // of the stamp on its way to another row, with its shadow
+    QRect movingArea() const;  // of the stamp being moved to another row, with its shadow
     void redrawRow(std::optional<std::size_t> row);
     void redrawRowOf(const std::optional<Uuid>& stamp);
     void redrawAll();
@@ -120,22 +120,22 @@ class TimelineCanvas final : public QWidget {
     double scrollX_ = 0;
     double scrollY_ = 0;
     Press press_;
-    QPointF dragged_;  // where the pointer is while it drags
+    QPointF dragged_;  // pointer position during a drag
     QBasicTimer beyondTimer_;
     double pinch_ = 1;
 
-    QPixmap layer_;      // header and rows as they lie under the playhead
-    QPixmap ground_[2];  // of a row: plain, selected
+    QPixmap layer_;      // header and rows, without the playhead
+    QPixmap ground_[2];  // row backgrounds: plain, selected
     std::set<std::size_t> dirtyRows_;
     bool allDirty_ = true;
     double shownPlayheadX_ = 0;
     StampSprites sprites_;
     std::size_t rowCount_ = 0;
-    std::optional<Uuid> shownLine_;   // as selected in the layer
-    std::optional<Uuid> shownStamp_;  // as selected in the layer
+    std::optional<Uuid> shownLine_;   // painted as selected in the layer
+    std::optional<Uuid> shownStamp_;  // painted as selected in the layer
     TimelineCursor shownCursor_;
-    std::optional<Uuid> shownGesture_;  // the stamp in hand, in the layer as such
-    QRect shownMoving_;                 // where it was painted on its way to another row
+    std::optional<Uuid> shownGesture_;  // the stamp painted as being moved or resized
+    QRect shownMoving_;                 // where the moving stamp was last painted
     std::vector<Subscription> subscriptions_;
 };
 

@@ -1,4 +1,4 @@
-// The canvas's answers to mouse, pinch and keyboard.
+// Mouse, gesture and keyboard input of the canvas.
 
 #include <QContextMenuEvent>
 #include <QGestureEvent>
@@ -18,8 +18,8 @@ namespace tembrix {
 namespace {
 
 constexpr double headerHeight = TimelineMetrics::headerHeight;
-constexpr int scrollInterval = 30;           // milliseconds, while a drag stays outside
-constexpr double moveThreshold = 10;         // points of movement that make a drag of a press
+constexpr int scrollInterval = 30;           // milliseconds, during a drag outside the view
+constexpr double moveThreshold = 10;         // points after which a press becomes a drag
 constexpr double wheelMagnification = 1.15;  // per notch
 
 }  // namespace
@@ -47,7 +47,8 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
     const QPointF at = event->position();
     if (event->buttons() != Qt::NoButton)
         return dragTo(at);
-    if (!std::holds_alternative<Idle>(press_)) {  // the release went elsewhere, to a menu
+    // The release event was lost, for example to a menu.
+    if (!std::holds_alternative<Idle>(press_)) {
         press_ = Idle();
         beyondTimer_.stop();
         model_.cancelGesture();
@@ -97,7 +98,7 @@ void TimelineCanvas::dragTo(QPointF at) {
         }
     }
     if (auto* resizing = std::get_if<Resizing>(&press_); resizing && model_.resize()) {
-        // The grip moves with its edge, so the pointer's way counts from where the edge stands.
+        // The grip follows its edge, so movements are measured from the edge's actual position.
         const auto edge = [this] {
             const StampResize& resize = *model_.resize();
             return resize.edge() == ResizeEdge::left ? resize.x() : resize.x() + resize.width();
@@ -187,8 +188,8 @@ bool TimelineCanvas::handleGesture(QEvent* event) {
 
 void TimelineCanvas::wheelEvent(QWheelEvent* event) {
     if (!(event->modifiers() & Qt::ControlModifier))
-        return event->ignore();  // the owner scrolls
-    // A wheel with Ctrl is a pinch of its own, for hands without a touch pad.
+        return event->ignore();  // the parent scrolls
+    // Ctrl with the wheel zooms like a pinch gesture, for users without a touch pad.
     Q_EMIT pinched(std::pow(wheelMagnification, event->angleDelta().y() / 120.0),
                    event->position().x());
     Q_EMIT pinchEnded();
@@ -239,7 +240,7 @@ void TimelineCanvas::keyPressEvent(QKeyEvent* event) {
 
 void TimelineCanvas::contextMenuEvent(QContextMenuEvent* event) {
     if (!std::holds_alternative<Idle>(press_))
-        return;  // the other button is down
+        return;  // a drag is in progress
     auto hit = hitAt(event->pos());
     QPoint at = event->globalPos();
     if (event->reason() == QContextMenuEvent::Keyboard) {

@@ -22,7 +22,7 @@ QColor withAlpha(QColor color, float alpha) {
     return color;
 }
 
-// Where a stamp lies on the axis, a resize in progress taken into account.
+// The area of a stamp on the axis, including a resize in progress.
 Rect shownRect(const TimelineStamp& stamp, int level, const AxisView& view,
                const StampResize* resize) {
     return resize && resize->stamp() == stamp.id
@@ -62,7 +62,8 @@ void TimeGridPainter::paint(QPainter& painter, const QRectF& rect, const AxisVie
     const double first = view.scroll + rect.left() - 1;
     painter.setRenderHint(QPainter::Antialiasing, false);
     for (const auto& tick : axisTicks(view.axis, first, first + rect.width() + 2)) {
-        // The thinner lines are half as wide: on one pixel, half as strong.
+        // Minor lines should be half a pixel wide; they are drawn one pixel wide at half the
+        // opacity.
         const auto strength = static_cast<float>(theme::grid.alphaF()) * (tick.major ? 1.0F : 0.5F);
         painter.fillRect(QRectF(std::floor(view.left(tick.x)), rect.top(), 1, rect.height()),
                          withAlpha(theme::grid, strength));
@@ -72,7 +73,7 @@ void TimeGridPainter::paint(QPainter& painter, const QRectF& rect, const AxisVie
 void TimestampsHeaderPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view) {
     constexpr int textSize = 9;
     constexpr double tickHeight = 4;
-    constexpr double half = 24;  // room for the longest time on either side of its tick
+    constexpr double half = 24;  // half of the width reserved for a time
     painter.fillRect(rect, theme::panel);
     painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), theme::line);
     painter.setFont(theme::font(textSize, QFont::Medium));
@@ -81,7 +82,7 @@ void TimestampsHeaderPainter::paint(QPainter& painter, const QRectF& rect, const
         const double x = view.left(tick.x);
         painter.fillRect(QRectF(std::floor(x), rect.bottom() - tickHeight, 1, tickHeight),
                          theme::secondaryText);
-        // The first and the last time stay inside the axis.
+        // The first and the last time are aligned so that they do not leave the axis.
         auto flags = Qt::AlignVCenter | Qt::AlignHCenter;
         QRectF area(x - half, rect.top(), 2 * half, rect.height() - tickHeight);
         if (tick.x < half / 2) {

@@ -15,7 +15,7 @@ class QPainter;
 
 namespace tembrix {
 
-// The part of the axis in view: point `x` of the axis stands at x - scroll of the painter.
+// The visible part of the axis: x on the axis is painted at x - scroll.
 struct AxisView {
     TimelineAxis axis;
     double scroll = 0;
@@ -24,8 +24,8 @@ struct AxisView {
     double left(double x) const { return x - scroll; }
 };
 
-// The painters of the control window. Each paints one kind of thing into a rectangle whose left
-// side is the left side of the view; none keeps anything.
+// The painters of the control window. Each paints one kind of element into a rectangle whose left
+// side is the left side of the view. They have no state.
 
 // Vertical lines of the time grid.
 class TimeGridPainter {
@@ -33,36 +33,36 @@ class TimeGridPainter {
     static void paint(QPainter& painter, const QRectF& rect, const AxisView& view);
 };
 
-// The band above the rows: a tick and its time per grid step.
+// The header above the rows: one tick and its time per grid step.
 class TimestampsHeaderPainter {
   public:
     static void paint(QPainter& painter, const QRectF& rect, const AxisView& view);
 };
 
-// The ground of a row, with the grid on it.
+// The background of a row, including the grid.
 class RowGroundPainter {
   public:
     static void paint(QPainter& painter, const QRectF& rect, const AxisView& view, bool selected);
 };
 
-// The stamps of a row, and what lies on them: the frames, the grips of the selected one.
+// The stamps of a row, with selection frames and the grips of the selected stamp.
 class StampsPainter {
   public:
     struct Marks {
         std::optional<Uuid> selected;
-        std::optional<Uuid> cursor;           // where the keyboard stands
-        const StampResize* resize = nullptr;  // the stamp as drawn while its edge is dragged
-        const StampMove* move = nullptr;      // left out: it is on its way
+        std::optional<Uuid> cursor;           // the stamp at the keyboard cursor
+        const StampResize* resize = nullptr;  // the stamp being resized, painted at its new size
+        const StampMove* move = nullptr;      // the stamp being moved, which is not painted
     };
     static void paint(QPainter& painter, const QRectF& rect, const AxisView& view,
                       const TimelineRow& row, const Marks& marks, StampSprites& sprites);
-    // The stamp on its way to another row; `rect` is its own row.
+    // Paints the stamp that is being moved to another row; `rect` is the area of its own row.
     static void paintMoving(QPainter& painter, const QRectF& rect, const AxisView& view,
                             const TimelineRow& row, const StampMove& move, bool selected,
                             StampSprites& sprites);
 };
 
-// The red bar. `x` is a point of the axis.
+// The red line at the current time. `x` is on the axis.
 class PlayheadPainter {
   public:
     static constexpr double width = 2;

@@ -30,8 +30,8 @@ namespace {
 
 constexpr double disabledOpacity = 0.5;
 
-// What lies under it shows at the disabled opacity: the ground shines through for the rest. An
-// effect on the area would come to the same, but for parts that paint themselves opaque.
+// Dims the widgets beneath it with a half-transparent background. A graphics effect on the area
+// would not cover children that paint themselves opaque.
 class Veil final : public QWidget {
   public:
     explicit Veil(QWidget* parent) : QWidget(parent) { hide(); }
@@ -103,7 +103,7 @@ TimelinesArea::TimelinesArea(const ControlServices& services, TimelineEditingMod
     const auto scroll = [this] { canvas_->setScroll(horizontal_->value(), vertical_->value()); };
     connect(horizontal_, &QScrollBar::valueChanged, this, scroll);
     connect(vertical_, &QScrollBar::valueChanged, this, scroll);
-    // The names scroll by themselves while a line is dragged or the keyboard walks through them.
+    // The name column scrolls by itself while a line is dragged or selected by keyboard.
     connect(vertical_, &QScrollBar::valueChanged, names_->verticalScrollBar(),
             &QScrollBar::setValue);
     connect(names_->verticalScrollBar(), &QScrollBar::valueChanged, vertical_,
@@ -145,7 +145,7 @@ void TimelinesArea::layOut() {
 void TimelinesArea::updateRanges() {
     const auto set = [](QScrollBar* bar, double content, double room) {
         bar->setPageStep(static_cast<int>(room));
-        // The zoom knows no upper limit, the bar does.
+        // The zoom has no upper limit, but the scroll bar's range has.
         constexpr double longest = 1e9;
         bar->setRange(0, static_cast<int>(std::clamp(std::ceil(content - room), 0.0, longest)));
         bar->setVisible(bar->maximum() > 0);
@@ -157,7 +157,8 @@ void TimelinesArea::updateRanges() {
 void TimelinesArea::applyZoom() {
     const TimelineAxis before = canvas_->axis();
     const double scroll = canvas_->scrollX();
-    // What the hand points at stays in place; without a hand the playhead, if it is in view.
+    // The point under the pointer keeps its position. Without a pinch it is the playhead if that is
+    // in view, else the center.
     double anchor = canvas_->width() / 2.0;
     const double playhead = canvas_->playheadX() - scroll;
     if (zoomAnchor_)
@@ -257,7 +258,7 @@ void TimelinesArea::openLineMenu(const Uuid& line, QPoint at) {
 void TimelinesArea::wheelEvent(QWheelEvent* event) {
     const QPoint pixels =
         event->pixelDelta().isNull() ? event->angleDelta() / 2 : event->pixelDelta();
-    // A wheel that only turns one way scrolls the axis with Shift held.
+    // With Shift, a wheel that only turns vertically scrolls the axis.
     const bool sideways = event->modifiers() & Qt::ShiftModifier;
     horizontal_->setValue(horizontal_->value() - (sideways ? pixels.x() + pixels.y() : pixels.x()));
     if (!sideways)

@@ -17,8 +17,8 @@ class LineNamesModel;
 class LineNamesView;
 class TimelineCanvas;
 
-// Names and rows side by side, scrolled in step, with the menus of both. Disabled and faint while a
-// drawing has the screen.
+// The line names and the rows side by side, scrolled together, with their context menus. Disabled
+// and dimmed while a drawing is edited or shown.
 class TimelinesArea final : public QWidget {
     Q_OBJECT
   public:
@@ -53,7 +53,7 @@ class TimelinesArea final : public QWidget {
     QScrollBar* horizontal_;
     QScrollBar* vertical_;
     QWidget* veil_;
-    std::optional<double> zoomAnchor_;  // x of the canvas that stays in place
+    std::optional<double> zoomAnchor_;  // x on the canvas whose time keeps its position
     std::vector<Subscription> subscriptions_;
 };
 

@@ -38,7 +38,7 @@ QIcon chip(const Color& color) {
     painter.setBrush(theme::toQColor(color));
     painter.drawRoundedRect(pixmap.rect(), theme::corner, theme::corner);
     QIcon icon(pixmap);
-    icon.addPixmap(pixmap, QIcon::Selected);  // colors of the data are never tinted
+    icon.addPixmap(pixmap, QIcon::Selected);  // the color of a tag is not tinted in a selected row
     return icon;
 }
 
@@ -133,7 +133,7 @@ std::vector<std::size_t> ChoiceList::ticked() const {
     return places;
 }
 
-// Shows the rows whose names contain the text and selects the first of them.
+// Shows only the rows whose names contain the text, and selects the first of them.
 void ChoiceList::find(const QString& text) {
     const std::string part = utf8Text(text.trimmed());
     QTreeWidgetItem* first = nullptr;

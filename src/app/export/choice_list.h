@@ -35,14 +35,14 @@ class ChoiceList final : public QWidget {
     enum class Mode { one, many };
     static constexpr std::size_t searchedFrom = 9;  // rows
 
-    // `nameKey` is the list's name for a screen reader, `emptyKey` its text without rows. Rows with
-    // an action show the text of `actionKey` as a link at their right end.
+    // `nameKey` is the accessible name of the list and `emptyKey` the text of an empty list. Rows
+    // with an action show the text of `actionKey` as a link at their right end.
     ChoiceList(const Texts& texts, FocusStateManager& focus, std::vector<Choice> choices, Mode mode,
                std::string_view nameKey, std::string_view emptyKey, std::string_view actionKey = {},
                QWidget* parent = nullptr);
 
-    std::optional<std::size_t> current() const;  // by place in the choices
-    std::vector<std::size_t> ticked() const;     // in the order of the choices, found or not
+    std::optional<std::size_t> current() const;  // index in the choices
+    std::vector<std::size_t> ticked() const;  // in the order of the choices, including hidden ones
     bool hasAction(std::size_t choice) const { return choices_[choice].hasAction; }
 
   Q_SIGNALS:

@@ -53,7 +53,7 @@ QToolButton* ExportController::makeMenuButton(QWidget* parent) {
     add("fullControlButtonExportEvents", &ExportController::exportEvents);
     nameControl(menu, services_.texts, "fullControlExport");
     button->setMenu(menu);
-    // One run at a time.
+    // One export runs at a time.
     button->setEnabled(!isExporting_);
     connect(this, &ExportController::isExportingChanged, button,
             [button](bool exporting) { button->setEnabled(!exporting); });
@@ -138,7 +138,7 @@ void ExportController::run(ExportMode mode) {
                               });
 }
 
-// Keys typed into a sheet are not hot keys.
+// Hot keys are blocked while a sheet is open.
 void ExportController::present(Sheet* sheet) {
     services_.events.post(events::EditTimelineSheetAppeared{});
     connect(sheet, &QDialog::finished, this,

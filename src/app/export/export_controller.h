@@ -24,7 +24,7 @@ class WaitingPanel;
 class ExportController final : public QObject {
     Q_OBJECT
   public:
-    // A child of the window. Destroying it ends a run.
+    // A child of the window. Its destruction ends a run.
     ExportController(const ExportWindowServices& services, QWidget* window);
     ~ExportController() override;
 

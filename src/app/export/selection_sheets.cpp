@@ -93,7 +93,7 @@ TagSelectionSheetView::TagSelectionSheetView(QWidget* parent, const Texts& texts
         onSelectWithLabels(uniqueTags[place]);
     };
     connect(&list(), &ChoiceList::actionChosen, this, withLabels);
-    // The same for the keyboard: the button acts on the selected row.
+    // The button applies the row's action to the selected row, for keyboard users.
     auto* button = addSideButton("exportTagWithLabels");
     connect(button, &QPushButton::clicked, this, [this, withLabels] {
         if (const auto place = list().current())

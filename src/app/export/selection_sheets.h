@@ -30,7 +30,8 @@ class ChoiceSheet : public Sheet {
     ChoiceList* list_;
 };
 
-// A list in which the user ticks rows. The user is done with the ticked rows or skips the choice.
+// A list in which the user ticks rows. Accepting returns the ticked rows; the choice can be
+// skipped.
 class MultiChoiceSheet : public Sheet {
     Q_OBJECT
   public:
@@ -66,7 +67,7 @@ class LabelSelectionSheetView final : public ChoiceSheet {
                             const std::vector<Label>& uniqueLabels);
 
     std::function<void(const Label&)> onLabelSelected;
-    std::function<void()> onSkip;  // closed without a label
+    std::function<void()> onSkip;  // called after the sheet was closed without a label
 };
 
 class EventSelectionSheetView final : public ChoiceSheet {

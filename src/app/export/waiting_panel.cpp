@@ -21,7 +21,7 @@ namespace {
 constexpr int ringSize = 80;
 constexpr int ringWidth = 8;
 constexpr int padding = 30;
-constexpr int gap = 16;  // between ring and button
+constexpr int gap = 16;  // between progress ring and button
 constexpr double corner = 12;
 constexpr int shadowRadius = 20;
 constexpr double shadowOpacity = 0.33;

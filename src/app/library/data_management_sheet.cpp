@@ -79,7 +79,7 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& se
     status_ = makeLabel(texts(), "dataManagementProcessing", LabelLook::secondary);
     status_->hide();
     content()->addWidget(status_);
-    // Both keep their room, so that nothing moves or is cut when they come and go.
+    // Both keep their space in the layout while hidden, so that nothing moves.
     for (QWidget* part : {actions_, static_cast<QWidget*>(status_)}) {
         QSizePolicy policy = part->sizePolicy();
         policy.setRetainSizeWhenHidden(true);
@@ -160,7 +160,7 @@ void DataManagementSheet::addReplacedState(QVBoxLayout* column, const ReplacedDa
     button->setAccessibleDescription(moment);
     button->setMinimumWidth(sheetWidth / 3);
     connect(button, &QPushButton::clicked, this, [this, name = state.name] {
-        pressed_ = close_;  // the rows are made anew
+        pressed_ = close_;  // the rows are created again
         process([&sync = dataSync_, name] { sync.bringBack(name); },
                 "dataManagementBringBackSuccess");
     });
@@ -198,7 +198,7 @@ void DataManagementSheet::process(std::function<void()> work, const char* result
                     return;
                 self->showReplacedStates();
                 self->setProcessing(false);
-                self->pressed_->setFocus();  // it was hidden and lost the keyboard
+                self->pressed_->setFocus();  // it lost the focus when it was hidden
                 self->status_->setText(qtext(self->texts().text(resultKey)));
                 self->status_->show();
             });

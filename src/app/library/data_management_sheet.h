@@ -10,16 +10,16 @@
 
 namespace tembrix {
 
-// Explains the two stores, starts the backup's operations by hand and lists the states that
-// restores have replaced. The work runs in the background; meanwhile a line says so in place of the
-// buttons.
+// Explains the two stores, starts the backup operations and lists the states that earlier restores
+// replaced. Operations run in the background; a status line is shown in place of the buttons
+// meanwhile.
 class DataManagementSheet final : public Sheet {
     Q_OBJECT
 
   public:
     DataManagementSheet(QWidget* parent, const ListServices& services, DataSyncManager& dataSync);
 
-    void reject() override;  // not while work runs
+    void reject() override;  // ignored while an operation runs
 
   private:
     void addStore(const char* titleKey, const char* descriptionKey, const char* helpKey,
@@ -36,9 +36,9 @@ class DataManagementSheet final : public Sheet {
     const ListServices services_;
     DataSyncManager& dataSync_;
     QWidget* actions_;
-    QWidget* replaced_;               // has a row for each state that can be brought back
+    QWidget* replaced_;               // contains a row for each state that can be restored
     QWidget* states_ = nullptr;       // those rows
-    QPushButton* pressed_ = nullptr;  // the action last chosen
+    QPushButton* pressed_ = nullptr;  // the action that was started last
     QPushButton* close_;
     QLabel* status_;
     bool isProcessing_ = false;

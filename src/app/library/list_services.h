@@ -8,7 +8,7 @@ class Panels;
 class Scheduler;
 class Texts;
 
-// What the list window uses beside its model and the backup.
+// What the list window uses besides its model and the backup.
 struct ListServices {
     const Texts& texts;
     const Locale& locale;

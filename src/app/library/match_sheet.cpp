@@ -12,8 +12,8 @@ namespace tembrix {
 namespace {
 constexpr int fieldWidth = 320;
 
-// The user's own, but with the whole year: two figures typed in would be taken for the last
-// century's.
+// The user's date format with four digits for the year, because two digits would be read as a year
+// of the last century.
 QString dateFormat() {
     QString format = QLocale().dateTimeFormat(QLocale::ShortFormat);
     if (!format.contains(QStringLiteral("yyyy")))
@@ -80,7 +80,8 @@ RenameSheet::RenameSheet(QWidget* parent, const Texts& texts, FocusStateManager&
 }
 
 std::string RenameSheet::name() const {
-    // A name of blanks alone would leave a card that cannot be told; none shows the file's own.
+    // A name of blanks would make an unreadable card. With an empty name, the card shows the file
+    // name.
     return name_->text().trimmed().isEmpty() ? std::string() : utf8Text(name_->text());
 }
 

@@ -17,7 +17,7 @@ namespace tembrix {
 
 class FocusAwareLineEdit;
 
-// Asks who played whom, with what score and when, before a video enters the library.
+// Asks for teams, score and date of a match before its video is added to the library.
 class MatchSheet final : public Sheet {
     Q_OBJECT
 

@@ -11,8 +11,8 @@ namespace tembrix {
 class DataSyncManager;
 class Texts;
 
-// Says above the list of videos what went wrong with the user's data and what was done about it.
-// Hidden while there is nothing to say.
+// Informs the user, above the list of videos, about damage to the stored data and its repair.
+// Hidden if there was none.
 class SafetyBar final : public QWidget {
     Q_OBJECT
 

@@ -14,7 +14,7 @@ constexpr int captionHeight = 52;
 constexpr int markSize = 44;
 constexpr int noteHeight = 24;
 
-// A triangle with its exclamation mark cut out.
+// Paints a triangle with an exclamation mark cut out of it.
 void paintWarningSign(QPainter& painter, const QRectF& place) {
     const auto at = [&](double x, double y) {
         return place.topLeft() + QPointF(x * place.width(), y * place.height());
@@ -27,7 +27,7 @@ void paintWarningSign(QPainter& painter, const QRectF& place) {
     painter.fillPath(sign, theme::warning);
 }
 
-// The middle of the mark on a card; above its note if there is one.
+// The area of the mark in the middle of a card. With a note below it, the mark is moved up.
 QRect markPlace(const QRect& frame, bool available) {
     QRect place(0, 0, markSize, markSize);
     place.moveCenter(frame.center() - QPoint(0, available ? 0 : noteHeight / 2));

@@ -15,7 +15,8 @@ VideosListModel::VideosListModel(const VideosViewModel& viewModel, const Locale&
 
 void VideosListModel::show(const std::string& searchText, VideoFilter filter) {
     beginResetModel();
-    // Pictures already read stay with their cards: reading them anew would slow each key press.
+    // Loaded pictures are kept: loading them again would slow down each key press in the search
+    // field.
     std::unordered_map<std::string, Card> before;
     for (auto& card : cards_)
         before.emplace(card.file.videoData.id, std::move(card));
@@ -61,7 +62,7 @@ const VideosListModel::Card& VideosListModel::look(int row) const {
         return card;
     card.looked = true;
     card.name = QString::fromStdString(shortened(viewModel_.displayName(card.file)));
-    // The date on a card is always in the one style that the printed match sheets use.
+    // Cards always show dates in the style of printed match sheets.
     card.date =
         QString::fromStdString(locale_.shortDate(viewModel_.lastAccess(card.file), "ru_RU"));
     const auto video = viewModel_.videoPath(card.file);

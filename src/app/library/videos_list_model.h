@@ -11,9 +11,8 @@
 
 namespace tembrix {
 
-// The rows of the video list for the item view: what search and filter leave, with what a card
-// shows. The file of a row is looked at when the row is first shown, so that a long list opens at
-// once.
+// The rows of the video list that match search and filter, with the data shown on their cards. The
+// file of a video is examined when its card is first shown, so that a long list opens quickly.
 class VideosListModel final : public QAbstractListModel {
     Q_OBJECT
 
@@ -24,7 +23,7 @@ class VideosListModel final : public QAbstractListModel {
                     QObject* parent);
 
     void show(const std::string& searchText, VideoFilter filter);
-    // Files come and go with disks while the program is not looked at.
+    // Checks again which video files exist. They can change while another program is active.
     void lookAgain();
     const FilesFile& file(const QModelIndex& index) const;
     QModelIndex indexOf(const std::string& videoId) const;

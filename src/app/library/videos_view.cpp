@@ -149,7 +149,7 @@ void VideosView::showList() {
     const std::string chosen = before.isValid() ? model_->file(before).videoData.id : std::string();
     model_->show(utf8Text(search_->text()), static_cast<VideoFilter>(filter_->chosen()));
     QModelIndex current = model_->indexOf(chosen);
-    // After a deletion the hand stays where it was; a new search begins at its first find.
+    // After a deletion the same row is selected; after a new search, the first result.
     if (!current.isValid())
         current = model_->index(sameQuestion ? qMin(before.row(), model_->rowCount() - 1) : 0);
     list_->setCurrentIndex(current);
@@ -248,7 +248,8 @@ void VideosView::showSheets(const VideosState& state) {
 }
 
 void VideosView::answer(VideosAction action) {
-    // The state may change on its way to the answered one, and its question stands until then.
+    // Observers of the action run before `sheet_` is cleared, so that no sheet opens while this one
+    // is being answered.
     viewModel_.send(std::move(action));
     sheet_ = nullptr;
     showSheets(*viewModel_.state);

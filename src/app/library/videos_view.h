@@ -20,8 +20,9 @@ class Sheet;
 class VideoCardDelegate;
 class VideosListModel;
 
-// The first window's content: the list of videos with search and filter, and the sheets of adding,
-// renaming and binding anew. Shows the model's state and sends actions; changes nothing itself.
+// The content of the start window: the list of videos with search and filter, and the sheets for
+// adding, renaming and rebinding a video. Shows the state of the view model and sends actions to
+// it.
 class VideosView final : public QWidget {
     Q_OBJECT
 
@@ -45,7 +46,7 @@ class VideosView final : public QWidget {
     void fitCards();
     void open(const QModelIndex& index);
     void openMenu(const QModelIndex& index, const QPoint& globalPlace);
-    void answer(VideosAction action);  // of the open sheet
+    void answer(VideosAction action);  // sends the answer of the open sheet
     void presentMatchSheet(const VideosState& state);
     void presentRenameSheet(const VideosState& state);
     void presentRebindAlert();
@@ -64,7 +65,7 @@ class VideosView final : public QWidget {
     QLabel* emptyHint_ = nullptr;
     QString shownSearch_;
     int shownFilter_ = 0;
-    QPointer<Sheet> sheet_;  // one at a time
+    QPointer<Sheet> sheet_;  // the open sheet; one at a time
     Subscription state_;
 };
 

@@ -23,11 +23,11 @@ namespace tembrix {
 namespace {
 
 constexpr int kindRole = Qt::UserRole;
-constexpr int nameRole = Qt::UserRole + 1;  // whole, where the shown text may be cut
+constexpr int nameRole = Qt::UserRole + 1;  // the full name; the displayed text may be shortened
 constexpr int standardKind = 1;
 constexpr int userKind = 2;
 
-// Changes the collection only through its open list, never by a wheel or an arrow in passing.
+// The collection can be changed in the open list only, not by the wheel, the arrow keys or typing.
 class Names final : public QComboBox {
   public:
     using QComboBox::QComboBox;
@@ -43,7 +43,7 @@ class Names final : public QComboBox {
                 showPopup();
                 break;
             default:
-                event->ignore();  // nor by typing
+                event->ignore();  // typing does not change the collection either
         }
     }
 };
@@ -79,7 +79,8 @@ CollectionChooser::CollectionChooser(const TagPanelServices& services, MarkingFl
     on(library.standardCollections, &CollectionChooser::rebuild);
     subscriptions_.push_back(
         flow.userCollections.observe([this](const std::vector<CollectionInfo>& now) {
-            if (now != shown_)  // an open list stays open through any other change
+            // Rebuilding an unchanged list would close its popup.
+            if (now != shown_)
                 rebuild();
         }));
     on(library.currentCollectionType, &CollectionChooser::refresh);
@@ -116,7 +117,8 @@ void CollectionChooser::refresh() {
     const auto& type = *library.currentCollectionType;
     const QString name =
         qtext(type.isUser() ? type.name : library.selectedStandardCollectionName->value_or(""));
-    // An open interval belongs to its collection, and a load replaces the lists underneath.
+    // A standard collection cannot be chosen while an interval is open or a collection is loading:
+    // open intervals belong to their collection, and loading replaces the lists.
     const bool standardAllowed = flow_.activeIntervalTags->empty() && !*flow_.isLoadingCollections;
     auto* model = qobject_cast<QStandardItemModel*>(names_->model());
     int current = -1;
@@ -141,11 +143,11 @@ void CollectionChooser::choose(int index) {
         flow_.switchToUserCollection(name);
     else
         flow_.switchToStandardCollection(name);
-    refresh();  // a choice that was not taken, or waits for its data, shows as what it is
+    refresh();  // if the choice was rejected or is still loading, the active collection is shown
 }
 
-// The active collection at once; where a standard one is active, one of the list, so that a
-// collection whose data is gone, which cannot become active, can be deleted too.
+// Deletes the active collection. If a standard one is active, the user chooses from a menu, so that
+// a collection without data, which cannot become active, can be deleted as well.
 void CollectionChooser::chooseToDelete() {
     const auto& list = *flow_.userCollections;
     const auto& type = *services_.tagLibrary.currentCollectionType;

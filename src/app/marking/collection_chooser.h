@@ -16,8 +16,8 @@ namespace tembrix {
 
 class MarkingFlow;
 
-// The row on top of the tag panel: chooses the active collection, the standard ones of the language
-// first, then the user's own, and deletes any of those.
+// The row at the top of the tag panel. It chooses the active collection, standard ones of the
+// language first, and deletes collections of the user.
 class CollectionChooser final : public QWidget {
     Q_OBJECT
   public:
@@ -26,7 +26,7 @@ class CollectionChooser final : public QWidget {
 
   private:
     void rebuild();
-    void refresh();  // what can be chosen now, and what is chosen
+    void refresh();  // updates the selection and what can be chosen
     void choose(int index);
     void chooseToDelete();
     void askToDelete(const CollectionInfo& collection);

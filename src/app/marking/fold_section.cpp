@@ -14,7 +14,7 @@ namespace {
 
 constexpr int gap = theme::unit;
 
-// The blank plays and pauses in this window, so Return folds.
+// The space key plays and pauses in this window, so Return folds the section.
 class Header final : public QToolButton {
   public:
     using QToolButton::QToolButton;

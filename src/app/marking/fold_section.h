@@ -8,13 +8,13 @@ namespace tembrix {
 
 class FlowLayout;
 
-// A titled part of the panel whose buttons flow in rows; its header folds it.
+// A titled section of the panel. Its buttons are laid out in rows, and its header folds it.
 class FoldSection final : public QWidget {
     Q_OBJECT
   public:
     FoldSection(const QString& objectName, const QString& title, QWidget* parent = nullptr);
 
-    // The owner of the buttons, and where to put them.
+    // The parent widget of the buttons, and the layout that they are added to.
     QWidget* body() const { return body_; }
     FlowLayout* flow() const { return flow_; }
 

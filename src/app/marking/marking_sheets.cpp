@@ -35,7 +35,7 @@ void MarkingSheets::open() {
             sheet_ = makeMessage("tagLibraryNoTimeline");
             sheet_->addAcceptButton("closeButtonTitle");
             sheet_->setKeepsHotkeys();
-            // Nothing can be marked, so either way out is the same.
+            // The message offers no choice, so each way of closing it cancels.
             connect(sheet_, &QDialog::finished, this, [this] {
                 sheet_.clear();
                 flow_.cancelSheet();

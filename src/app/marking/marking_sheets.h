@@ -14,8 +14,8 @@ namespace tembrix {
 class MarkingFlow;
 class Sheet;
 
-// Shows the sheet that a press asks for over the window of `panel`, and brings its answer back to
-// the flow.
+// Shows the sheet that the marking flow requests over the window of `panel`, and passes the answer
+// to the flow.
 class MarkingSheets final : public QObject {
     Q_OBJECT
   public:

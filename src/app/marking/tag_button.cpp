@@ -22,9 +22,9 @@ namespace {
 constexpr int buttonHeight = 30;
 constexpr int padding = theme::unit + 2;
 constexpr int ringWidth = 2;
-constexpr int smallHeight = 15;  // of the cap and of the count
+constexpr int smallHeight = 15;  // of the hot key and of the count
 constexpr int smallSize = 10;
-constexpr int countEdge = 3;  // of the count to the button's edges
+constexpr int countEdge = 3;  // distance from the count to the edges of the button
 constexpr int idleMark = 8;
 constexpr int smallestWidth = 64;
 constexpr int largestNameWidth = 200;
@@ -43,13 +43,13 @@ int widthOfCount(const QString& count) {
     return std::max(QFontMetrics(smallFont()).horizontalAdvance(count) + padding, smallHeight);
 }
 
-// Kept free from the start, so that neither the name nor the grid gives way as the count grows.
+// The width reserved for the count, so that the layout does not change as the count grows.
 int countRoom() {
     static const int width = theme::unit + widthOfCount(QStringLiteral("000")) + countEdge;
     return width;
 }
 
-// Of the running time of an interval.
+// The width of an interval's running time.
 int timeWidth() {
     static const int width = static_cast<int>(
         std::ceil(tabularWidth(QFontMetricsF(smallFont()), QStringLiteral("−00:00"))));
@@ -109,7 +109,7 @@ QSize TagButton::minimumSizeHint() const {
 }
 
 void TagButton::keyPressEvent(QKeyEvent* event) {
-    // The blank plays and pauses, so Return is what presses a button here.
+    // The space key plays and pauses in this window, so Return presses the button.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         click();
     else
@@ -125,7 +125,7 @@ void TagButton::paintEvent(QPaintEvent*) {
     const QColor ink = theme::textOn(ground);
     const bool open = !runningTime_.isEmpty();
 
-    // The ring stands apart from the color, so that it shows on any.
+    // A gap separates the ring from the fill, so that it is visible on any color.
     QRectF body(rect());
     const auto ring = [&](const QColor& color) {
         painter.setPen(QPen(color, ringWidth));

@@ -7,8 +7,8 @@
 
 namespace tembrix {
 
-// One tag of the panel: filled with the tag's color, with its hot key as a small cap, the number
-// of its stamps at the corner, and, while its interval is open, a ring and the running time.
+// The button of one tag, filled with the tag's color. It shows the hot key, the number of stamps in
+// the corner and, while an interval is open, a ring and the running time.
 class TagButton final : public QAbstractButton {
     Q_OBJECT
   public:
@@ -16,7 +16,7 @@ class TagButton final : public QAbstractButton {
 
     const Tag& tag() const { return tag_; }
 
-    bool setCount(int count);  // false: it is the count that shows already
+    bool setCount(int count);  // returns whether the shown count has changed
     // Seconds since the interval was opened; absent while it is closed.
     void setRunningTime(std::optional<double> seconds);
 
@@ -26,14 +26,14 @@ class TagButton final : public QAbstractButton {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void nextCheckState() override {}  // an open interval is the flow's to tell
+    void nextCheckState() override {}  // the checked state is set by the view
 
   private:
     bool isInterval() const { return tag_.isInterval.value_or(false); }
 
     Tag tag_;
     QString cap_;
-    int nameWidth_;  // measured once: a panel lays out and paints many buttons at a time
+    int nameWidth_;  // cached, because a panel lays out and paints many buttons at a time
     int capWidth_ = 0;
     std::optional<int> count_;
     QString runningTime_;  // empty while closed

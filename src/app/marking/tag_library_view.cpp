@@ -27,7 +27,7 @@ std::string seconds(double value) {
     return QString::number(value, 'f', value == std::trunc(value) ? 0 : 1).toStdString();
 }
 
-// The same buttons would show.
+// Whether both lists would produce the same buttons.
 bool looksTheSame(const CollectionLists& a, const CollectionLists& b) {
     return a.tags == b.tags && a.tagGroups == b.tagGroups && a.timeEvents == b.timeEvents;
 }
@@ -91,7 +91,7 @@ TagLibraryView::~TagLibraryView() = default;
 void TagLibraryView::rebuild() {
     if (content_) {
         content_->hide();
-        content_->deleteLater();  // one of its own buttons may be at work
+        content_->deleteLater();  // one of its buttons may be handling an event
     }
     groups_.clear();
     buttons_.clear();
@@ -187,7 +187,7 @@ void TagLibraryView::showOpenIntervals() {
     for (auto* button : openButtons_) {
         openFlow_->removeWidget(button);
         button->hide();
-        button->deleteLater();  // it may be the one that was pressed
+        button->deleteLater();  // deleted later, because it may be the button that was pressed
     }
     openButtons_.clear();
     for (const auto& entry : *flow_.activeIntervalTags) {

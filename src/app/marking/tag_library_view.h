@@ -20,8 +20,8 @@ class MarkingFlow;
 class TagButton;
 class TimeEventChip;
 
-// The tag panel: everything of the active collection that the user can mark with. The flow, which
-// must outlive the view, decides what a press does.
+// The tag panel: shows everything in the active collection that the user can mark with. The flow
+// decides what a press does; it must outlive the view.
 class TagLibraryView final : public QWidget {
     Q_OBJECT
   public:
@@ -45,12 +45,12 @@ class TagLibraryView final : public QWidget {
     CollectionLists shown_;
     bool eventsExpanded_ = true;
     QVBoxLayout* body_;
-    // The open intervals once more, beneath the scrolled groups: always in sight and reach.
+    // The open intervals are repeated below the scrolled groups, where they are always visible.
     QWidget* open_;
     FlowLayout* openFlow_;
     std::vector<TagButton*> openButtons_;
     QWidget* content_ = nullptr;
-    // A tag may stand in two groups; damaged collections repeat the other ids, too.
+    // A tag can be in two groups. In damaged collections the other ids can repeat as well.
     std::multimap<std::string, FoldSection*> groups_;
     std::multimap<std::string, TagButton*> buttons_;
     std::multimap<std::string, TimeEventChip*> chips_;

@@ -15,7 +15,7 @@ namespace {
 constexpr int chipHeight = 24;
 constexpr int mark = 14;
 constexpr int padding = theme::unit + 2;
-constexpr int room = 2;  // at the ends, for the armed chip to grow into
+constexpr int room = 2;  // space at both ends into which an armed chip grows
 constexpr double armedScale = 1.02;
 constexpr int animationTime = 200;  // milliseconds
 

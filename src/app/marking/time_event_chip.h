@@ -7,7 +7,7 @@
 
 namespace tembrix {
 
-// A time event of the panel: stays pressed while it is armed for the next stamps.
+// The button of a time event. It stays pressed while the event is armed for the next stamps.
 class TimeEventChip final : public QAbstractButton {
     Q_OBJECT
   public:
@@ -20,7 +20,7 @@ class TimeEventChip final : public QAbstractButton {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void nextCheckState() override {}  // what is armed is the tag library's to tell
+    void nextCheckState() override {}  // the checked state is set by the view
 
   private:
     QVariantAnimation scale_;

@@ -7,8 +7,8 @@ namespace tembrix {
 class Texts;
 class VideoPlayerManager;
 
-// The transport bar of the open video: its controls drive the player, and it shows the player's
-// status, speed and time.
+// The playback controls of the open video. They control the player and show its status, speed and
+// time.
 QWidget* makePlayerControlPanel(VideoPlayerManager& player, const Texts& texts,
                                 QWidget* parent = nullptr);
 

@@ -9,7 +9,7 @@ namespace tembrix {
 class Texts;
 class VideoPlayerManager;
 
-// Makes the surface on which the open video is shown.
+// Creates the widget that shows the open video.
 using VideoSurfaceFactory = std::function<QWidget*(QWidget* parent)>;
 
 // What the player window uses.

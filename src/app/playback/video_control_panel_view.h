@@ -13,7 +13,7 @@ namespace tembrix {
 
 class TabularLabel;
 
-// What the panel's controls do; the host fills them in.
+// The actions of the controls, provided by the owner.
 struct VideoControlPanelActions {
     std::function<void()> seekBackward10;
     std::function<void()> seekBackward5;
@@ -23,9 +23,8 @@ struct VideoControlPanelActions {
     std::function<void(double speed)> changeSpeed;
 };
 
-// The transport bar: seek buttons around play and pause, the menu of speeds, and the time code of
-// now and whole. It only shows and forwards; makePlayerControlPanel() makes the bar of the open
-// video.
+// The playback controls: seek buttons around play and pause, the speed menu, and the current time
+// with the duration. Contains no logic; makePlayerControlPanel() connects it to the open video.
 class VideoControlPanelView final : public QWidget {
     Q_OBJECT
   public:
@@ -35,7 +34,7 @@ class VideoControlPanelView final : public QWidget {
     void setPlaying(bool playing);
     void setSpeed(double speed);
     void setTimes(double now, double whole);  // seconds
-    void setOperable(bool operable);          // the controls; the times stay
+    void setOperable(bool operable);          // enables the controls; the times are always shown
 
   private:
     void addSeekButton(const char* key, const char* icon, const char* title,

@@ -12,8 +12,8 @@ class QLabel;
 
 namespace tembrix {
 
-// The content of the player window: the picture fills it on black, the transport bar lies below,
-// not over it. What went wrong with the video stands in a line between them.
+// The content of the player window: the video on a black background with the playback controls
+// below it. Problems with the video are shown in a line between them.
 class VideoPlayerView final : public QWidget {
     Q_OBJECT
   public:

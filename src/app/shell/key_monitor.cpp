@@ -13,9 +13,9 @@ namespace tembrix {
 
 namespace {
 
-// On a sheet the space key and the shifted arrows belong to the control that has the focus: they
-// check a box or extend a selection. Everywhere else they belong to the player, also while labels
-// are chosen, because the user looks at the moment again then. Ctrl+Space checks a label.
+// In a sheet the space key and Shift with the arrow keys check a box or extend a selection.
+// Everywhere else they control the player, also while labels are chosen, because the user may want
+// to watch the moment again. There, Ctrl+Space checks a label.
 bool belongsToSheet(const KeyPress& press, bool choosesLabels) {
     const bool space = press.code == key::space && !(choosesLabels && !press.modifiers.command);
     const bool arrow = press.code == key::left || press.code == key::right;
@@ -23,8 +23,8 @@ bool belongsToSheet(const KeyPress& press, bool choosesLabels) {
     return (space || seek) && qobject_cast<QDialog*>(QApplication::activeWindow());
 }
 
-// The space key belongs to the player in the windows of a project, so Return presses the button
-// that has the focus there. Sheets have a default button of their own. A held key presses once.
+// The space key controls the player in project windows, so Return presses the focused button there.
+// Sheets have their own default button. Auto-repeat is ignored.
 bool pressFocusedButton(const QKeyEvent& event) {
     if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
         return false;
@@ -49,8 +49,8 @@ KeyMonitor::KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate transl
 }
 
 bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
-    // A press reaches the native window first and its widgets after that; the first is the one to
-    // take.
+    // The native window receives a key press before its widgets do; only that first event is
+    // handled.
     const bool asksForShortcuts = event->type() == QEvent::ShortcutOverride;
     if ((!asksForShortcuts && event->type() != QEvent::KeyPress) || !watched->isWindowType() ||
         QApplication::activePopupWidget())
@@ -60,7 +60,8 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     HotKeyManager* hotkeys = hotkeys_();
     const bool sheets = belongsToSheet(press, hotkeys && *hotkeys->isLabelHotkeyMode);
     if (asksForShortcuts) {
-        // Shortcuts are looked up before the press itself comes: a hot key goes before them too.
+        // Qt looks up shortcuts before it delivers the press. Hot keys have priority over
+        // shortcuts.
         if (sheets || !hotkeys || !hotkeys->takes(press))
             return false;
         event->accept();

@@ -10,15 +10,15 @@ class QKeyEvent;
 
 namespace tembrix {
 
-// Looks at every key press of the program before any view gets it and hands it to the hot keys.
+// Passes every key press of the program to the hot keys before any view receives it.
 class KeyMonitor final : public QObject {
     Q_OBJECT
 
   public:
-    // `translate` turns a native key event into the key tables' terms.
+    // `translate` converts a native key event to a key press of the key tables.
     using Translate = std::function<KeyPress(const QKeyEvent& event)>;
 
-    // `hotkeys` gives those of the open project, null without one.
+    // `hotkeys` returns the hot keys of the open project, or null.
     KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate translate);
 
   protected:

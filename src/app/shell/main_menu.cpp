@@ -58,7 +58,7 @@ void quitProgram() {
         if (auto* dialog = qobject_cast<QDialog*>(window); dialog && dialog->isVisible())
             dialog->reject();
     }
-    // Not quit(), which asks each window to close: a sheet at work or an open editor refuses.
+    // quit() would ask each window to close, which a running operation or an open editor refuses.
     QApplication::exit();
 }
 

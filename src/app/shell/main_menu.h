@@ -9,11 +9,11 @@ namespace tembrix {
 
 class Texts;
 
-// The program's one menu with its one item, quit.
+// The main menu of the program. Its only item is Quit.
 QMenuBar* makeMainMenu(const Texts& texts, QWidget* parent);
 
-// Makes the quit key work in every window, sheet and panel, whichever has the keyboard. A modal
-// sheet would otherwise keep the menu's key from the menu.
+// Handles the quit shortcut in every window, sheet and panel. A modal sheet would otherwise block
+// the menu's shortcut.
 class QuitKeys final : public QObject {
   public:
     explicit QuitKeys(const Texts& texts);
@@ -23,7 +23,7 @@ class QuitKeys final : public QObject {
     const Texts& texts_;
 };
 
-// Ends sheets and panels, then the program. Never asks, and nothing can refuse.
+// Closes all sheets and panels and exits the program without asking.
 void quitProgram();
 
 }  // namespace tembrix

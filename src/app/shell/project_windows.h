@@ -7,8 +7,7 @@ namespace tembrix {
 
 class CoreServices;
 
-// The makers of the contents of all windows in the window table. They are called while a project
-// is open.
+// Creates the contents of all windows in the window table. Called while a project is open.
 QtWindowFactory::Makers windowMakers(CoreServices& core, VideoSurfaceFactory makeVideoSurface);
 
 }  // namespace tembrix

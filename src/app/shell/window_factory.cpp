@@ -17,7 +17,7 @@ namespace tembrix {
 
 namespace {
 
-// The decoration of a window that is not on screen yet: that of a window which is.
+// The window decoration to expect for a window that is not shown yet: that of any visible window.
 QMargins usualDecoration() {
     for (const QWidget* window : QApplication::topLevelWidgets()) {
         if (window->isVisible() && window->windowType() == Qt::Window && window->windowHandle() &&
@@ -34,15 +34,15 @@ bool keepsHotkeys(const QWidget& window) {
 
 }  // namespace
 
-// One top-level window. It reaches the orchestration only through its callbacks.
+// A top-level window. It notifies the orchestration through its callbacks only.
 class QtWindowFactory::Shell final : public QWidget {
   public:
     explicit Shell(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
 
     void detach() { callbacks_ = {}; }
 
-    // Destroys the content and the sheets on it. They use the project, which may end right after
-    // this window is closed; the empty window itself lives until its events are done.
+    // Destroys the content and its sheets. They use the project, which may be destroyed right after
+    // this window is closed. The empty window itself is deleted later.
     void clear() {
         const auto children = findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
         for (auto child = children.rbegin(); child != children.rend(); ++child)
@@ -54,8 +54,8 @@ class QtWindowFactory::Shell final : public QWidget {
             call(state);
     }
 
-    // Places the window with its decoration, whose size is certain only some time after the window
-    // is shown. Until then the contents are fitted again whenever the decoration changes.
+    // Places the window including its decoration. The size of the decoration is known only some
+    // time after the window is shown; until then the contents are resized whenever it changes.
     void place(const QRect& frame) {
         frame_ = frame;
         fitted_.reset();
@@ -83,13 +83,14 @@ class QtWindowFactory::Shell final : public QWidget {
             return;
         }
         event->accept();
-        // The call destroys this window's handle, and so leads back here; it happens once.
+        // The callback destroys the window's handle, whose destructor closes this window again, so
+        // it is called only once.
         if (const auto call = std::exchange(callbacks_, {}).willClose)
             call();
     }
 
   private:
-    static constexpr int settlingTime = 2000;  // milliseconds from the show
+    static constexpr int settlingTime = 2000;  // milliseconds after the window is shown
 
     void fit(const QMargins& decoration) {
         if (!frame_ || fitted_ == decoration)
@@ -99,15 +100,15 @@ class QtWindowFactory::Shell final : public QWidget {
     }
 
     Callbacks callbacks_;
-    std::optional<QRect> frame_;      // that the window is to fill
-    std::optional<QMargins> fitted_;  // the decoration that its contents leave free
+    std::optional<QRect> frame_;      // the area to fill, including the decoration
+    std::optional<QMargins> fitted_;  // the decoration for which the contents were last resized
 };
 
 class QtWindowFactory::Handle final : public ProjectWindow {
   public:
     explicit Handle(Shell* shell) : shell_(shell) {}
 
-    // The window may be in the middle of its own close event, so it is deleted from the event loop.
+    // The window may be processing its close event, so it is deleted from the event loop.
     ~Handle() override {
         if (!shell_)
             return;
@@ -125,7 +126,8 @@ class QtWindowFactory::Handle final : public ProjectWindow {
     void show() override {
         shell_->show();
         comeForward(shell_);
-        // The second press of a double click on the list raises it over what the first one opened.
+        // The second press of a double click in the list would raise the list over the window that
+        // the first press opened.
         QTimer::singleShot(QApplication::doubleClickInterval(), shell_, [shell = shell_] {
             if (!dynamic_cast<Shell*>(QApplication::activeWindow()))
                 comeForward(shell);

@@ -16,7 +16,7 @@ class QWindow;
 
 namespace tembrix {
 
-// Makes top-level windows and follows which of them has the keyboard.
+// Creates top-level windows and tracks which of them has the keyboard focus.
 class QtWindowFactory final : public QObject, public WindowFactory {
     Q_OBJECT
 
@@ -26,8 +26,8 @@ class QtWindowFactory final : public QObject, public WindowFactory {
 
     QtWindowFactory();
 
-    // What makes the contents of the windows, and what makes the banner that every window shows
-    // above its content, if any. Set once, before the first window is made.
+    // Sets the makers of the window contents and of the optional banner that every window shows
+    // above its content. Called once, before the first window is created.
     void setMakers(Makers makers, Maker banner = {}) {
         makers_ = std::move(makers);
         banner_ = std::move(banner);

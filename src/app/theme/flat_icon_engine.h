@@ -7,8 +7,8 @@
 
 namespace tembrix::theme {
 
-// Shows the shape of another icon in one color, so that icons drawn for any ground are readable on
-// the dark one.
+// Paints the shape of another icon in one color, so that icons made for light backgrounds are
+// readable on the dark one.
 class FlatIconEngine final : public QIconEngine {
   public:
     FlatIconEngine(QIcon shape, const QColor& color) : shape_(std::move(shape)), color_(color) {}

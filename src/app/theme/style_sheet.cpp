@@ -8,7 +8,7 @@
 namespace tembrix::theme {
 namespace {
 
-// Values stand in as @name.
+// Placeholders such as @text are replaced by the values of the theme.
 constexpr auto sheet = R"(
 QToolTip { color: @text; background: @raised; border: 1px solid @line; padding: 4px 6px; }
 QLabel { background: transparent; }
@@ -191,7 +191,7 @@ QString styleSheet() {
             .arg(c.alphaF());
     };
     const auto pixels = [](int size) { return QString::number(size) + "px"; };
-    // A name that begins with another one stands before it.
+    // A name that starts with another name is listed before it.
     const std::pair<const char*, QString> values[] = {
         {"@background", hex(background)},
         {"@panel", hex(panel)},

@@ -4,9 +4,8 @@
 
 namespace tembrix::theme {
 
-// The style sheet of all standard controls. A control chooses among looks by the property "look":
-// buttons "quiet", "accented", "destructive", "plain"; labels "secondary", "caption", "title",
-// "warning".
+// The style sheet of all standard controls. The property "look" selects a variant: buttons "quiet",
+// "accented", "destructive", "plain"; labels "secondary", "caption", "title", "warning".
 QString styleSheet();
 
 }  // namespace tembrix::theme

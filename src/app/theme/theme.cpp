@@ -7,7 +7,8 @@
 #include "app/theme/flat_icon_engine.h"
 #include "app/theme/style_sheet.h"
 
-// A static library's resources are linked in only when asked for, outside of any namespace.
+// Resources of a static library are linked only if they are initialized explicitly, outside of any
+// namespace.
 static void linkResources() {
     Q_INIT_RESOURCE(theme);
 }
@@ -49,7 +50,7 @@ void applyTheme(QApplication& application) {
     application.setStyle(QStyleFactory::create("Fusion"));
     application.setPalette(palette());
     application.setFont(font());
-    // A desktop without settings of its own names no icon theme, and may look nowhere for one.
+    // Desktops without icon settings may lack a theme name and the usual search path.
     auto paths = QIcon::themeSearchPaths();
     if (!paths.contains("/usr/share/icons"))
         paths.append("/usr/share/icons");

@@ -15,8 +15,8 @@ class QWidget;
 
 namespace tembrix {
 
-// Makers of standard controls. Each control carries its text key as object name and the text that
-// the user reads as accessible name, by which the tests and screen readers find it.
+// Creates standard controls. The text key becomes the object name, which tests use, and the text
+// the accessible name, which screen readers use.
 
 enum class ButtonLook { quiet, accented, destructive, plain };
 enum class LabelLook { body, secondary, caption, title, warning };
@@ -24,13 +24,14 @@ enum class LabelLook { body, secondary, caption, title, warning };
 QPushButton* makeButton(const Texts& texts, std::string_view key,
                         ButtonLook look = ButtonLook::quiet, QWidget* parent = nullptr);
 
-// A button that shows an icon alone, by its freedesktop name; the text is its help and its name.
+// A button that shows only an icon, given by its freedesktop name. The text is its tooltip and its
+// accessible name.
 QToolButton* makeIconButton(const Texts& texts, std::string_view key, const QString& icon,
                             QWidget* parent = nullptr);
 
 QCheckBox* makeCheckBox(const Texts& texts, std::string_view key, QWidget* parent = nullptr);
 
-// A label wraps its text where it is too long.
+// A label wraps its text if it is too long.
 QLabel* makeLabel(const Texts& texts, std::string_view key, LabelLook look = LabelLook::body,
                   QWidget* parent = nullptr);
 
@@ -39,13 +40,13 @@ void setLook(QLabel* label, LabelLook look);
 
 // Names any other control.
 void nameControl(QWidget* control, const Texts& texts, std::string_view key);
-// Names a control that stands for a thing of the user's: what it is called is the user's own text.
+// Names a control that shows an item of the user's data; the accessible name is the user's text.
 void nameControl(QWidget* control, std::string_view objectName, const QString& accessibleName);
 
-// The control beneath a small caption with the key's text; names the control by it.
+// Puts a small caption with the key's text above a control and names the control after it.
 QWidget* labeled(const Texts& texts, std::string_view key, QWidget* control);
 
-// A thin line between groups of a bar or a form.
+// A thin line between groups of a toolbar or a form.
 QFrame* makeSeparator(Qt::Orientation orientation, QWidget* parent = nullptr);
 
 }  // namespace tembrix

@@ -4,8 +4,8 @@
 
 namespace tembrix {
 
-// One line of text that ends in an ellipsis where there is no room; the whole text is then its
-// help. What a screen reader tells is always the whole text.
+// One line of text, elided if there is not enough room; the tooltip then shows the full text.
+// Screen readers always read the full text.
 class ElidedLabel final : public QLabel {
     Q_OBJECT
   public:

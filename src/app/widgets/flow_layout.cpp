@@ -57,7 +57,7 @@ void FlowLayout::setGeometry(const QRect& rect) {
 
 int FlowLayout::arrange(const QRect& rect, bool apply) const {
     const QRect area = rect.marginsRemoved(contentsMargins());
-    // Items that share a filled row grow by the same width everywhere: that of a full row.
+    // All items are widened by the same amount, computed for a full row.
     int extra = 0;
     if (fillsRows_) {
         int widest = 0, shown = 0;

@@ -5,16 +5,16 @@
 
 namespace tembrix {
 
-// Lays its items in rows from the left and breaks a row where the next item does not fit. Each row
-// is as high as its highest item. Height follows width.
+// Lays out items in rows from the left and starts a new row if the next item does not fit. Each row
+// is as high as its highest item. The height depends on the width.
 class FlowLayout final : public QLayout {
     Q_OBJECT
   public:
     explicit FlowLayout(int spacing, QWidget* parent = nullptr);
     ~FlowLayout() override;
 
-    // Spreads a row's spare width over its items, so that a grid of equal cards fills its rows; the
-    // items of a last, shorter row are as wide as those above.
+    // Distributes the spare width of a row over its items, so that a grid of equal cards fills its
+    // rows. The items of a last, shorter row are as wide as those above.
     void setFillsRows(bool fills);
 
     void addItem(QLayoutItem* item) override;

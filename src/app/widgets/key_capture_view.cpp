@@ -13,7 +13,7 @@ namespace tembrix {
 
 namespace {
 
-constexpr int widest = 160;  // for the longest recorded hot key, all modifiers and "Page Down"
+constexpr int widest = 160;  // for the longest hot key: all modifiers and "Page Down"
 
 bool isModifier(int key) {
     switch (key) {
@@ -30,8 +30,8 @@ bool isModifier(int key) {
     }
 }
 
-// The modifiers held once the event has happened. Some systems still tell, on a modifier's own
-// event, those of the moment before.
+// The modifiers held after the event. On some systems the event of a modifier key itself reports
+// those held before.
 KeyModifiers heldAfter(const QKeyEvent& event, KeyModifiers told) {
     const bool down = event.type() == QEvent::KeyPress;
     switch (event.key()) {
@@ -77,7 +77,7 @@ QSize KeyCaptureView::sizeHint() const {
     return {widest, theme::controlHeight};
 }
 
-// Without a capture the mouse goes to what lies beneath.
+// Mouse events pass through the view unless a capture is running.
 void KeyCaptureView::follow(bool capturing) {
     setAttribute(Qt::WA_TransparentForMouseEvents, !capturing);
     if (capturing)
@@ -90,8 +90,7 @@ void KeyCaptureView::showHotkey() {
     update();
 }
 
-// While a capture runs, the tabulator and the keys of menus and shortcuts are recorded like any
-// other.
+// During a capture, Tab and the keys of menus and shortcuts are recorded like any other key.
 bool KeyCaptureView::event(QEvent* event) {
     if (*capture_.isCapturing) {
         if (event->type() == QEvent::ShortcutOverride) {

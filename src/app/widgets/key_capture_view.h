@@ -14,17 +14,17 @@ class QKeyEvent;
 
 namespace tembrix {
 
-// The field in which a user records a hot key: while a capture runs it takes the keyboard and the
-// mouse. What was recorded shows with the names that stand on the keyboard. The owner starts the
-// capture on the KeyCapture, which must outlive the view.
+// The field in which a user records a hot key. It grabs keyboard and mouse during a capture and
+// shows the recorded keys with the names printed on the keyboard. The owner starts the capture on
+// the KeyCapture, which must outlive the view.
 class KeyCaptureView final : public QWidget {
     Q_OBJECT
 
   public:
-    // `translate` turns a native key event into the key tables' terms.
+    // `translate` converts a native key event to a key press of the key tables.
     using Translate = std::function<KeyPress(const QKeyEvent& event)>;
 
-    // The text of `key` names the control and stands where no hot key is recorded.
+    // The text of `key` names the control and is shown while no hot key is recorded.
     KeyCaptureView(KeyCapture& capture, Translate translate, const Texts& texts,
                    std::string_view key, QWidget* parent = nullptr);
 

@@ -5,8 +5,8 @@
 
 namespace tembrix {
 
-// A shortcut on the place of a letter. A keyboard with Russian letters alone sends those, and the
-// toolkit looks for a Latin one only where such a layout stands beside it.
+// A shortcut for a letter by its place on the keyboard. A Russian layout sends Cyrillic letters,
+// and Qt finds the Latin ones only if a Latin layout is installed as well.
 inline QList<QKeySequence> letterKeys(Qt::KeyboardModifiers modifiers, Qt::Key letter) {
     QList<QKeySequence> keys{QKeyCombination(modifiers, letter)};
     if (letter == Qt::Key_Q)

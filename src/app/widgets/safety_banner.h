@@ -9,8 +9,8 @@ namespace tembrix {
 class StorageHealth;
 class Texts;
 
-// A line across a window that says that marks are not safe on the disk, and why. Hidden while they
-// are.
+// A banner that warns that marks are not saved on the disk, and says why. Hidden while they are
+// saved.
 class SafetyBanner final : public QLabel {
     Q_OBJECT
   public:

@@ -79,7 +79,7 @@ QPushButton* Sheet::addSideButton(std::string_view key, ButtonLook look) {
 
 void Sheet::present() {
     setAttribute(Qt::WA_DeleteOnClose);
-    // The keyboard goes back to the window at once: the next press may be a hot key.
+    // The window gets the focus back at once, because the next press may be a hot key.
     if (QWidget* owner = parentWidget())
         connect(this, &QDialog::finished, owner->window(), &QWidget::activateWindow);
     open();
@@ -95,7 +95,7 @@ void Sheet::paintEvent(QPaintEvent*) {
 
 void Sheet::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
-    // Where no compositor blends windows, transparent corners would come out black.
+    // Without a compositor, transparent corners would be painted black.
     QBitmap shape(size());
     shape.fill(Qt::color0);
     QPainter painter(&shape);
@@ -107,7 +107,7 @@ void Sheet::resizeEvent(QResizeEvent* event) {
 }
 
 void Sheet::mousePressEvent(QMouseEvent* event) {
-    // Without a frame the card itself is what the hand moves, to see what lies beneath.
+    // The sheet has no title bar; the user moves it by dragging its background.
     if (event->button() == Qt::LeftButton && windowHandle())
         windowHandle()->startSystemMove();
 }

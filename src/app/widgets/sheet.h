@@ -14,10 +14,9 @@ class QVBoxLayout;
 
 namespace tembrix {
 
-// A question or a form that lies over one window like a card and holds back only that window.
-// Never blocks: present() returns at once; the signals finished(int), accepted() and rejected()
-// tell how it ended. Return presses the button that has the keyboard, else the default one; Escape
-// rejects.
+// A question or a form that is shown over a window as a card and blocks only that window. present()
+// returns at once; the result is reported by the signals finished(int), accepted() and rejected().
+// Return presses the focused button or else the default button. Escape rejects.
 //
 //     auto* sheet = new Sheet(window, texts, "renameTitle");
 //     sheet->content()->addWidget(field);
@@ -28,27 +27,28 @@ namespace tembrix {
 class Sheet : public QDialog {
     Q_OBJECT
   public:
-    // The title's key names the sheet too.
+    // The text of the title key names the sheet as well.
     Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey);
 
     void setTitle(const QString& title);
 
-    // Where the sheet's own controls go, beneath the title.
+    // The layout for the sheet's controls, below the title.
     QVBoxLayout* content() const { return content_; }
 
-    // Buttons stand in a row at the lower right, in the order of the calls. The accept button is
-    // the default one; with `closes` false the owner calls accept() when the answer is good.
+    // Buttons are added to a row at the lower right, in the order of the calls. The accept button
+    // is the default button. If `closes` is false, the owner calls accept() once the answer is
+    // valid.
     QPushButton* addAcceptButton(std::string_view key, ButtonLook look = ButtonLook::accented,
                                  bool closes = true);
     QPushButton* addCancelButton(std::string_view key);
-    // A further button, at the left; it does not close the sheet.
+    // Adds a button on the left that does not close the sheet.
     QPushButton* addSideButton(std::string_view key, ButtonLook look = ButtonLook::quiet);
 
-    // For a message: the hot keys of its window work while it is up.
+    // For messages: the hot keys of the window work while the sheet is open.
     void setKeepsHotkeys() { keepsHotkeys_ = true; }
     bool keepsHotkeys() const { return keepsHotkeys_; }
 
-    // Shows the sheet and deletes it once it has ended.
+    // Shows the sheet. It is deleted after it has been closed.
     void present();
 
   protected:

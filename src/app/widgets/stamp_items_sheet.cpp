@@ -37,7 +37,7 @@ StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditS
     scroll->setFocusPolicy(Qt::NoFocus);
     QWidget* sections = makeSections();
     scroll->setWidget(sections);
-    // The sheet's own ground shows through.
+    // The background of the sheet is visible behind the sections.
     scroll->viewport()->setAutoFillBackground(false);
     sections->setAutoFillBackground(false);
     scroll->setMinimumSize(sheetSize.width(), std::min(sections->heightForWidth(sheetSize.width()),

@@ -15,8 +15,8 @@ class QAbstractButton;
 
 namespace tembrix {
 
-// Chooses the labels or the time events of one stamp, by mouse, keyboard or label hot key. Ends as
-// any sheet does; after accepted() the owner reads ids().
+// Chooses the labels or the time events of a stamp by mouse, keyboard or label hot key. After
+// accepted(), ids() returns the choice.
 class StampItemsSheet final : public Sheet {
     Q_OBJECT
   public:

@@ -6,12 +6,13 @@
 
 namespace tembrix {
 
-// Text whose figures all take the same width, so that a running time code stands still. The width
-// in pixels, and the painting from the left end of the base line in the painter's font and pen.
+// Measures and paints text with digits of equal width, so that a running time does not shift.
+// Widths are in pixels; the text is painted from the left end of its baseline with the painter's
+// font and pen.
 double tabularWidth(const QFontMetricsF& metrics, const QString& text);
 void drawTabular(QPainter& painter, QPointF baseline, const QString& text);
 
-// A time code. Keeps the width of the widest text that it has shown.
+// Shows a time. The label keeps the width of the widest text it has shown.
 class TabularLabel final : public QWidget {
     Q_OBJECT
   public:

@@ -24,7 +24,7 @@ bool TextFocusTracker::eventFilter(QObject*, QEvent* event) {
             setFocused(true);
             break;
         case QEvent::FocusOut:
-            // The field's own menu only borrows the keyboard.
+            // The field's own context menu takes the focus only temporarily.
             if (static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
                 setFocused(false);
             break;

@@ -6,8 +6,8 @@ namespace tembrix {
 
 struct FocusStateManager;
 
-// Tells the hot keys while a widget that takes text has the keyboard, so that typing stays typing.
-// Lives and dies with the widget.
+// Blocks hot keys while a text widget has the focus, so that they do not interfere with typing.
+// Owned by the widget.
 class TextFocusTracker final : public QObject {
     Q_OBJECT
   public:
@@ -23,7 +23,7 @@ class TextFocusTracker final : public QObject {
     bool focused_ = false;
 };
 
-// The program's text field. Every field into which the user types is one of these.
+// The text field of the program. Every field into which the user types is of this class.
 class FocusAwareLineEdit final : public QLineEdit {
     Q_OBJECT
   public:
