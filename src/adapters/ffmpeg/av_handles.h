@@ -15,7 +15,7 @@ extern "C" {
 
 namespace tembrix {
 
-// Owners of objects of the FFmpeg libraries. Each object is freed by the function meant for it.
+// Smart pointers to objects of the FFmpeg libraries. Each object is freed by its own function.
 template <auto free>
 struct FreeByAddress {
     template <class T>
@@ -41,7 +41,7 @@ inline PacketHandle newPacket() {
     return PacketHandle(av_packet_alloc());
 }
 
-// The text for a negative return value of the libraries.
+// The text for a negative return value of an FFmpeg function.
 inline std::string avText(int code) {
     if (code == AVERROR_INVALIDDATA)
         return "the file is damaged or not a video";

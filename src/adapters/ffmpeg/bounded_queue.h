@@ -25,7 +25,7 @@ class BoundedQueue {
         changed_.notify_all();
         return true;
     }
-    // Waits for a value. Returns nothing when the queue is closed and empty.
+    // Waits for a value. Returns nullopt when the queue is closed and empty.
     std::optional<T> pop() {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [&] { return closed_ || !values_.empty(); });

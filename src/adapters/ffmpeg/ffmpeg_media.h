@@ -29,7 +29,7 @@ class FfmpegMedia final : public Media {
                                   Size bounds) override;
 
   private:
-    // Identifies the content of a file, to recognize that it was replaced.
+    // Identifies the content of a file, so that a replaced file is recognized.
     struct Identity {
         std::filesystem::path file;
         std::uintmax_t size = 0;
@@ -40,12 +40,13 @@ class FfmpegMedia final : public Media {
         Identity identity;
         std::unique_ptr<VideoFile> video;
     };
-    // Removes the file from the open ones, or opens it; keep() returns it to them.
+    // Returns the entry of an open file or opens the file. The entry is removed from `open_`;
+    // keep() adds it again.
     Result<Entry> take(const std::filesystem::path& file);
     void keep(Entry entry);
 
     std::mutex mutex_;
-    std::vector<Entry> open_;  // the last used at the end
+    std::vector<Entry> open_;  // ordered by last use, the latest at the end
 };
 
 }  // namespace tembrix

@@ -16,7 +16,7 @@ namespace tembrix {
 
 namespace {
 
-// Two films keep the machine busy while one of them waits; more would only use memory.
+// Two runs use the whole processor even while one of them waits. More runs would only use memory.
 constexpr int atTheSameTime = 2;
 
 Error refuse(std::string text) {

@@ -11,9 +11,8 @@ namespace tembrix {
 class FilmRun;
 class Turns;
 
-// Renders films with the FFmpeg libraries. Every run has threads of its own; only a few render at
-// the same time, and the others wait for their turn. Destroying the renderer cancels all runs and
-// waits for their ends.
+// Renders films with the FFmpeg libraries. Every run has its own threads. Only a few runs render at
+// the same time; the others wait. Destroying the renderer cancels all runs and waits for them.
 class FfmpegMovieRenderer final : public MovieRenderer {
   public:
     FfmpegMovieRenderer();

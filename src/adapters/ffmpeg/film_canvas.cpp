@@ -17,10 +17,10 @@ int even(double value) {
     return std::max(2, static_cast<int>(std::lround(value / 2)) * 2);
 }
 
-// Turns one plane clockwise into another, of which `to` is the top left corner.
+// Rotates one plane clockwise into another. `to` is the top left corner of the target.
 void turnPlane(const std::uint8_t* from, int fromStride, int width, int height, std::uint8_t* to,
                int toStride, int rotation) {
-    constexpr int block = 16;  // both sides stay in the cache
+    constexpr int block = 16;  // small enough that source and target stay in the cache
     for (int y0 = 0; y0 < height; y0 += block)
         for (int x0 = 0; x0 < width; x0 += block)
             for (int y = y0; y < std::min(y0 + block, height); ++y)
@@ -140,7 +140,7 @@ Result<FrameHandle> FilmCanvas::fit(const AVFrame& frame, Size shown, int rotati
 Result<FrameHandle> FilmCanvas::fit(const ImageBuffer& image) {
     if (image.empty())
         return mediaError(MediaFault::undecodable, "a picture of the film is empty");
-    // Colors multiplied by their alpha are those of the picture on black.
+    // Premultiplied colors are equal to the colors of the picture on black.
     auto frame = newFrame();
     frame->format = AV_PIX_FMT_RGB0;
     frame->width = image.width;

@@ -22,11 +22,11 @@ class FilmCanvas {
     int height() const { return height_; }
     AVColorSpace matrix() const { return matrix_; }
 
-    // The frame of the source, scaled to fit and centered on black. `shown` is its size in square
-    // pixels after turning it clockwise by `rotation` degrees.
+    // Scales a source frame to fit and centers it on black. `shown` is its size in square pixels
+    // after a clockwise rotation by `rotation` degrees.
     Result<FrameHandle> fit(const AVFrame& frame, Size shown, int rotation);
     Result<FrameHandle> fit(const ImageBuffer& image);
-    // A copy that may be painted on.
+    // A writable copy.
     FrameHandle copy(const AVFrame& frame);
 
   private:

@@ -34,7 +34,7 @@ Result<std::unique_ptr<FilmPictures>> FilmPictures::open(const MovieJob& job, co
     if (!source)
         return source.error();
     pictures->file_.source = std::move(*source);
-    // The encoder needs most of the machine; decoding only has to keep up with it.
+    // The encoder needs most of the processor; decoding only has to keep up with it.
     const int threads = static_cast<int>(std::thread::hardware_concurrency() / 2 + 1);
     auto reader = FrameReader::open(pictures->file_, threads);
     if (!reader)

@@ -23,16 +23,17 @@ class FilmPictures {
     static Result<std::unique_ptr<FilmPictures>> open(const MovieJob& job, const FilmPlan& plan,
                                                       const std::atomic<bool>& stop);
 
-    // The size and the colors of the pictures, which are those of the source.
+    // The size and the colors of the pictures. They are those of the source.
     FilmFormat format() const;
     bool sourceHasAudio() const { return file_.source->info().hasAudio; }
 
-    // The film's next frame. Frames may share their pixels: nobody may write to them.
+    // The next frame of the film. Frames may share their pixels and must not be written to.
     Result<FrameHandle> next();
 
   private:
     FilmPictures(const MovieJob& job, const FilmPlan& plan) : job_(job), plan_(plan) {}
-    // The picture of the next frame without overlays, or null if it is that of the frame before.
+    // The picture of the next frame without overlays, or null if it is the same as that of the
+    // previous frame.
     Result<FrameHandle> base(std::size_t piece);
     const OverlayBlend& blend(std::size_t overlay);
 
@@ -41,9 +42,9 @@ class FilmPictures {
     VideoFile file_;
     std::unique_ptr<FrameReader> reader_;
     std::unique_ptr<FilmCanvas> canvas_;
-    std::vector<std::unique_ptr<OverlayBlend>> blends_;  // made when first needed
+    std::vector<std::unique_ptr<OverlayBlend>> blends_;  // created on first use
     int frame_ = 0;
-    // What the frame before showed.
+    // The content of the previous frame.
     std::size_t shownPiece_ = SIZE_MAX;
     double shownStart_ = -1;
     std::vector<std::size_t> shownOverlays_;

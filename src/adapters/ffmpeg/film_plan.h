@@ -16,15 +16,15 @@ class FilmPlan {
     explicit FilmPlan(const MovieJob& job);
 
     int frames() const { return frames_; }
-    // The piece that a frame of the film shows, by its place in the job.
+    // The piece that a frame of the film shows, as an index into the pieces of the job.
     std::size_t pieceAt(int frame) const;
-    // The time of the source that a frame shows; for source pieces.
+    // The time in the source that a frame shows; for source pieces only.
     double sourceTime(std::size_t piece, int frame) const;
-    // The overlays that lie over a frame, lowest first, by their places in the job.
+    // The overlays of a frame, lowest first, as indices into the overlays of the job.
     std::vector<std::size_t> overlaysAt(int frame) const;
 
-    // The sample of the film at which a piece's sound starts; that of the piece after the last is
-    // the film's length.
+    // The first sample of a piece's sound. For the index after the last piece, it is the length of
+    // the film.
     std::int64_t firstSample(std::size_t piece, int sampleRate) const;
 
   private:

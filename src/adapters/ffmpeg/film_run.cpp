@@ -15,7 +15,7 @@ namespace tembrix {
 
 namespace {
 
-// The memory of pictures waiting for the encoder, which needs work while the next cut is located.
+// Memory for pictures waiting for the encoder, so that it has work while the next cut is located.
 constexpr double picturesWaiting = 64e6;  // bytes
 constexpr std::size_t soundsWaiting = 128;
 
@@ -27,11 +27,11 @@ Error exportError(const Error& error) {
     return {"Export", -1, error.text};
 }
 
-// A stage that produces values on a thread of its own until the last value or the first failure.
+// Produces values on its own thread until the last value or the first failure.
 template <class T>
 class Stage {
   public:
-    // `make` returns the next value, or nothing at the end.
+    // `make` returns the next value, or nullopt at the end.
     template <class Make>
     Stage(std::size_t capacity, std::atomic<bool>& stop, Make make)
         : stop_(stop), queue_(capacity), thread_([this, make = std::move(make)]() mutable {
@@ -50,16 +50,16 @@ class Stage {
         thread_.join();
     }
 
-    // Returns nothing at the end or after a failure.
+    // Returns nullopt at the end or after a failure.
     std::optional<T> next() { return queue_.pop(); }
-    // Valid when next() has returned nothing.
+    // Valid after next() has returned nullopt.
     const std::optional<Error>& failure() const { return failure_; }
 
   private:
     std::atomic<bool>& stop_;
     BoundedQueue<T> queue_;
     std::optional<Error> failure_;
-    std::thread thread_;  // last: it uses all the others
+    std::thread thread_;  // last, because it uses all other members
 };
 
 }  // namespace
@@ -104,7 +104,7 @@ void FilmRun::begin() {
         }
         if (!result && canceled_)
             result = canceledError();
-        job_ = {};  // its pictures may be large, and the session may be kept for long
+        job_ = {};  // the pictures of the job may be large, and the session may be kept for long
         completion_(result);
         completion_ = nullptr;
         ended_ = true;
@@ -187,8 +187,8 @@ Result<void> FilmRun::encode(FilmPictures& pictures, FilmSound* sound, FilmWrite
             return decoded.failure() ? exportError(*decoded.failure()) : canceledError();
         if (auto added = writer.addPicture(std::move(*picture)); !added)
             return added;
-        // Sound and pictures are interleaved closely, for players that read the file while it
-        // loads.
+        // Sound and pictures are interleaved closely, for players that start before the file is
+        // loaded completely.
         const bool last = k + 1 == frames;
         while (heard && (last || samplesWritten * job_.framesPerSecond <
                                      static_cast<std::int64_t>(k + 1) * sound->sampleRate())) {

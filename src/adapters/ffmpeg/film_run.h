@@ -30,15 +30,14 @@ class Turns {
     int free_;
 };
 
-// One film being made: pictures and sound are decoded on threads of their own and meet at the
-// encoder.
+// Renders one film. Pictures and sound are decoded on separate threads and encoded on another.
 class FilmRun final : public MovieSession {
   public:
     FilmRun(MovieJob job, MovieRenderer::Completion completion, std::shared_ptr<Turns> turns);
-    ~FilmRun() override;  // not on the run's own thread
+    ~FilmRun() override;  // must not be destroyed on the run's own thread
 
     void begin();
-    void wait();  // until its thread is done
+    void wait();  // waits until its thread has ended
     bool ended() const { return ended_; }
 
     float progress() const override { return progress_; }
@@ -48,12 +47,12 @@ class FilmRun final : public MovieSession {
     Result<std::filesystem::path> render();
     Result<void> encode(FilmPictures& pictures, FilmSound* sound, FilmWriter& writer);
 
-    MovieJob job_;  // of the run's own thread; empty once it has ended
+    MovieJob job_;  // used by the run's own thread; empty once it has ended
     const FilmPlan plan_;
     MovieRenderer::Completion completion_;
     const std::shared_ptr<Turns> turns_;
     std::atomic<bool> canceled_ = false;
-    std::atomic<bool> stop_ = false;  // ends all threads, after a failure as after cancel()
+    std::atomic<bool> stop_ = false;  // ends all threads, after a failure or after cancel()
     std::atomic<bool> ended_ = false;
     std::atomic<float> progress_ = 0;
     std::thread thread_;

@@ -12,7 +12,7 @@ namespace tembrix {
 
 namespace {
 
-// How many packets before the first one wanted a decoder needs for correct sound.
+// How many seconds before the first wanted sample decoding starts, for correct sound.
 constexpr double leadIn = 0.2;
 // Containers round times. Gaps smaller than this, in seconds, are ignored.
 constexpr double jitter = 0.01;
@@ -29,7 +29,7 @@ Result<std::unique_ptr<FilmSound>> FilmSound::open(const MovieJob& job, const Fi
     const auto* stream = sound->source_->stream();
     if (stream->codecpar->sample_rate == 44100)
         sound->sampleRate_ = 44100;
-    // Sound that cannot be decoded becomes silence: the pictures are useful without it.
+    // If the sound cannot be decoded, the film is silent; the pictures are useful without it.
     if (const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id)) {
         sound->decoder_.reset(avcodec_alloc_context3(codec));
         auto& decoder = *sound->decoder_;
@@ -138,7 +138,7 @@ void FilmSound::take(const AVFrame& frame) {
                             static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0,
                             nullptr);
         resampler_.reset(made);
-        // Many channels mixed into two must not clip.
+        // Mixing many channels down to two must not clip.
         av_opt_set_double(made, "rematrix_maxval", 1.0, 0);
         av_channel_layout_uninit(&in);
         if (swr_init(made) < 0) {
@@ -152,7 +152,7 @@ void FilmSound::take(const AVFrame& frame) {
     const auto next = decodedFrom_ + static_cast<std::int64_t>(decoded_[0].size());
     const auto starts =
         time == AV_NOPTS_VALUE ? next : std::llround(source_->seconds(time) * sampleRate_);
-    // The samples that are still in the resampler come before this frame.
+    // The samples still in the resampler are before this frame.
     const auto held = swr_get_delay(resampler_.get(), sampleRate_);
     if (std::exchange(fresh_, false))
         decodedFrom_ = starts;

@@ -13,20 +13,19 @@
 
 namespace tembrix {
 
-// The sound of a film in stereo: each piece begins with its own first sample; where the film or the
-// source has no sound, there is silence. Must be used on one thread.
+// The sound of a film in stereo. Each piece starts with its own first sample; there is silence if
+// the film or the source has no sound. Must be used on one thread.
 class FilmSound {
   public:
     static constexpr int channels = 2;
     using Samples = std::array<std::vector<float>, channels>;
 
-    // The job and the plan must outlive the sound. Once `stop` is true, read() returns
-    // silence.
+    // The job and the plan must outlive the sound. Once `stop` is true, read() returns silence.
     static Result<std::unique_ptr<FilmSound>> open(const MovieJob& job, const FilmPlan& plan,
                                                    const std::atomic<bool>& stop);
 
     int sampleRate() const { return sampleRate_; }
-    // The number of samples of the whole film.
+    // The length of the film in samples.
     std::int64_t length() const { return plan_.firstSample(job_.pieces.size(), sampleRate_); }
 
     // Replaces `out` by the next `count` samples.
@@ -35,7 +34,7 @@ class FilmSound {
   private:
     FilmSound(const MovieJob& job, const FilmPlan& plan) : job_(job), plan_(plan) {}
     void startPiece(std::size_t piece);
-    // Decodes until `decoded_` reaches to `end`, a sample of the source, or the sound is over.
+    // Decodes until `decoded_` contains the source samples before `end`, or the sound ends.
     void decodeUntil(std::int64_t end);
     bool decodeMore();
     void take(const AVFrame& frame);
@@ -52,12 +51,13 @@ class FilmSound {
     int resampledRate_ = 0;
     int sampleRate_ = 48000;
 
-    std::int64_t position_ = 0;        // the film's sample to be read next
+    std::int64_t position_ = 0;        // the next sample of the film to read
     std::size_t piece_ = SIZE_MAX;     // the piece that contains it
-    std::int64_t sourcePosition_ = 0;  // the source's sample to be read next
-    bool ended_ = true;                // the piece has no more sound
-    bool fresh_ = true;                // the next decoded sound gives its own position
-    // Decoded samples of the source in the film's rate, the first of which is decodedFrom_.
+    std::int64_t sourcePosition_ = 0;  // the next sample of the source to read
+    bool ended_ = true;                // there is no more sound for the piece
+    bool fresh_ = true;                // the next decoded frame sets decodedFrom_
+    // Decoded samples of the source at the sample rate of the film. The first one is sample
+    // decodedFrom_.
     Samples decoded_;
     std::int64_t decodedFrom_ = 0;
 };

@@ -15,13 +15,13 @@ namespace tembrix {
 
 namespace {
 
-// Fast enough for a machine of two cores, without a visible loss of quality.
+// Fast enough on two cores without a visible loss of quality.
 constexpr const char* preset = "veryfast";
 constexpr const char* constantQuality = "18";
 constexpr int secondsPerKeyFrame = 2;  // for fast seeks
 constexpr int soundBitRate = 192000;
 
-// A system error keeps its number, from which the advice to the user is chosen.
+// A system error keeps its number, which determines the advice shown to the user.
 Error writeError(int code) {
     constexpr int lastErrno = 4095;
     if (code < 0 && code >= -lastErrno)
@@ -128,7 +128,7 @@ Result<void> FilmWriter::openAudio(const FilmFormat& format) {
 }
 
 Result<void> FilmWriter::addPicture(FrameHandle picture) {
-    // The encoder decides for itself what becomes a key frame.
+    // The encoder chooses the key frames itself.
     picture->pict_type = AV_PICTURE_TYPE_NONE;
     picture->key_frame = 0;
     picture->interlaced_frame = 0;

@@ -22,8 +22,8 @@ struct FilmFormat {
     int channels = 2;
 };
 
-// Writes an MPEG-4 file of H.264 pictures and AAC sound under a temporary name, and renames
-// it when it is complete. Without finish() no file remains. Must be used on one thread.
+// Writes an MPEG-4 file of H.264 pictures and AAC sound under a temporary name and renames it when
+// it is complete. Unless finish() succeeds, no file remains. Must be used on one thread.
 class FilmWriter {
   public:
     static Result<std::unique_ptr<FilmWriter>> open(const std::filesystem::path& target,
@@ -34,11 +34,10 @@ class FilmWriter {
 
     // Adds the next picture of the film.
     Result<void> addPicture(FrameHandle picture);
-    // Adds the next samples of the film: `count` of each channel, at most soundFrame(); fewer only
-    // at the end.
+    // Adds the next `count` samples of each channel; at most soundFrame(), fewer only at the end.
     Result<void> addSound(const float* const* samples, int count);
     int soundFrame() const { return audio_ ? audio_->frame_size : 0; }
-    // Ends both streams, writes the file to the disk and renames it, unless `stop` is true by
+    // Finishes both streams, writes the file to the disk and renames it, unless `stop` is true by
     // then.
     Result<void> finish(const std::atomic<bool>& stop);
 

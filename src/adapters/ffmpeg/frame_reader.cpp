@@ -10,12 +10,12 @@ namespace tembrix {
 
 namespace {
 
-// A longer gap without decodable packets, in seconds, is an error. In a shorter one the frame
-// before it stays on screen.
+// A longer gap without decodable packets, in seconds, is an error. During a shorter one the
+// previous frame is shown.
 constexpr double longestHole = 1.0;
-// A decoder that fails this often without producing a frame does not recover.
+// A decoder that fails this often without producing a frame is given up.
 constexpr int hopeless = 100000;
-// A frame that is at most this many seconds ahead is reached by decoding, not by a seek.
+// A frame at most this many seconds ahead is reached by decoding instead of a seek.
 constexpr double worthSeeking = 0.5;
 
 Error damagedAt(double seconds) {
@@ -150,7 +150,7 @@ double FrameReader::startOf(const AVFrame& frame) {
         return takeFirst();
     const double start =
         source().seconds(frame.pts != AV_NOPTS_VALUE ? frame.pts : frame.best_effort_timestamp);
-    // Earlier packets that produced no frame are lost. Some decoders report no error for them.
+    // Earlier packets that produced no frame are lost; some decoders report no error for them.
     while (!awaited_.empty() && awaited_.top() < start + frameTolerance)
         if (takeFirst() < start - frameTolerance)
             ++faults_;

@@ -11,18 +11,18 @@
 
 namespace tembrix {
 
-// Decodes the frame that shows at a time. Times that ascend in small steps cost one frame each;
-// others start anew at a key frame. Belongs to one thread at a time.
+// Decodes the frame shown at a time. Times that ascend in small steps cost one frame each; other
+// times start decoding at a key frame. Must be used by one thread at a time.
 class FrameReader {
   public:
-    // The file must outlive the reader, and nobody else may read from it meanwhile.
-    // `threads` decode at the same time; 0 leaves the number to the decoder.
+    // The file must outlive the reader and must not be read by others meanwhile. `threads` is the
+    // number of decoding threads; 0 lets the decoder choose it.
     static Result<std::unique_ptr<FrameReader>> open(VideoFile& file, int threads = 0);
 
-    // The frame that shows at `seconds`, clamped to the video. Valid until the next call; take a
+    // The frame shown at `seconds`, clamped to the video. Valid until the next call; take a
     // reference to keep it longer.
     Result<const AVFrame*> at(double seconds);
-    // When the frame given last starts.
+    // The start of the frame that at() returned last.
     double start() const { return current_.start; }
 
   private:
@@ -35,7 +35,7 @@ class FrameReader {
     explicit FrameReader(VideoFile& file) : file_(file) {}
     MediaSource& source() { return *file_.source; }
     Result<void> restart(double seconds);
-    // Decodes the next frame in showing order into next_; next_.present is false at the end.
+    // Decodes the next frame in display order into next_; next_.present is false at the end.
     Result<void> decodeNext();
     Result<void> feed();
     double startOf(const AVFrame& frame);
@@ -44,12 +44,12 @@ class FrameReader {
     CodecHandle decoder_;
     Shown current_;
     Shown next_;
-    double wantedStart_ = 0;  // frames before this one are decoded only if others need them
-    bool ended_ = false;      // the decoder has given its last frame
+    double wantedStart_ = 0;  // earlier frames are decoded only if other frames depend on them
+    bool ended_ = false;      // the decoder has returned its last frame
     bool draining_ = false;
-    int faults_ = 0;  // packets that gave no frame since the last frame
-    // When the frames of the packets fed show that have not come out yet, or in which order they
-    // are decoded where packets carry nothing else.
+    int faults_ = 0;  // packets without a frame since the last frame
+    // Display times of the fed packets whose frames the decoder has not returned yet. If packets
+    // have decoding times only, those are used.
     std::priority_queue<double, std::vector<double>, std::greater<>> awaited_;
 };
 

@@ -9,9 +9,9 @@ namespace tembrix {
 
 namespace {
 
-// At most this many frames are decoded before a frame that shows earlier.
+// The maximum number of frames that are decoded before a frame with an earlier display time.
 constexpr std::size_t reorderDepth = 16;
-// How many seconds beyond the wanted time a scan reads, for the seeks that follow.
+// How many seconds beyond the wanted time a scan reads, for subsequent seeks.
 constexpr double lookAhead = 0.5;
 constexpr std::size_t remembered = 16;
 

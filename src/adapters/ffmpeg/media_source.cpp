@@ -18,7 +18,7 @@ int interrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
 }
 
-// Formats that accept anything as pictures: single images, and texts drawn as letters.
+// Formats whose detection accepts nearly any file: single images and text art.
 bool isPretender(const AVInputFormat& format) {
     const std::string_view name = format.name;
     return name.ends_with("_pipe") || name == "image2" || name == "tty" || name == "bin" ||
@@ -53,7 +53,7 @@ Result<std::unique_ptr<MediaSource>> MediaSource::open(const std::filesystem::pa
     AVFormatContext* format = avformat_alloc_context();
     if (interrupt)
         format->interrupt_callback = {interrupted, const_cast<std::atomic<bool>*>(interrupt)};
-    // Without the protocol, a name with a colon would be understood as one.
+    // Without the protocol prefix, a name with a colon would be parsed as a URL.
     const std::string url = "file:" + file.string();
     if (const int code = avformat_open_input(&format, url.c_str(), nullptr, nullptr); code < 0)
         return mediaError(MediaFault::cannotOpen, avText(code));
@@ -101,7 +101,7 @@ Result<void> MediaSource::chooseStreams(Streams streams) {
             return mediaError(MediaFault::noVideo, "the file has no sound");
         stream_->discard = AVDISCARD_DEFAULT;
         ordersByDecoding_ = completesTimes_ = false;
-        // This container has an index of pictures only.
+        // Matroska files have an index of the video stream only.
         const std::string_view format = format_->iformat->name;
         if (format.find("matroska") == std::string_view::npos)
             seekBy_ = audio_;
@@ -136,8 +136,8 @@ AVRational MediaSource::pixelAspect() const {
 }
 
 Result<void> MediaSource::findStart() {
-    // Frames that show before the first key frame cannot be decoded; frames that are only there to
-    // decode others from are marked as discarded.
+    // Frames displayed before the first key frame cannot be decoded. Frames that only serve to
+    // decode others are marked as discarded.
     constexpr int enough = 20;
     std::int64_t first = unknown, key = unknown, decoding = unknown;
     for (int shown = 0; shown < enough;) {
@@ -231,8 +231,8 @@ bool MediaSource::startAt(double seconds) {
 
 Result<void> MediaSource::seek(double seconds) {
     const double bound = latestStart(seconds);
-    // Containers seek by the time of decoding, and some arrive at a place without a usable packet.
-    // So the packet found is checked, and the seek is repeated further back until it is suitable.
+    // Containers seek by decoding time, and some seeks end at a place without a usable packet. The
+    // packet found is checked, and the seek is repeated further back until it is suitable.
     double want = bound, step = 0.5;
     for (;;) {
         if (interrupt_ && *interrupt_)
@@ -289,7 +289,7 @@ Result<bool> MediaSource::readInto(AVPacket& packet) {
         if (interrupt_ && *interrupt_)
             return mediaError(MediaFault::unreadable, avText(AVERROR_EXIT));
         const int code = av_read_frame(format_.get(), &packet);
-        // A file that is cut off or damaged ends where it can no longer be read.
+        // A truncated or damaged file ends where it can no longer be read.
         if (code == AVERROR_EOF || code == AVERROR_INVALIDDATA)
             return false;
         if (code < 0)
@@ -300,8 +300,8 @@ Result<bool> MediaSource::readInto(AVPacket& packet) {
 }
 
 Result<void> MediaSource::completeTime(AVPacket& packet) {
-    // In these formats a frame that others are predicted from shows when the next such frame is
-    // decoded. The frames in between show as they are decoded.
+    // In these formats a reference frame is displayed when the next reference frame is decoded. The
+    // frames in between are displayed when they are decoded.
     std::int64_t end = packet.dts + packet.duration;
     for (std::size_t i = 0;; ++i) {
         if (i == ahead_.size()) {

@@ -14,9 +14,9 @@
 
 namespace tembrix {
 
-// A frame has started by the time `seconds` if it starts at or before this: the one rule by which
-// frame grab, player and film choose the frame of a time. At 29.97 frames per second every 50th
-// start lies just half a tick from a whole one, so the last bit of a sum must not decide.
+// A frame is shown at the time `seconds` if it starts at or before the returned time. Frame grab,
+// player and film all use this rule. At 29.97 frames per second every 50th frame starts exactly
+// half a tick from a whole one; the margin prevents rounding errors from deciding.
 inline double latestStart(double seconds) {
     return seconds + frameTolerance + 1e-6;
 }
@@ -24,14 +24,14 @@ inline bool hasStarted(double frameStart, double seconds) {
     return frameStart <= latestStart(seconds);
 }
 
-// An open media file: its packets on the user's time axis, where 0 is the first frame shown. May be
-// used by one thread at a time.
+// An open media file and its packets, with times on the user's time axis: 0 is the first frame
+// shown. May be used by one thread at a time.
 class MediaSource {
   public:
     enum class Streams { video, audio };
 
-    // Opens the file for reading packets of its video or of its sound. `interrupt`, if given, makes
-    // seeks and reads fail once it is true; it must outlive the source.
+    // Opens the file for reading packets of its video or of its sound. Seeks and reads fail once
+    // `interrupt`, if given, is true; it must outlive the source.
     static Result<std::unique_ptr<MediaSource>> open(const std::filesystem::path& file,
                                                      Streams streams = Streams::video,
                                                      const std::atomic<bool>* interrupt = nullptr);
@@ -40,29 +40,29 @@ class MediaSource {
     const std::filesystem::path& file() const { return file_; }
     // The stream whose packets read() returns.
     AVStream* stream() const { return stream_; }
-    // The pixel shape of the video: width by height of one pixel.
+    // The pixel aspect ratio of the video: width by height of one pixel.
     AVRational pixelAspect() const;
-    // Whether packets have decoding times only. Their frames then show at these times in ascending
-    // order.
+    // Whether packets have decoding times only. Their frames are then displayed at these times in
+    // ascending order.
     bool ordersByDecoding() const { return ordersByDecoding_; }
 
     // Seconds on the user's time axis.
     double seconds(std::int64_t timestamp) const;
-    // When the packet's frame shows, or when it is decoded if ordersByDecoding().
+    // The display time of the packet's frame, or its decoding time if ordersByDecoding().
     double time(const AVPacket& packet) const;
 
-    // When the packet is decoded, or its time() if it does not carry that.
+    // The decoding time of the packet, or its time() if it has none.
     double decodingTime(const AVPacket& packet) const;
-    // Whether the container lists where its frames are. Streams of recorders and broadcasters do
-    // not; there a seek searches the file.
+    // Whether the container has an index of its frames. Streams of recorders and broadcasters have
+    // none; a seek then searches the file.
     bool isIndexed() const { return !(format_->iformat->flags & AVFMT_TS_DISCONT); }
 
-    // Moves to a place from which the frame of `seconds` can be decoded: the next packet is a key
-    // frame that shows by then, or the first of the file.
+    // Moves to a place from which the frame at `seconds` can be decoded: the next packet is a key
+    // frame displayed by then, or the first packet of the file.
     Result<void> seek(double seconds);
-    // Whether the key frame at which seek(seconds) would start is known to lie after `position`.
+    // Whether the key frame at which seek(seconds) would start is known to be after `position`.
     bool hasKeyBetween(double position, double seconds) const;
-    // The next packet of the stream; null at the end. The packet is valid until the next call.
+    // The next packet of the stream, or null at the end. Valid until the next call.
     Result<AVPacket*> read();
 
   private:
@@ -73,12 +73,12 @@ class MediaSource {
     void describe();
     std::int64_t timestamp(double seconds, const AVStream& stream) const;
     std::int64_t rawTime(const AVPacket& packet) const;
-    // Moves to the key frame before `seconds` by the container's index, and reads it into packet_;
-    // false if nothing can be read there.
+    // Moves to the key frame before `seconds` by the index of the container and reads it into
+    // packet_. Returns false if nothing can be read there.
     bool startAt(double seconds);
-    // The next packet of the stream as the container gives it, into `packet`; false at the end.
+    // Reads the next packet of the stream without changing it; returns false at the end.
     Result<bool> readInto(AVPacket& packet);
-    // Gives the packet the time of showing that the container leaves out.
+    // Computes the display time of a packet if the container omits it.
     Result<void> completeTime(AVPacket& packet);
 
     std::filesystem::path file_;
@@ -87,13 +87,13 @@ class MediaSource {
     AVStream* stream_ = nullptr;
     AVStream* video_ = nullptr;
     AVStream* audio_ = nullptr;
-    AVStream* seekBy_ = nullptr;  // the stream in whose index seeks look
+    AVStream* seekBy_ = nullptr;  // the stream whose index is used for seeks
     MediaInfo info_;
     bool ordersByDecoding_ = false;
     bool completesTimes_ = false;
     PacketHandle packet_ = newPacket();
-    std::deque<PacketHandle> ahead_;  // packets read to complete the times of earlier ones
-    bool pending_ = false;            // read() returns packet_, which has been read already
+    std::deque<PacketHandle> ahead_;  // packets read ahead to compute the times of earlier ones
+    bool pending_ = false;            // read() returns packet_, which was read already
 };
 
 }  // namespace tembrix

@@ -24,7 +24,7 @@ Weights weightsOf(AVColorSpace matrix) {
     }
 }
 
-// The part of the overlay that shows, in pixels of the film, widened to whole color samples.
+// The visible part of the overlay in pixels of the film, extended to whole chroma samples.
 struct Box {
     int left = 0, top = 0, right = 0, bottom = 0;
 };
@@ -46,7 +46,7 @@ Box visiblePart(const MovieOverlay& overlay, int width, int height) {
             std::min(height, (box.bottom + 1) & ~1)};
 }
 
-// Where the sample at x, y is in a layer of the width.
+// The index of the sample at x, y in a layer of the given width.
 std::size_t placeOf(int x, int y, int width) {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
            static_cast<std::size_t>(x);
@@ -68,7 +68,7 @@ OverlayBlend::OverlayBlend(const MovieOverlay& overlay, int width, int height,
     for (Layer* chroma : {&blue_, &red_})
         prepare(*chroma, box.left / 2, box.top / 2, luma_.width / 2, luma_.height / 2);
 
-    // The colors are multiplied by their alpha, and so are the offsets of the film's coding.
+    // Colors are premultiplied by their alpha, and so are the offsets of the film's color coding.
     const auto& image = overlay.image;
     std::vector<double> alphas(blue_.keep.size()), blues(alphas.size()), reds(alphas.size());
     for (int y = 0; y < luma_.height; ++y) {

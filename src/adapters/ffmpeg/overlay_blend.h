@@ -9,17 +9,17 @@
 
 namespace tembrix {
 
-// An overlay, converted once to the colors of the film and blended over many frames.
+// An overlay that is converted once to the colors of the film and blended over many frames.
 class OverlayBlend {
   public:
-    // For films of `width` by `height` pixels whose colors follow `matrix`, limited range.
+    // For films of `width` by `height` pixels with the colors of `matrix`, limited range.
     OverlayBlend(const MovieOverlay& overlay, int width, int height, AVColorSpace matrix);
 
-    // Blends over a writable frame of 8-bit 4:2:0. Touches only the rows that the overlay covers.
+    // Blends over a writable frame of 8-bit 4:2:0. Accesses only the rows that the overlay covers.
     void apply(AVFrame& frame) const;
 
   private:
-    // One plane's part. Each pixel becomes (old * keep + add) / 255.
+    // The overlay's part of one plane. Each pixel becomes (old * keep + add) / 255.
     struct Layer {
         int x = 0, y = 0, width = 0, height = 0;
         std::vector<std::uint16_t> keep;

@@ -11,21 +11,21 @@ class QThread;
 
 namespace tembrix {
 
-// Where pictures are drawn: on the graphics card or, without one, in memory. Drawing in memory
-// needs less processor time than OpenGL that is emulated by the processor.
+// Where pictures are drawn: on the graphics card or in memory. Drawing in memory needs less
+// processor time than OpenGL that is emulated by the processor.
 enum class MpvDrawing { openGl, inMemory };
 
-// The way that suits the display. Main thread only.
+// The drawing method that suits the display. Main thread only.
 MpvDrawing suitableDrawing();
 
 // A finished picture, as a texture or as an image.
 struct MpvPicture {
     QSize size;                     // pixels
-    unsigned texture = 0;           // of the contexts that the application shares
+    unsigned texture = 0;           // shared by all OpenGL contexts of the application
     const QImage* image = nullptr;  // valid until another picture is shown
 };
 
-// Three pictures to draw into. Constructed on the main thread and used on the drawing thread;
+// A buffer of three pictures. Constructed on the main thread and used on the drawing thread;
 // picture() may be called on any thread for a picture that is not being drawn.
 class MpvCanvas {
   public:
@@ -33,9 +33,9 @@ class MpvCanvas {
 
     virtual ~MpvCanvas() = default;
 
-    // Prepares for drawing on `thread`. Returns false if that is impossible.
+    // Prepares drawing on `thread`. Returns false if that is not possible.
     virtual bool prepare(QThread& thread) = 0;
-    // Returns null if the core cannot draw in this way.
+    // Returns null if the core does not support this drawing method.
     virtual mpv_render_context* open(mpv_handle* core) = 0;
     virtual void draw(mpv_render_context* context, std::size_t picture, QSize size) = 0;
     virtual void close(mpv_render_context* context) = 0;

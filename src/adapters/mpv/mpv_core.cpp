@@ -30,25 +30,25 @@ constexpr std::array options{
     Option{"input-default-bindings", "no"},
     Option{"input-vo-keyboard", "no"},
     Option{"input-media-keys", "no"},
-    // Only the file itself is opened, no file beside it or named by it.
+    // Only the file itself is opened, not other files next to it or referenced by it.
     Option{"autoload-files", "no"},
     Option{"access-references", "no"},
     Option{"sid", "no"},
     Option{"audio-display", "no"},
-    // The last frame stays on screen, and times are those of the container.
+    // The last frame is kept on screen, and times are those of the container.
     Option{"keep-open", "yes"},
     Option{"idle", "yes"},
     Option{"pause", "yes"},
     Option{"rebase-start-time", "no"},
     Option{"hr-seek", "yes"},
     Option{"hwdec", "auto-safe"},
-    // Without a sound device playback still has the right speed.
+    // Without a sound device, playback keeps the right speed.
     Option{"audio-fallback-to-null", "yes"},
 #ifdef __linux__
     Option{"ao", "pipewire,pulse,alsa,"},
 #endif
     Option{"audio-client-name", "Tembrix Stat"},
-    // Few packets are kept in memory, because the file is local.
+    // The file is local, so few packets are kept in memory.
     Option{"demuxer-max-bytes", "32MiB"},
     Option{"demuxer-max-back-bytes", "8MiB"},
 };
@@ -72,11 +72,11 @@ void skipAbsentDecoders([[maybe_unused]] mpv_handle* handle) {
 
 MpvCore::MpvCore(std::function<void(const mpv_event&)> handler)
     : handler_(std::make_shared<std::function<void(const mpv_event&)>>(std::move(handler))) {
-    std::setlocale(LC_NUMERIC, "C");  // libmpv requires it; Qt sets that of the user
+    std::setlocale(LC_NUMERIC, "C");  // required by libmpv; Qt sets the user's locale
     mpv_handle* handle = mpv_create();
     if (!handle)
         return;
-    // Errors are ignored: an option may be missing in this build of the library.
+    // Errors are ignored, because an option may be missing in this build of the library.
     for (const auto& [name, value] : options)
         mpv_set_option_string(handle, name, value);
     if (wantsLibraryMessages())

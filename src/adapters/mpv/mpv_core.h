@@ -12,9 +12,9 @@ struct mpv_handle;
 
 namespace tembrix {
 
-// One libmpv core, set up for this program: no configuration files, no keys, no on-screen display,
-// exact seeks, sound on any available device. No call waits for the core: commands and properties
-// are asynchronous, and events are delivered on the main thread.
+// One libmpv core, configured for this program: no configuration files, no keys, no on-screen
+// display, exact seeks, sound on any available device. No call waits for the core: commands and
+// properties are asynchronous, and events are delivered on the main thread.
 class MpvCore final : public QObject {
     Q_OBJECT
   public:
@@ -25,7 +25,7 @@ class MpvCore final : public QObject {
     bool works() const { return handle_ != nullptr; }
     mpv_handle* handle() const { return handle_; }
 
-    // Replies carry `id` as their user data.
+    // Replies have `id` as their user data.
     void command(std::uint64_t id, std::initializer_list<std::string> words);
     void set(const char* property, bool value, std::uint64_t id = 0);
     void set(const char* property, double value);

@@ -8,7 +8,8 @@ class QOpenGLFramebufferObject;
 
 namespace tembrix {
 
-// Draws into textures that every context of the application can use (Qt::AA_ShareOpenGLContexts).
+// Draws into textures that all OpenGL contexts of the application share
+// (Qt::AA_ShareOpenGLContexts).
 class MpvGlCanvas final : public MpvCanvas {
   public:
     MpvGlCanvas();

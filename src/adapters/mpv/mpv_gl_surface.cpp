@@ -17,13 +17,14 @@ MpvGlSurface::MpvGlSurface(std::shared_ptr<MpvStage> stage, QWidget* parent)
 
 MpvGlSurface::~MpvGlSurface() {
     releaseGL();
+    // The base class destroys the context after this destructor has ended.
     if (context())
-        context()->disconnect(this);  // it goes with the base, when this is no surface any more
+        context()->disconnect(this);
 }
 
 void MpvGlSurface::initializeGL() {
     blitter_.create();
-    // The context goes with the top-level window, which may change.
+    // The context is destroyed with the top-level window, which may change.
     connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &MpvGlSurface::releaseGL,
             Qt::UniqueConnection);
 }

@@ -10,8 +10,8 @@ namespace tembrix {
 
 class MpvStage;
 
-// Shows the pictures of the stage's player, fitted on black. It paints a finished texture, and only
-// when there is a new one.
+// Shows the pictures of the stage's player, scaled to fit on black. It only paints finished
+// textures and repaints only for a new one.
 class MpvGlSurface final : public QOpenGLWidget {
     Q_OBJECT
   public:

@@ -8,7 +8,7 @@ namespace tembrix {
 
 namespace {
 
-constexpr std::size_t alignment = 64;  // of rows, for which the core's drawing is made
+constexpr std::size_t alignment = 64;  // of rows; libmpv draws faster into aligned rows
 
 QImage placeIn(std::vector<uchar>& bytes, QSize size) {
     const auto stride =
@@ -41,7 +41,7 @@ void MpvImageCanvas::draw(mpv_render_context* context, std::size_t picture, QSiz
         image = placeIn(bytes, size);
     int pixels[] = {size.width(), size.height()};
     auto stride = static_cast<std::size_t>(image.bytesPerLine());
-    // Four bytes, blue first, as an image of 32 bits has them in a little-endian machine.
+    // Four bytes, blue first: the memory layout of a 32-bit image on a little-endian machine.
     mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SW_SIZE, pixels},
                                      {MPV_RENDER_PARAM_SW_FORMAT, const_cast<char*>("bgr0")},
                                      {MPV_RENDER_PARAM_SW_STRIDE, &stride},

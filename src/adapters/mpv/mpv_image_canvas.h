@@ -18,7 +18,7 @@ class MpvImageCanvas final : public MpvCanvas {
   private:
     struct Buffer {
         std::vector<uchar> bytes;
-        QImage image;  // lies in `bytes`
+        QImage image;  // its pixels are in `bytes`
     };
     std::array<Buffer, pictureCount> buffers_;
 };

@@ -9,7 +9,7 @@ namespace tembrix {
 
 class MpvStage;
 
-// Shows the pictures of the stage's player, fitted on black, where they are drawn in memory.
+// Shows the pictures of the stage's player, scaled to fit on black, if they are drawn in memory.
 class MpvImageSurface final : public QWidget {
     Q_OBJECT
   public:

@@ -21,15 +21,15 @@ namespace tembrix {
 namespace {
 
 enum Observed : std::uint64_t { timePos = 1, eofReached, pausedForCache, videoTrack };
-// Ids of requests; seeks use small ones.
+// Ids of requests. Seeks use small ones.
 constexpr std::uint64_t endRequest = UINT64_MAX;
 constexpr std::uint64_t lastTimeRequest = UINT64_MAX - 1;
 constexpr std::uint64_t pauseRequest = UINT64_MAX - 2;
 constexpr std::uint64_t stopTimeRequest = UINT64_MAX - 3;
 
-// How often the file is looked for while it is open.
+// How often the existence of the open file is checked.
 constexpr int fileCheckMs = 1000;
-// Playback that ends this much before the last frame, in seconds, has broken off.
+// Playback that ends more than this many seconds before the last frame was interrupted.
 constexpr double brokenTail = 1.0;
 
 std::string utf8(const std::filesystem::path& path) {
@@ -71,7 +71,7 @@ MpvPlayer::MpvPlayer(const std::filesystem::path& file, Media& media,
 }
 
 MpvPlayer::~MpvPlayer() {
-    failed_ = true;  // the completion of a pending seek finds a player that does nothing
+    failed_ = true;  // disables all functions in case the completion of a pending seek calls them
     seeker_.reset();
     if (renderer_)
         stage_->leave(*renderer_);
@@ -114,7 +114,7 @@ void MpvPlayer::load() {
 }
 
 void MpvPlayer::turnBeforeDrawing() {
-    // The core does not rotate pictures when it draws in memory.
+    // The core does not rotate pictures that are drawn in memory.
     core_->set("video-rotate", "no");
     switch (info_.rotation) {
         case 90:
@@ -136,7 +136,7 @@ PlayerStatus MpvPlayer::status() const {
 
 void MpvPlayer::setRate(double rate) {
     rate = std::max(rate, 0.0);
-    // At the end there is nothing to play.
+    // At the end playback cannot start.
     if (failed_ || (rate > 0 && atEnd_ && !seeker_->isSeeking()))
         return;
     if (rate > 0)
@@ -241,11 +241,11 @@ void MpvPlayer::propertyChanged(const mpv_event& event) {
 }
 
 void MpvPlayer::movedTo(double containerTime) {
-    // A paused player stays at the time of the seek, which lies within its frame.
+    // A paused player keeps the time of the seek, which is within its frame.
     if (!started_ || atEnd_ || rate_ <= 0 || seeker_->isSeeking())
         return;
     const double now = containerTime - info_.videoStart;
-    if (now <= time_)  // still within the frame that the last seek landed on
+    if (now <= time_)  // still the frame shown by the last seek
         return;
     time_ = info_.duration > 0 ? std::min(now, info_.duration) : now;
     tick(false);
@@ -255,13 +255,13 @@ void MpvPlayer::landedAt(double seconds) {
     time_ = seconds;
     for (auto& [id, ticker] : *tickers_)
         ticker.last = seconds;
-    // If the end was reached again before the events of the seek were read, there is no other
-    // event.
+    // If the end was reached again before the events of the seek were processed, no further event
+    // is sent.
     core_->request(endRequest, "eof-reached", MPV_FORMAT_FLAG);
 }
 
 void MpvPlayer::stoppedAt(double containerTime) {
-    // While the pause was on its way to the core, another frame may have been sent to the screen.
+    // Another frame may have been shown before the core processed the pause.
     const double now = containerTime - info_.videoStart;
     if (!started_ || atEnd_ || rate_ > 0 || seeker_->isSeeking() || now <= time_ + frameTolerance)
         return;
@@ -298,8 +298,8 @@ void MpvPlayer::reachedEnd(double containerTime) {
 void MpvPlayer::checkFile() {
     if (std::exchange(checksFile_, true))
         return;
-    // A network disk that is gone can block for minutes. So this happens on another thread, for
-    // which the player does not wait when it is destroyed.
+    // Access to a disconnected network disk can block for minutes, so the check runs on another
+    // thread. The destructor does not wait for it.
     QThreadPool::globalInstance()->start([self = QPointer<MpvPlayer>(this), file = file_] {
         std::error_code error;
         const bool gone = !std::filesystem::exists(file, error);
@@ -380,7 +380,7 @@ void MpvPlayer::fail(Error error) {
 FramePlace MpvPlayer::findFrame(double seconds) const {
     if (const auto frame = media_.framePlace(file_, seconds))
         return *frame;
-    // The file cannot be read any more, while the core still has it open.
+    // The file can no longer be read, although the core still has it open.
     double start = seconds;
     if (info_.frameRate > 0)
         start = std::floor((seconds + frameTolerance) * info_.frameRate) / info_.frameRate;

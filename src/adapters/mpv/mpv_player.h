@@ -21,8 +21,8 @@ class MpvRenderer;
 class MpvSeeker;
 class MpvStage;
 
-// The open video, played by libmpv. The media port decides which frame belongs to a time, so that a
-// seek shows the same frame as a frame grab. Main thread only.
+// The open video, played by libmpv. The media port determines which frame belongs to a time, so
+// that a seek shows the same frame as a frame grab. Main thread only.
 class MpvPlayer final : public QObject, public Player {
     Q_OBJECT
   public:
@@ -65,7 +65,7 @@ class MpvPlayer final : public QObject, public Player {
     void change(double rate);
     void tellStatus();
     void tick(bool always);
-    void fail(Error error);                      // notifies later, when there are observers
+    void fail(Error error);                      // notifies observers later, once there are any
     FramePlace findFrame(double seconds) const;  // any thread
 
     std::filesystem::path file_;
@@ -74,7 +74,7 @@ class MpvPlayer final : public QObject, public Player {
     MediaInfo info_;
     double time_ = 0;
     double rate_ = 0;
-    bool started_ = false;  // the first picture is on show
+    bool started_ = false;  // the first picture is shown
     bool stalled_ = false;
     bool atEnd_ = false;
     bool failed_ = false;

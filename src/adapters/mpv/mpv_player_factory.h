@@ -14,20 +14,20 @@ namespace tembrix {
 
 class MpvStage;
 
-// Opens videos with libmpv and makes the surfaces that show the newest of them.
+// Opens videos with libmpv and creates the surfaces that show the video opened last.
 class MpvPlayerFactory final : public PlayerFactory {
   public:
-    // Must be called once, before the QApplication is made: lets OpenGL contexts share pictures and
-    // silences the libraries that would print to the terminal.
+    // Must be called once, before the QApplication is created. Lets OpenGL contexts share textures
+    // and silences libraries that would print to the terminal.
     static void prepareApplication();
 
-    // Without `drawing`, pictures are drawn in the way that suits the display.
+    // Without `drawing`, the drawing method that suits the display is used.
     explicit MpvPlayerFactory(Media& media, std::optional<MpvDrawing> drawing = {});
 
     std::unique_ptr<Player> open(const std::filesystem::path& file) override;
 
-    // A surface may be made before or after players and may outlive them; without a player it is
-    // black.
+    // A surface may be created before or after players and may outlive them. It is black without a
+    // player.
     QWidget* makeSurface(QWidget* parent) const;
 
   private:

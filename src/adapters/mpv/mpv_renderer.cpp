@@ -10,15 +10,15 @@ namespace tembrix {
 
 namespace {
 
-// During a seek the core also requests that the old picture is drawn again. It is still on screen,
-// and drawing it would only slow down the decoding.
+// During a seek the core also requests to redraw the old picture. It is still on screen, and
+// drawing it would only slow down decoding.
 bool isNewPicture(mpv_render_context* context) {
     mpv_render_frame_info info{};
     mpv_render_context_get_info(context, {MPV_RENDER_PARAM_NEXT_FRAME_INFO, &info});
     return !(info.flags & MPV_RENDER_FRAME_INFO_REDRAW);
 }
 
-// Accepts the frame from the core without drawing it.
+// Takes the frame from the core without drawing it.
 void skip(mpv_render_context* context) {
     int yes = 1;
     mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SKIP_RENDERING, &yes},

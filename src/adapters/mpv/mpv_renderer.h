@@ -14,33 +14,33 @@ class QThread;
 
 namespace tembrix {
 
-// Draws the pictures of one mpv core on a thread of its own, so that windows never wait for
-// pictures and the core never waits for windows. Main thread only. Must be constructed before the
-// core loads a file and destroyed before the core.
+// Draws the pictures of one mpv core on its own thread, so that windows and the core never wait for
+// each other. Main thread only. Must be constructed before the core loads a file and destroyed
+// before the core.
 class MpvRenderer final : public QObject {
     Q_OBJECT
   public:
-    // Called on the main thread when a picture of the core has been processed, whether it was drawn
-    // or not. May destroy the renderer.
+    // Called on the main thread after a picture of the core was processed, drawn or not. May
+    // destroy the renderer.
     using Drawn = std::function<void(bool isNew)>;
 
     MpvRenderer(mpv_handle* core, MpvDrawing drawing, Drawn drawn);
     ~MpvRenderer() override;
 
-    // If false, the core plays without pictures.
+    // Returns false if the core plays without pictures.
     bool works() const { return works_; }
 
-    // The size of the next pictures, in pixels. With an empty size none are drawn.
+    // Sets the size of the next pictures in pixels. With an empty size, none are drawn.
     void setSize(QSize pixels);
 
-    // Whether a picture that the core asks to be drawn again is drawn. After a pause it may be one
-    // that was late and has never been drawn; during a seek it is the old one.
+    // Sets whether pictures are redrawn when the core requests it. After a pause this may be a late
+    // picture that was never drawn; during a seek it is the old one.
     void setDrawsRepeats(bool draws);
 
-    // The newest picture. It does not change until the next call.
+    // The newest picture. It stays the same until the next call.
     std::optional<MpvPicture> picture();
 
-    // Whether all pictures that the core has delivered are processed.
+    // Whether all pictures from the core have been processed.
     bool isSettled();
 
   private:
@@ -59,12 +59,12 @@ class MpvRenderer final : public QObject {
     std::condition_variable changed_;
     bool started_ = false;
     bool stop_ = false;
-    bool pending_ = false;  // the core has something to draw, or the size is new
+    bool pending_ = false;  // the core has something to draw, or the size has changed
     bool redraw_ = false;
     bool drawsRepeats_ = false;
     bool drawing_ = false;
     QSize size_;
-    // One picture is on screen, one is the newest, and the third is drawn into.
+    // One picture is on screen, one is the newest, and the third one is being drawn.
     std::optional<std::size_t> shown_;
     std::optional<std::size_t> newest_;
 };

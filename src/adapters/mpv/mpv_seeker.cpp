@@ -14,22 +14,22 @@ namespace tembrix {
 namespace {
 
 // The core shows the first frame that starts at most 5 ms before its target. A target 4 ms after
-// the start of the frame leaves 1 ms for rounding and excludes the frame before.
+// the start of the frame leaves 1 ms for rounding and excludes the previous frame.
 constexpr double aim = 0.004;
-// If the shown time differs by more from the start of the frame, another frame is shown. During
-// playback later frames may be on screen when the core replies.
+// If the shown time differs from the start of the frame by more than this, another frame is shown.
+// During playback later frames may be on screen when the core replies.
 constexpr double slackPaused = 0.002;
 constexpr double slackPlaying = 0.5;
 // In some containers the core starts at a key frame after the target. The seek is then repeated
-// with a start of the decoding that is this many seconds earlier.
+// with decoding starting this many seconds earlier.
 constexpr std::array<double, 3> leads{0, 2, 15};
-// In a file without an index the core searches for a packet by its time of decoding. The search
-// starts so many seconds earlier than necessary.
+// In a file without an index the core searches for a packet by its decoding time. The search starts
+// this many seconds earlier than necessary.
 constexpr double searchMargin = 0.1;
-// How long a seek may delay a newer one.
+// For how long a seek may delay a newer one.
 constexpr int patienceMs = 300;
 
-// The id of a reply contains the serial of the seek and the kind of the request.
+// The id of a reply consists of the serial number of the seek and the kind of the request.
 constexpr std::uint64_t commandReply = 0;
 constexpr std::uint64_t timeReply = 1;
 std::uint64_t replyId(std::uint64_t serial, std::uint64_t kind) {
@@ -135,7 +135,7 @@ void MpvSeeker::handle(const mpv_event& event) {
                 underWay_->step = Step::begun;
             return;
         case MPV_EVENT_PLAYBACK_RESTART:
-            // An older seek may end while this one is still queued in the core.
+            // An older seek may complete while this one is still queued in the core.
             if (underWay_->step != Step::begun)
                 return;
             underWay_->step = Step::restarted;

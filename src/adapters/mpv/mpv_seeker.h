@@ -15,18 +15,18 @@ namespace tembrix {
 
 class MpvCore;
 
-// Exact seeks on an mpv core. First the frame of the time is found, on another thread; then the
-// core seeks to that frame. Each step processes one seek at a time and continues with the newest,
-// so that a series of seeks shows a series of pictures.
+// Exact seeks on an mpv core. First the frame of the time is found on another thread; then the core
+// seeks to that frame. Each of the two steps processes one seek at a time and continues with the
+// newest, so that a series of seeks shows a series of pictures.
 class MpvSeeker final : public QObject {
     Q_OBJECT
   public:
     using Completion = std::function<void(bool finished)>;
-    // Finds the frame that shows at a time; called on another thread.
+    // Finds the frame shown at a time. Called on another thread.
     using FindFrame = std::function<FramePlace(double seconds)>;
 
-    // Functions of the player. `landed` is called with the time of the picture on screen before the
-    // completion of the seek; both may destroy the seeker.
+    // Functions of the player. `landed` is called with the time of the picture on screen, before
+    // the completion of the seek. Both may destroy the seeker.
     struct Host {
         std::function<void(double seconds)> landed;
         std::function<bool()> isPlaying;
@@ -43,7 +43,7 @@ class MpvSeeker final : public QObject {
     void setReady();  // the core has shown its first picture
     void pictureDrawn() { finishIfDrawn(); }
     void handle(const mpv_event& event);  // every event of the core
-    void abandon();                       // ends the newest seek without success
+    void abandon();                       // ends the newest seek as not finished
 
   private:
     struct Request {

@@ -11,8 +11,8 @@
 
 namespace tembrix {
 
-// Connects players and the surfaces that show them, in whichever order they are made: it knows the
-// renderer of the newest player and the size of the surface. Main thread only.
+// Connects players with the surfaces that show them, in whichever order they are created. It stores
+// the renderer of the newest player and the size of the surface. Main thread only.
 class MpvStage {
   public:
     explicit MpvStage(MpvDrawing drawing) : drawing_(drawing) {}
@@ -51,8 +51,9 @@ inline QSize surfacePixels(const QWidget& surface) {
     return (QSizeF(surface.size()) * surface.devicePixelRatioF()).toSize();
 }
 
-// The place of a picture in a surface. Pictures are drawn in the size of the surface, with borders;
-// while a window is resized, a picture may still have the old size, and keeps its shape.
+// The area of a picture in a surface. Pictures are drawn in the size of the surface, including
+// borders. While a window is resized, a picture with the old size may be shown; its aspect ratio is
+// kept.
 inline QRect fitted(QSize picture, QSize room) {
     QRect place({}, picture.scaled(room, Qt::KeepAspectRatio));
     place.moveCenter(QRect({}, room).center());

@@ -14,7 +14,8 @@ namespace tembrix {
 
 namespace {
 
-// Settings that the libraries read when they are loaded. A value that the user has set remains.
+// Environment variables that the libraries read when they are loaded. Values set by the user are
+// kept.
 constexpr std::array settings{
     std::pair{"LIBGL_DEBUG", "quiet"},   std::pair{"MESA_DEBUG", "silent"},
     std::pair{"EGL_LOG_LEVEL", "fatal"}, std::pair{"LIBVA_MESSAGING_LEVEL", "0"},
@@ -25,7 +26,7 @@ constexpr std::array settings{
 #ifdef __linux__
 void ignoreMessage(const char*, int, const char*, int, const char*, ...) {}
 
-// The playback library loads ALSA, which prints each device that it does not find.
+// libmpv loads ALSA, which prints each device that it does not find.
 void silenceAlsa() {
     using Handler = void (*)(const char*, int, const char*, int, const char*, ...);
     using SetHandler = int (*)(Handler);

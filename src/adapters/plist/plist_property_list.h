@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// Property lists by libplist.
+// Property lists, read and written by libplist.
 class PlistPropertyList final : public PropertyList {
   public:
     Result<Bytes> encode(const std::map<std::string, Bytes>& values) const override;

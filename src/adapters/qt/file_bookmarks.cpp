@@ -14,8 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// "TSB1 <number> <birth time>\n<path>", zeros without an identity. The path is kept byte for byte:
-// a file name need not be UTF-8.
+// "TSB1 <number> <birth time>\n<path>", with zeros if there is no identity. The path is stored byte
+// for byte, because a file name need not be UTF-8.
 constexpr std::string_view mark = "TSB1 ";
 
 struct Parts {
@@ -49,7 +49,8 @@ std::optional<fs::path> findRenamed(const fs::path& folder, const FileIdentity& 
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
     if (!open)
         return std::nullopt;
-    // The listing contains each file's number, so only a file with the right number is examined.
+    // The listing contains the number of each file, so only a file with the right number is
+    // examined.
     while (const auto* entry = ::readdir(open.get())) {
         if (entry->d_ino != identity.number)
             continue;

@@ -6,10 +6,10 @@
 
 namespace tembrix {
 
-// Bookmarks that contain the path and the identity of the file. The identity decides, because
-// recorders reuse file names: a file that is no longer at the path is looked for in its folder, and
-// only then does another file at the path count. Where the file system gives no identity, the path
-// alone decides and a rename is not followed.
+// Bookmarks that contain the path and the identity of the file. The identity has priority, because
+// recorders reuse file names: if the file at the path is another one, the folder is searched for
+// the right one. Only if it is not there, the other file at the path is returned. On a file system
+// without identities only the path is used, and renamed files are not found.
 class FileBookmarks final : public Bookmarks {
   public:
     std::optional<Bytes> make(const std::filesystem::path& file) const override;

@@ -15,7 +15,8 @@
 namespace tembrix {
 namespace {
 
-// The file systems listed here invent new numbers at each mount.
+// Whether the file system keeps its file numbers. Those listed here assign new numbers at each
+// mount.
 bool numbersLast(const std::filesystem::path& file) {
 #ifdef __linux__
     constexpr unsigned exfat = 0x2011BAB0, fuse = 0x65735546;

@@ -6,16 +6,16 @@
 
 namespace tembrix {
 
-// What distinguishes a file from all others that are ever in its folder. The number alone is not
-// enough: a file system gives the number of a deleted file to the next one that is made. The number
-// of the device is left out, because it can change from one start of the machine to the next.
+// Distinguishes a file from all other files that are or were in its folder. The number alone is not
+// sufficient, because the file system reuses the numbers of deleted files. The device number is not
+// included, because it can change when the machine is restarted.
 struct FileIdentity {
-    std::uint64_t number = 0;    // the file system's own
+    std::uint64_t number = 0;    // inode number
     std::int64_t birthTime = 0;  // microseconds since 1970
     bool operator==(const FileIdentity&) const = default;
 };
 
-// Absent where the file system keeps no lasting numbers or no birth times.
+// Absent if the file system has no permanent numbers or no birth times.
 std::optional<FileIdentity> fileIdentity(const std::filesystem::path& file);
 
 }  // namespace tembrix

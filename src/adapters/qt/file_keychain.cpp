@@ -16,7 +16,8 @@ namespace {
 
 constexpr auto userOnly = fs::perms::owner_read | fs::perms::owner_write;
 
-// The file with the user's rights alone before anything is in it; a replacement keeps its rights.
+// Creates the file, readable by the user alone, before it is written. Replacing the file keeps its
+// permissions.
 bool makePrivate(const fs::path& file) {
     std::error_code error;
     const auto folder = file.parent_path();
@@ -40,7 +41,7 @@ std::optional<FileKeychain::Items> FileKeychain::load() const {
     }
     Items items;
     if (content->empty())
-        return items;  // the process ended between making the file and filling it
+        return items;  // the process ended after creating the file and before writing it
     const auto document = QJsonDocument::fromJson(QByteArray::fromRawData(
         reinterpret_cast<const char*>(content->data()), static_cast<qsizetype>(content->size())));
     bool good = document.isObject();

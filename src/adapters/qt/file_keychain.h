@@ -16,11 +16,11 @@
 
 namespace tembrix {
 
-// The keychain in one private file, readable by the user alone and replaced whole. A file that
-// cannot be understood is set aside under another name, never overwritten. Safe from any thread.
+// The keychain in one private file. The file is readable by the user alone and always replaced as a
+// whole. A file that cannot be parsed is renamed, not overwritten. Thread-safe.
 class FileKeychain final : public Keychain {
   public:
-    // The file's folder is made, for the user alone, when the first value is stored.
+    // The folder of the file is created for the user alone when the first value is stored.
     FileKeychain(std::filesystem::path file, Log& log) : file_(std::move(file)), log_(log) {}
 
     bool set(BytesView value, std::string_view account) override;
@@ -29,7 +29,7 @@ class FileKeychain final : public Keychain {
   private:
     using Items = std::map<std::string, Bytes, std::less<>>;
 
-    // Absent if the file is there and cannot be read.
+    // Absent if the file exists and cannot be read.
     std::optional<Items> load() const;
     void setAside() const;
 

@@ -14,7 +14,7 @@ namespace tembrix {
 // Texts from <folder>/<language>.json, an object of texts by key.
 class FileTexts final : public Texts {
   public:
-    // A file that cannot be read is logged and leaves its keys as their own texts.
+    // If the file cannot be read, this is logged, and the keys are returned as texts.
     FileTexts(const std::filesystem::path& folder, const std::string& language, Log& log);
 
     std::string text(std::string_view key) const override;

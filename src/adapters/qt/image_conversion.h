@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// A view on the buffer's own pixels; the buffer must outlive it.
+// An image that shares the pixels of the buffer. The buffer must outlive it.
 QImage viewOf(const ImageBuffer& image);
 
 ImageBuffer toBuffer(const QImage& image);

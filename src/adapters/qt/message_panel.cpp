@@ -45,7 +45,7 @@ MessagePanel::MessagePanel(QWidget* parent, const char* name, const std::string&
 }
 
 QPushButton* MessagePanel::addButton(const char* name, const std::string& text, const char* look) {
-    // An ampersand of the text is one, and marks no shortcut.
+    // An ampersand in the text must not mark a shortcut.
     const auto shown = QString::fromStdString(text);
     auto* button = new QPushButton(QString(shown).replace('&', "&&"), this);
     button->setObjectName(name);

@@ -8,14 +8,14 @@ class QPushButton;
 
 namespace tembrix {
 
-// A short text with its buttons at the lower right. Takes its looks from the application's style
-// sheet by the property "look". Texts are shown as they are, without markup.
+// A short text with buttons at the lower right. The application's style sheet styles it by the
+// property "look". Texts are shown without interpreting markup.
 class MessagePanel final : public QDialog {
   public:
     MessagePanel(QWidget* parent, const char* name, const std::string& title,
                  const std::string& message);
 
-    // In reading order. The name is the button's object name.
+    // Adds a button after the others. `name` is its object name.
     QPushButton* addButton(const char* name, const std::string& text, const char* look);
 
   private:

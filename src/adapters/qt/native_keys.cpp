@@ -10,8 +10,8 @@ namespace {
 constexpr int none = -1;
 
 struct Key {
-    quint32 kernelCode;  // what the kernel of Linux calls it; the set-1 scan code where it has one
-    int code;            // of the key tables
+    quint32 kernelCode;  // Linux key code; equal to the set-1 scan code if the key has one
+    int code;            // virtual key code of the key tables
     int qtKey = 0;       // on an English keyboard, for events without a scan code
 };
 
@@ -118,7 +118,7 @@ constexpr auto keys = std::to_array<Key>({
     {190, 90, Qt::Key_F20},
 });
 
-// The keys whose scan codes Windows tells with the extended bit.
+// Keys whose scan codes have the extended bit on Windows.
 struct ExtendedKey {
     quint32 scanCode;
     quint32 kernelCode;
@@ -155,7 +155,7 @@ int codeOfQtKey(int qtKey) {
     return codeWhere([&](const Key& key) { return key.qtKey != 0 && key.qtKey == qtKey; });
 }
 
-// By the place of the key. An event that a program made tells none.
+// The virtual key code by the place of the key. Synthetic events have no place; their key is used.
 int placeOf(const QKeyEvent& event) {
     const bool fromKeyboard = event.nativeScanCode() != 0 || event.nativeVirtualKey() != 0 ||
                               event.nativeModifiers() != 0;
@@ -232,7 +232,7 @@ QString charactersOf(const QKeyEvent& event) {
     auto text = event.text();
     if (!text.isEmpty() && text.front().isPrint())
         return text;
-    // Ctrl and its like take the text away or make a control character of it.
+    // With Ctrl and similar modifiers, the event has no text or a control character.
     if (key > 0 && key < 0x110000) {
         const auto typed = QString::fromUcs4(reinterpret_cast<const char32_t*>(&key), 1);
         return event.modifiers() & Qt::ShiftModifier ? typed : typed.toLower();
@@ -243,7 +243,7 @@ QString charactersOf(const QKeyEvent& event) {
 }  // namespace
 
 int keyCodeOfScanCode(quint32 scanCode) {
-    constexpr quint32 first = 8;  // where X11 and Wayland begin to count
+    constexpr quint32 first = 8;  // offset of X11 and Wayland key codes
     return scanCode > first ? codeOfKernelCode(scanCode - first) : none;
 }
 
@@ -253,7 +253,7 @@ int keyCodeOfWindowsScanCode(quint32 scanCode) {
                      [&](const ExtendedKey& key) { return key.scanCode == scanCode; });
     if (extended != extendedKeys.end())
         return codeOfKernelCode(extended->kernelCode);
-    // The rest stands where the kernel of Linux has it, except that the Pause key says NumLock.
+    // Other keys have the same code as on Linux, except for Pause, which has that of NumLock.
     constexpr quint32 last = 0x58;
     constexpr quint32 pause = 0x45;
     return scanCode <= last && scanCode != pause ? codeOfKernelCode(scanCode) : none;

@@ -22,7 +22,7 @@ constexpr int pauseMilliseconds = 50;
 constexpr int connectMilliseconds = 500;
 constexpr int answerMilliseconds = 1000;
 
-// A socket's name is short, so that the folder enters it as a hash.
+// The name of a socket must be short, so it contains a hash of the folder.
 QString serverName(const std::filesystem::path& folder) {
     std::error_code ignored;
     const std::string place = pathText(std::filesystem::weakly_canonical(folder, ignored));
@@ -39,7 +39,7 @@ class OneInstance::Server {
     explicit Server(const QString& name) {
         server_.setSocketOptions(QLocalServer::UserAccessOption);
         QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] { answer(); });
-        QLocalServer::removeServer(name);  // left by one that was killed: the lock is ours
+        QLocalServer::removeServer(name);  // left by a killed process, because the lock is held
         server_.listen(name);
     }
     std::function<void()> asked;
@@ -77,7 +77,7 @@ bool OneInstance::begin(double patience) {
     return true;
 }
 
-// The lock goes with the process, so that a killed one leaves none behind.
+// The lock is released when the process ends, even if it was killed.
 bool OneInstance::takeLock() {
     (void)makeFolder(folder_);
     if (lock_ < 0)

@@ -6,19 +6,20 @@
 
 namespace tembrix {
 
-// Keeps the program to one process per data folder: two would each keep a list of videos in memory
-// and write it over the other's. The first holds a lock until it ends, however it ends; a later one
-// asks the first to come forward. Main thread only.
+// Allows one process per data folder, because two processes would overwrite each other's list of
+// videos. The first process holds a lock until it ends. A later one asks the first to show its
+// window. Main thread only.
 class OneInstance {
   public:
     explicit OneInstance(std::filesystem::path folder);
     ~OneInstance();
 
-    // True for the first. Otherwise false as soon as the first has answered; one that is on its way
-    // out does not answer, so its end is waited for, up to `patience` seconds. Where the folder
-    // takes no lock, everyone is the first.
+    // Returns true in the first process. In a later one, returns false as soon as the first has
+    // answered. A first process that is exiting does not answer; its end is awaited for up to
+    // `patience` seconds. If the folder does not support locks, every process is treated as the
+    // first.
     bool begin(double patience = 5);
-    // Called in the first, from the event loop, for each later one.
+    // Sets the function that the first process calls from its event loop for each later process.
     void setAsked(std::function<void()> asked);
     void stopAnswering();
 

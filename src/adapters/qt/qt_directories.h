@@ -4,11 +4,11 @@
 
 namespace tembrix {
 
-// The user's folders as the XDG directories name them. The temporary folder stands in the user's
-// cache: a film needs the room of a disk, and preview pictures last from one start to the next.
+// The user's folders according to the XDG specification. The temporary folder is in the user's
+// cache: a film needs disk space, and preview pictures are kept between starts.
 Directories qtDirectories();
 
-// The program's own folders, where the values database and the keychain file stand.
+// The program's own folders, for the values database and the keychain file.
 std::filesystem::path programDataFolder();
 std::filesystem::path programStateFolder();
 

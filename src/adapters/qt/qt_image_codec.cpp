@@ -12,7 +12,7 @@
 namespace tembrix {
 namespace {
 
-constexpr int allocationLimit = 1024;  // megabytes; more than any picture that a screen shows
+constexpr int allocationLimit = 1024;  // megabytes; more than any picture on a screen needs
 
 Error imageError(int code, const QString& text) {
     return {"image", code, text.toStdString()};
@@ -60,7 +60,7 @@ Result<Bytes> QtImageCodec::encodePng(const ImageBuffer& image) const {
 Result<Bytes> QtImageCodec::encodeJpeg(const ImageBuffer& image, int quality) const {
     if (image.empty())
         return encode({}, "jpeg", quality);
-    // The premultiplied components are those of the picture on black.
+    // Premultiplied components are equal to those of the picture on black.
     auto opaque = viewOf(image).convertToFormat(QImage::Format_RGBA8888_Premultiplied).copy();
     opaque.reinterpretAsFormat(QImage::Format_RGBX8888);
     return encode(opaque, "jpeg", quality);

@@ -7,12 +7,12 @@
 
 namespace tembrix {
 
-// PNG and JPEG through Qt. Decoding applies a photo's orientation and converts to sRGB.
+// PNG and JPEG by Qt. Decoding applies the orientation of a photo and converts to sRGB.
 class QtImageCodec final : public ImageCodec {
   public:
     Result<ImageBuffer> decode(BytesView file) const override;
     Result<Bytes> encodePng(const ImageBuffer& image) const override;
-    // Transparent pixels come out on black.
+    // Transparent pixels become black.
     Result<Bytes> encodeJpeg(const ImageBuffer& image, int quality) const override;
 };
 

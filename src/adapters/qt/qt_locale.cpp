@@ -20,7 +20,7 @@ QDateTime localTime(Date date) {
 std::string chooseLanguage(const QStringList& uiLanguages) {
     for (const auto& name : uiLanguages) {
         const auto language = QLocale(name).language();
-        // Whoever reads Uzbek is served in Russian, by the texts and the collections alike.
+        // Uzbek users get the Russian texts and collections.
         if (language == QLocale::Russian || language == QLocale::Uzbek)
             return "ru";
         if (language == QLocale::English)
@@ -38,7 +38,8 @@ void installDialogTexts(QApplication& application, const std::string& language) 
     if (translator->load(QLocale(QString::fromStdString(language)), "qtbase", "_",
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         application.installTranslator(translator);
-    // Dates and numbers in fields read as the texts around them. The "C" customs are nobody's own.
+    // Dates and numbers in fields match the language of the texts. The "C" locale counts as no
+    // choice.
     const QLocale ofTexts(QString::fromStdString(language));
     const QLocale system = QLocale::system();
     if (system.language() != ofTexts.language() || system.dateFormat() == QLocale::c().dateFormat())

@@ -12,19 +12,19 @@ class QApplication;
 
 namespace tembrix {
 
-// The language of the program's texts for a user who reads these languages, best first: the first
-// of them that the program speaks, else English.
+// The language of the program's texts: the first of the user's languages, best first, that the
+// program supports, else English.
 std::string chooseLanguage(const QStringList& uiLanguages);
-// The same for the user of this session, by the environment.
+// The language for the user of this session, from the environment.
 std::string systemLanguage();
 
-// Puts the texts of the toolkit's own dialogs into the language, where the system has them, and the
-// dates and numbers of fields, where the system's are in another.
+// Translates Qt's own dialogs if the translation is installed. Sets the format of dates and numbers
+// in fields if the system's language is another one.
 void installDialogTexts(QApplication& application, const std::string& language);
 
 class QtLocale final : public Locale {
   public:
-    // `language` is that of the texts in use.
+    // `language` is the language of the texts.
     explicit QtLocale(std::string language) : language_(std::move(language)) {}
 
     std::string preferredLocalization() const override { return language_; }

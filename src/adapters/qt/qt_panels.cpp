@@ -38,7 +38,7 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
     dialog->setOption(QFileDialog::DontUseNativeDialog,
                       QApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
     dialog->resize(fileDialogSize);
-    // The folder of the last choice, but never the one that the program happened to start in.
+    // The folder of the last choice, but not the working directory at the start.
     if (dialog->directory() == QDir::current())
         dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
     if (!dialog->directory().exists())
@@ -49,7 +49,7 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
 QString filterText(const std::string& kindName, const std::vector<std::string>& extensions) {
     QStringList patterns;
     for (const auto& extension : extensions)
-        // Cameras write upper case, and not every dialog overlooks the difference.
+        // Cameras write extensions in upper case, and not every dialog ignores the case.
         patterns << "*." + qtext(extension) << "*." + qtext(extension).toUpper();
     return (kindName.empty() ? QString() : qtext(kindName) + " ") + "(" + patterns.join(' ') + ")";
 }
@@ -57,7 +57,8 @@ QString filterText(const std::string& kindName, const std::vector<std::string>& 
 }  // namespace
 
 void QtPanels::present(QDialog* dialog, std::function<void()> ended) {
-    // It finishes, or it is destroyed with its window; the first of the two calls back.
+    // The dialog finishes or is destroyed with its window. Only the first of both signals has an
+    // effect.
     const auto pending = std::make_shared<std::function<void()>>(std::move(ended));
     const auto end = [pending] {
         if (const auto callback = std::exchange(*pending, nullptr))
@@ -78,7 +79,7 @@ void QtPanels::open(const OpenPanelRequest& request,
                         : request.multiple ? QFileDialog::ExistingFiles
                                            : QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::ShowDirsOnly, request.folders);
-    dialog->setOption(QFileDialog::ReadOnly);  // choosing makes, renames and deletes nothing
+    dialog->setOption(QFileDialog::ReadOnly);  // disables creating, renaming and deleting files
     dialog->setOption(QFileDialog::HideNameFilterDetails, !request.kindName.empty());
     if (!request.extensions.empty())
         dialog->setNameFilter(filterText(request.kindName, request.extensions));

@@ -9,10 +9,10 @@ class QDialog;
 
 namespace tembrix {
 
-// Questions as dialogs over the active window, which alone they hold back. The file dialogs are the
-// system's own unless the application attribute AA_DontUseNativeDialogs is set. The dialogs' object
-// names are "openPanel", "savePanel", "alertPanel" and "confirmPanel"; a dialog that goes with its
-// window counts as canceled. No answer comes after the panels are gone.
+// Shows questions as dialogs that block the active window only. The file dialogs are those of the
+// system unless the application attribute AA_DontUseNativeDialogs is set. The object names of the
+// dialogs are "openPanel", "savePanel", "alertPanel" and "confirmPanel". A dialog that is destroyed
+// with its window counts as canceled. After the panels are destroyed, no answer is delivered.
 class QtPanels final : public Panels {
   public:
     explicit QtPanels(const Texts& texts) : texts_(texts) {}
@@ -29,7 +29,7 @@ class QtPanels final : public Panels {
     void browse(const std::string& url) override;
 
   private:
-    // Shows the dialog and calls back, exactly once, when it is off the screen.
+    // Shows the dialog and calls `ended` exactly once when it is closed.
     void present(QDialog* dialog, std::function<void()> ended);
 
     const Texts& texts_;

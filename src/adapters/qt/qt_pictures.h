@@ -10,8 +10,8 @@
 
 namespace tembrix {
 
-// Text measure and picture renderer share one layout, so what is measured is what is painted. Both
-// take the families of the program's font, best first.
+// Text measure and picture renderer share one layout, so that the measured size is the painted
+// size. `families` are the font families of the program, best first.
 class QtTextMeasure final : public TextMeasure {
   public:
     explicit QtTextMeasure(QStringList families) : families_(std::move(families)) {}

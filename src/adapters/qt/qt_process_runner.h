@@ -4,8 +4,8 @@
 
 namespace tembrix {
 
-// Programs by absolute path or by name on the search path. Their input is empty. A program that was
-// ended by a signal has 128 plus the signal's number as its status.
+// Runs programs given by absolute path or by name on the search path. Their standard input is
+// empty. The status of a program ended by a signal is 128 plus the number of the signal.
 class QtProcessRunner final : public ProcessRunner {
   public:
     Result<ProcessOutcome> run(const std::string& program,

@@ -17,7 +17,7 @@
 namespace tembrix {
 
 namespace {
-constexpr double patience = 2.0;  // seconds for which running work may hold up the destructor
+constexpr double patience = 2.0;  // seconds for which the destructor waits for running work
 }
 
 struct QtScheduler::Pools {
@@ -28,11 +28,11 @@ struct QtScheduler::Pools {
 
     Pools() {
         const int cores = std::max(1, QThread::idealThreadCount());
-        // A task may wait for the main thread or for a program, so one thread is never enough.
+        // A task may wait for the main thread or for a process, so one thread is not enough.
         userInitiated.setMaxThreadCount(std::max(4, cores));
         utility.setMaxThreadCount(std::max(2, cores / 2));
         utility.setThreadPriority(QThread::LowPriority);
-        // A file write never stands in line behind a long job.
+        // Tasks of serial queues such as file writes must not wait for long jobs.
         serial.setMaxThreadCount(64);
     }
     bool waitForDone(int milliseconds) {
@@ -47,7 +47,7 @@ struct QtScheduler::Pools {
     }
 };
 
-// Occupies a thread of the pool only while it has tasks.
+// Uses a thread of the pool only while it has tasks.
 class QtScheduler::Queue final : public SerialQueue {
   public:
     explicit Queue(std::weak_ptr<Pools> pools)
@@ -126,14 +126,15 @@ QtScheduler::QtScheduler() : pools_(std::make_shared<Pools>()) {}
 
 QtScheduler::~QtScheduler() {
     pools_->close();
-    // Tasks for the main thread are dropped from here on, which ends all waiting for them.
+    // Tasks for the main thread are discarded from now on, which ends all waiting for them.
     const double end = monotonic() + (drained_ ? 0 : patience);
     bool done = false;
     do {
         QCoreApplication::removePostedEvents(&main_);
         done = pools_->waitForDone(5);
     } while (!done && monotonic() < end);
-    // A pool waits for its threads when it goes; one that hangs must not hold up the program's end.
+    // The destructor of a pool waits for its threads. If one hangs, the pools are leaked so that
+    // the program can end.
     if (!done)
         new std::shared_ptr<Pools>(pools_);
 }
@@ -160,7 +161,7 @@ void QtScheduler::onMain(Task task) {
 void QtScheduler::onMainAndWait(Task task) {
     if (isMain())
         return task();
-    // The task dies with the main thread's queue; that ends the wait too.
+    // If the task is discarded with the main thread's queue, the wait ends as well.
     auto work = std::make_shared<std::packaged_task<void()>>(std::move(task));
     const auto done = work->get_future();
     onMain([work = std::move(work)] { (*work)(); });
@@ -188,7 +189,8 @@ std::shared_ptr<SerialQueue> QtScheduler::serialQueue(const std::string&) {
 
 bool QtScheduler::drain(double seconds) {
     const double end = monotonic() + seconds;
-    // Quiet only if the last tasks handed nothing to the main thread, and that began nothing new.
+    // Idle only if the last background tasks posted nothing to the main thread and the main thread
+    // started nothing new.
     const auto idle = [this] {
         const auto before = handedOver_.load();
         const bool done = pools_->waitForDone(0);

@@ -11,9 +11,9 @@
 
 namespace tembrix {
 
-// The scheduler on the event loop of the thread that makes it, which is the main thread, and on
-// thread pools. Destroying it drops what waits for the main thread and ends all calls into it; work
-// that is running is given two seconds, unless drain() came before.
+// The scheduler of the program, based on thread pools and on the event loop of the thread that
+// creates it, which is the main thread. Its destructor discards tasks for the main thread and waits
+// up to two seconds for running work, unless drain() was called before.
 class QtScheduler final : public Scheduler {
   public:
     QtScheduler();
@@ -24,7 +24,7 @@ class QtScheduler final : public Scheduler {
 
     bool isMain() const override;
     void onMain(Task task) override;
-    // Returns without having run the task only if the scheduler is destroyed meanwhile.
+    // Returns without running the task only if the scheduler is destroyed meanwhile.
     void onMainAndWait(Task task) override;
 
     std::unique_ptr<Timer> after(double seconds, Task task) override;
@@ -33,20 +33,20 @@ class QtScheduler final : public Scheduler {
     void background(Priority priority, Task task) override;
     std::shared_ptr<SerialQueue> serialQueue(const std::string& label) override;
 
-    // For the end of the program, on the main thread: gives background work up to `seconds` to end,
-    // and runs what it hands to the main thread. Work that has not begun by then is dropped. True
-    // if everything has ended; otherwise threads are still running and the process should end
-    // without waiting for them.
+    // Called at the end of the program on the main thread. Waits up to `seconds` for background
+    // work and runs the tasks that it posts to the main thread. Work that has not started by then
+    // is discarded. Returns true if everything has ended; otherwise threads are still running, and
+    // the process should exit without waiting for them.
     bool drain(double seconds);
 
   private:
-    // Outlives the scheduler where a thread does not come to its end.
+    // Outlives the scheduler if a thread does not end.
     struct Pools;
     class Queue;
 
     QObject main_;
     std::shared_ptr<Pools> pools_;
-    std::atomic<std::uint64_t> handedOver_{0};  // tasks for the main thread, ever
+    std::atomic<std::uint64_t> handedOver_{0};  // number of tasks posted to the main thread so far
     bool drained_ = false;
 };
 

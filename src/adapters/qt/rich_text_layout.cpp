@@ -96,7 +96,7 @@ void RichTextLayout::truncate(int lines) {
     const QString whole = layout_->text().left(last.textStart() + last.textLength());
     QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, whole);
     characters.toEnd();
-    // The ellipsis takes the format of the character before it, which may be the end of a run.
+    // The ellipsis has the format of the character before it, which may be the last one of a run.
     const auto formats = formats_;
     for (qsizetype end = whole.size(); end > 0; end = characters.toPreviousBoundary()) {
         QString kept = whole.left(end);

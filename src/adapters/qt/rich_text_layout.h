@@ -12,24 +12,24 @@ class QPainter;
 
 namespace tembrix {
 
-// Lays rich text out for measuring and for painting, so that both agree. Any thread.
+// Lays out rich text for measuring and for painting. May be used on any thread.
 class RichTextLayout {
   public:
-    // `families`: the program's font, best first. Width in pixels.
+    // `families` are the font families of the program, best first. `width` is in pixels.
     RichTextLayout(const RichText& text, double width, const QStringList& families);
 
     Size size() const;  // pixels
 
-    // Paints into the rectangle of this layout's width: whole lines only, at least one; where not
-    // all of them fit, the last one ends in an ellipsis.
+    // Paints whole lines into the rectangle, which has the width of the layout; at least one line.
+    // If not all lines fit, the last one is elided.
     void paint(QPainter& painter, const Rect& rect);
 
   private:
     void layOut(const QString& text);
-    double heightOf(int lines) const;  // in the layout's own units
+    double heightOf(int lines) const;  // in layout units
     void truncate(int lines);
 
-    // Fonts have whole sizes here; `scale_` brings them to the size asked for.
+    // The layout uses whole font sizes; `scale_` converts to the requested size.
     double scale_;
     double width_;
     QList<QTextLayout::FormatRange> formats_;

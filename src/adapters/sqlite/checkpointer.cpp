@@ -8,14 +8,14 @@ namespace tembrix::sqlite {
 
 namespace {
 
-// The log is cut to size as it begins anew, which happens here.
+// The log is truncated to the size limit when it is restarted, which this connection does.
 constexpr const char* setUp =
     "PRAGMA synchronous=NORMAL;"
     "PRAGMA wal_autocheckpoint=0;"
     "PRAGMA journal_size_limit=67108864;";
 
-// The first write after a whole checkpoint begins the log anew and syncs its head. This one takes
-// that upon itself, so that no caller's write does; it changes nothing that anyone reads.
+// The first write after a complete checkpoint restarts the log and syncs its header. This statement
+// does that here, so that no caller waits for it. The value itself is not used.
 constexpr const char* beginLogAnew = "PRAGMA user_version=1";
 
 }  // namespace
@@ -50,13 +50,13 @@ void Checkpointer::wakeAndWait() {
 
 void Checkpointer::work() {
     auto database = Database::open(file_, Access::readWrite);
-    // A connection learns of the log when it first reads; before that a checkpoint does nothing.
+    // A connection opens the log at its first read; a checkpoint before that has no effect.
     const bool able = database && database->run(setUp) == SQLITE_OK &&
                       database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
     if (able)
-        sqlite3_busy_handler(database->handle(), nullptr, nullptr);  // callers go first
+        sqlite3_busy_handler(database->handle(), nullptr, nullptr);  // writers have priority
     std::unique_lock lock(mutex_);
-    // Without a checkpointer the log grows until the last connection closes; nothing is lost.
+    // Without checkpoints the log grows until the last connection is closed, but nothing is lost.
     ended_ = ended_ || !able;
     for (;;) {
         changed_.wait(lock, [this] { return due_ || ended_; });
@@ -65,7 +65,7 @@ void Checkpointer::work() {
         due_ = false;
         ++begun_;
         lock.unlock();
-        // Passive: never makes a writer or a reader wait. What it leaves, the next one takes.
+        // A passive checkpoint never blocks writers or readers. The next one copies what it leaves.
         int inLog = 0;
         int taken = 0;
         const int code = sqlite3_wal_checkpoint_v2(database->handle(), nullptr,

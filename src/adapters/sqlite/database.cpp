@@ -9,15 +9,15 @@ namespace tembrix::sqlite {
 
 namespace {
 
-// How long to wait for another connection that writes: the checkpointer, for a moment, or another
-// program. A press may wait, so it looks again every millisecond and not ever more seldom.
+// How long to wait for another connection that writes: the checkpointer, which is short, or another
+// program. The wait may delay a key press, so the lock is tried every millisecond.
 constexpr int busyTimeoutMilliseconds = 2000;
 
 int waitForWriter(void*, int waits) {
     return waits < busyTimeoutMilliseconds && sqlite3_sleep(1) > 0;
 }
 
-// The characters that end the path part of a URI, or begin an escape in it.
+// Converts a path to a URI. Escapes the characters that end the path of a URI or start an escape.
 std::string uriText(const std::filesystem::path& file) {
     std::string text = "file:";
     for (const char c : pathText(file)) {
@@ -76,13 +76,13 @@ void Statement::reset() {
 }
 
 void Statement::bind(int parameter, std::string_view text) {
-    // A null pointer would bind NULL instead of the empty text.
+    // A null pointer would bind NULL instead of an empty text.
     sqlite3_bind_text64(handle_.get(), parameter, text.data() ? text.data() : "", text.size(),
                         SQLITE_STATIC, SQLITE_UTF8);
 }
 
 void Statement::bind(int parameter, BytesView bytes) {
-    // A null pointer would bind NULL instead of no bytes.
+    // A null pointer would bind NULL instead of an empty blob.
     sqlite3_bind_blob64(handle_.get(), parameter,
                         bytes.empty() ? static_cast<const void*>("") : bytes.data(), bytes.size(),
                         SQLITE_STATIC);

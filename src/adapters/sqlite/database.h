@@ -12,21 +12,21 @@
 
 namespace tembrix::sqlite {
 
-// A damaged file, or one that is no database of ours.
+// Whether the code means that the file is damaged or not a database.
 bool isDamage(int code);
 
 enum class Access {
-    readWrite,   // makes the file if it is missing
-    asItStands,  // reads a file that nobody may change, in a folder that nobody may write
+    readWrite,   // creates the file if it is missing
+    asItStands,  // reads a file that cannot be changed, in a folder that cannot be written
 };
 
-// A connection; without a file, a database in memory.
+// A connection to a database file or to a database in memory.
 class Database {
   public:
     static Result<Database> open(const std::filesystem::path& file, Access access);
     static Database inMemory();
 
-    // Runs statements without results; SQLITE_OK or the code of the failure.
+    // Runs statements without results. Returns SQLITE_OK or an error code.
     int run(const char* sql);
     std::string lastError() const { return sqlite3_errmsg(handle_.get()); }
     int lastCode() const { return sqlite3_errcode(handle_.get()); }
@@ -47,14 +47,14 @@ class Statement {
     Statement() = default;
     Statement(const Database& database, std::string_view sql);
 
-    // Ready for new parameters. Also the end of a read, which would otherwise hold back
-    // checkpoints.
+    // Prepares the statement for new parameters. Also ends its read transaction, which would
+    // otherwise delay checkpoints.
     void reset();
     void bind(int parameter, std::string_view text);
     void bind(int parameter, BytesView bytes);
     void bind(int parameter, double number);
     void bind(int parameter, std::int64_t number);
-    int step();  // SQLITE_ROW, SQLITE_DONE or the code of a failure, that of preparing included
+    int step();  // SQLITE_ROW, SQLITE_DONE or an error code, including that of preparing
 
     int type(int column) const { return sqlite3_column_type(handle_.get(), column); }
     std::int64_t integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }

@@ -1,4 +1,4 @@
-// What the database refused: written to recovery files, and read from them at the next start.
+// Writes changes that the database refused to recovery files, and reads these at the next start.
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* recoveryName = "unsaved-values.recovery";
 
-// Folders such as that of temporary files belong to all users.
+// Other users may write to folders such as that of temporary files.
 bool isOurs(const std::filesystem::path& file) {
     struct stat status {};
     return ::lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
@@ -55,7 +55,7 @@ void DefaultsState::takeInRecoveryFiles() {
             std::uint64_t stored = 0;
             store_->number(key, stored);
             if (recovery->identity == identity_ && change.number <= stored)
-                continue;  // stored since
+                continue;  // stored in the meantime
             lastNumber_ = std::max(lastNumber_, change.number);
             const auto known = pending_.find(key);
             if (known == pending_.end() || known->second.number < change.number)
@@ -77,7 +77,7 @@ void DefaultsState::writeRecoveryFile(const PendingChanges& changes) {
         if (written.empty() && makeFolder(folder) && replaceFile(recoveryFile(folder), content)) {
             written = folder;
         } else if (!written.empty() && folder != written && isOurs(recoveryFile(folder))) {
-            // An older one, from when the folder before did not accept it.
+            // An older file, from a time when the preceding folders were not writable.
             std::error_code ignored;
             std::filesystem::remove(recoveryFile(folder), ignored);
         }

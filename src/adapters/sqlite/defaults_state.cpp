@@ -16,25 +16,27 @@ namespace tembrix::sqlite {
 
 namespace {
 
-constexpr int pageSize = 4096;  // small, so that a changed piece costs few of them
+constexpr int pageSize = 4096;  // small, so that few bytes are written for a changed piece
 
-// NORMAL syncs only at checkpoints, which the checkpointer makes; the log is synced in the
-// background. Freed pages need no overwriting with zeros, which some builds of the library do by
-// default at double the cost.
+// With NORMAL, SQLite syncs only at checkpoints, which the checkpointer makes; the log is synced in
+// the background. Some builds of SQLite overwrite freed pages with zeros by default, which doubles
+// the cost and is not needed.
 constexpr const char* setUp =
     "PRAGMA secure_delete=OFF;"
     "PRAGMA journal_mode=WAL;"
     "PRAGMA synchronous=NORMAL;"
     "PRAGMA wal_autocheckpoint=0;"
     "PRAGMA cache_size=-16384;";
-constexpr int checkpointPages = 4096;  // 16 MB of log wake the checkpointer
-// 128 MB: it cannot keep up, and writers wait for it once. No hand presses keys that fast.
+constexpr int checkpointPages = 4096;  // the log size that starts a checkpoint: 16 MB
+// 128 MB: the checkpointer is too slow, so the writer waits for it once. Marking by hand is not
+// that fast.
 constexpr int fullLogPages = 32768;
 
-// Where the log could not be read, it may contain larger numbers than the database.
+// If the log could not be read, it may have contained higher change numbers than the database.
 constexpr std::uint64_t unreadNumbers = std::uint64_t{1} << 32;
 
-// Databases were made with large pages once. If another program uses the file, it keeps them.
+// Earlier versions created databases with large pages. While another program uses the file, they
+// are kept.
 void makePagesSmall(Database& database) {
     {
         Statement size(database, "PRAGMA page_size");
@@ -50,8 +52,8 @@ void makePagesSmall(Database& database) {
         database.run("PRAGMA page_size=4096; VACUUM");
 }
 
-// The log as far as it is written reaches the disk. Another descriptor than SQLite's does, since no
-// locks are kept on this file.
+// Syncs what has been written to the log. SQLite holds no locks on this file, so another descriptor
+// can be used.
 void syncLog(std::filesystem::path database) {
     const int descriptor = ::open((database += "-wal").c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
@@ -99,12 +101,12 @@ int DefaultsState::openFile(std::string& reason) const {
     int code = database->run(setUp);
     if (code == SQLITE_OK)
         code = ValueStore::prepare(*database);
-    // A write transaction shows whether the file may only be read; the walk over all rows, without
-    // the long contents, finds most damage before anyone relies on the file.
+    // A write transaction shows whether the file can be written. Reading all rows, without large
+    // contents, finds most damage before the file is used.
     if (code == SQLITE_OK)
         code = database->run("BEGIN IMMEDIATE; COMMIT");
     if (code == SQLITE_BUSY)
-        code = SQLITE_OK;  // another program writes to it, so it can be written
+        code = SQLITE_OK;  // another program is writing to it, so it can be written
     if (code != SQLITE_OK) {
         reason = database->lastError();
         if (isDamage(code) || code == SQLITE_ERROR)
@@ -134,7 +136,7 @@ int DefaultsState::openFile(std::string& reason) const {
     return SQLITE_OK;
 }
 
-// A store without an identity is new, or from before there were change numbers.
+// A store without an identity is new or was written before change numbers were introduced.
 int DefaultsState::adoptIdentity(ValueStore& store) const {
     std::string stored;
     if (const int code = store.identity(stored); failed(code))
@@ -143,7 +145,7 @@ int DefaultsState::adoptIdentity(ValueStore& store) const {
     if (stored.empty()) {
         if (identity_.empty())
             identity_ = freshId();
-        // Refused by a full disk, which is tried again at the next start.
+        // A full disk may refuse this; the next start tries it again.
         (void)store.database().run("INSERT OR IGNORE INTO change SELECT key, 1 FROM value");
         (void)store.setIdentity(identity_);
     } else {
@@ -160,7 +162,7 @@ void DefaultsState::open(bool mayReplace) const {
     const int code = openFile(reason);
     if (code == SQLITE_OK)
         return;
-    // SQLITE_ERROR: a sound database, but with a table of another shape.
+    // SQLITE_ERROR means an intact database with a table of another format.
     if (mayReplace && (isDamage(code) || code == SQLITE_ERROR))
         replaceDamaged(code, reason);
     else
@@ -202,7 +204,7 @@ void DefaultsState::replaceDamaged(int code, const std::string& reason) const {
         return;
     const int count = salvage(std::move(damaged).value(), *store_);
     adoptIdentity(*store_);
-    // The log may have lost its end, and with it the last numbers.
+    // The last change numbers may have been lost with the end of the log.
     lastNumber_ += unreadNumbers;
     log_.line("⚠️ UserDefaults: " + std::to_string(count) +
               " values taken over from the damaged database");
@@ -218,12 +220,12 @@ int DefaultsState::attempt(const std::function<int(ValueStore&)>& operation) con
         code = operation(*store_);
     }
     tendLog();
-    if (failed(code) && pending_.empty())  // one line, not one for each attempt
+    if (failed(code) && pending_.empty())  // logged once, not for each attempt
         log_.line(std::string("❌ UserDefaults: ") + sqlite3_errstr(code));
     return code;
 }
 
-// After a write, with its statement at rest.
+// Called after a write, when its statement has been reset.
 void DefaultsState::tendLog() const {
     const int pages = std::exchange(logPages_, 0);
     if (!checkpointer_)
@@ -268,7 +270,8 @@ bool DefaultsState::change(std::string_view key, PendingChange change) {
     const std::lock_guard lock(mutex_);
     change.number = ++lastNumber_;
     int code = SQLITE_FULL;
-    // While anything waits, the upkeep stores; a press does not wait for a disk that refuses.
+    // While changes are pending, upkeep() stores them, so that a key press does not wait for a
+    // failing disk.
     const bool open = checkpointer_ && pending_.empty();
     if (open)
         code = attempt([&](ValueStore& store) { return store.apply(key, change); });
@@ -277,7 +280,7 @@ bool DefaultsState::change(std::string_view key, PendingChange change) {
     if (open)
         refused(code);
     if (auto* pieces = change.value ? std::get_if<SharedPieces>(&*change.value) : nullptr)
-        *pieces = std::make_shared<const ValuePieces>(**pieces);  // they belong to the caller
+        *pieces = std::make_shared<const ValuePieces>(**pieces);  // the caller's list is copied
     pending_.insert_or_assign(std::string(key), std::move(change));
     return false;
 }
@@ -287,7 +290,7 @@ void DefaultsState::storePending() {
         std::string reason;
         if (const int code = openFile(reason); code != SQLITE_OK)
             return refused(code);
-        // The file may have another identity and larger numbers than this run assumed.
+        // The file may have another identity and higher numbers than assumed so far.
         for (auto& [key, change] : pending_)
             change.number = ++lastNumber_;
         log_.line("✅ UserDefaults: Database can be written again");
@@ -323,7 +326,7 @@ void DefaultsState::continueNumbers(std::string_view identity, std::uint64_t las
         identityIsOurs_ = false;
         last += unreadNumbers;
     }
-    // A log that lost its end lost numbers, too.
+    // If the log lost its end, it lost the last change numbers as well.
     if (identity == identity_)
         lastNumber_ = std::max(lastNumber_, last);
 }

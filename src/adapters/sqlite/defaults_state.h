@@ -19,8 +19,8 @@
 
 namespace tembrix::sqlite {
 
-// The values behind the user defaults: those in the database and those that wait in memory because
-// the database refused them. Safe for concurrent use.
+// The values of the user defaults: those in the database, and changes kept in memory because the
+// database refused them. Thread-safe.
 class DefaultsState {
   public:
     DefaultsState(std::filesystem::path file, Log& log,
@@ -28,7 +28,7 @@ class DefaultsState {
 
     std::optional<StoredValue> read(std::string_view key) const;
     std::vector<std::string> keys(std::string_view prefix) const;
-    bool change(std::string_view key, PendingChange change);  // false if it was refused
+    bool change(std::string_view key, PendingChange change);  // returns false if it was refused
     std::uint64_t number(std::string_view key) const;
 
     std::string identity() const;
@@ -36,8 +36,8 @@ class DefaultsState {
     bool isDurable() const;
     DefaultsStatus status() const;
 
-    // Tries to store what waits, writes the rest to a recovery file, and syncs the disk. True if
-    // something still waits.
+    // Tries to store pending changes, writes the remaining ones to a recovery file, and syncs the
+    // disk. Returns true if changes are still pending.
     bool upkeep();
     void finish() { upkeep(); }
 
@@ -62,17 +62,17 @@ class DefaultsState {
     std::vector<std::filesystem::path> folders_;
 
     mutable std::mutex mutex_;
-    mutable std::unique_ptr<ValueStore> store_;  // a read may find the damage that replaces it
-    mutable std::unique_ptr<Checkpointer> checkpointer_;  // null while there is no file
-    mutable int logPages_ = 0;  // in the log after the last write; 0 if there was none
+    mutable std::unique_ptr<ValueStore> store_;  // a read may detect damage and replace the store
+    mutable std::unique_ptr<Checkpointer> checkpointer_;  // null if there is no file
+    mutable int logPages_ = 0;  // pages in the log after the last write; 0 if there was none
     PendingChanges pending_;
-    mutable int refusal_ = SQLITE_OK;  // the code with which the last change was refused
+    mutable int refusal_ = SQLITE_OK;  // the error code of the last refused change
     mutable std::string identity_;
-    mutable bool identityIsOurs_ = false;  // made by this run and not stored yet
+    mutable bool identityIsOurs_ = false;  // created by this run and not stored yet
     mutable std::uint64_t lastNumber_ = 0;
 
-    std::mutex upkeep_;            // guards what follows; locked before the other mutex
-    std::uint64_t recovered_ = 0;  // the last change in the recovery file
+    std::mutex upkeep_;            // guards the members below; locked before the other mutex
+    std::uint64_t recovered_ = 0;  // the number of the last change in the recovery file
     bool mayHaveRecoveryFiles_ = false;
 };
 

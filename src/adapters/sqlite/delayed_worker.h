@@ -8,17 +8,17 @@
 
 namespace tembrix::sqlite {
 
-// Runs a piece of work on a thread of its own, a fixed time after it was first asked for. Requests
-// that come meanwhile are covered by the same run.
+// Runs a function on its own thread, a fixed time after the first request. Requests made before the
+// run starts are covered by it.
 class DelayedWorker {
   public:
-    // The work returns true if it is to run again.
+    // `work` returns true to be run again.
     DelayedWorker(std::chrono::milliseconds delay, std::function<bool()> work);
-    ~DelayedWorker();  // waits for a running piece of work, but starts none
+    ~DelayedWorker();  // waits for a running call, but starts none
     DelayedWorker(const DelayedWorker&) = delete;
     DelayedWorker& operator=(const DelayedWorker&) = delete;
 
-    void wake();  // any thread
+    void wake();  // may be called on any thread
 
   private:
     void run();

@@ -9,22 +9,24 @@ namespace tembrix::sqlite {
 
 namespace {
 
-// A row's key consists of the owner and of the place, which has the lower bits.
+// The key of a row consists of the owner and, in the lower bits, of the place.
 constexpr int placeBits = 43;
 constexpr std::int64_t places = std::int64_t{1} << placeBits;
-constexpr std::int64_t stride = std::int64_t{1} << 24;  // between places far from each other
+// The distance between places at the end of a value.
+constexpr std::int64_t stride = std::int64_t{1} << 24;
 
 std::int64_t keyOf(std::int64_t owner, std::int64_t place) {
     return (owner << placeBits) | place;
 }
 
 constexpr std::size_t valuesKnown = 2;
-constexpr int noRoom = -1;  // beside the codes of SQLite, which are not negative
+constexpr int noRoom = -1;  // SQLite's own codes are not negative
 
-// The distance between `count` new places between two others; 0 if there is no room.
+// The distance between `count` new places between two others; 0 if there is not enough room.
 std::int64_t spacingBetween(std::int64_t low, std::int64_t high, std::int64_t count) {
     const std::int64_t gap = high - low;
-    // Most insertions follow the one before, at the end of a line: they begin near the lower end.
+    // Most insertions follow the previous one at the end of a line, so they start near the lower
+    // place.
     const std::int64_t near = std::min(stride, gap / 64);
     return near > 0 && near <= (gap - 1) / count ? near : gap / (count + 1);
 }
@@ -121,7 +123,7 @@ int PieceTable::load(const PieceHeader& header, Rows& rows) {
     }
     list_.reset();
     if (code == SQLITE_DONE && found != header)
-        rows.clear();  // damaged; written anew as a whole
+        rows.clear();  // damaged, so that all rows are written again
     return code;
 }
 
@@ -174,7 +176,7 @@ int PieceTable::writeAll(PieceHeader& header, const ValuePieces& pieces, Rows& r
             return code;
     } else {
         const int code = last_.step();
-        owner_ = (last_.integer(0) >> placeBits) + 1;  // NULL reads as 0
+        owner_ = (last_.integer(0) >> placeBits) + 1;  // NULL is read as 0
         last_.reset();
         if (code != SQLITE_ROW)
             return code;
@@ -191,8 +193,8 @@ int PieceTable::writeAll(PieceHeader& header, const ValuePieces& pieces, Rows& r
     return SQLITE_DONE;
 }
 
-// Rows whose bytes are among the new pieces in the same order stay; what lies between them is
-// replaced. Where the room for place numbers is used up, all rows are written anew.
+// Keeps rows whose bytes are among the new pieces in the same order, and replaces the rows between
+// them. Returns noRoom if there are no free place numbers.
 int PieceTable::writeChanged(Rows& rows, const ValuePieces& pieces) {
     std::size_t same = 0;
     while (same < rows.size() && same < pieces.size() && rows[same].holds(pieces[same])) {

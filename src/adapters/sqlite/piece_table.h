@@ -16,13 +16,13 @@
 
 namespace tembrix::sqlite {
 
-// What the row of a large value says of its pieces. A value whose pieces do not agree with it is
-// damaged.
+// The description of the pieces in the row of a large value. If the pieces do not match it, the
+// value is damaged.
 struct PieceHeader {
     std::int64_t owner = 0;
     std::uint64_t count = 0;
     std::uint64_t size = 0;  // bytes of all pieces
-    std::uint64_t sum = 0;   // of the pieces' hashes, modulo 2^64
+    std::uint64_t sum = 0;   // sum of the hashes of all pieces, modulo 2^64
 
     bool operator==(const PieceHeader&) const = default;
 
@@ -30,8 +30,8 @@ struct PieceHeader {
     static std::optional<PieceHeader> decode(BytesView bytes);
 };
 
-// The pieces of the large values, one row each. The rows of a value are ordered by a place number;
-// gaps between the numbers leave room for later pieces, so that an insertion moves no other row.
+// The pieces of large values, one row each. The rows of a value are ordered by a place number. Gaps
+// between the numbers allow insertions without moving other rows.
 class PieceTable {
   public:
     static constexpr const char* schema =
@@ -40,12 +40,12 @@ class PieceTable {
 
     explicit PieceTable(const Database& database);
 
-    // Appends the bytes of all pieces to `value`. SQLITE_DONE, SQLITE_CORRUPT if they are not the
-    // pieces of the header, or the code of another failure.
+    // Appends the bytes of all pieces to `value`. Returns SQLITE_DONE, SQLITE_CORRUPT if the pieces
+    // do not match the header, or another error code.
     int read(const PieceHeader& header, Bytes& value);
-    // Replaces the pieces of the header by others and updates it; writes only those that differ.
-    // An empty header makes a new value. Within a transaction; SQLITE_DONE or a failure, after
-    // which `forget` must be called.
+    // Replaces the pieces of the header, writing only those that differ, and updates the header. An
+    // empty header creates a new value. Must be called within a transaction. Returns SQLITE_DONE or
+    // an error code; after an error, `forget` must be called.
     int write(PieceHeader& header, const ValuePieces& pieces);
     int erase(const PieceHeader& header);
     void forget() { known_.clear(); }
@@ -68,7 +68,7 @@ class PieceTable {
     int load(const PieceHeader& header, Rows& rows);
     int writeAll(PieceHeader& header, const ValuePieces& pieces, Rows& rows);
     int writeChanged(Rows& rows, const ValuePieces& pieces);
-    // Puts new pieces in place of some rows, below the place `high`.
+    // Replaces a range of rows by new pieces, with places below `high`.
     int replaceGap(const Rows& rows, std::size_t from, std::size_t to, const ValuePieces& pieces,
                    std::size_t first, std::size_t last, std::optional<std::int64_t> high,
                    Rows& result);
@@ -76,8 +76,8 @@ class PieceTable {
     int drop(std::int64_t place);
 
     Statement insert_, delete_, deleteAll_, list_, all_, last_;
-    std::int64_t owner_ = 0;  // of the value that is being written
-    std::list<Known> known_;  // the rows of the values written last, the latest first
+    std::int64_t owner_ = 0;  // the owner of the value being written
+    std::list<Known> known_;  // the rows of the values written recently, the latest first
 };
 
 }  // namespace tembrix::sqlite

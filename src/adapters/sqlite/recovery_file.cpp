@@ -32,7 +32,7 @@ class Writer {
     Bytes bytes;
 };
 
-// Reads what the writer wrote. After a failure all further results are empty.
+// Reads what the Writer wrote. After a failure all further results are empty.
 class Reader {
   public:
     explicit Reader(BytesView bytes) : rest_(bytes) {}
@@ -86,7 +86,7 @@ void writeValue(Writer& writer, const std::optional<StoredValue>& value) {
     }
 }
 
-// False for a kind that this program does not know.
+// Returns false for an unknown kind of value.
 bool readValue(Reader& reader, std::optional<StoredValue>& value) {
     switch (reader.number()) {
         case removed:

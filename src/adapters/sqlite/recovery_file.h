@@ -9,14 +9,14 @@
 
 namespace tembrix::sqlite {
 
-// Changes that a database refused, as they wait in a file for the next start.
+// Changes that a database refused, stored in a file for the next start.
 struct Recovery {
-    std::string identity;  // of the store that gave the changes their numbers
+    std::string identity;  // of the store in which the changes have their numbers
     PendingChanges changes;
 };
 
 Bytes encodeRecovery(const Recovery& recovery);
-// Absent if a byte of the file is missing or wrong.
+// Absent if the file is incomplete or damaged.
 std::optional<Recovery> decodeRecovery(BytesView file);
 
 }  // namespace tembrix::sqlite

@@ -15,8 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The keys of a database as far as they can be read, from both ends: damage in the middle costs
-// only what lies there.
+// The readable keys of a database, read from both ends, so that damage in the middle only loses the
+// keys there.
 std::vector<std::string> readableKeys(const Database& source) {
     std::vector<std::string> keys;
     for (const auto* sql :
@@ -38,9 +38,9 @@ fs::path withEnding(fs::path file, const std::string& ending) {
 }  // namespace
 
 int salvage(Database source, ValueStore& target) {
-    // Otherwise a file that is shorter than it says is refused whole.
+    // Without this, SQLite refuses a file that is shorter than its header says.
     source.run("PRAGMA writable_schema=ON");
-    // The source stays as it was found, its log included.
+    // The damaged database and its log are not changed.
     sqlite3_db_config(source.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     const auto keys = readableKeys(source);
     ValueStore values(std::move(source));
@@ -71,7 +71,7 @@ fs::path moveAside(const fs::path& file) {
     if (error)
         return {};
     fs::rename(withEnding(file, "-wal"), withEnding(target, "-wal"), error);
-    fs::remove(withEnding(file, "-shm"), error);  // made anew from the log
+    fs::remove(withEnding(file, "-shm"), error);  // created again from the log
     return target;
 }
 
@@ -89,7 +89,7 @@ std::optional<Database> openForReading(const fs::path& file) {
         auto database = error ? Result<Database>(Error{}) : Database::open(copy, Access::readWrite);
         const bool readable =
             database && database->run("SELECT count(*) FROM sqlite_schema") == SQLITE_OK;
-        // The open connection keeps the files until it is closed.
+        // The files remain accessible until the connection is closed.
         fs::remove_all(folder, error);
         if (readable)
             return std::move(database).optional();

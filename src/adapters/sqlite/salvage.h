@@ -8,16 +8,16 @@
 
 namespace tembrix::sqlite {
 
-// Copies the values of a damaged database that can be read, with their change numbers and the
-// identity. Returns how many values.
+// Copies the readable values of a damaged database with their change numbers and the identity.
+// Returns the number of values.
 int salvage(Database source, ValueStore& target);
 
-// Moves a file to a free name with the ending ".damaged-" and a number, a database with its log.
-// Empty if that fails.
+// Renames a file and its log to a free name with the ending ".damaged-" and a number. Returns an
+// empty path if that fails.
 std::filesystem::path moveAside(const std::filesystem::path& file);
 
-// A database that cannot be opened in its folder, for reading: a copy of it with its log, or the
-// file itself without the log if it cannot be copied either.
+// Opens a database that cannot be opened in its folder, for reading only: a copy of it with its log
+// or, if it cannot be copied, the file itself without its log.
 std::optional<Database> openForReading(const std::filesystem::path& file);
 
 }  // namespace tembrix::sqlite

@@ -16,7 +16,7 @@ using sqlite::StoredValue;
 
 namespace {
 
-// With the time of the work itself, less than the second that a power cut may cost.
+// Including the time of the work, shorter than the second that a power failure may lose.
 constexpr std::chrono::milliseconds upkeepDelay{400};
 
 }  // namespace
@@ -99,7 +99,7 @@ void SqliteUserDefaults::setData(std::string_view key, BytesView value) {
 }
 
 void SqliteUserDefaults::setPieces(std::string_view key, const ValuePieces& pieces) {
-    // Not owned; whoever keeps the change copies the list.
+    // The list is not owned here. It is copied if the change is kept.
     change(key, {StoredValue(SharedPieces(std::shared_ptr<void>(), &pieces))});
 }
 

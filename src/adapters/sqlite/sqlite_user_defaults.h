@@ -24,24 +24,24 @@ class ValueStore;
 struct PendingChange;
 }  // namespace sqlite
 
-// User defaults in one SQLite file, one row per key; a large value is split into pieces. A stored
-// value is in the operating system's hands when the call returns, so a killed process loses
-// nothing; it is on the disk within a second, so that a power cut loses no more than that.
+// User defaults in one SQLite file, with one row per key; large values are split into pieces. When
+// a call returns, the operating system has received the value, so that a killed process loses
+// nothing. It is synced to the disk within a second, so that a power failure loses at most that.
 //
-// It always opens. A damaged file is set aside under a new name, whatever can still be read in it
-// is copied into a fresh one, and work continues there; the same happens when damage is found
-// later. Values that the file refuses are kept in memory and in a recovery file in the first of the
-// recovery folders that accepts it, until they can be stored. The next start stores what it finds
-// in recovery files before anything is read.
+// The defaults can always be opened. A damaged file is renamed, its readable values are copied into
+// a new file, and work continues there; the same happens if damage is found later. Values that the
+// file refuses are kept in memory and in a recovery file, in the first of the recovery folders that
+// accepts it, until they can be stored. The next start stores the values of recovery files before
+// anything is read.
 class SqliteUserDefaults final : public UserDefaults {
   public:
-    // Makes the file's folder if it is missing. Recovery files are written to the folder of the
-    // file first, and then to the others in their order.
+    // Creates the folder of the file if it is missing. Recovery files are written to the folder of
+    // the file or, if that fails, to the other folders in their order.
     SqliteUserDefaults(std::filesystem::path file, Log& log,
                        std::vector<std::filesystem::path> recoveryFolders = {});
     ~SqliteUserDefaults() override;
 
-    // False while there is no database file to work in.
+    // Returns false while there is no usable database file.
     bool isDurable() const;
 
     std::optional<Bytes> data(std::string_view key) const override;
@@ -70,7 +70,7 @@ class SqliteUserDefaults final : public UserDefaults {
     struct State;
 
     void change(std::string_view key, sqlite::PendingChange change);
-    bool upkeep();  // on the worker's thread; true if something is still to be done
+    bool upkeep();  // called on the worker's thread; returns true if something is still pending
     void announce();
 
     std::unique_ptr<State> state_;

@@ -19,8 +19,8 @@ constexpr const char* schema =
     "key TEXT PRIMARY KEY NOT NULL, number INTEGER NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE IF NOT EXISTS store(identity TEXT NOT NULL);";
 
-constexpr std::size_t wholeUpTo = 8 * 1024;   // bytes; larger data is stored in pieces
-constexpr std::size_t pieceSize = 32 * 1024;  // of data that comes whole
+constexpr std::size_t wholeUpTo = 8 * 1024;   // bytes; larger values are stored in pieces
+constexpr std::size_t pieceSize = 32 * 1024;  // of values that the caller has not split
 
 ValuePieces cut(BytesView bytes) {
     ValuePieces pieces;
@@ -31,7 +31,7 @@ ValuePieces cut(BytesView bytes) {
     return pieces;
 }
 
-// SQLITE_ROW of a statement that reads one number counts as success.
+// Runs a statement that reads one number. SQLITE_ROW is a success.
 int oneInteger(Statement& statement, std::uint64_t& number) {
     const int code = statement.step();
     number = code == SQLITE_ROW ? static_cast<std::uint64_t>(statement.integer(0)) : 0;
@@ -50,7 +50,7 @@ int ValueStore::prepare(Database& database) {
 ValueStore::ValueStore(Database opened)
     : database_(std::move(opened)),
       get_(database_, "SELECT kind, data FROM value WHERE key = ?1"),
-      // Not an upsert, which copies a large value once more on its way.
+      // Not an upsert, because that copies a large value once more.
       put_(database_, "REPLACE INTO value(key, kind, data) VALUES(?1, ?2, ?3)"),
       erase_(database_, "DELETE FROM value WHERE key = ?1"),
       list_(database_, "SELECT key FROM value WHERE key >= ?1 ORDER BY key"),
@@ -78,7 +78,8 @@ int ValueStore::read(std::string_view key, std::optional<StoredValue>& value) {
         else if (kind == kindPieces && type == SQLITE_BLOB)
             header = PieceHeader::decode(get_.bytes(1));
         if (header) {
-            // Still within the statement's read transaction, so that row and pieces agree.
+            // The statement's read transaction is still open, so that row and pieces are
+            // consistent.
             Bytes bytes;
             const int read = pieces_.read(*header, bytes);
             if (read == SQLITE_DONE)
@@ -100,7 +101,7 @@ int ValueStore::list(std::string_view prefix, std::vector<std::string>& keys) {
     for (; code == SQLITE_ROW; code = list_.step()) {
         auto key = list_.text(0);
         if (!key.starts_with(prefix))
-            break;  // keys ascend, so those with the prefix follow each other
+            break;  // keys ascend, so those with the prefix are adjacent
         keys.push_back(std::move(key));
     }
     list_.reset();

@@ -19,36 +19,36 @@
 
 namespace tembrix::sqlite {
 
-// Shared, so that the long list is copied only where it is kept.
+// Shared, so that the long list is copied only if it is kept.
 using SharedPieces = std::shared_ptr<const ValuePieces>;
 using StoredValue = std::variant<Bytes, std::string, Date, bool, SharedPieces>;
 
-// A value that awaits being stored, or the removal of one.
+// A value to be stored, or the removal of one.
 struct PendingChange {
     std::optional<StoredValue> value;  // absent: the key is removed
     std::uint64_t number = 0;
 };
 using PendingChanges = std::map<std::string, PendingChange, std::less<>>;
 
-// The values in a database: one row per key, the numbers of their changes, and the pieces of large
-// values. Functions return SQLITE_DONE or SQLITE_ROW, or the code of a failure.
+// The values in a database: one row per key, their change numbers, and the pieces of large values.
+// Functions return SQLITE_DONE, SQLITE_ROW or an error code.
 class ValueStore {
   public:
-    // Makes what is missing of the tables.
+    // Creates missing tables.
     static int prepare(Database& database);
 
     explicit ValueStore(Database opened);
 
-    // SQLITE_ROW and the value if the key has one, SQLITE_DONE if not.
+    // Returns SQLITE_ROW and the value, or SQLITE_DONE if there is none.
     int read(std::string_view key, std::optional<StoredValue>& value);
     int list(std::string_view prefix, std::vector<std::string>& keys);
-    // Makes the change and gives it its number, in one transaction of its own.
+    // Stores the change and its number in one transaction.
     int apply(std::string_view key, const PendingChange& change);
     int number(std::string_view key, std::uint64_t& number);
     int lastNumber(std::uint64_t& number);
     int identity(std::string& identity);
     int setIdentity(std::string_view identity);
-    // Reads every row once, but not the long contents.
+    // Reads every row once, without the large contents.
     int check();
 
     Database& database() { return database_; }
