@@ -65,7 +65,8 @@ std::optional<Bytes> base64Decode(std::string_view text) {
                 return std::nullopt;
             group = group << 6 | value;
         }
-        // Bits beyond the last byte must be zero, or two texts would stand for the same bytes.
+        // Unused bits after the last byte must be zero; otherwise two texts would encode the same
+        // bytes.
         if ((missing == 1 && (group & 0xFF) != 0) || (missing == 2 && (group & 0xFFFF) != 0))
             return std::nullopt;
         bytes.push_back(static_cast<std::uint8_t>(group >> 16));

@@ -11,7 +11,7 @@ namespace tembrix {
 // RFC 4648 with padding.
 std::string base64Encode(BytesView bytes);
 
-// Strict: absent unless the text is exactly what an encoder writes.
+// Strict: absent unless an encoder would write exactly this text.
 std::optional<Bytes> base64Decode(std::string_view text);
 
 }  // namespace tembrix

@@ -21,7 +21,7 @@ int hexDigit(char c) {
     return -1;
 }
 
-// The number that the leading hex digits make; 0 if there are none.
+// The number formed by the leading hex digits; 0 if there are none.
 std::uint32_t hexPrefix(std::string_view text) {
     std::uint32_t number = 0;
     for (const char c : text) {
@@ -71,7 +71,7 @@ bool isDarkHexColor(std::string_view text) {
     if (characterCount(text) != 6)
         return false;
     const std::uint32_t n = hexPrefix(text);
-    // In thousandths, so that a gray of exactly one half is not lost to rounding.
+    // Computed in thousandths, so that a gray of exactly one half is not misjudged by rounding.
     return 299 * (n >> 16) + 587 * (n >> 8 & 255) + 114 * (n & 255) < 128'000;
 }
 

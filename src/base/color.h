@@ -15,19 +15,17 @@ struct Color {
     bool operator==(const Color&) const = default;
 };
 
-// Lenient: 3 (RGB), 6 (RRGGBB) or 8 (AARRGGBB) hex digits with anything that is not a letter or
-// digit stripped from both ends; any other length is opaque black.
+// Lenient: accepts 3 (RGB), 6 (RRGGBB) or 8 (AARRGGBB) hex digits after removing other characters
+// than letters and digits from both ends. Any other length is opaque black.
 Color parseHexColor(std::string_view text);
 
-// Six upper-case hex digits, components truncated; absent for a color with components that are not
-// finite.
+// Six upper-case hex digits, components truncated. Absent if a component is not finite.
 std::optional<std::string> hexText(const Color& color);
 
-// Luminance below one half: white text reads better on it than black.
+// Whether the luminance is below one half, so that white text is more readable on it than black.
 bool isDarkColor(const Color& color);
 
-// The same question for a six-digit text, by perceived brightness; a text of another length is not
-// dark.
+// The same for a text of six digits, by perceived brightness. A text of another length is not dark.
 bool isDarkHexColor(std::string_view text);
 
 }  // namespace tembrix

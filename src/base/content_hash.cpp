@@ -6,8 +6,8 @@ namespace tembrix {
 
 namespace {
 
-// Multiplies in an odd constant and folds the high bits down, so that each bit of the input reaches
-// all bits of the result.
+// Multiplies by an odd constant and folds the high bits into the low ones, so that each bit of the
+// input affects all bits of the result.
 std::uint64_t mixed(std::uint64_t value) {
     value ^= value >> 32;
     value *= 0xD6E8FEB86659FD93u;

@@ -6,8 +6,8 @@
 
 namespace tembrix {
 
-// A hash of bytes that tells contents apart and finds damage; not for security. The value is stored
-// in files and never changes.
+// A hash that distinguishes contents and detects damage; not for security. The value is stored in
+// files and must not change.
 std::uint64_t contentHash(BytesView bytes);
 
 }  // namespace tembrix

@@ -5,9 +5,10 @@
 
 namespace tembrix {
 
-// A value that copies share until one of them is written. Timelines are made of these: a snapshot
-// of ten thousand stamps costs a pointer each, and a changed stamp copies only itself and its line.
-// Reading a shared value from several threads is safe; writing belongs to the owner of this copy.
+// A value that copies share until one of them is written. Timelines consist of these: a snapshot of
+// ten thousand stamps needs one pointer each, and changing a stamp copies only the stamp and its
+// line. Reading a shared value from several threads is safe. Only the owner of a copy may write to
+// it.
 template <class T>
 class Cow {
   public:
@@ -17,14 +18,14 @@ class Cow {
     const T& operator*() const { return *value_; }
     const T* operator->() const { return value_.get(); }
 
-    // The value for writing; detaches it from other copies first.
+    // Returns the value for writing. It is copied first if it is shared.
     T& write() {
         if (value_.use_count() != 1)
             value_ = std::make_shared<T>(std::as_const(*value_));
         return *value_;
     }
 
-    // True if both are the very same stored value, which a cache may rely on.
+    // Whether both refer to the same stored value. Caches may rely on it.
     bool sharesWith(const Cow& other) const { return value_ == other.value_; }
 
     friend bool operator==(const Cow& a, const Cow& b) {

@@ -8,15 +8,15 @@ namespace tembrix {
 // 2001-01-01 00:00:00 UTC.
 struct Date {
     double secondsSince1970 = 0;
-    // What the addition of the two epochs rounds away, so that a date that is read from JSON is
-    // written back as the same number. Far below a microsecond; code that measures ignores it.
+    // The rounding error of the conversion between the two epochs, so that a date read from JSON is
+    // written back as the same number. Far below a microsecond; computations ignore it.
     double roundedAway = 0;
     auto operator<=>(const Date&) const = default;
 
     static constexpr double epoch2001 = 978307200.0;
 
     static constexpr Date fromSecondsSince2001(double seconds) {
-        // The exact error of a sum of two floating point numbers, by Knuth's two-sum.
+        // The exact error of a floating point sum, by Knuth's two-sum algorithm.
         const double sum = seconds + epoch2001;
         const double epochPart = sum - seconds;
         const double secondsPart = sum - epochPart;

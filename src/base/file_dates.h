@@ -7,8 +7,8 @@
 
 namespace tembrix {
 
-// When the content of a file was last read, as far as the file system keeps that; absent for a file
-// that cannot be looked at.
+// When the content of a file was last read, as recorded by the file system. Absent if the file
+// cannot be examined.
 std::optional<Date> lastAccessDate(const std::filesystem::path& file);
 
 }  // namespace tembrix

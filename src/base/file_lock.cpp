@@ -13,7 +13,7 @@ std::optional<FileLock> FileLock::tryLock(const std::filesystem::path& file) {
         return std::nullopt;
     FileLock lock(descriptor);
     struct stat status {};
-    // An owner that removes its file before it unlocks may do so between the two calls above.
+    // Another owner may remove the file between the two calls above.
     const bool locked = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
                         ::fstat(descriptor, &status) == 0 && status.st_nlink > 0;
     if (!locked)

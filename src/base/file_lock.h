@@ -6,11 +6,12 @@
 
 namespace tembrix {
 
-// An exclusive lock on a file. The system releases it when the process ends, in whatever way. It
-// also excludes other locks of the same process.
+// An exclusive lock on a file. The operating system releases it when the process ends for any
+// reason. It also excludes other locks of the same process.
 class FileLock {
   public:
-    // Makes the file if there is none. Absent if another lock exists or the file cannot be opened.
+    // Creates the file if there is none. Absent if another lock exists or the file cannot be
+    // opened.
     static std::optional<FileLock> tryLock(const std::filesystem::path& file);
 
     FileLock(FileLock&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}

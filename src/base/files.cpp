@@ -33,7 +33,7 @@ class FileDescriptor {
     bool open() const { return number_ >= 0; }
     int number() const { return number_; }
 
-    // Closes now, since some file systems report a failed write only here.
+    // Closes the file now, because some file systems report a failed write only here.
     bool close() { return ::close(std::exchange(number_, -1)) == 0; }
 
   private:
@@ -54,7 +54,7 @@ bool writeAll(int descriptor, BytesView content) {
 
 constexpr std::string_view unfinishedPrefix = ".new-";
 
-// Makes a rename in the folder durable. Best effort: some file systems know no such thing.
+// Makes a rename in the folder durable, if the file system supports it.
 void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor descriptor(
         ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -62,11 +62,11 @@ void syncFolder(const std::filesystem::path& folder) {
         ::fsync(descriptor.number());
 }
 
-// Writes a new file through `fill` beside the path, then puts it in its place. `fill` gives false
-// with errno set.
+// Writes a new file next to the path with `fill` and then renames it to the path. `fill` returns
+// false with errno set if it fails.
 Result<void> replaceThrough(const std::filesystem::path& path,
                             const std::function<bool(int descriptor)>& fill) {
-    // A short name of its own: beside a file whose name is as long as names may be, too.
+    // The temporary name is short and unrelated to the file's, which may have the maximum length.
     const auto beside = path.parent_path() / (std::string(unfinishedPrefix) + freshId());
     FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.open())

@@ -15,36 +15,37 @@ namespace tembrix {
 // Reads a whole file. Errors: domain "file", code = errno.
 Result<Bytes> readFile(const std::filesystem::path& path);
 
-// Replaces a file whole: written beside, synced, renamed, so that a reader or a killed process sees
-// the old content or the new one. Missing parent folders are not made. On failure the old file
-// stays and nothing is left beside it. Errors: domain "file", code = errno.
+// Replaces a file atomically: writes a new file next to it, syncs and renames it, so that a reader
+// or a killed process sees either the old or the new content. Missing parent folders are not
+// created. On failure the old file is kept and the new one removed. Errors: domain "file", code =
+// errno.
 Result<void> replaceFile(const std::filesystem::path& path, BytesView content);
 
-// Replaces a file whole by a copy of another, which may be too large for memory. `goOn` is asked
-// every few megabytes; an answer of false ends the copying with the code ECANCELED. On failure the
-// old file stays and nothing is left beside it. A copy onto itself changes nothing.
+// Replaces a file atomically by a copy of another, which may be too large for memory. `goOn` is
+// called every few megabytes; if it returns false, copying ends with the code ECANCELED. On failure
+// the old file is kept and the new one removed. A copy onto itself changes nothing.
 Result<void> replaceFileByCopy(const std::filesystem::path& path,
                                const std::filesystem::path& source,
                                const std::function<bool()>& goOn = {});
 
-// Removes what a process that was killed in the middle of replacing a file of this folder left
-// beside it. Not while this process writes there.
+// Removes the temporary files of replacements that were interrupted in this folder. Must not be
+// called while this process writes there.
 void removeUnfinishedReplacements(const std::filesystem::path& folder);
 
-// Syncs all files and folders below a folder, or one file, so that what takes its name next is
-// whole also after a power cut. Errors: domain "file", code = errno.
+// Syncs a file, or all files and folders below a folder, so that a subsequent rename is complete
+// also after a power failure. Errors: domain "file", code = errno.
 Result<void> syncTree(const std::filesystem::path& path);
 
-// Whether a text can be the name of an entry of a folder, and leads nowhere else.
+// Whether a text is a valid name for an entry of a folder, without path separators.
 bool isFileName(std::string_view name);
 
-// Makes a folder with its parents; an existing one is a success.
+// Creates a folder and its parents. It is not an error if it exists.
 Result<void> makeFolder(const std::filesystem::path& path);
 
-// When the file or folder was made; absent where the file system does not tell.
+// When the file or folder was created; absent if the file system does not record it.
 std::optional<Date> creationDate(const std::filesystem::path& path);
 
-// A path as UTF-8 text and back.
+// Convert a path to UTF-8 text and back.
 std::string pathText(const std::filesystem::path& path);
 std::filesystem::path pathFromText(std::string_view utf8);
 

@@ -14,7 +14,7 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-// Origin top left unless a function says otherwise.
+// The origin is at the top left unless a function specifies otherwise.
 struct Rect {
     double x = 0;
     double y = 0;

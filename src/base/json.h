@@ -43,7 +43,7 @@
 namespace tembrix {
 
 template <class Record>
-struct JsonFields;  // specialised beside each codec
+struct JsonFields;  // specialized in each codec
 
 namespace json {
 
@@ -67,13 +67,13 @@ constexpr auto optional(std::string_view key, std::optional<Member> Record::*mem
 
 using Value = rapidjson::Value;
 
-// Where decoding stands; the steps are written out only when it fails.
+// The current position of decoding. The text is built only if decoding fails.
 class Path {
   public:
     void push(std::size_t index) { steps_.emplace_back("[" + std::to_string(index) + "]"); }
     void push(std::string_view key) { steps_.emplace_back(key); }
 
-    // The steps are pushed innermost first, on the way out of a failure.
+    // Steps are added innermost first, while the failure is returned.
     std::string text() const {
         std::string text;
         for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
@@ -98,7 +98,8 @@ struct Failure {
     }
 };
 
-// True if a text is written as it is: ASCII without control characters, quotes and backslashes.
+// Whether a text is written without escapes: ASCII without control characters, quotes and
+// backslashes.
 inline bool isPlain(std::string_view text) {
     constexpr std::uint64_t ones = 0x0101010101010101;
     constexpr std::uint64_t highs = ones * 0x80;
@@ -223,8 +224,8 @@ bool read(const Value& v, Cow<T>& out, Failure& f) {
     return read(v, out.write(), f);
 }
 
-// Finds members of an object. What was written in the order of a field table is read in the same
-// order, so the search goes on from the last find.
+// Finds the members of an object. Usually they are in the order of the field table, so each search
+// starts after the previous result.
 class Members {
   public:
     explicit Members(const Value& object)
@@ -287,7 +288,7 @@ void writeText(Writer& w, const std::string& text) {
     w.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
-// A document with one broken character would not decode again, so such bytes are replaced here.
+// A document with invalid UTF-8 could not be decoded, so such bytes are replaced.
 template <class Writer>
 void write(Writer& w, const std::string& text) {
     if (isPlain(text))
@@ -363,7 +364,7 @@ void write(Writer& w, const Cow<T>& value) {
 
 template <class Writer>
 void writeKey(Writer& w, std::string_view key) {
-    w.plainText(key);  // a key is a text in its place
+    w.plainText(key);  // keys are written like texts
 }
 
 template <class Writer, class Record, class FieldType>
@@ -393,16 +394,16 @@ void write(Writer& w, const Record& record) {
 
 }  // namespace json
 
-// Errors: domain "json", the text names the coding path and what was expected there.
+// Errors: domain "json"; the text contains the coding path and the expected type.
 template <class T>
 Result<T> decodeJson(BytesView bytes) {
     const std::string_view source = asText(bytes);
-    // Checked beforehand in one go, which is faster than by the parser; a zero byte would end it.
+    // Checked in one pass, which is faster than in the parser. A zero byte would end parsing.
     if (!isUtf8(source) || source.find('\0') != std::string_view::npos)
         return Error{"json", 1, "The document is not UTF-8 text."};
-    // Parsed in place, so that its texts are not copied twice. Full precision: a double that was
-    // written must come back bit for bit. Iterative: a document nested deeper than the stack fails
-    // like any other that is not ours.
+    // Parsed in place, so that texts are not copied twice. Full precision: a double must be read
+    // exactly as it was written. Iterative: deep nesting must fail instead of overflowing the
+    // stack.
     std::string text(source);
     rapidjson::Document document;
     document.ParseInsitu<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseIterativeFlag>(
@@ -420,7 +421,7 @@ Result<T> decodeJson(BytesView bytes) {
 
 namespace json {
 
-// A writer that remembers whether it was given a number that JSON cannot express.
+// A writer that records whether it was given a number that JSON cannot represent.
 template <class Base>
 class FiniteWriter : public Base {
   public:
@@ -438,7 +439,7 @@ class FiniteWriter : public Base {
 class CompactWriter : public FiniteWriter<rapidjson::Writer<rapidjson::StringBuffer>> {
   public:
     using FiniteWriter::FiniteWriter;
-    // Copies a key or a text for which isPlain() is true.
+    // Writes a key or a text for which isPlain() is true.
     bool plainText(std::string_view text) {
         Prefix(rapidjson::kStringType);
         char* const out = os_->Push(text.size() + 2);

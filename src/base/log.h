@@ -7,15 +7,16 @@
 
 namespace tembrix {
 
-// Where log lines go. There are no levels: a line opens with its subject and an emoji by outcome.
-// Safe to call from any thread.
+// Receives log lines. There are no levels: a line starts with an emoji for the outcome and its
+// subject. Thread-safe.
 class Log {
   public:
     virtual ~Log() = default;
     virtual void line(std::string_view text) = 0;
 };
 
-// Lines to standard output, flushed one by one so that a killed process leaves its last words.
+// Writes lines to standard output and flushes each one, so that none is lost if the process is
+// killed.
 class StandardLog final : public Log {
   public:
     void line(std::string_view text) override;

@@ -8,8 +8,8 @@
 
 namespace tembrix {
 
-// Why something failed. `text` is what the user or the log reads; `domain` and `code` tell failures
-// apart.
+// Why an operation failed. `text` is for the user or the log; `domain` and `code` identify the
+// failure.
 struct Error {
     std::string domain;
     int code = 0;
@@ -18,7 +18,7 @@ struct Error {
     bool operator==(const Error&) const = default;
 };
 
-// A value or the reason why there is none. Failures are values here: no exception crosses a port.
+// A value or an error. Failures are values: no exception crosses a port.
 template <class T>
 class [[nodiscard]] Result {
   public:

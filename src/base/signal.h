@@ -8,7 +8,7 @@
 
 namespace tembrix {
 
-// Keeps an observer connected; ends the connection when it is destroyed or reset. Move-only.
+// Keeps an observer connected and disconnects it when it is destroyed or reset. Move-only.
 class [[nodiscard]] Subscription {
   public:
     Subscription() = default;
@@ -35,8 +35,8 @@ class [[nodiscard]] Subscription {
     std::function<void()> end_;
 };
 
-// Tells any number of observers, in the order in which they came. Observers may connect, disconnect
-// and emit from within a call. Belongs to one thread.
+// Notifies any number of observers, in the order of their connection. Observers may connect,
+// disconnect and emit while they are called. Must be used by one thread.
 template <class... Args>
 class Signal {
   public:

@@ -4,10 +4,10 @@
 
 namespace tembrix {
 
-// "HH:MM:SS" of whole seconds, truncated. Finite values only.
+// "HH:MM:SS", truncated to whole seconds. Finite values only.
 std::string formatTimeLong(double seconds);
 
-// "MM:SS", minutes not wrapped at 60. Finite values only.
+// "MM:SS"; the minutes may exceed 59. Finite values only.
 std::string formatTimeShort(double seconds);
 
 }  // namespace tembrix

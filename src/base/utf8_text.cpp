@@ -36,7 +36,8 @@ bool isWhiteSpace(utf8proc_int32_t c) {
 bool isAlphanumeric(utf8proc_int32_t c) {
     if (c < 0)
         return false;
-    const auto category = utf8proc_category(c);  // letters, marks and numbers come first in order
+    // Letters, marks and numbers are the first categories.
+    const auto category = utf8proc_category(c);
     return category >= UTF8PROC_CATEGORY_LU && category <= UTF8PROC_CATEGORY_NO;
 }
 
@@ -46,7 +47,7 @@ void append(std::string& out, utf8proc_int32_t codepoint) {
     out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length));
 }
 
-// The text without the leading and trailing characters that `drop` accepts.
+// The text without leading and trailing characters for which `drop` returns true.
 template <class Drop>
 std::string_view stripped(std::string_view text, Drop drop) {
     std::size_t begin = text.size();
@@ -141,7 +142,8 @@ bool containsIgnoringCase(std::string_view text, std::string_view part) {
 
 bool isUtf8(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
-        // Whole documents are checked, and most of their bytes are ASCII: eight at a time.
+        // Whole documents are checked, and most of their bytes are ASCII, so eight are checked at a
+        // time.
         std::uint64_t eight = 0;
         if (at + sizeof eight <= text.size()) {
             std::memcpy(&eight, text.data() + at, sizeof eight);

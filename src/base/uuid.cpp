@@ -11,8 +11,8 @@ constexpr std::array<int, 16> digitAt = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 
 constexpr std::array<int, 4> hyphenAt = {8, 13, 18, 23};
 constexpr char digits[] = "0123456789ABCDEF";
 
-// Value of every hex digit, -1 for any other byte: a document of ten thousand stamps reads as many
-// of these.
+// The value of each hex digit, -1 for any other byte. A table, because reading a document parses
+// tens of thousands of ids.
 constexpr std::array<std::int8_t, 256> makeDigitValues() {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
@@ -82,6 +82,7 @@ std::string freshId() {
 std::size_t std::hash<tembrix::Uuid>::operator()(const tembrix::Uuid& id) const noexcept {
     std::uint64_t halves[2];
     std::memcpy(halves, id.bytes().data(), 16);
-    // Fixed ids such as the drawings line differ only in the last bytes: mix both halves.
+    // Fixed ids such as that of the drawings line differ only in the last bytes, so both halves are
+    // mixed.
     return static_cast<std::size_t>((halves[0] * 0x9E3779B97F4A7C15ull) ^ halves[1]);
 }

@@ -28,7 +28,7 @@ class Uuid {
     std::array<std::uint8_t, 16> bytes_{};
 };
 
-// A fresh identifier as upper-case text, the form in which most records carry theirs.
+// A new identifier as upper-case text, as most records store it.
 std::string freshId();
 
 }  // namespace tembrix

@@ -53,7 +53,7 @@ namespace tembrix {
 
 namespace {
 
-constexpr double quitPatience = 2.0;  // seconds for file writes under way
+constexpr double quitPatience = 2.0;  // seconds to wait for file writes
 constexpr QSize listSize{1080, 720};
 
 KeyPress keyPress(const QKeyEvent& event) {
@@ -63,7 +63,7 @@ KeyPress keyPress(const QKeyEvent& event) {
             std::move(native.characters)};
 }
 
-// The adapters: the machine as the core sees it.
+// The adapters that implement the ports on this machine.
 struct Machine {
     explicit Machine(const std::filesystem::path& folder) : resources(folder) {}
 
@@ -145,7 +145,7 @@ Application::Parts::~Parts() {
     listWindow.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     core.storage.applicationWillTerminate();
-    // The working copy is stored already. Work that does not end in time must not keep the process
+    // The working copy has been stored. Work that does not end in time must not keep the process
     // alive.
     if (!machine.scheduler.drain(quitPatience))
         std::_Exit(0);
@@ -172,7 +172,7 @@ void Application::Parts::makeListWindow() {
 
 void Application::prepare() {
 #ifdef __GLIBC__
-    // Every background thread would keep the room of the largest document that it ever had in hand.
+    // Each thread would have its own heap and keep the memory of the largest document it has used.
     mallopt(M_ARENA_MAX, 2);
 #endif
     MpvPlayerFactory::prepareApplication();

@@ -10,21 +10,21 @@ namespace tembrix {
 
 class CoreServices;
 
-// The program: makes the adapters, the services of the core on them, and the windows. Created after
-// the QApplication, on the main thread.
+// The program: creates the adapters, the core services and the windows. Created after the
+// QApplication, on the main thread.
 class Application {
   public:
-    // Before the QApplication is made.
+    // Must be called before the QApplication is created.
     static void prepare();
 
-    // `resources` holds texts, collections and guides.
+    // `resources` contains texts, collections and guides.
     explicit Application(std::filesystem::path resources);
     ~Application();
 
-    // Makes everything, starts the services and shows the list window. Called once, before anything
-    // below.
+    // Creates and starts the services and shows the list window. Called once, before any other
+    // function.
     void start();
-    void bringForward();  // the list window, also one that was closed
+    void bringForward();  // shows the list window, even if it was closed
 
     QWidget& listWindow();
     CoreServices& core() const;
@@ -35,7 +35,7 @@ class Application {
     std::unique_ptr<Parts> parts_;
 };
 
-// The resources of an installed program, or those of the source tree that the program was built in.
+// The resources of the installed program, or those of the source tree in which it was built.
 std::filesystem::path findResources();
 
 }  // namespace tembrix

@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-// The user's folders as the platform names them. Nothing here is made by naming it.
+// The user's folders as defined by the platform. They may not exist yet.
 struct Directories {
     std::filesystem::path documents;           // the user's document folder
     std::filesystem::path applicationSupport;  // the user's data folder

@@ -12,7 +12,7 @@
 
 namespace tembrix {
 
-// Pictures to and from files. Safe from any thread. Errors: domain "image".
+// Decodes and encodes pictures. Thread-safe. Errors: domain "image".
 class ImageCodec {
   public:
     virtual ~ImageCodec() = default;
@@ -23,7 +23,7 @@ class ImageCodec {
 
 enum class FontWeight { regular, semibold };
 
-// A run of text in one color and weight; a line feed inside breaks the line.
+// A text in one color and weight. Line feeds break the line.
 struct TextRun {
     std::string text;
     Color color;
@@ -37,22 +37,22 @@ struct RichText {
     bool operator==(const RichText&) const = default;
 };
 
-// Measures text in the program's font.
+// Measures text in the font of the program.
 class TextMeasure {
   public:
     virtual ~TextMeasure() = default;
-    // Size of the text wrapped at `width`, height unbounded.
+    // The size of the text wrapped at `width`, with unlimited height.
     virtual Size boundingSize(const RichText& text, double width) const = 0;
 };
 
-// What a picture shows, back to front, in pixels from the top left.
+// The elements of a picture, back to front, in pixels from the top left.
 struct FillRect {
     Rect rect;
     Color color;
     bool operator==(const FillRect&) const = default;
 };
 struct DrawText {
-    Rect rect;  // left aligned, wrapped, truncated with an ellipsis at the end
+    Rect rect;  // left-aligned, wrapped, elided at the end
     RichText text;
     bool operator==(const DrawText&) const = default;
 };
@@ -62,7 +62,7 @@ struct DisplayList {
     bool operator==(const DisplayList&) const = default;
 };
 
-// Paints a display list on a transparent ground. Safe from any thread.
+// Paints a display list on a transparent background. Thread-safe.
 class PictureRenderer {
   public:
     virtual ~PictureRenderer() = default;

@@ -7,7 +7,7 @@
 
 namespace tembrix {
 
-// Bytes by account, kept apart from the rest of the user's data so that they survive its loss.
+// Stores bytes by account, separate from the rest of the user's data so that they survive its loss.
 class Keychain {
   public:
     virtual ~Keychain() = default;

@@ -12,7 +12,7 @@ struct OpenPanelRequest {
     std::string title;
     std::string message;
     std::vector<std::string> extensions;  // without dots, lower case; empty allows all
-    std::string kindName;                 // what the extensions are called, for the filter
+    std::string kindName;                 // name of the kind of file, shown in the filter
     bool multiple = false;
     bool folders = false;
 };
@@ -23,8 +23,8 @@ struct SavePanelRequest {
     std::string extension;  // without dot; appended if the user types none
 };
 
-// Questions to the user. Always asynchronous: a call returns at once and its answer comes later on
-// the main thread, exactly once. Canceled gives an empty answer.
+// Asks the user questions. A call returns immediately. Its answer is delivered later on the main
+// thread, exactly once. If the user cancels, the answer is empty.
 class Panels {
   public:
     virtual ~Panels() = default;
@@ -36,7 +36,7 @@ class Panels {
                        std::function<void()> closed = {}) = 0;
     virtual void confirm(const std::string& title, const std::string& message,
                          const std::string& confirmText, std::function<void(bool)> answer) = 0;
-    // Shows a folder in the system's file browser, or a page in its web browser.
+    // Shows a folder in the system's file browser, or a page in the web browser.
     virtual void reveal(const std::filesystem::path& folder) = 0;
     virtual void browse(const std::string& url) = 0;
 };

@@ -23,8 +23,8 @@ class TextMeasure;
 class Texts;
 class UserDefaults;
 
-// Everything that the core asks of a machine: one implementation of every port. The program fills
-// it with adapters, a test with fakes. What it refers to outlives the CoreServices made from it.
+// One implementation of every port. The program uses adapters, tests use fakes. The referenced
+// objects must outlive the CoreServices created with them.
 struct Platform {
     Log& log;
     Directories directories;

@@ -13,12 +13,12 @@ struct ProcessOutcome {
     std::string output;  // standard output and standard error in one stream
 };
 
-// Runs programs. Errors: domain "process", the program could not be started.
+// Runs programs. Errors: domain "process" if the program cannot be started.
 class ProcessRunner {
   public:
     virtual ~ProcessRunner() = default;
-    // Blocks until the program ends; from a background thread. A request to stop kills the program
-    // within a tenth of a second.
+    // Blocks until the program ends; call it on a background thread. A stop request kills the
+    // program within a tenth of a second.
     virtual Result<ProcessOutcome> run(const std::string& program,
                                        const std::vector<std::string>& arguments,
                                        std::stop_token stop = {}) = 0;

@@ -8,12 +8,12 @@
 
 namespace tembrix {
 
-// Raw data by key in the binary property list format. Errors: domain "propertyList".
+// Encodes and decodes binary property lists of data by key. Errors: domain "propertyList".
 class PropertyList {
   public:
     virtual ~PropertyList() = default;
     virtual Result<Bytes> encode(const std::map<std::string, Bytes>& values) const = 0;
-    // Entries that are not data are left out.
+    // Entries of other types than data are ignored.
     virtual Result<std::map<std::string, Bytes>> decode(BytesView file) const = 0;
 };
 

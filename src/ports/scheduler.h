@@ -8,14 +8,14 @@
 
 namespace tembrix {
 
-// A pending timer. Destroying it cancels it, so an owner that holds its timers holds them weakly in
-// turn: no call reaches an owner that is gone.
+// A pending timer. Destroying it cancels it, so that an owner that has its timers as members is not
+// called after its destruction.
 class Timer {
   public:
     virtual ~Timer() = default;
 };
 
-// Runs tasks one after the other on a background thread, in the order given.
+// Runs tasks in the background one after the other, in the order given.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;
@@ -24,7 +24,7 @@ class SerialQueue {
 
 enum class Priority { utility, userInitiated };
 
-// Time and threads as a dependency. Tests run on a virtual one.
+// Provides time and threads. Tests use a virtual scheduler.
 class Scheduler {
   public:
     using Task = std::function<void()>;
@@ -36,10 +36,10 @@ class Scheduler {
 
     virtual bool isMain() const = 0;
     virtual void onMain(Task task) = 0;  // asynchronous, in order; from any thread
-    // Runs the task on the main thread and waits for it; at once if already there.
+    // Runs the task on the main thread and waits for it; runs it directly if already there.
     virtual void onMainAndWait(Task task) = 0;
 
-    // From the main thread only; the task runs there.
+    // Called on the main thread only; the task runs there.
     [[nodiscard]] virtual std::unique_ptr<Timer> after(double seconds, Task task) = 0;
     [[nodiscard]] virtual std::unique_ptr<Timer> every(double seconds, Task task) = 0;
 

@@ -8,7 +8,8 @@
 
 namespace tembrix {
 
-// Texts of the user interface by key, in the language in use. An unknown key gives the key itself.
+// Texts of the user interface by key, in the current language. For an unknown key, the key is
+// returned.
 class Texts {
   public:
     virtual ~Texts() = default;
@@ -29,7 +30,7 @@ class Texts {
     }
 };
 
-// The user's language and its customs.
+// The user's language and formats.
 class Locale {
   public:
     virtual ~Locale() = default;

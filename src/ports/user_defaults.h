@@ -16,8 +16,8 @@
 
 namespace tembrix {
 
-// A part of a large value. Pieces are immutable and shared, so that a value of which one piece
-// changed is handed over without copying the others. Equal bytes have equal hashes.
+// A part of a large value. Pieces are immutable and shared, so that a value of which one piece has
+// changed is passed on without copying the others. Equal bytes have equal hashes.
 struct ValuePiece {
     explicit ValuePiece(Bytes content) : bytes(std::move(content)), hash(contentHash(bytes)) {}
 
@@ -39,7 +39,7 @@ inline Bytes joined(const ValuePieces& pieces) {
 
 enum class StorageFault { other, diskFull, readOnly, unreachable };
 
-// Whether all values are on the disk, and if not, why.
+// Whether all values are stored on the disk and, if not, the reason.
 struct DefaultsStatus {
     bool allStored = true;
     std::string reason;  // in English, for the log
@@ -47,10 +47,10 @@ struct DefaultsStatus {
     bool operator==(const DefaultsStatus&) const = default;
 };
 
-// Values by key that survive the process. A stored value is safe from a killed process as soon as
-// the call returns. A value read as another kind than it was stored as is absent. A value that
-// cannot be stored is kept in memory, is read from there, and is stored as soon as that is
-// possible; `status` says so meanwhile. Safe for concurrent use from any thread.
+// Values by key that are kept after the process has ended. When a call returns, the value is safe
+// even if the process is killed. A value read with another type than it was stored with is absent.
+// A value that cannot be stored is kept in memory, read from there, and stored as soon as possible;
+// `status` reports this. Thread-safe.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
@@ -61,31 +61,31 @@ class UserDefaults {
     virtual bool boolean(std::string_view key) const = 0;  // false when absent
 
     virtual void setData(std::string_view key, BytesView value) = 0;
-    // Stores the joined pieces as the data of the key. Pieces that the stored value has already
-    // are not written again.
+    // Stores the joined pieces as the data of the key. Pieces that are already stored are not
+    // written again.
     virtual void setPieces(std::string_view key, const ValuePieces& pieces) = 0;
     virtual void setText(std::string_view key, std::string_view value) = 0;
     virtual void setDate(std::string_view key, Date value) = 0;
     virtual void setBoolean(std::string_view key, bool value) = 0;
     virtual void remove(std::string_view key) = 0;
 
-    // The keys that begin with `prefix`, in ascending order; all keys for an empty prefix.
+    // The keys that start with `prefix`, in ascending order; all keys for an empty prefix.
     virtual std::vector<std::string> keys(std::string_view prefix) const = 0;
 
-    // Each change of a value gets a number greater than all before. 0 for a key that was never
-    // set, and for values from before there were numbers.
+    // Each change of a value gets a higher number than all earlier changes. 0 for a key that was
+    // never set or was set before numbers were introduced.
     virtual std::uint64_t changeNumber(std::string_view key) const = 0;
-    // Change numbers are comparable between stores of the same identity only.
+    // Change numbers can be compared only between stores with the same identity.
     virtual std::string identity() const = 0;
-    // Later changes get numbers greater than `last`, if that is a number of this store. A store
-    // whose identity cannot be read now takes the given one.
+    // Makes later changes get higher numbers than `last` if that is a number of this store. A store
+    // whose identity cannot be read at present uses the given one.
     virtual void continueNumbers(std::string_view identity, std::uint64_t last) = 0;
 
-    // Tries again to store what was refused, and waits until everything stored is on the disk.
+    // Tries again to store refused values, and waits until all stored values are on the disk.
     virtual void makeDurable() = 0;
     virtual DefaultsStatus status() const = 0;
-    // Called after each change of the status, on the thread that caused it. An empty function
-    // ends it; no call is running when the setter returns.
+    // Sets a function that is called after each change of the status, on the thread that caused it.
+    // An empty function removes it; no call is running when the setter returns.
     virtual void setStatusChanged(std::function<void()> changed) = 0;
 };
 

@@ -1,4 +1,4 @@
-// A collection of the user's own beside the ones that come with the program.
+// The user's own collection in addition to the standard ones.
 
 #include <QApplication>
 #include <QComboBox>

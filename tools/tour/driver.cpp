@@ -16,7 +16,7 @@ namespace tembrix::tour {
 
 namespace {
 
-// Keys go through the platform's own entry, so that the program's key monitor sees them first.
+// Keys are sent to the window, so that the program's key monitor receives them first.
 QWindow* keyboardWindow() {
     if (QWidget* popup = QApplication::activePopupWidget())
         return popup->windowHandle();
@@ -139,7 +139,7 @@ void Driver::chooseEntry(const QString& entry) const {
 }
 
 void Driver::hover(QWidget* widget, const QPoint& place) const {
-    // The pointer comes from somewhere: a first movement only enters.
+    // The first movement only enters the widget.
     QTest::mouseMove(widget, place + QPoint(4, 0));
     QTest::qWait(150);
     QTest::mouseMove(widget, place);
@@ -180,7 +180,7 @@ void Driver::picture(const QString& name, QWidget* window) const {
     QTest::qWait(120);
     const QString file = QString::fromStdString(
         (output_ / (std::to_string(++pictures_) + "-" + name.toStdString() + ".png")).string());
-    // From the screen where the window is on it, so that the video's own surface is in the picture.
+    // Taken from the screen, so that the surface of the video is included.
     window->screen()->grabWindow(window->winId()).save(file);
     say("picture: " + name);
 }

@@ -9,25 +9,25 @@
 
 namespace tembrix::tour {
 
-// A step of the tour did not come to its end; the text says which and why.
+// A step of the tour has failed; the text contains the step and the reason.
 struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Drives the real windows as a user does: keys go to whatever has the keyboard, clicks to visible
-// controls, and every wait lets the program run. Controls are found by their object names.
+// Drives the real windows like a user: sends keys to the focused widget and clicks to visible
+// controls, and processes events while waiting. Controls are found by their object names.
 class Driver {
   public:
     explicit Driver(std::filesystem::path output);
 
     void say(const QString& text) const;
 
-    // Lets the program run until the condition holds; fails after `seconds`.
+    // Processes events until the condition is true; fails after `seconds`.
     void waitFor(const QString& what, const std::function<bool()>& condition,
                  double seconds = 15) const;
     void pause(double seconds) const;
 
-    // The visible control of this name; waits for it.
+    // Waits for the visible control with this name and returns it.
     QWidget* control(const QString& name) const;
     bool isVisible(const QString& name) const;
     void waitGone(const QString& name) const;
@@ -38,19 +38,19 @@ class Driver {
               const std::function<void()>& halfWay = {}) const;
     void key(int key, Qt::KeyboardModifiers modifiers = {}) const;
     void type(const QString& text) const;
-    // Opens the menu of a button by keyboard and chooses an entry by its name.
+    // Opens the menu of a button by keyboard and chooses the entry with this name.
     void choose(const QString& button, const QString& entry) const;
-    // Asks for the menu of what has the keyboard, or of a place; chooseEntry() ends it.
+    // Opens the context menu of the focused widget or at a position; chooseEntry() closes it.
     void openMenu() const;
     void openMenuAt(QWidget* widget, const QPoint& place) const;
-    void chooseEntry(const QString& entry) const;  // of the open menu, by keyboard
+    void chooseEntry(const QString& entry) const;  // chooses from the open menu by keyboard
     void hover(QWidget* widget, const QPoint& place) const;
-    QDialog* sheet() const;                      // the sheet that has the keyboard; waits for it
-    void noSheet() const;                        // waits until there is none
+    QDialog* sheet() const;  // waits for the sheet with the focus and returns it
+    void noSheet() const;    // waits until there is none
     QWidget* window(const QString& name) const;  // a top-level window
     void activate(const QString& window) const;
 
-    // A picture of one window, or of the whole screen, in the output folder.
+    // Saves a picture of one window or of the whole screen in the output folder.
     void picture(const QString& name, QWidget* window) const;
     void screen(const QString& name) const;
 

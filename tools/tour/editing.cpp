@@ -1,4 +1,4 @@
-// What is done to marks and timelines once they stand.
+// Edits marks and timelines.
 
 #include <QApplication>
 #include <QDialog>
@@ -16,13 +16,13 @@ TimelineCanvas* canvas(const Stage& stage) {
     return stage.driver.window("timelines")->findChild<TimelineCanvas*>();
 }
 
-// Of the part of a stamp that is in view.
+// The middle of the visible part of a stamp.
 QPoint middleOf(const Stage& stage, std::size_t row, std::size_t stamp) {
     const TimelineCanvas* axis = canvas(stage);
     return axis->stampArea(row, stamp).intersected(axis->rect()).center().toPoint();
 }
 
-// The first entry of the open sheet that is not chosen yet.
+// Chooses the first entry of the open sheet that is not chosen yet.
 void chooseOneMore(const Stage& stage) {
     for (auto* button : stage.driver.sheet()->findChildren<QPushButton*>()) {
         if (button->isCheckable() && !button->isChecked())
@@ -31,7 +31,7 @@ void chooseOneMore(const Stage& stage) {
     throw Failure("the sheet has nothing to choose");
 }
 
-// Opens the sheet of a stamp's labels or events, chooses one more and takes it.
+// Opens the sheet for the labels or the events of a stamp, chooses one more and accepts.
 void editItems(const Stage& stage, const QString& entry, const QString& picture) {
     stage.driver.openMenuAt(canvas(stage), middleOf(stage, 1, 1));
     stage.driver.chooseEntry(entry);

@@ -1,4 +1,4 @@
-// The timeline becomes a film, and the film shows what was marked.
+// Exports a timeline to a film and checks its content.
 
 #include <QDialog>
 #include <cmath>
@@ -15,7 +15,7 @@ namespace tembrix::tour {
 
 namespace {
 
-// Every cut of the film begins with the very frame that its stamp begins with.
+// Checks that every cut of the film starts with the first frame of its stamp.
 void checkTheFilm(Stage& stage, const std::filesystem::path& film) {
     const CutPlanInput input{stage.lines(), *stage.project().timeline.selectedLineID,
                              *stage.core().tagLibrary.merged,
@@ -34,7 +34,7 @@ void checkTheFilm(Stage& stage, const std::filesystem::path& film) {
         const auto have = readFrameNumber(*shown);
         std::printf("  cut at %7.3f s: frame %d of the video, %d in the film\n", start,
                     want.value_or(-1), have.value_or(-1));
-        // The film's frame lies up to one film frame after the cut's start.
+        // The frame of the film may be up to one film frame after the start of the cut.
         if (!want || !have || *have < *want || *have > *want + 1)
             throw Failure("the film does not show the frame of its cut");
         place += cut.timeRange.duration.seconds();

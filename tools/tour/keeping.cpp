@@ -1,4 +1,4 @@
-// The library, and what becomes of it when files move or vanish.
+// The library, and what happens when files are moved or vanish.
 
 #include <QApplication>
 #include <QDialog>
@@ -72,7 +72,7 @@ void keepTheLibrary(Stage& stage) {
     stage.closeProject();
 }
 
-// A file that is no video costs a text, nothing else.
+// Opening a file that is not a video only shows a message.
 void openGarbage(Stage& stage) {
     const Driver& driver = stage.driver;
     driver.say("A file that is no video is added and opened");

@@ -11,7 +11,7 @@ namespace tembrix::tour {
 
 namespace {
 
-// What the process holds in memory, as the system counts it.
+// The resident memory of the process.
 long residentMegabytes() {
     std::ifstream pages("/proc/self/statm");
     long total = 0;
@@ -38,7 +38,7 @@ void addTheVideo(Stage& stage) {
     driver.picture("match-information", driver.control("videosViewTitleMatchInfo"));
     driver.key(Qt::Key_Return);
     driver.waitGone("videosViewTitleMatchInfo");
-    driver.pause(1.0);  // the preview picture comes by itself
+    driver.pause(1.0);  // the preview picture appears
     driver.picture("list", &stage.application().listWindow());
 
     driver.say("Return opens it as a project: three windows");
@@ -61,7 +61,7 @@ void mark(Stage& stage) {
     driver.waitFor("the note's stamp", [&] { return stage.stampCount() == 1; });
 
     stage.playUntil(13);
-    driver.key(Qt::Key_Z);  // an interval opens
+    driver.key(Qt::Key_Z);  // starts an interval
     stage.playUntil(16);
     driver.key(Qt::Key_G);  // a goal, with labels
     driver.sheet();
@@ -74,7 +74,7 @@ void mark(Stage& stage) {
     stage.waitForPlaying();
     stage.playUntil(19);
     driver.screen("open-interval");
-    driver.key(Qt::Key_Z);  // and closes
+    driver.key(Qt::Key_Z);  // ends the interval
     driver.waitFor("the interval's stamp", [&] { return stage.stampCount() == 3; });
     stage.waitForPlaying();
 

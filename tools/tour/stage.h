@@ -11,40 +11,40 @@
 
 namespace tembrix::tour {
 
-// What the chapters of the tour share: the running program, the hands that drive it, and the
-// questions that the chapters ask of it. A chapter begins where the one before it ended.
+// The state shared by the chapters of the tour: the running program, its driver and queries. Each
+// chapter starts where the previous one ended.
 class Stage {
   public:
     Stage(const std::filesystem::path& video, const std::filesystem::path& output);
     ~Stage();
 
-    // Quits the program and starts it again, with `between` done while it does not run.
+    // Quits the program, calls `between` and starts it again.
     void restart(const std::function<void()>& between);
 
     Application& application() { return *application_; }
     CoreServices& core() const { return application_->core(); }
-    Project& project() const { return *core().windows.project(); }  // one is open
+    Project& project() const { return *core().windows.project(); }  // must be open
 
     double now() const;
     const TimelineLines& lines() const { return *project().timeline.lines; }
     std::size_t stampCount() const;
     void playUntil(double seconds) const;
     void waitForPlaying() const;
-    // Answers a file panel; its own fields are the toolkit's.
+    // Enters a path into a file panel of Qt.
     void choosePath(const QString& panel, const std::filesystem::path& path) const;
     void addLine(const QString& name) const;
-    void openVideo() const;  // the one that the list stands on
+    void openVideo() const;  // opens the video selected in the list
     void closeProject() const;
 
     const Driver driver;
-    // The match video, in a folder of the tour's own: a chapter moves it.
+    // The match video. It is in a folder of the tour, because a chapter moves it.
     std::filesystem::path video;
 
   private:
     std::unique_ptr<Application> application_;
 };
 
-// The chapters, in the order in which they play.
+// The chapters in their order.
 void addTheVideo(Stage& stage);
 void mark(Stage& stage);
 void edit(Stage& stage);

@@ -1,6 +1,7 @@
-// The demo tour: from an empty library to a film, through the real windows, by keyboard wherever a
-// user could.
-//   demo_tour VIDEO OUTPUT
+// The demo tour: from an empty library to a film, through the real windows, by keyboard where
+// possible.
+//
+//     demo_tour VIDEO OUTPUT
 
 #include <QApplication>
 #include <QPixmap>

@@ -18,19 +18,18 @@
 
 namespace tembrix {
 
-// The one place where the services of the process are made and connected. Each member needs only
-// members above it. What belongs to an open video is in Project, which `windows` makes. The
-// program, the tests, the benchmarks and the demo tour all work with one of these; they differ in
-// the platform. Main thread only.
+// Creates and connects all services of the process. Each member uses only members above it. What
+// belongs to an open video is in Project, which `windows` creates. The program, the tests, the
+// benchmarks and the demo tour all use this class, each with its own platform. Main thread only.
 class CoreServices {
   public:
-    // Makes and connects the services. Nothing is read yet.
+    // Creates and connects the services. Nothing is read yet.
     CoreServices(const Platform& platform, WindowFactory& windowFactory);
     ~CoreServices();
     CoreServices(const CoreServices&) = delete;
     CoreServices& operator=(const CoreServices&) = delete;
 
-    // The start of the program, once, in the stages of StartUp.
+    // Starts the program in the stages of StartUp. Called once.
     void start();
 
     const Platform platform;

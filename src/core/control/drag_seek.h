@@ -9,8 +9,8 @@
 
 namespace tembrix {
 
-// Seeks for a hand that drags: at most once per interval, but always to where the hand came to
-// rest, so that the picture is that of the edge under the pointer. Main thread only.
+// Limits the seeks of a drag to one per interval. The last position is always reached, so that the
+// picture matches the edge under the pointer. Main thread only.
 class DragSeek {
   public:
     static constexpr double seekThrottleInterval = 0.033;  // seconds
@@ -19,13 +19,13 @@ class DragSeek {
         : playhead_(playhead), scheduler_(scheduler) {}
 
     void seek(double seconds);
-    void drop() { waiting_.reset(); }  // what has not been sought yet
+    void drop() { waiting_.reset(); }  // discards a seek that is still waiting
 
   private:
     Playhead& playhead_;
     Scheduler& scheduler_;
     std::optional<double> lastSeekTime_;
-    std::optional<double> waiting_;  // the place to seek once the interval has passed
+    std::optional<double> waiting_;  // the position to seek to when the interval has passed
     std::unique_ptr<Timer> timer_;
 };
 

@@ -18,11 +18,11 @@
 
 namespace tembrix {
 
-// The road from "edit labels" in a stamp's menu to the changed stamp. The stamp in hand is kept in
-// the user defaults, where the edit sheet reads it.
+// Edits the labels or the time events of a stamp from its context menu. The ids of the stamp and
+// its line are kept in the user defaults, where the edit sheet reads them.
 class StampEditing {
   public:
-    static constexpr double sheetDelay = 0.1;  // seconds, so that the menu is gone before
+    static constexpr double sheetDelay = 0.1;  // seconds; the menu is closed by then
 
     StampEditing(TimelineDataManager& timeline, const TagLibraryManager& tagLibrary,
                  UserDefaults& defaults, Scheduler& scheduler)
@@ -31,12 +31,12 @@ class StampEditing {
           defaults_(defaults),
           scheduler_(scheduler) {}
 
-    // Present while the edit sheet is open.
+    // The open edit sheet, if any.
     Published<std::optional<StampEditSheetType>> sheetType;
 
     void request(const Uuid& line, const Uuid& stamp, StampEditSheetType type);
 
-    // What the selection sheet starts from; absent if the stamp cannot be found.
+    // The arguments of the selection sheet; absent if the stamp cannot be found.
     std::optional<StampItemsSelection::Arguments> arguments(StampEditSheetType type) const;
     void finish(std::vector<std::string> ids);
     void cancel() { sheetType.set({}); }

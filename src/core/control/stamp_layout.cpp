@@ -8,7 +8,7 @@ namespace tembrix {
 
 namespace {
 
-// Counts of values by rank, with prefix sums in log n.
+// Counts values by rank. The counts below a rank are computed in log n.
 class Tally {
   public:
     explicit Tally(std::size_t ranks) : sums_(ranks + 1, 0) {}
@@ -16,7 +16,7 @@ class Tally {
         for (std::size_t i = rank + 1; i < sums_.size(); i += i & (~i + 1))
             sums_[i] += count;
     }
-    int below(std::size_t rank) const {  // ranks 0 .. rank - 1
+    int below(std::size_t rank) const {  // for the ranks 0 .. rank - 1
         int sum = 0;
         for (std::size_t i = rank; i > 0; i -= i & (~i + 1))
             sum += sums_[i];
@@ -28,14 +28,14 @@ class Tally {
 };
 
 struct Span {
-    std::size_t start;  // ranks among all times of the line
+    std::size_t start;  // index in the sorted times of the line
     std::size_t finish;
     std::size_t index;
 };
 
-// For each span, the spans before it that start at its finish or later and finish at its start or
-// earlier. Among spans that do not run backwards only coinciding moments do that. Divides by order
-// and sweeps by start.
+// Counts, for each span, the earlier spans that start at its finish or later and finish at its
+// start or earlier. If start <= finish for both, this is possible only for spans of length 0 at the
+// same time. Divides the spans by order and sweeps each half by time.
 void countOutside(std::vector<Span>& spans, std::size_t first, std::size_t last, Tally& finishes,
                   std::vector<int>& counts) {
     if (last - first < 2)
@@ -73,9 +73,10 @@ std::vector<int> overlapLevels(const Stamps& stamps) {
                                         times.begin());
     };
 
-    // An earlier stamp overlaps if it starts before this one's finish and does not finish by this
-    // one's start: those that start early enough, less those that finish too early, plus those that
-    // were taken off without having been counted, which only moments and backward stamps can be.
+    // An earlier stamp overlaps this one if it starts before the finish and finishes after the
+    // start of this one. The count is the number of earlier stamps that start before the finish,
+    // minus those that finish by the start, plus those that were subtracted without having been
+    // counted. The last ones can only be stamps of length 0 or with finish < start.
     std::vector<int> levels(stamps.size(), 0);
     std::vector<Span> spans;
     bool backward = false;

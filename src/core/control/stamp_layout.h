@@ -9,12 +9,12 @@
 
 namespace tembrix {
 
-// For each stamp the number of stamps before it in the line that overlap it. n log n.
+// The number of earlier stamps in the line that each stamp overlaps. Runs in n log n.
 std::vector<int> overlapLevels(const Stamps& stamps);
 
-// Where a stamp is drawn in its row, the row's top at 0.
+// The area of a stamp in its row; the top of the row is at 0.
 Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis);
-// The same for a place and a width on the axis, of a stamp whose edge is being dragged.
+// The same for a position and a width on the axis, used while an edge is dragged.
 Rect stampRect(double x, double width, int level, const TimelineAxis& axis);
 
 }  // namespace tembrix

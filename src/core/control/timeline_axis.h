@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-// Numbers of the control window, points.
+// Dimensions of the control window in points.
 struct TimelineMetrics {
     static constexpr double rowHeight = 30;
     static constexpr double headerHeight = 30;
@@ -23,7 +23,8 @@ struct TimelineAxis {
     double interval = 0.5;  // seconds of one grid step
     double width = 0;       // points
 
-    // `available` is the window's width for the axis, `scale` the zoom with any pinch in progress.
+    // `available` is the width of the window for the axis, `scale` the zoom including a pinch in
+    // progress.
     static TimelineAxis make(double duration, double scale, double available) {
         return {duration, std::max(duration / (scale * 20), 0.5), available * std::max(scale, 1.0)};
     }

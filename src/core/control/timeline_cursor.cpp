@@ -54,7 +54,7 @@ TimelineCursor cursorAlongLine(const TimelineRows& rows, const TimelineCursor& c
     if (!current)
         return {line.id, nearestStamp(line, time)};
 
-    // Equal starts keep their order in the line, so that every stamp is reached.
+    // Stamps with equal starts are ordered as in the line, so that each one can be reached.
     using Place = std::tuple<double, std::size_t>;
     const auto place = [&](std::size_t index) {
         return Place(line.stamps[index]->timeStartSeconds, index);

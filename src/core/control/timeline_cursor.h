@@ -8,20 +8,21 @@
 
 namespace tembrix {
 
-// Where the keyboard stands in the rows: on a line and, if it has any, on one of its stamps. Ids,
-// so that it survives every change; what is gone reads as absent.
+// The keyboard cursor in the rows: a line and, if it has any, one of its stamps. It consists of
+// ids, so that it remains valid when the lines change. A removed line or stamp is treated as
+// absent.
 struct TimelineCursor {
     std::optional<Uuid> line;
     std::optional<Uuid> stamp;
     bool operator==(const TimelineCursor&) const = default;
 };
 
-// One line up (-1) or down (+1), to the stamp nearest in time to the present one or, without one,
-// to `time`.
+// Moves one line up (-1) or down (+1), to the stamp nearest in time to the current one or, if there
+// is none, to `time`.
 TimelineCursor cursorAcrossLines(const TimelineRows& rows, const TimelineCursor& cursor, int step,
                                  double time);
 
-// The previous (-1) or next (+1) stamp of the line in order of time.
+// Moves to the previous (-1) or next (+1) stamp of the line in order of time.
 TimelineCursor cursorAlongLine(const TimelineRows& rows, const TimelineCursor& cursor, int step,
                                double time);
 

@@ -57,7 +57,7 @@ void TimelineEditingModel::disappear() {
 
 void TimelineEditingModel::takeLines(const TimelineLines& lines) {
     const auto changed = rows_.update(lines);
-    // A gesture whose stamp is gone, or whose row is another now, has nothing left to do.
+    // A gesture is canceled if its stamp was removed or its row has changed.
     const bool lost = resize() ? !rows_.findStamp(resize()->stamp())
                       : move() ? move()->row() >= rows_.size() ||
                                      !rows_[move()->row()].stampIndex(move()->info().stampID)
@@ -65,7 +65,7 @@ void TimelineEditingModel::takeLines(const TimelineLines& lines) {
     if (lost)
         cancelGesture();
     rowsChanged.emit(changed);
-    // What the hand rests on may have another name, length or line now, or be gone.
+    // The hovered stamp may have been changed or removed.
     if (hovered_ && hoverText() != *hoveredStampInfo)
         showHover(hovered_);
 }
@@ -128,7 +128,7 @@ void TimelineEditingModel::moveLineBy(const Uuid& line, int step) {
     const auto row = rows_.indexOfLine(line);
     if (!row)
         return;
-    // Going down means that the line below goes up.
+    // Moving a line down is moving the next one above it.
     if (step < 0 && *row > 0)
         timeline_.moveLine(line, rows_[*row - 1].line->id);
     else if (step > 0 && *row + 1 < rows_.size())
@@ -219,7 +219,7 @@ void TimelineEditingModel::endMove(double y) {
     const StampMove done = *move();
     gesture_ = std::monostate();
     const std::size_t target = done.targetRow(y);
-    // The rows may have changed under the pointer.
+    // The rows may have changed during the drag.
     if (target < rows_.size() && rows_[target].line->id != done.info().lineID)
         timeline_.moveStamp(done.info(), rows_[target].line->id);
     gestureChanged.emit();
@@ -290,7 +290,7 @@ void TimelineEditingModel::moveCursorAlong(int step) {
 
 void TimelineEditingModel::goTo(const TimelineCursor& place) {
     cursor.set(place);
-    showHover(place.stamp);  // the keyboard learns of its stamp what the pointer would
+    showHover(place.stamp);  // shows the stamp's text as for the mouse pointer
 }
 
 void TimelineEditingModel::activateCursor() {
@@ -322,7 +322,7 @@ void TimelineEditingModel::moveCursorStamp(int step) {
     const std::size_t row = step < 0 ? hit->row - 1 : hit->row + 1;
     const Uuid target = rows_[row].line->id;
     timeline_.moveStamp({rows_[hit->row].line->id, *cursor->stamp}, target);
-    // The stamp has a new id on its new line, where it stands last.
+    // The moved stamp has a new id and is the last one on its new line.
     if (const auto moved = rows_.indexOfLine(target))
         if (!rows_[*moved].line->stamps.empty())
             goTo({target, rows_[*moved].line->stamps.back()->id});

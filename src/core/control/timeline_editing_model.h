@@ -33,8 +33,8 @@
 
 namespace tembrix {
 
-// The logic of the control window: zoom, selection, the gestures on stamps and lines, hover text
-// and the keyboard. The view gives it points on the axis and paints what it publishes. Lives as
+// The logic of the control window: zoom, selection, gestures on stamps and lines, hover text and
+// the keyboard cursor. The view passes points on the axis and paints the published state. Lives as
 // long as the window. Main thread only.
 class TimelineEditingModel {
   public:
@@ -48,32 +48,32 @@ class TimelineEditingModel {
                          const FocusStateManager& focus, UserDefaults& defaults,
                          Scheduler& scheduler, EventBus& events);
 
-    // The window comes on screen and leaves it.
+    // Called when the window is shown and hidden.
     void appear();
     void disappear();
 
     Published<MarkupMode> markupMode;
     Published<double> timelineScale{smallestScale};
     Published<double> magnifyScale{1.0};               // of a pinch in progress
-    Published<std::optional<double>> tagEdgePosition;  // x, while an edge is dragged
+    Published<std::optional<double>> tagEdgePosition;  // x in points, while an edge is dragged
     Published<bool> isEditorModeActive{false};
     Published<bool> isScreenshotDisplayActive{false};
     Published<std::optional<std::string>> hoveredStampInfo;
     Published<TimelineCursor> cursor;
-    Signal<> zoomChanged;                          // once per step, both scales being settled
-    Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to draw again
+    Signal<> zoomChanged;  // emitted once per step, after both scales have been updated
+    Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to repaint
     StampEditing editing;
 
     bool timelinesEnabled() const { return !*isEditorModeActive && !*isScreenshotDisplayActive; }
-    // While a drawing is edited, undo is the editor's.
+    // While a drawing is edited, undo belongs to the drawing editor.
     bool canTakeBack() const { return !*isEditorModeActive; }
     const TimelineRows& rows() const { return rows_; }
 
-    // The axis for a window that leaves `available` points for it.
+    // The axis for a window with `available` points for it.
     TimelineAxis axis(double available) const;
     double playheadX(const TimelineAxis& axis) const;
 
-    // An edge that is dragged holds the zoom: it counts in points of the axis.
+    // The zoom does not change while an edge is dragged, because the drag uses points on the axis.
     void zoomIn();
     void zoomOut();
     void magnify(double magnification);
@@ -83,47 +83,47 @@ class TimelineEditingModel {
     void setMode(MarkupMode mode) { markupModes_.setMarkupMode(mode); }
     bool canAddLine() const { return *markupMode == MarkupMode::standard; }
     void selectLine(const Uuid& line);
-    // A line was dropped on another, or below all of them: `text` is what it carried. Anything but
-    // a line's id is ignored.
+    // Handles a line that was dropped on another one or below all of them. `text` is the dragged
+    // text; it is ignored if it is not the id of a line.
     void dropLine(const std::string& text, const std::optional<Uuid>& currentLine);
-    void moveLineBy(const Uuid& line, int step);  // the same by keyboard, one place at a time
+    void moveLineBy(const Uuid& line, int step);  // moves by one place, for the keyboard
 
     void clickStamp(const Uuid& line, const Uuid& stamp);
     void clickBackground();
-    void seekTo(double x, const TimelineAxis& axis);  // a press or drag on the header
+    void seekTo(double x, const TimelineAxis& axis);  // for a press or drag on the header
     void removeStamp(const Uuid& line, const Uuid& stamp);
 
-    // The gesture on a stamp that is under way.
+    // The current gesture on a stamp.
     const StampResize* resize() const { return std::get_if<StampResize>(&gesture_); }
     const StampMove* move() const { return std::get_if<StampMove>(&gesture_); }
     void beginResize(const Uuid& line, const Uuid& stamp, ResizeEdge edge,
                      const TimelineAxis& axis);
-    void changeResize(double dx);  // points from where the edge stands
+    void changeResize(double dx);  // points from the current position of the edge
     void endResize();
     void beginMove(const Uuid& line, const Uuid& stamp);
     void changeMove(double dy);  // points since the press
     void endMove(double y);      // points below the top of the stamp's own row
-    void cancelGesture();        // back to where it was
+    void cancelGesture();        // restores the state before the gesture
     Signal<> gestureChanged;
 
-    // The pointer moved, `x` along the axis, `fromTop` below the top of the header; `timestamp` is
-    // the event's own time in seconds.
+    // The pointer has moved to `x` on the axis, `fromTop` points below the top of the header.
+    // `timestamp` is the time of the event in seconds.
     void hover(double timestamp, double x, double fromTop, const TimelineAxis& axis);
     void hoverEnded();
 
-    // Option+Delete; true if the press was taken.
+    // Handles Option+Delete. Returns true if the press was handled.
     bool handleKeyDown(const KeyPress& press);
 
     void moveCursorAcross(int step);
     void moveCursorAlong(int step);
-    void activateCursor();  // what a click on the stamp or the line does
+    void activateCursor();  // same as a click on the stamp or the line
     void nudgeCursor(ResizeEdge edge, int step);
-    void moveCursorStamp(int step);  // to the line above or below
+    void moveCursorStamp(int step);  // moves the stamp to the line above or below
 
   private:
     void takeLines(const TimelineLines& lines);
     void showHover(const std::optional<Uuid>& stamp);
-    std::optional<std::string> hoverText() const;  // of the hovered stamp
+    std::optional<std::string> hoverText() const;  // for the hovered stamp
     void zoomTo(double scale);
     void goTo(const TimelineCursor& place);
     void endResizing();

@@ -24,7 +24,7 @@ GripRects gripRects(const Rect& stamp, const TimelineAxis& axis) {
 }
 
 std::vector<std::size_t> TimelineRows::update(const TimelineLines& lines) {
-    // Lines that only changed places keep their levels.
+    // Lines that were only moved keep their levels.
     std::unordered_map<const TimelineLine*, std::vector<int>*> kept;
     for (auto& row : rows_)
         kept.emplace(&*row.line, &row.levels);

@@ -15,7 +15,7 @@ namespace tembrix {
 
 enum class ResizeEdge { left, right };
 
-// One line as the control window shows it.
+// A line with the data that the control window computes for it.
 struct TimelineRow {
     Cow<TimelineLine> line;
     std::vector<int> levels;  // the overlap level of each stamp
@@ -23,7 +23,7 @@ struct TimelineRow {
     std::optional<std::size_t> stampIndex(const Uuid& stamp) const;
 };
 
-// What lies under a point of the rows.
+// What is at a point of the rows.
 struct TimelineHit {
     std::size_t row = 0;
     std::optional<std::size_t> stamp;  // index in the row's line; absent on the background
@@ -31,20 +31,19 @@ struct TimelineHit {
     bool operator==(const TimelineHit&) const = default;
 };
 
-// The two grips of a stamp. They stand inside its ends, or beside them if the stamp is too short to
-// leave room for its body.
+// The two grips of a stamp. They are inside its ends or, if the stamp is too short, beside them.
 struct GripRects {
     Rect left;
     Rect right;
 };
 GripRects gripRects(const Rect& stamp, const TimelineAxis& axis);
 
-// The rows of the control window with what is worth keeping between repaints. Coordinates are
-// points: x along the axis, y from the top of the first row.
+// The rows of the control window, with cached layout. Coordinates are in points: x along the axis,
+// y from the top of the first row.
 class TimelineRows {
   public:
-    // Takes the lines as they are now and gives the indices of the rows that changed; all of them
-    // if rows came, went or changed places beyond what an index can tell.
+    // Replaces the lines. Returns the indices of the rows that changed; all of them if the number
+    // of lines has changed.
     std::vector<std::size_t> update(const TimelineLines& lines);
 
     std::size_t size() const { return rows_.size(); }
@@ -54,8 +53,7 @@ class TimelineRows {
     std::optional<std::size_t> indexOfLine(const Uuid& line) const;
     std::optional<TimelineHit> findStamp(const Uuid& stamp) const;
 
-    // The stamp that is drawn uppermost at the point. The grips of the selected stamp go before
-    // all.
+    // The topmost stamp at the point. The grips of the selected stamp have priority.
     std::optional<TimelineHit> hit(Point point, const TimelineAxis& axis,
                                    const std::optional<Uuid>& selectedStamp) const;
 
@@ -63,7 +61,7 @@ class TimelineRows {
     std::vector<TimelineRow> rows_;
 };
 
-// The first stamp of the line that holds the time; null if there is none.
+// The first stamp of the line that contains the time, or null.
 const TimelineStamp* stampAt(const TimelineLine& line, double time);
 
 }  // namespace tembrix

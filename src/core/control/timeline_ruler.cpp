@@ -8,7 +8,7 @@
 namespace tembrix {
 
 std::vector<AxisTick> axisTicks(const TimelineAxis& axis, double fromX, double toX) {
-    // A step that divides the duration must not lose its last line to rounding.
+    // Rounding must not remove the last line if the step divides the duration.
     constexpr double rounding = 1e-9;
     const double last = std::floor(axis.duration / axis.interval + rounding);
     const double first = std::max(std::ceil(axis.time(fromX) / axis.interval - rounding), 0.0);

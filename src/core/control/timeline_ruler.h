@@ -7,16 +7,16 @@
 
 namespace tembrix {
 
-// One vertical line of the grid, and the tick above it.
+// A vertical line of the grid and its tick.
 struct AxisTick {
     double time = 0;
     double x = 0;
-    bool major = false;  // every fifth, drawn stronger
+    bool major = false;  // every fifth, painted stronger
     bool operator==(const AxisTick&) const = default;
 };
 
-// The ticks of the axis that lie between two places on it, both included. Their number does not
-// grow with the zoom as long as the span does not.
+// The ticks between two positions on the axis, both included. Their number depends on the distance
+// of the positions, not on the zoom.
 std::vector<AxisTick> axisTicks(const TimelineAxis& axis, double fromX, double toX);
 
 std::string tickText(const AxisTick& tick);

@@ -14,18 +14,18 @@
 
 namespace tembrix {
 
-// The four lines that tell about a stamp under the pointer.
+// The four lines of text for a hovered stamp.
 std::string stampHoverText(const TimelineLine& line, const TimelineStamp& stamp,
                            const TagLibraryManager& library);
 
-// What a screen reader says of a stamp: name and times.
+// The name and the times of a stamp, for screen readers.
 std::string stampAccessibleText(const TimelineStamp& stamp);
 
 enum class StampMenuAction { deleteTag, editLabels, editTimeEvents };
 
-// An entry of a context menu; without an action it only tells something.
+// An entry of a context menu; without an action it is only information.
 struct StampMenuItem {
-    std::string key;  // of its text
+    std::string key;  // text key
     std::string text;
     std::optional<StampMenuAction> action;
     bool operator==(const StampMenuItem&) const = default;
@@ -44,8 +44,8 @@ struct LineMenuItem {
 // The drawings timeline can be neither renamed nor deleted.
 std::vector<LineMenuItem> lineMenu(const Uuid& line, MarkupMode mode, const Texts& texts);
 
-// The color that stands for a line, as hex text: that of its tag, else of its first stamp; empty
-// for a line with neither.
+// The color of a line as hex text: that of its tag or else of its first stamp; empty if it has
+// neither.
 std::string lineColorHex(const TimelineLine& line, const TagLibraryManager& library);
 
 }  // namespace tembrix

@@ -14,7 +14,7 @@ Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
                                           ProcessRunner& processes, const Texts& texts,
                                           std::stop_token stop) {
     std::error_code ignored;
-    std::filesystem::remove(archive, ignored);  // the packer would add to it
+    std::filesystem::remove(archive, ignored);  // the zip program would add to an existing archive
     std::vector<std::string> arguments{"-j", archive.string()};
     for (const auto& file : files)
         arguments.push_back(file.string());

@@ -11,8 +11,8 @@
 
 namespace tembrix {
 
-// Packs files side by side, without their folders, into a zip archive, which replaces an older one
-// of that name. If it fails or is stopped, no archive is left. Blocks; call it in the background.
+// Packs files into a zip archive without their folders. An existing archive is replaced. If packing
+// fails or is stopped, no archive is left. Blocks; call it in the background.
 Result<std::filesystem::path> packArchive(const std::filesystem::path& archive,
                                           const std::vector<std::filesystem::path>& files,
                                           ProcessRunner& processes, const Texts& texts,

@@ -12,7 +12,8 @@ namespace tembrix {
 
 namespace {
 
-// The parts of the zip format that lead to the flags of each entry. Numbers are little-endian.
+// The parts of the zip format that are needed to find the flags of each entry. Numbers are
+// little-endian.
 constexpr std::uint32_t endSignature = 0x06054b50;
 constexpr std::uint32_t end64LocatorSignature = 0x07064b50;
 constexpr std::uint32_t end64Signature = 0x06064b50;
@@ -23,11 +24,11 @@ constexpr std::uint64_t end64LocatorSize = 20;
 constexpr std::uint64_t end64Size = 56;
 constexpr std::uint64_t entrySize = 46;
 constexpr std::uint64_t localSize = 30;
-constexpr std::uint64_t entryFlags = 8;  // place of the flags
+constexpr std::uint64_t entryFlags = 8;  // offset of the flags
 constexpr std::uint64_t localFlags = 6;
 constexpr std::uint16_t extra64 = 1;  // the extra field with 64-bit numbers
 constexpr std::uint16_t utf8Flag = 0x800;
-constexpr std::uint32_t elsewhere = 0xFFFFFFFF;  // the number is in a 64-bit field
+constexpr std::uint32_t elsewhere = 0xFFFFFFFF;  // the number is in a 64-bit field instead
 constexpr std::uint64_t largestDirectory = std::uint64_t{1} << 28;
 
 std::uint64_t number(const Bytes& bytes, std::uint64_t at, int size) {
@@ -47,7 +48,7 @@ class ArchiveFile {
     }
 
     std::uint64_t size() const { return size_; }
-    // Absent if the file is too short or the bytes do not begin with the given signature.
+    // Absent if the file is too short or the bytes do not start with the given signature.
     std::optional<Bytes> read(std::uint64_t at, std::uint64_t count,
                               std::optional<std::uint32_t> signature = {}) {
         if (at > size_ || count > size_ - at)
@@ -94,12 +95,12 @@ std::optional<Directory> findDirectory(ArchiveFile& file) {
     return directory;
 }
 
-// The place of the entry's own header. Absent if it cannot be found.
+// The offset of the entry's local header. Absent if it cannot be found.
 std::optional<std::uint64_t> localHeader(const Bytes& entries, std::uint64_t entry,
                                          std::uint64_t nameLength, std::uint64_t extraLength) {
     if (const auto offset = number(entries, entry + 42, 4); offset != elsewhere)
         return offset;
-    // The 64-bit field has only the numbers that need 64 bits, in this order.
+    // The 64-bit field contains only the numbers that need 64 bits, in this order.
     std::uint64_t skipped = 0;
     for (const std::uint64_t place : {24U, 20U})
         if (number(entries, entry + place, 4) == elsewhere)

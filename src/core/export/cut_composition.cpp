@@ -16,7 +16,7 @@ constexpr int framesPerSecond = 30;
 constexpr double nearStart = 0.1;         // seconds
 constexpr double wholeVideoShare = 0.99;  // a cut that ends later counts as the whole video
 
-// Puts cuts one after the other. Sums in ticks, so that thousands of cuts do not drift.
+// Joins cuts into one film. Durations are added in ticks, so that rounding errors do not add up.
 class Composer {
   public:
     Composer(const ExportSnapshot& snapshot, const ComposingTools& tools)
@@ -78,7 +78,7 @@ class Composer {
     MediaTime insertionTime_;
 };
 
-// The overlay of a cut in the film. Absent without a tag.
+// The overlay of a cut in the film. Absent if there is no tag.
 std::optional<OverlayItem> overlayItem(const ExportSegment& segment, MediaTime start,
                                        MediaTime duration, const ExportSnapshot& snapshot) {
     auto tag = overlayTag(segment.stamp, snapshot.library);
@@ -115,7 +115,7 @@ void logSkipped(std::string_view where, const MediaTimeRange& range, double vide
              ", videoDuration=" + logNumber(videoDuration));
 }
 
-// Whether a film of this length has a frame at all.
+// Whether a film of this length has at least one frame.
 bool hasFrames(MediaTime duration) {
     return std::lround(duration.seconds() * framesPerSecond) > 0;
 }
@@ -213,7 +213,7 @@ Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
             continue;
         }
         auto job = jobFor(snapshot, clipName);
-        // A clip without a text still has a bar, of the least height.
+        // A clip without a text has a bar of minimum height.
         if (const auto item = overlayItem(segment, {}, duration, snapshot))
             job.overlays.push_back(
                 movieOverlay(overlayText(*item, numbers, snapshot.library, snapshot.timeEvents)

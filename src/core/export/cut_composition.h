@@ -22,8 +22,8 @@
 
 namespace tembrix {
 
-// All that composing reads, copied at the start of a run, so that composing does not see what the
-// user changes meanwhile.
+// A copy of all data that composing reads, made at the start of a run, so that later changes by the
+// user have no effect on it.
 struct ExportSnapshot {
     ExportPlan plan;
     TimelineLines lines;
@@ -36,7 +36,7 @@ struct ExportSnapshot {
     MediaInfo info;                // of the source
 };
 
-// The services that composing uses. Safe from any thread.
+// The services that composing uses. Thread-safe.
 struct ComposingTools {
     const PictureRenderer& pictures;
     const TextMeasure& textMeasure;
@@ -45,19 +45,19 @@ struct ComposingTools {
     Log& log;
 };
 
-// The drawings within a cut, both ends included, by time.
+// The drawings within a cut, including both ends, sorted by time.
 std::vector<ExportDrawing> screenshotsForSegment(const ExportSegment& segment,
                                                  const std::vector<ExportDrawing>& drawings);
 
 // The upright size of the source in even numbers, as the encoder requires them.
 Size renderSizeOf(const MediaInfo& info);
 
-// One job with all cuts in a row. Cuts as long as the whole video are skipped with a log line if
-// the plan says so.
+// One job with all cuts in sequence. Cuts as long as the whole video are skipped with a log line if
+// the plan requires it.
 Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools);
 
-// One job per cut, in order, with the same rule for whole videos. A cut shorter than half a frame
-// has no job.
+// One job per cut, in order. Cuts as long as the video are skipped in the same way. A cut shorter
+// than half a frame has no job.
 Result<std::vector<MovieJob>> composeClips(const ExportSnapshot& snapshot,
                                            const ComposingTools& tools);
 

@@ -39,8 +39,7 @@ const LabelGroupData* groupOfLabel(const std::string& labelId, const CollectionL
     return nullptr;
 }
 
-// Turns stamps into cuts. The cases differ in the stamps that they select and in the names that
-// they add.
+// Converts stamps to cuts. The kinds of export select different stamps and add different names.
 class Planner {
   public:
     Planner(const CutPlanInput& input, Log& log)
@@ -144,7 +143,7 @@ class Planner {
         double length;
     };
 
-    // A stamp that begins before 0 keeps its length. A stamp after the video's end gives no cut.
+    // A stamp that starts before 0 keeps its length. A stamp after the end of the video has no cut.
     std::optional<Range> clamped(const TimelineStamp& stamp) const {
         const double start = std::max(stamp.timeStartSeconds, 0.0);
         double length = stamp.length();
@@ -196,7 +195,7 @@ class Planner {
     std::vector<ExportSegment> cuts_;
 };
 
-// The records whose ids are used, sorted by name.
+// The records with used ids, sorted by name.
 template <class Record>
 std::vector<Record> usedByName(const std::vector<Record>& records,
                                const std::set<std::string>& used) {

@@ -23,21 +23,21 @@ struct CutPlanInput {
     double videoDuration = 0;
 };
 
-// The cuts of an export, sorted by start. The sort is stable and cuts are never merged. An empty
-// list means that nothing matched.
+// The cuts of an export, sorted by start. The sort is stable and cuts are not merged. Empty if
+// nothing matches.
 std::vector<ExportSegment> getSegmentsForExport(const CutsExportType& type,
                                                 const CutPlanInput& input, Log& log);
 
 std::vector<OverlayLabelGroupItem> labelGroupsForStamp(const TimelineStamp& stamp,
                                                        const CollectionLists& library);
 
-// A number for a log line: the shortest text that reads back, with ".0" after whole numbers.
+// A number for a log line: the shortest exact text, with ".0" after whole numbers.
 std::string logNumber(double value);
 
 // The stamp's tag, or a substitute for a drawing. Absent if the cut has no overlay.
 std::optional<Tag> overlayTag(const TimelineStamp& stamp, const CollectionLists& library);
 
-// The choices of the selection sheets: what the stamps of any timeline carry, sorted by name.
+// The choices of the selection sheets: items used by the stamps of any timeline, sorted by name.
 std::vector<Tag> tagsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
 std::vector<Label> labelsOnTimelines(const TimelineLines& lines, const CollectionLists& library);
 std::vector<Label> labelsOfTag(const TimelineLines& lines, const CollectionLists& library,
@@ -47,8 +47,8 @@ std::vector<Tag> tagsOfLabel(const TimelineLines& lines, const CollectionLists& 
 std::vector<TimeEvent> eventsOnTimelines(const TimelineLines& lines,
                                          const CollectionLists& library);
 
-// Names of the products. Those of one run differ. `segments` is not empty; an export of the
-// drawings' pictures has no such names. `position` is the 1-based place of the cut in the run.
+// Names of the exported files, different within one run. `segments` must not be empty; exports of
+// drawings as pictures do not use these names. `position` is the 1-based number of the cut.
 std::string filmFileName(const CutsExportType& type, const std::vector<ExportSegment>& segments,
                          const Texts& texts);
 std::string clipFileName(const CutsExportType& type, const ExportSegment& segment,

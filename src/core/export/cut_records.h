@@ -38,12 +38,12 @@ struct Screenshots {};
 struct DrawingsTimeline {};
 }  // namespace cuts
 
-// The order of the cases is fixed: other code refers to their numbers.
+// The order of the alternatives is fixed, because other code uses their indices.
 using CutsExportType = std::variant<cuts::TagCuts, cuts::TimeEventCuts, cuts::LabelCuts,
                                     cuts::TagWithLabels, cuts::LabelWithTags, cuts::CurrentTimeline,
                                     cuts::AllTimelines, cuts::Screenshots, cuts::DrawingsTimeline>;
 
-// One film with all cuts in a row, or one file per cut in an archive.
+// One film with all cuts in sequence, or an archive with one file per cut.
 enum class ExportMode { film, playlist };
 
 // A media time: a whole number of 1/600 seconds.
@@ -64,7 +64,7 @@ struct MediaTimeRange {
     bool operator==(const MediaTimeRange&) const = default;
 };
 
-// One cut of the control window's export.
+// One cut of an export.
 struct ExportSegment {
     TimelineStamp stamp;
     std::string tagName;
@@ -76,7 +76,7 @@ struct ExportSegment {
     std::optional<Uuid> stampId;
 };
 
-// The labels of one group that a stamp carries.
+// The labels of a stamp that belong to one group.
 struct OverlayLabelGroupItem {
     LabelGroupData group;
     std::vector<Label> selectedLabels;
@@ -85,7 +85,7 @@ struct OverlayLabelGroupItem {
     }
 };
 
-// What the overlay of one cut shows in the film.
+// The content of the overlay of one cut.
 struct OverlayItem {
     Tag tag;
     TimelineStamp stamp;

@@ -31,7 +31,7 @@ Result<fs::path> packDrawings(const std::vector<ExportDrawing>& drawings,
             services.log.line("Screenshot not found: " + drawing.screenshotName);
             continue;
         }
-        // The packer names an entry after its file; a link of another name renames it.
+        // The zip program names an entry after its file, so a link with another name is packed.
         const auto name = names.add(portableFileName(pathText(file.filename())));
         if (name != pathText(file.filename())) {
             const auto link = renamed / pathFromText(name);

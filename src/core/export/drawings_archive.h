@@ -12,9 +12,9 @@
 
 namespace tembrix {
 
-// Packs the pictures of drawings into an archive. Pictures that are missing are left out with a log
-// line. A picture whose name some file system refuses gets another one in the archive. `folder` is
-// the run's. Blocks; from a background thread.
+// Packs the pictures of drawings into an archive. Missing pictures are logged and left out.
+// Pictures get portable names in the archive. `folder` is the folder of the run. Blocks; call it in
+// the background.
 Result<std::filesystem::path> packDrawings(
     const std::vector<ExportDrawing>& drawings,
     const std::optional<std::filesystem::path>& drawingsFolder, const std::filesystem::path& folder,

@@ -11,7 +11,7 @@
 
 namespace tembrix {
 
-// What an export needs of one drawing of the open video.
+// The data of one drawing that exports use.
 struct ExportDrawing {
     std::string screenshotName;  // may end in ".png"
     double videoTime = 0;        // seconds

@@ -17,8 +17,8 @@
 
 namespace tembrix {
 
-// The exports of one window: plans them from the open project and runs one at a time. Runs of
-// several windows are independent of each other. Main thread only.
+// The exports of one window: plans them from the open project and runs one at a time. Exports of
+// different windows are independent. Main thread only.
 class ExportHelper {
   public:
     using Completion = ExportRun::Completion;
@@ -34,7 +34,7 @@ class ExportHelper {
     bool isRunning() const { return run_ != nullptr; }
     ExportState state() const { return run_ ? run_->state() : ExportState::idle; }
 
-    // During a run, a further call does nothing and completes with nothing.
+    // During a run, another call does nothing and its completion reports no error.
     void startExport(const std::optional<CutsExportType>& type, bool asPlaylist,
                      bool exportWithDrawings, Completion completion);
     void cancelCurrentExport();

@@ -12,20 +12,20 @@ namespace tembrix {
 
 struct PlannedCut {
     ExportSegment segment;
-    std::string clipName;  // the name of its file where each cut becomes one
+    std::string clipName;  // file name if each cut is a file of its own
 };
 
-// What an export cuts, in which order, and under which names.
+// The cuts of an export, their order and their names.
 struct ExportPlan {
     ExportMode mode = ExportMode::film;
     std::vector<PlannedCut> cuts;  // in the order of the product
-    std::string productName;       // of the film or the archive
-    bool skipsWholeVideo = true;   // leaves out cuts that are as long as the video
+    std::string productName;       // file name of the film or the archive
+    bool skipsWholeVideo = true;   // leaves out cuts as long as the video
     bool withFreezeFrames = false;
 };
 
-// The plan of an export from the control window. `segments` come from getSegmentsForExport and are
-// not empty; `library` holds the merged lists.
+// The plan of an export from the control window. `segments` comes from getSegmentsForExport and
+// must not be empty; `library` is the merged lists.
 ExportPlan planExport(const CutsExportType& type, ExportMode mode, bool exportWithDrawings,
                       std::vector<ExportSegment> segments, const CollectionLists& library,
                       const Texts& texts);

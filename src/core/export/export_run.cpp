@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr int canceledCode = 999;  // in any domain
 
-// The last look at the source before rendering.
+// Checks the source again before rendering.
 Result<MediaInfo> examineSource(const fs::path& source, Media& media, const Texts& texts) {
     std::error_code ignored;
     if (!fs::exists(source, ignored))
@@ -77,7 +77,7 @@ ExportRun::~ExportRun() {
 void ExportRun::exportCuts(ExportSnapshot snapshot) {
     mode_ = snapshot.plan.mode;
     cuts_ = snapshot.plan.cuts.size();
-    // The snapshot shares timelines with the main thread, which therefore releases it.
+    // The snapshot shares timelines with the main thread, so it must be released there.
     const auto shared = std::make_shared<ExportSnapshot>(std::move(snapshot));
     work_.run(
         Priority::userInitiated,
@@ -123,7 +123,7 @@ void ExportRun::rendered(const RenderQueue::Ending& ending) {
         advance(1);
     if (isCanceled()) {
         if (mode_ == ExportMode::playlist)
-            folder_->keep();  // the clips that are finished
+            folder_->keep();  // so that finished clips are not lost
         return end(std::nullopt);
     }
     if (ending.lastError)
@@ -195,7 +195,7 @@ void ExportRun::save(const fs::path& product) {
     saving_.begin(
         {[copy, folder = folder_->path()](const fs::path& target,
                                           const Product::GoOn& goOn) -> Result<void> {
-             // The run's own folder is removed at its end.
+             // The run's own folder is removed at its end, so nothing can be saved there.
              std::error_code ignored;
              if (fs::equivalent(target.parent_path(), folder, ignored))
                  return Error{"file", EACCES, pathText(target)};
@@ -227,7 +227,7 @@ void ExportRun::fail(const Error& error) {
     end(plainError(words_.makingFailed + describeMaking(error, services_.texts)));
 }
 
-// The completion may destroy this object. A step does nothing after it.
+// The completion may destroy this object, so this must be the last call of a step.
 void ExportRun::end(std::optional<Error> error) {
     state_ = ExportState::idle;
     progressTimer_.reset();

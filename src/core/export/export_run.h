@@ -24,25 +24,25 @@ namespace tembrix {
 
 enum class ExportState { idle, preparing, rendering, packing, saving };
 
-// How a run speaks of its product.
+// The texts about the product of a run.
 struct ProductWords {
     std::string panelTitle;
     std::string defaultName;
     std::string extension;     // without dot
-    std::string makingFailed;  // before the reason
-    std::string savingFailed;  // before the reason
-    std::string saved;         // in the log, before the place
+    std::string makingFailed;  // followed by the reason
+    std::string savingFailed;  // followed by the reason
+    std::string saved;         // log text, followed by the path
 };
 
-// One export from its first step to its end. A run prepares its jobs in the background, renders
-// them, packs clips into an archive, and places the product where the user says. Each step begins
-// on the main thread, where it first checks whether the run was canceled. A run has a temporary
-// folder of its own, so that runs of several windows do not disturb each other. Main thread only.
-// Destroying a run ends it without a completion.
+// One export from start to end. A run prepares its jobs in the background, renders them, packs
+// clips into an archive, and saves the product where the user chooses. Each step starts on the main
+// thread and first checks whether the run was canceled. Each run has its own temporary folder, so
+// that runs of different windows do not interfere. Main thread only. Destroying a run ends it
+// without a completion.
 class ExportRun {
   public:
-    // Called exactly once, on the main thread, after the call that began the run has returned.
-    // Absent: the product is saved, or the user canceled.
+    // Called exactly once, on the main thread, after the call that started the run has returned.
+    // Without an error the product was saved or the user canceled.
     using Completion = std::function<void(std::optional<Error>)>;
 
     static constexpr double progressInterval = 0.1;  // seconds
@@ -53,7 +53,7 @@ class ExportRun {
     ExportRun(const ExportRun&) = delete;
     ExportRun& operator=(const ExportRun&) = delete;
 
-    // One of the two begins the run. The snapshot's folder is set by the run.
+    // Start a run with one of these. The run sets the folder of the snapshot.
     void exportCuts(ExportSnapshot snapshot);
     void exportDrawings(std::vector<ExportDrawing> drawings,
                         std::optional<std::filesystem::path> drawingsFolder);
@@ -84,7 +84,7 @@ class ExportRun {
     ExportMode mode_ = ExportMode::film;
     std::size_t cuts_ = 0;
     float progress_ = 0;
-    std::stop_source stop_;  // background work asks it too
+    std::stop_source stop_;  // also checked by background work
     std::shared_ptr<RunFolder> folder_;
     RenderQueue queue_;
     std::unique_ptr<Timer> progressTimer_;

@@ -19,9 +19,9 @@ class TagLibraryManager;
 class TimelineDataManager;
 class VideoPlayerManager;
 
-// What the exports of a project work with. Background work uses a copy, since it can outlast the
-// project by a moment; what it refers to then, apart from the player and the timelines, belongs to
-// the process.
+// The services that the exports of a project use. Background work uses a copy, because it may
+// outlive the project for a short time. Then it must not use the player or the timelines; all other
+// services live as long as the process.
 struct ExportServices {
     VideoPlayerManager& videoManager;
     TimelineDataManager& timelineData;

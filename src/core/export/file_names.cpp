@@ -9,8 +9,8 @@ namespace tembrix {
 
 namespace {
 
-// The file systems allow 255 bytes or characters. Encryption layers and the marks that programs
-// append need some of them.
+// File systems allow 255 bytes or characters. Encrypted folders and suffixes added by programs need
+// some of them.
 constexpr std::size_t longestName = 200;
 
 bool isForbidden(char c) {
@@ -24,7 +24,7 @@ std::string cleaned(std::string_view text) {
     return result;
 }
 
-// Shortens a text to a number of bytes without cutting a character in two.
+// Shortens a text to a number of bytes without splitting a character.
 void shorten(std::string& text, std::size_t size) {
     if (text.size() <= size)
         return;
@@ -33,7 +33,8 @@ void shorten(std::string& text, std::size_t size) {
     text.resize(size);
 }
 
-// Windows opens a device for these names with any extension, in any case, and with blanks behind.
+// Windows reserves these names for devices, with any extension, in any case and with trailing
+// blanks.
 bool namesDevice(std::string_view name) {
     std::string_view stem = name.substr(0, name.find('.'));
     stem = stem.substr(0, stem.find_last_not_of(' ') + 1);

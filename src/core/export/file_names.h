@@ -6,16 +6,16 @@
 
 namespace tembrix {
 
-// Turns a text into a file name that exFAT, FAT32, NTFS and the file systems of Linux and macOS
-// accept. Characters that one of them forbids become "-", dots and blanks at the end are removed,
-// and names that Windows reserves for devices get a "_" in front. A name that is too long loses
-// characters before its ending; the ending itself is never shortened.
+// Converts a text to a file name that is valid on exFAT, FAT32, NTFS and the file systems of Linux
+// and macOS. Forbidden characters are replaced by "-", trailing dots and blanks are removed, and
+// names reserved by Windows get the prefix "_". A name that is too long is shortened before its
+// ending, which is never shortened itself.
 std::string portableFileName(std::string_view text, std::string_view ending = {});
 
-// Keeps the names of one folder apart, also where the file system ignores case.
+// Makes the file names in one folder distinct, also if the file system ignores case.
 class DistinctFileNames {
   public:
-    // Returns the name, or the name with a number before its extension if it is already in use.
+    // Returns the name, with a number before its extension if it is already in use.
     std::string add(const std::string& name);
 
   private:

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double inset = 12;  // pixels around the text
 constexpr double highestShare = 0.25;
-constexpr double fontSize = 13;           // at a picture of fontSizeHeight
+constexpr double fontSize = 13;           // for a picture of height fontSizeHeight
 constexpr double fontSizeHeight = 360;    // pixels
 constexpr Color barColor{0, 0, 0, 0.55};  // the picture is visible through it
 
@@ -95,7 +95,7 @@ OverlayBar overlayBar(const RichText& text, Size renderSize, const TextMeasure& 
     const double textHeight = std::ceil(measure.boundingSize(text, textWidth).height) + 2 * inset;
     const double height = std::min(textHeight, renderSize.height * highestShare);
 
-    // The lower edge of the bar is that of the picture. Its top row may be covered in part.
+    // The bar is aligned to the lower edge of the picture. Its top row may be covered partially.
     const double rows = std::ceil(height);
     OverlayBar bar;
     bar.top = static_cast<int>(renderSize.height - rows);

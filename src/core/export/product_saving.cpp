@@ -49,7 +49,8 @@ void ProductSaving::ask() {
 void ProductSaving::write(const fs::path& target) {
     work_.run(
         Priority::userInitiated,
-        // Canceling stops the writing but still reports its end; destroying this stops it silently.
+        // cancel() stops the writing but still reports its end; the destructor stops it without a
+        // report.
         [writer = product_.write, target,
          canceled = writing_.get_token()](const std::stop_token& stop) {
             return writer(target,

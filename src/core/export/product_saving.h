@@ -16,30 +16,30 @@
 
 namespace tembrix {
 
-// A finished product that waits for its place.
+// A finished product that has not been saved yet.
 struct Product {
     using GoOn = std::function<bool()>;
 
-    // Writes the product to the target, which it replaces whole or leaves as it was. Runs in the
-    // background; stops early once `goOn` returns false. An error of the domain "product" means
-    // that the product itself is lost, so that no other place would help.
+    // Writes the product to the target, which is either replaced completely or not changed. Runs in
+    // the background and stops early once `goOn` returns false. An error of the domain "product"
+    // means that the product itself is lost, so that choosing another place does not help.
     std::function<Result<void>(const std::filesystem::path& target, const GoOn& goOn)> write;
     SavePanelRequest panel;
-    // The message about a failure, from its reason.
+    // The message about a failure; it contains the reason.
     std::function<std::string(const std::string& reason)> failureText;
 };
 
-// The writer of a product that is a file.
+// Returns a writer for a product that is a file.
 std::function<Result<void>(const std::filesystem::path&, const Product::GoOn&)> copyOf(
     std::filesystem::path file, std::string missingText);
 
-// Places a product where the user says: asks, writes in the background, and after a failure tells
-// why and asks again until the user closes the panel. Works for products of any kind. Main thread
-// only. Destroying it ends it without a completion.
+// Saves a product at a place chosen by the user: asks, writes in the background, and after a
+// failure shows the reason and asks again until the user closes the panel. Works for products of
+// any kind. Main thread only. Destroying it ends it without a completion.
 class ProductSaving {
   public:
-    // Called exactly once with the place of the product. Absent: the user gave up or it was
-    // canceled. An error: the product is lost.
+    // Called exactly once with the path of the saved product, with nothing if the user gave up or
+    // the saving was canceled, or with an error if the product is lost.
     using Completion = std::function<void(Result<std::optional<std::filesystem::path>>)>;
 
     ProductSaving(Panels& panels, Scheduler& scheduler, const Texts& texts);
@@ -47,7 +47,7 @@ class ProductSaving {
     ProductSaving& operator=(const ProductSaving&) = delete;
 
     void begin(Product product, Completion completion);
-    // Stops the writing. An open panel cannot be withdrawn: its answer is ignored.
+    // Stops the writing. An open panel stays open, but its answer is ignored.
     void cancel();
 
   private:

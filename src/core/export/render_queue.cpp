@@ -44,7 +44,7 @@ void RenderQueue::startNext() {
 }
 
 Result<std::shared_ptr<MovieSession>> RenderQueue::startSession(std::size_t place) {
-    // The renderer calls back on a thread of its own, perhaps before start has returned.
+    // The renderer calls back on another thread, possibly before start() has returned.
     auto arrived = lifetime_.guard(
         [this, place](const Result<fs::path>& result) { sessionEnded(place, result); });
     return renderer_.start(
@@ -67,7 +67,7 @@ void RenderQueue::sessionEnded(std::size_t place, const Result<fs::path>& result
 
 void RenderQueue::cancel() {
     canceled_ = true;
-    // A session may end, and so change the list, while it is being canceled.
+    // A session may end while it is being canceled, which changes the list.
     const auto sessions = sessions_;
     for (const auto& session : sessions)
         if (session)

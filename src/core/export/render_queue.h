@@ -20,7 +20,7 @@ namespace tembrix {
 // thread only. Destroying it cancels the jobs without calling back.
 class RenderQueue {
   public:
-    // Two keep two cores busy; more would only use more memory.
+    // Two sessions use two cores fully; more sessions would only use more memory.
     static constexpr int sessionsAtOnce = 2;
 
     struct Ending {
@@ -33,14 +33,14 @@ class RenderQueue {
     RenderQueue(const RenderQueue&) = delete;
     RenderQueue& operator=(const RenderQueue&) = delete;
 
-    // `jobEnded` is called after each session that ended, `allEnded` once, last.
+    // `jobEnded` is called after each session, `allEnded` once at the end.
     void start(std::vector<MovieJob> jobs, std::function<void()> jobEnded,
                std::function<void(const Ending&)> allEnded);
-    // No further session starts, and `allEnded` is called once the current ones have ended.
+    // Starts no further session; `allEnded` is called once the running ones have ended.
     void cancel();
 
-    int ended() const { return ended_; }           // sessions that have ended, in whatever way
-    std::optional<float> sessionProgress() const;  // of the first current session
+    int ended() const { return ended_; }  // number of sessions that have ended for any reason
+    std::optional<float> sessionProgress() const;  // of the first running session
 
   private:
     void startNext();
@@ -56,8 +56,8 @@ class RenderQueue {
     int running_ = 0;
     int ended_ = 0;
     bool canceled_ = false;
-    std::vector<std::shared_ptr<MovieSession>> sessions_;      // by place of the job
-    std::vector<std::optional<std::filesystem::path>> films_;  // by place of the job
+    std::vector<std::shared_ptr<MovieSession>> sessions_;      // by index of the job
+    std::vector<std::optional<std::filesystem::path>> films_;  // by index of the job
     std::optional<Error> lastError_;
     Lifetime lifetime_;
 };

@@ -21,7 +21,7 @@ fs::path runsFolder(const fs::path& temporary) {
     return temporary / "exports";
 }
 
-// The lock of a run is a file beside its folder: it exists before the folder and is removed after
+// The lock file of a run is next to its folder. It is created before the folder and removed after
 // it.
 fs::path lockFile(fs::path folder) {
     return folder += lockExtension;
@@ -33,8 +33,8 @@ Result<std::shared_ptr<RunFolder>> RunFolder::make(const fs::path& temporary) {
     const auto runs = runsFolder(temporary);
     if (const auto made = makeFolder(runs); !made)
         return made.error();
-    // A lock fails only if another process happens to clean up at this moment, or if the folder
-    // cannot be written.
+    // Locking fails only if another process is cleaning up at the moment or if the folder cannot be
+    // written.
     constexpr int attempts = 3;
     for (int i = 0; i < attempts; ++i) {
         fs::path path = runs / freshId();

@@ -10,19 +10,19 @@
 
 namespace tembrix {
 
-// The temporary folder of one run. No other run writes to it, and the start of another process does
-// not remove it as long as this object exists. Safe from any thread.
+// The temporary folder of one run. No other run writes to it, and other processes do not remove it
+// as long as this object exists. Thread-safe.
 class RunFolder {
   public:
-    // Makes a new folder below the program's temporary folder.
+    // Creates a new folder below the program's temporary folder.
     static Result<std::shared_ptr<RunFolder>> make(const std::filesystem::path& temporary);
-    // Removes the folder with its files, which may take a while for large ones.
+    // Removes the folder and its files, which may take a while for large ones.
     ~RunFolder();
     RunFolder(const RunFolder&) = delete;
     RunFolder& operator=(const RunFolder&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
-    // Leaves the files where they are until the program starts again.
+    // Keeps the files until the next start of the program.
     void keep() { kept_ = true; }
 
   private:
@@ -33,8 +33,8 @@ class RunFolder {
     std::atomic<bool> kept_ = false;
 };
 
-// Removes the folders of runs that have ended or whose process was killed. The folders of current
-// runs, of this process or another one, stay.
+// Removes the folders of runs that have ended or whose process was killed. Folders of running
+// exports, in this or another process, are kept.
 void removeAbandonedRunFolders(const std::filesystem::path& temporary);
 
 }  // namespace tembrix

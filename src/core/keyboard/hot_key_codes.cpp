@@ -18,7 +18,7 @@ struct KeyName {
     std::string_view text;
 };
 
-// What a press of the key is looked up as; other keys go by their number.
+// The key names in the lookup form; other keys are named by their number.
 constexpr auto lookupKeys = std::to_array<KeyName>({
     {0, "a"},   {1, "s"},  {2, "d"},  {3, "f"},  {4, "h"},  {5, "g"},  {6, "z"},  {7, "x"},
     {8, "c"},   {9, "v"},  {11, "b"}, {12, "q"}, {13, "w"}, {14, "e"}, {15, "r"}, {16, "y"},
@@ -28,7 +28,7 @@ constexpr auto lookupKeys = std::to_array<KeyName>({
     {42, "\\"}, {43, ","}, {44, "/"}, {45, "n"}, {46, "m"}, {47, "."}, {50, "`"},
 });
 
-// What a recorded hot key calls the key; other keys go by the characters they type.
+// The key names in the recorded form; other keys are named by the characters they type.
 constexpr auto capturedKeys = std::to_array<KeyName>({
     {0, "A"},       {1, "S"},         {2, "D"},      {3, "F"},           {4, "H"},    {5, "G"},
     {6, "Z"},       {7, "X"},         {8, "C"},      {9, "V"},           {11, "B"},   {12, "Q"},
@@ -43,8 +43,8 @@ constexpr auto capturedKeys = std::to_array<KeyName>({
     {103, "F11"},   {111, "F12"},
 });
 
-// Keys outside both tables that type no character to show: what their recording reads, and their
-// names on a button.
+// Keys outside both tables that type no visible character: the typed text in recorded hot keys, and
+// the name shown on a button.
 struct UnprintableKey {
     int code;
     std::string_view typed;
@@ -63,7 +63,7 @@ constexpr auto unprintableKeys = std::to_array<UnprintableKey>({
     {90, "\uF717", "F20"},
 });
 
-// The key pad, by the names on its buttons. Its characters belong to other keys.
+// The numeric keypad, with the names printed on it. Its characters belong to other keys.
 constexpr auto keyPadKeys = std::to_array<KeyName>({
     {82, "Num 0"},
     {83, "Num 1"},
@@ -83,8 +83,8 @@ constexpr auto keyPadKeys = std::to_array<KeyName>({
     {81, "Num ="},
 });
 
-// Characters that a key outside the recording table types with Shift or on a Russian layout, by
-// the key's text in the lookup.
+// Characters that keys outside the recorded table type with Shift or on a Russian layout, with the
+// lookup name of the key.
 struct Character {
     std::string_view typed;
     std::string_view key;
@@ -128,7 +128,7 @@ bool isLookupKey(std::string_view text) {
                        [&](const KeyName& entry) { return entry.text == text; });
 }
 
-// The lookup text of a key in lower case, from either form; anything unknown stays as it is.
+// The lookup name of a key, from either form in lower case. Unknown names are returned unchanged.
 std::string canonicalKey(const std::string& name) {
     if (isLookupKey(name))
         return name;
@@ -141,7 +141,7 @@ std::string canonicalKey(const std::string& name) {
     for (const auto& entry : unprintableKeys)
         if (entry.typed == name)
             return lookupKey(entry.code);
-    // "Key(10)", the name of a key without characters.
+    // "Key(10)": a key without characters.
     if (int code = 0; name.starts_with("key(") && name.ends_with(')') &&
                       std::from_chars(name.data() + 4, name.data() + name.size() - 1, code).ptr ==
                           name.data() + name.size() - 1)
@@ -174,7 +174,7 @@ ParsedHotkey parse(std::string_view stored) {
     return parsed;
 }
 
-// The Fn key only selects the function keys; it is no part of a lookup.
+// Fn only selects the function keys and is not part of the lookup form.
 std::string lookupForm(const KeyModifiers& modifiers, const std::string& key) {
     std::string text;
     if (modifiers.control)
@@ -192,7 +192,7 @@ std::string numberedKey(int code) {
     return "Key(" + std::to_string(code) + ")";
 }
 
-// As the keyboards of the platform have it.
+// The name as printed on keyboards of the platform.
 std::string printedKeyName(int code) {
 #ifndef __APPLE__
     if (code == key::deleteKey)
@@ -217,14 +217,14 @@ std::string capturedKeyName(const KeyPress& press) {
         return numberedKey(press.code);
     if (press.characters == " ")
         return "Space";
-    // On some layouts a key types what names another place; there the key's own text is recorded,
-    // so that the same key answers later.
+    // On some layouts a key types the character that names another key. Then the key's own name is
+    // recorded, so that the same key is found later.
     const auto typed = canonicalKey(lowerCased(press.characters));
     if (isLookupKey(typed)) {
         const auto place = textOf(lookupKeys, press.code);
         if (place && typed != *place)
             return std::string(*place);
-        if (!place)  // such as a digit of the key pad: its character names another key
+        if (!place)  // for example a digit of the numeric keypad, whose character names another key
             return numberedKey(press.code);
     }
     return upperCased(press.characters);
@@ -264,13 +264,13 @@ std::string canonicalHotkey(std::string_view stored) {
 
 std::string hotkeyCaption(std::string_view stored) {
     auto [modifiers, key] = parse(stored);
-    // The modifiers as they are printed on the keyboards of the platform.
+    // The modifiers as printed on keyboards of the platform.
 #ifdef __APPLE__
     constexpr std::string_view control = "⌃", option = "⌥", command = "⌘";
 #else
     constexpr std::string_view control = "Meta+", option = "Alt+", command = "Ctrl+";
 #endif
-    // Modifiers alone, with nothing for the last one to hold to.
+    // Modifiers only, without a key.
     for (const auto& [name, flag] :
          {std::pair("⌘", &KeyModifiers::command), std::pair("⌥", &KeyModifiers::option),
           std::pair("⌃", &KeyModifiers::control), std::pair("⇧", &KeyModifiers::shift)})

@@ -9,7 +9,8 @@ namespace tembrix {
 
 namespace {
 
-// By the place of the key. A key that is in no table is also found by what a recording of it reads.
+// Finds the value by the place of the key. Keys outside the tables are also found by their recorded
+// form.
 template <class Value>
 std::optional<Value> find(const std::map<std::string, Value>& registered, const KeyPress& press) {
     auto found = registered.find(keyString(press));
@@ -145,8 +146,8 @@ HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
     const auto found = find(registeredHotkeys_, press);
     if (!found)
         return nullptr;
-    // Two turns of the main queue later, after everything that this very press has caused, and only
-    // if the project is still open then.
+    // Posted two turns of the main queue later, after all effects of the press, and only if the
+    // project is still open then.
     return [this, tag = *found] {
         scheduler_.onMain(lifetime_.guard([this, tag] {
             scheduler_.onMain(

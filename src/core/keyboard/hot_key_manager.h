@@ -22,10 +22,9 @@
 
 namespace tembrix {
 
-// Turns the key presses of an open project into a tag press, the choice of a label, a transport
-// command or an editor command, and does nothing while something else uses the keyboard. Presses
-// reach it before any view. It belongs to the project, and with it all that blocks or redirects
-// keys. Main thread only.
+// Handles the key presses of an open project: tags, labels, playback and the drawing editor. It
+// receives each press before any view does and ignores it while something else uses the keyboard.
+// It belongs to the project, including all state that blocks or redirects keys. Main thread only.
 class HotKeyManager final : public HotkeyRegistry {
   public:
     static constexpr double seekStep = 3.0;  // seconds
@@ -44,14 +43,14 @@ class HotKeyManager final : public HotkeyRegistry {
     void registerHotkeys(const std::vector<Tag>& tags, const TagCollection& collection) override;
     void clearHotkeys();
 
-    // While labels are chosen, keys choose labels and no tags. The label hot keys of the given tag
-    // come before those of other tags, which may use the same keys.
+    // While labels are chosen, keys choose labels instead of tags. The label hot keys of the given
+    // tag have priority over those of other tags, which may use the same keys.
     void beginLabelChoice(std::optional<std::string> tagId);
     void endLabelChoice();
 
-    // The monitor's handler. True swallows the press, false lets it go on to the views.
+    // Handles a press. Returns true if it was handled, false if views should receive it.
     bool handleKeyDown(const KeyPress& press);
-    // Whether the press would be swallowed now, for those who would otherwise be asked first.
+    // Whether the press would be handled now; for code that is asked before the press is delivered.
     bool takes(const KeyPress& press) { return meaningOf(press) != nullptr; }
 
     Published<bool> isEnabled{true};
@@ -66,7 +65,7 @@ class HotKeyManager final : public HotkeyRegistry {
     const TagCollection& activeCollection() const { return activeCollection_; }
 
   private:
-    // What a press sets off as things stand; empty if it belongs to the views.
+    // The action for a press in the current state; empty if views should receive the press.
     using Meaning = std::function<void()>;
     Meaning meaningOf(const KeyPress& press);
     Meaning editorMeaningOf(const KeyPress& press);
@@ -89,7 +88,7 @@ class HotKeyManager final : public HotkeyRegistry {
     Lifetime lifetime_;
 };
 
-// Whether a hot key is taken, by exact text, for the warnings of an editor.
+// Whether a hot key is in use, compared as text, for warnings in an editor.
 bool isHotkeyUsed(const std::vector<Tag>& tags, const std::optional<std::string>& hotkey,
                   const std::optional<std::string>& exceptTagId = {});
 

@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// Takes the tags of the active collection whenever they change: the hot keys.
+// Receives the tags of the active collection, with their hot keys, whenever they change.
 class HotkeyRegistry {
   public:
     virtual ~HotkeyRegistry() = default;

@@ -10,7 +10,7 @@ namespace {
 constexpr double settleDelay = 0.05;   // seconds after a key
 constexpr double modifierDelay = 0.1;  // seconds after released modifiers
 
-// U+F700 to U+F703, what the arrow keys type.
+// U+F700 to U+F703: the characters of the arrow keys.
 constexpr std::array<std::string_view, 4> arrowCharacters{"\uF700", "\uF701", "\uF702", "\uF703"};
 
 bool isArrow(const KeyPress& press) {
@@ -20,7 +20,7 @@ bool isArrow(const KeyPress& press) {
     return false;
 }
 
-// Some flag of `before` is gone.
+// Whether a modifier of `before` is no longer held.
 bool released(const KeyModifiers& before, const KeyModifiers& now) {
     return (before.control && !now.control) || (before.option && !now.option) ||
            (before.shift && !now.shift) || (before.command && !now.command) ||
@@ -30,7 +30,7 @@ bool released(const KeyModifiers& before, const KeyModifiers& now) {
 }  // namespace
 
 KeyCapture::KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {
-    // The last capture may have ended before its modifiers were released and its timers ran out.
+    // The last capture may have ended while modifiers were held and timers were running.
     capturing_ = isCapturing.observe([this](bool capturing) {
         if (!capturing)
             return;
@@ -50,8 +50,8 @@ void KeyCapture::keyDown(const KeyPress& press) {
         return;
     const auto old = *keyString;
     keyString.set(recorded);
-    // Each key has a timer of its own, so that a second key struck by accident right after the
-    // first does not become the hot key.
+    // Each key has its own timer, so that a second key pressed by accident right after the first
+    // one is not recorded.
     ends_.push_back(scheduler_.after(settleDelay, [this, old, recorded] {
         if (*keyString && *keyString != recorded && !(*keyString)->empty())
             keyString.set(old);

@@ -13,7 +13,7 @@
 
 namespace tembrix {
 
-// Records one hot key: the logic behind the key capture control.
+// Records one hot key; the logic of KeyCaptureView.
 class KeyCapture {
   public:
     explicit KeyCapture(Scheduler& scheduler);

@@ -2,7 +2,7 @@
 
 namespace tembrix {
 
-// The player as the keyboard uses it.
+// The player functions that the keyboard uses.
 class KeyTransport {
   public:
     virtual ~KeyTransport() = default;

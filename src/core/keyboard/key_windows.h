@@ -2,7 +2,7 @@
 
 namespace tembrix {
 
-// Which windows have the keyboard; implemented by the window orchestration.
+// Provides which windows have the keyboard focus. Implemented by the window orchestration.
 class KeyWindows {
   public:
     virtual ~KeyWindows() = default;

@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-// True while a text field of the program has the keyboard.
+// True while a text field of the program has the keyboard focus.
 struct FocusStateManager {
     Published<bool> isAnyTextFieldFocused{false};
 };

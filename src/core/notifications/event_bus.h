@@ -11,8 +11,8 @@
 
 namespace tembrix {
 
-// Typed publish and subscribe within the process. An event reaches its observers at once, in the
-// order in which they subscribed. Main thread only; who posts from elsewhere hops there first.
+// Typed publish and subscribe within the process. Observers are called immediately, in the order of
+// their subscriptions. Main thread only; other threads must switch to it before posting.
 class EventBus {
   public:
     template <class Event>

@@ -2,7 +2,7 @@
 
 namespace tembrix {
 
-// The player as marking and editing see it; implemented by the player control.
+// The player functions that marking and editing use. Implemented by the player control.
 class Playhead {
   public:
     virtual ~Playhead() = default;
@@ -15,7 +15,8 @@ class Playhead {
     virtual void setResizingTag(bool resizing) = 0;  // suspends the check for drawings
 };
 
-// The time axis of every stamp computation: the item's duration, 1.0 seconds at least.
+// The length of the time axis for all stamp computations: the duration of the video, at least 1.0
+// seconds.
 inline double maxDuration(const Playhead& playhead) {
     const double duration = playhead.videoDuration();
     return duration > 1.0 ? duration : 1.0;

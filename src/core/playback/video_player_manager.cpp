@@ -8,7 +8,7 @@ VideoPlayerManager::VideoPlayerManager(PlayerFactory& players, Log& log)
     : players_(players), log_(log) {}
 
 VideoPlayerManager::~VideoPlayerManager() {
-    // A seek that is still under way ends with the player and must find no player here.
+    // A pending seek completes when the player is destroyed, so `player_` must be null by then.
     timeObserver_.reset();
     statusObserver_.reset();
     failureObserver_.reset();
@@ -25,7 +25,7 @@ void VideoPlayerManager::open(const std::filesystem::path& file) {
     });
     player_->play();
     addTimeObserver();
-    // The player goes its own ways with the rate (a plain play runs at 1): the chosen speed wins.
+    // The player may change its rate by itself (play() uses 1). The chosen speed is restored.
     statusObserver_ = player_->observeStatus([this](PlayerStatus now) {
         if (!player_)
             return;
@@ -45,7 +45,8 @@ void VideoPlayerManager::cleanup() {
     timeObserver_.reset();
     statusObserver_.reset();
     failureObserver_.reset();
-    // Taken out first: a seek that ends with the player finds none and adds no observer to it.
+    // A pending seek completes when the player is destroyed. `player_` is null by then, so that no
+    // observer is added.
     std::exchange(player_, nullptr).reset();
     currentTimeValue.set(0);
     playbackSpeedValue.set(1.0);
@@ -63,8 +64,8 @@ void VideoPlayerManager::addTimeObserver() {
 void VideoPlayerManager::seek(double seconds) {
     if (!player_)
         return;
-    // No late tick may overwrite the new position while a seek is under way; a seek that a newer
-    // one has overtaken does not bring the observer back.
+    // The observer is removed during a seek, so that a late tick cannot overwrite the new position.
+    // It is added again after the last of several overlapping seeks.
     timeObserver_.reset();
     ++seeksUnderWay_;
     player_->seek(seconds, [this, seconds](bool) {

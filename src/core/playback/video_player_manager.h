@@ -18,8 +18,8 @@
 
 namespace tembrix {
 
-// Owner of the one player: the current time that every window reads, the speed, and the transport.
-// Without a player every operation does nothing. Main thread only.
+// Owns the player of the open video and provides current time, speed and playback control to all
+// windows. Without a player, every operation does nothing. Main thread only.
 class VideoPlayerManager final : public Playhead, public KeyTransport {
   public:
     static constexpr double observerInterval = 0.1;  // seconds
@@ -28,17 +28,17 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     VideoPlayerManager(PlayerFactory& players, Log& log);
     ~VideoPlayerManager() override;
 
-    // The player of the open video, null without one. Told after it changed.
+    // The player of the open video, or null. Updated before hasPlayer changes.
     Player* player() const { return player_.get(); }
     Published<bool> hasPlayer{false};
     Published<double> playbackSpeedValue{1.0};
     Published<double> currentTimeValue{0.0};  // all windows read this, not the player
     Published<bool> isResizingTag{false};
     Published<PlayerStatus> status{PlayerStatus::paused};
-    Signal<Error> failed;  // the video broke off or could not be opened
+    Signal<Error> failed;  // the video could not be opened, or playback was interrupted
     bool isVideoPlayerInEditorMode = false;
 
-    // Opening a video: makes the player, plays, observes time and status.
+    // Creates the player, starts playback, and observes time and status.
     void open(const std::filesystem::path& file);
     void cleanup();
 
@@ -49,7 +49,7 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     std::optional<std::filesystem::path> currentVideoURL() const;
     void addTimeObserver();
 
-    // The transport bar: from the player's own time.
+    // Seeks relative to the player's own time; for the playback controls.
     void seekBy(double seconds);
 
     double currentTime() const override { return currentTimeValue.get(); }

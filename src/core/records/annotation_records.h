@@ -10,9 +10,9 @@
 
 namespace tembrix {
 
-// One button of a tag collection.
+// A tag of a collection; a button in the tag panel.
 struct Tag {
-    std::string id;  // unique in its collection; every lookup of a tag goes by it
+    std::string id;  // unique in its collection; all lookups use it
     std::optional<std::string>
         primaryID;  // the identity at first creation; carried, never looked up
     std::string name;
@@ -24,8 +24,8 @@ struct Tag {
     std::vector<std::string> lablesGroup;  // ids of the label groups offered
     std::optional<std::string> hotkey;
     std::optional<std::map<std::string, std::string>> labelHotkeys;  // label id to hot key text
-    std::optional<bool> mapEnabled;  // marking asks for a place on the field
-    std::optional<bool> isInterval;  // one press opens, a second closes
+    std::optional<bool> mapEnabled;  // marking asks for a position on the field
+    std::optional<bool> isInterval;  // one press starts an interval, the next one ends it
 
     bool operator==(const Tag&) const = default;
 };
@@ -37,7 +37,7 @@ struct TagGroup {
     bool operator==(const TagGroup&) const = default;
 };
 
-// A value that can be attached to a stamp.
+// A label that can be attached to a stamp.
 struct Label {
     std::string id;
     std::string name;
@@ -52,14 +52,14 @@ struct LabelGroupData {
     bool operator==(const LabelGroupData&) const = default;
 };
 
-// A named phase or event of the match that stamps can carry.
+// A named phase or event of the match that can be attached to stamps.
 struct TimeEvent {
     std::string id;
     std::string name;
     bool operator==(const TimeEvent&) const = default;
 };
 
-// The picture of a playing field; stamp positions are in its width by height space.
+// The picture of a playing field. Stamp positions are in its coordinate space of width by height.
 struct PlayField {
     std::string id;
     std::string name;
@@ -70,7 +70,7 @@ struct PlayField {
     bool operator==(const PlayField&) const = default;
 };
 
-// The five lists of a collection, as the tag library keeps and merges them.
+// The five lists of a collection, as the tag library stores and merges them.
 struct CollectionLists {
     std::vector<Tag> tags;
     std::vector<TagGroup> tagGroups;
@@ -80,7 +80,7 @@ struct CollectionLists {
     bool operator==(const CollectionLists&) const = default;
 };
 
-// One whole collection as one document.
+// A complete collection in one document.
 struct CollectionData {
     std::string id;
     std::vector<TagGroup> tagGroups;
@@ -94,7 +94,7 @@ struct CollectionData {
     bool operator==(const CollectionData&) const = default;
 };
 
-// The per-collection files: one list each under its own key.
+// The files of a collection: one list each, under its own key.
 struct TagGroupsData {
     std::vector<TagGroup> tagGroups;
     bool operator==(const TagGroupsData&) const = default;
@@ -116,14 +116,14 @@ struct TimeEventsData {
     bool operator==(const TimeEventsData&) const = default;
 };
 
-// A row of the collection index.
+// An entry of the collection index.
 struct CollectionInfo {
     std::string id;
     std::string name;
     bool operator==(const CollectionInfo&) const = default;
 };
 
-// The older per-collection record with a bookmark per file.
+// The older collection record, with a bookmark per file.
 struct CollectionBookmark {
     std::string id;
     std::string name;
@@ -136,7 +136,7 @@ struct CollectionBookmark {
     bool operator==(const CollectionBookmark&) const = default;
 };
 
-// The kind of collection that is active.
+// The kind of the active collection.
 struct TagCollection {
     enum class Kind { standard, user };
     Kind kind = Kind::standard;
@@ -148,7 +148,7 @@ struct TagCollection {
     bool operator==(const TagCollection&) const = default;
 };
 
-// The working copy of a tag in an editor.
+// The fields of a tag while it is edited.
 struct TagFormData {
     std::string name;
     std::string description;

@@ -6,9 +6,9 @@
 
 namespace tembrix {
 
-// The JSON forms of the records. Defined for every record of this folder that has a JSON form, and
-// for vectors of them where a document is an array. Encoding fails only on numbers that are not
-// finite; decoding is strict. Errors: domain "json".
+// The JSON encoding of the records. Defined for every record in this folder that has a JSON form,
+// and for vectors of those that are stored as an array. Encoding fails only for numbers that are
+// not finite. Decoding is strict. Errors: domain "json".
 template <class Record>
 Result<Bytes> encode(const Record& record, JsonStyle style = JsonStyle::compact);
 

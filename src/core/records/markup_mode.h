@@ -4,10 +4,10 @@
 
 namespace tembrix {
 
-// How stamps find their line: on the selected one, or on the one line of their tag.
+// Which line gets a new stamp: the selected line, or the line of its tag.
 enum class MarkupMode { standard, tagBased };
 
 std::string_view markupModeText(MarkupMode mode);
-MarkupMode markupModeFromText(std::string_view text);  // an unknown text reads as standard
+MarkupMode markupModeFromText(std::string_view text);  // unknown texts are read as standard
 
 }  // namespace tembrix

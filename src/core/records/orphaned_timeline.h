@@ -9,8 +9,7 @@
 
 namespace tembrix {
 
-// The timelines of one video as the backup keeps them, with what is needed to bind them to a video
-// again.
+// The timelines of one video in the backup, with the data needed to bind them to a video again.
 struct OrphanedTimeline {
     std::string videoId;
     std::optional<std::string> videoName;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The field tables of the shared records: each key is spelled here and nowhere else, and the order
-// is the order of writing. Records that hold these include this beside json.h in their own codec.
+// The field tables of the shared records. Each key is defined only here; fields are written in this
+// order. Codecs of records that contain these include this file and json.h.
 
 #include "base/json.h"
 

@@ -23,7 +23,7 @@ struct VideosData {
     bool operator==(const VideosData&) const = default;
 };
 
-// The earlier form of an entry, which carried its timeline.
+// The older form of an entry, which contained its timelines.
 struct VideosDataOldFormat {
     Bytes bookmark;
     std::string id;
@@ -40,7 +40,7 @@ struct FilesFile {
     bool operator==(const FilesFile&) const = default;
 };
 
-// What the user enters about a match.
+// The data about a match that the user enters.
 struct VideoMetadata {
     std::string team1;
     std::string team2;
@@ -49,7 +49,7 @@ struct VideoMetadata {
     std::optional<std::string> urlString;  // file URL of the video
     bool operator==(const VideoMetadata&) const = default;
 
-    // Teams, score and date joined by "_", blanks replaced. `fileStamp` prints the date.
+    // Teams, score and date, joined by "_", without blanks. `fileStamp` formats the date.
     std::string videoName(const std::function<std::string(Date)>& fileStamp) const;
 };
 

@@ -24,7 +24,7 @@
 
 namespace tembrix {
 
-// The services of the process that a project is made of. They outlive every project.
+// The services of the process that projects use. They outlive every project.
 struct ProjectServices {
     const Platform& platform;
     EventBus& events;
@@ -35,10 +35,9 @@ struct ProjectServices {
     TagLibraryManager& tagLibrary;
 };
 
-// An open video with everything that belongs to it: timelines, undo history, player, the state of
-// the keyboard and of marking. It is made when the video is opened and destroyed when it is closed,
-// so that nothing of one project can reach the next. Its windows are closed before it. Main thread
-// only.
+// An open video with everything that belongs to it: timelines, undo history, player, hot keys and
+// the state of marking. It is created when the video is opened and destroyed when it is closed, so
+// that no state is left for the next project. Its windows are closed first. Main thread only.
 class Project {
   public:
     Project(const ProjectServices& services, const KeyWindows& windows, FieldMapQuestion& fieldMap);
@@ -46,7 +45,7 @@ class Project {
     Project(const Project&) = delete;
     Project& operator=(const Project&) = delete;
 
-    // Called once, right after construction: loads the timelines and starts the player.
+    // Loads the timelines and starts the player. Called once, right after construction.
     void open(const VideosData& video, const std::filesystem::path& file);
     const std::string& videoId() const { return videoId_; }
 

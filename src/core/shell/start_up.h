@@ -10,25 +10,25 @@ class DataSyncManager;
 class TagLibraryManager;
 class VideoFilesManager;
 
-// The order in which the program begins to use the user's data. Each stage may rely on what the
-// stages before it have done. Main thread only.
+// The order in which the program starts to use the user's data. Each stage relies on the previous
+// ones. Main thread only.
 class StartUp {
   public:
     enum class Stage {
-        waiting,        // nothing has been read
-        repairing,      // what a killed process left, the list of videos, the collection index
-        synchronizing,  // the library is up; the launch work runs in the background
-        ready,          // the launch work has ended and the collections are being read
+        waiting,        // nothing was read yet
+        repairing,      // damage after a crash, the list of videos and the collection index
+        synchronizing,  // the library is loaded; the launch work runs in the background
+        ready,          // the launch work has ended, and the collections are being loaded
     };
 
     StartUp(DataSyncManager& dataSync, VideoFilesManager& library, TagLibraryManager& tagLibrary);
 
-    // Runs the stages. It returns when the library is up.
+    // Runs the stages. Returns when the library is loaded.
     void run();
 
     Stage stage() const { return stage_; }
-    // Runs a task as soon as the program is ready, at once if it is. What reads or writes timelines
-    // and collections waits here, because the launch work may replace them.
+    // Runs a task once the program is ready; immediately if it is ready already. Tasks that read or
+    // write timelines and collections must use this, because the launch work may replace them.
     void whenReady(std::function<void()> task);
 
   private:

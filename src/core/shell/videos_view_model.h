@@ -26,7 +26,7 @@ namespace tembrix {
 
 enum class VideoFilter { all, recent, favorites };
 
-// What the list window shows; changed by the model only.
+// The state that the list window shows; changed by the view model only.
 struct VideosState {
     std::vector<FilesFile> files;
     bool showError = false;
@@ -78,7 +78,7 @@ struct ToggleFavorite {
 struct ShowRebindAlert {
     FilesFile file;
 };
-struct PickRebindFile {};  // the alert's "select new video"
+struct PickRebindFile {};  // the alert's button "select new video"
 struct CancelRebind {};
 struct RebindVideo {
     FilesFile file;
@@ -98,8 +98,7 @@ using VideosAction =
                  videos::CancelRebind, videos::RebindVideo, videos::DismissError, videos::OpenFiles,
                  videos::OpenGuide, videos::RefreshFiles>;
 
-// The store behind the list window: one state, one stream of actions, one reducer. Main thread
-// only.
+// The view model of the list window: one state, changed by actions. Main thread only.
 class VideosViewModel {
   public:
     VideosViewModel(VideoFilesManager& files, VideosPreviewManager& previews,
@@ -107,8 +106,8 @@ class VideosViewModel {
                     const Texts& texts, const Locale& locale, std::filesystem::path guides);
     ~VideosViewModel();
 
-    // Projects open through this function: it runs a task as soon as timelines and collections may
-    // be read. Without it they open at once.
+    // Projects are opened by this function, which runs a task once timelines and collections may be
+    // read. Without it, they are opened immediately.
     void setWhenReady(std::function<void(std::function<void()>)> whenReady) {
         whenReady_ = std::move(whenReady);
     }
@@ -116,9 +115,11 @@ class VideosViewModel {
     Published<VideosState> state;
     void send(VideosAction action);
 
-    // What the list shows for a search text and a filter, by display name and last access.
+    // The videos whose display name contains the search text and that match the filter. The filter
+    // `recent` sorts them by last access.
     std::vector<FilesFile> filteredFiles(const std::string& searchText, VideoFilter filter) const;
-    // When the video was last opened here or its file read; now if the file gives no date.
+    // When the video was last opened here or its file last read; the current time if that is
+    // unknown.
     Date lastAccess(const FilesFile& file) const;
     std::string displayName(const FilesFile& file) const;
     std::optional<std::filesystem::path> videoPath(

@@ -7,8 +7,8 @@ namespace tembrix {
 
 namespace {
 
-// The control window has the lower 40 percent of the screen. Above it are the tag panel on the left
-// third and the video on the right two thirds; 40 points stay free at the top.
+// The control window takes the lower 40 percent of the screen. Above it, the tag panel takes the
+// left third and the video the other two thirds. The top 40 points remain free.
 constexpr double controlShare = 0.4;
 constexpr double topMargin = 40;
 

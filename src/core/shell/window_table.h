@@ -6,21 +6,22 @@
 
 namespace tembrix {
 
-// The windows beside the list window. A new window is one kind, one row of the table and one maker
-// of its content.
+// The windows other than the list window. A new window needs a kind, a row in the table and a maker
+// for its content.
 enum class WindowKind { video, control, tagLibrary };
 
 struct WindowRow {
     WindowKind kind;
-    const char* titleKey;  // also the name by which tests and tools find the window
-    // The frame of a new window on a screen of this frame. Null: the window has its own size.
+    const char* titleKey;  // also the name that tests and tools use
+    // Computes the initial frame from the frame of the screen. If null, the window chooses its
+    // size.
     Rect (*frame)(const Rect& screen);
     bool opensWithProject;  // rows open in the order of the table
     bool belongsToProject;  // closes with the project
     bool closesProject;     // the project closes with the window
-    bool single;            // at most one is open; opening it again shows that one
-    bool takesTagKeys;      // the hot keys of tags work while it has the keyboard
-    bool spaceAlwaysPlays;  // also while a text field or the drawing editor is in use
+    bool single;            // opening it again shows the existing one
+    bool takesTagKeys;      // the hot keys of tags work while it has the focus
+    bool spaceAlwaysPlays;  // also while text or a drawing is edited
 };
 
 std::span<const WindowRow> windowTable();

@@ -52,7 +52,7 @@ void WindowsManager::openWindow(const WindowRow& row) {
     windows_.push_back({id, &row, std::move(window)});
 }
 
-// While the drawing editor is open, the close button of the video ends the editor, not the window.
+// While the drawing editor is open, the close button of the video window closes only the editor.
 bool WindowsManager::mayClose(const WindowRow& row) {
     if (row.kind != WindowKind::video || !project_ || !project_->player.isVideoPlayerInEditorMode)
         return true;
@@ -71,7 +71,7 @@ void WindowsManager::windowWillClose(int id) {
         closeWindows([id](const OpenWindow& open) { return open.id == id; });
 }
 
-// The windows use the project until they are destroyed, so it is destroyed last.
+// The windows use the project, so it is destroyed after them.
 void WindowsManager::closeAll() {
     const auto closing = std::move(project_);
     if (!closing)
@@ -104,8 +104,8 @@ void WindowsManager::libraryChanged() {
         closeAll();
 }
 
-// A window that loses the keyboard clears the state, whichever window it is. The window that gets
-// the keyboard reports it afterwards.
+// Any window that loses the focus resets the state. The window that gets the focus reports it
+// afterwards.
 void WindowsManager::keyChanged(int id, KeyState state) {
     keyState_ = state;
     activeWindow_ = state == KeyState::none ? std::nullopt : std::optional(id);
@@ -122,7 +122,7 @@ bool WindowsManager::isControlOrLibraryKey() const {
     return row && keyState_ == KeyState::window && row->spaceAlwaysPlays;
 }
 
-// A sheet keeps its keys, except that labels are chosen by their keys.
+// Sheets handle their keys themselves, but labels are chosen by hot keys.
 bool WindowsManager::isProjectWindowActive() const {
     const WindowRow* row = activeRow();
     return project_ && row && row->takesTagKeys &&

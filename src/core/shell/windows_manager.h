@@ -17,36 +17,36 @@
 
 namespace tembrix {
 
-// Whether a window has the keyboard, itself or through a sheet on it.
+// Whether a window has the keyboard focus, itself or in one of its sheets.
 enum class KeyState { none, window, sheet };
 
-// One open window as the orchestration sees it. Destroying it closes the window without asking and
-// destroys its content.
+// Controls one open window. Destroying it closes the window without asking and destroys its
+// content.
 class ProjectWindow {
   public:
     virtual ~ProjectWindow() = default;
     virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
     virtual void show() = 0;                       // also brings it to the front
-    virtual void detach() = 0;                     // from here on none of its callbacks is called
+    virtual void detach() = 0;                     // none of its callbacks is called afterwards
 };
 
-// Makes real windows. Callbacks of a window are not called after it was destroyed.
+// Creates windows. A window's callbacks are not called after it was destroyed.
 class WindowFactory {
   public:
     struct Callbacks {
-        std::function<bool()> shouldClose;  // false refuses
+        std::function<bool()> shouldClose;  // returns false to keep the window open
         std::function<void()> willClose;
         std::function<void(KeyState)> keyChanged;
     };
     virtual ~WindowFactory() = default;
     virtual std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                                 Callbacks callbacks) = 0;
-    // The frame of the main screen; absent without one.
+    // The frame of the main screen; absent if there is no screen.
     virtual std::optional<Rect> mainScreenFrame() const = 0;
 };
 
-// Opens and closes the project, tracks its windows, and knows which of them has the keyboard. One
-// project at a time. Main thread only.
+// Opens and closes the project, manages its windows and tracks which of them has the focus. Only
+// one project is open at a time. Main thread only.
 class WindowsManager final : public KeyWindows, public FieldMapQuestion {
   public:
     WindowsManager(const ProjectServices& services, WindowFactory& factory);
@@ -54,20 +54,20 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
 
     void openProject(const std::string& videoId);
     void closeAll();
-    // The list of videos changed. The marks of the open project are stored under the entry of its
-    // video: they follow an entry that was bound to another file, and without an entry the project
-    // closes.
+    // Handles a change of the list of videos. The timelines of the open project are stored under
+    // the id of its entry: if the entry was bound to another file, the project follows it; if the
+    // entry was removed, the project is closed.
     void libraryChanged();
 
-    Project* project() const { return project_.get(); }  // null while none is open
-    bool isClosing() const { return !project_; }         // true: no project is open
+    Project* project() const { return project_.get(); }  // null if none is open
+    bool isClosing() const { return !project_; }         // true if no project is open
     const std::string& currentVideoId() const { return currentVideoId_; }
 
     bool isControlOrLibraryKey() const override;
     bool isProjectWindowActive() const override;
     bool isViewerActive() const override { return false; }
 
-    // There is no map window yet: marking continues without a place.
+    // There is no map window yet, so stamps are made without a position.
     bool canAsk() const override { return false; }
     void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                std::function<void(Point)> chosen) override;
@@ -84,11 +84,11 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     void windowWillClose(int id);
     void keyChanged(int id, KeyState state);
     void closeWindows(const std::function<bool(const OpenWindow&)>& which);
-    const WindowRow* activeRow() const;  // of the window that has the keyboard
+    const WindowRow* activeRow() const;  // the row of the window with the focus
 
     const ProjectServices services_;
     WindowFactory& factory_;
-    std::string currentVideoId_;  // may be of a video whose opening was refused
+    std::string currentVideoId_;  // may also be a video that could not be opened
     std::unique_ptr<Project> project_;
     std::vector<OpenWindow> windows_;
     int lastId_ = 0;

@@ -12,20 +12,20 @@
 
 namespace tembrix {
 
-// The six files of a collection's folder as they were found.
+// The six files in a collection's folder, as they were read.
 class CollectionFiles {
   public:
     explicit CollectionFiles(const std::filesystem::path& folder);
 
-    // Names of the files that are there but cannot be read, and their contents where known.
+    // The names of the files that cannot be read, and the contents of those whose bytes can be.
     const std::vector<std::string>& damaged() const { return damaged_; }
     const std::vector<Bytes>& damagedContents() const { return damagedContents_; }
-    // Whether the required files are there and every file that is there can be read.
+    // Whether all required files exist and all existing files can be read.
     bool isWhole() const { return damaged_.empty() && hasRequired(); }
 
-    // Uses another folder's content in place of each damaged file.
+    // Replaces each damaged file by the content from another folder.
     void replaceDamaged(const CollectionFiles& other);
-    // Absent if a required file is missing or damaged. The time events and the field are optional.
+    // Absent if a required file is missing or damaged. Time events and field are optional.
     std::optional<CollectionData> collection(const std::string& id) const;
 
   private:
@@ -43,7 +43,7 @@ class CollectionFiles {
     std::optional<PlayField> playField_;
 };
 
-// Writes a collection as the files of a folder, which is made.
+// Writes a collection to the files of a folder, which is created if necessary.
 Result<void> writeCollectionFiles(const std::filesystem::path& folder,
                                   const CollectionData& collection);
 

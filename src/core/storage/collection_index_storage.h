@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// What the storage asks of the collection index, which stands above it.
+// What the storage needs of the collection index, which belongs to a higher folder.
 class CollectionIndexStorage {
   public:
     virtual ~CollectionIndexStorage() = default;

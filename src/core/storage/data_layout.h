@@ -3,18 +3,19 @@
 #include <string>
 #include <string_view>
 
-// The names of everything that is stored: defaults keys, folders and files. Each is written here
-// once. They are the format of the user's data and never change.
+// The names of everything that is stored: keys of the user defaults, folders and files. They are
+// defined only here. They are the format of the user's data and must not change.
 namespace tembrix::layout {
 
-// Defaults keys.
+// Keys of the user defaults.
 inline constexpr const char* videosDataKey = "videosData";
-inline constexpr const char* videosCheckKey = "videosDataCheck";  // hash of the list of videos
+inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksum of the list of videos
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";
-inline constexpr const char* damagedPrefix = "damaged_";  // before the key of a value set aside
-// Before the id of a video whose timeline could not be read, until its backup was dealt with.
+inline constexpr const char* damagedPrefix = "damaged_";  // followed by the key of a damaged value
+// Followed by the id of a video whose timeline could not be read, until its backup has been
+// handled.
 inline constexpr const char* unreadablePrefix = "unreadable_";
 inline constexpr const char* markupModeKey = "appMarkupMode";
 inline constexpr const char* editingLineKey = "editingStampLineID";
@@ -23,15 +24,15 @@ inline constexpr const char* lastSelectedCollectionKey = "lastSelectedCollection
 inline constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
 inline constexpr const char* collectionsLoadedKey = "collectionsBookmarksLoaded";
 inline constexpr const char* savedCollectionsKey = "savedCollections";
-// Also the account of the flag in the keychain.
+// Also the account name of the flag in the keychain.
 inline constexpr const char* collectionsDeduplicatedKey = "collectionsDeduplicationDone";
-// The collection index while its file lacks a change, so that a killed process loses no name.
+// The collection index while its file is not up to date, so that a killed process loses no name.
 inline constexpr const char* collectionsUnsavedKey = "collectionsUnsaved";
-// The collection index as its file was last written, for the case that the file is damaged.
+// The collection index as last written to its file, in case the file is damaged.
 inline constexpr const char* collectionsSecondCopyKey = "collectionsSecondCopy";
 inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 
-inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date by video id
+inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date, by the id of a video
 
 inline std::string lastOpenedKey(std::string_view videoId) {
     return lastOpenedPrefix + std::string(videoId);
@@ -53,8 +54,8 @@ inline std::string damagedKey(std::string_view key) {
     return damagedPrefix + std::string(key);
 }
 
-// Folders. The data folder lies in Documents, and in the backup a folder of the same name holds
-// copies of its subfolders.
+// Folders. The data folder is in Documents. The backup has a folder of the same name with copies of
+// its subfolders.
 inline constexpr const char* dataFolder = "Tembrix-Stat";
 inline constexpr const char* timelinesFolder = "Timelines";
 inline constexpr const char* collectionsFolder = "Collections";
@@ -63,7 +64,7 @@ inline constexpr const char* screenshotsFolder = "Screenshots";
 inline constexpr const char* previewFolder = "Preview";
 inline constexpr const char* backupFolder = "Tembrix-Stat-Backup";  // in Application Support
 inline constexpr const char* replacedFolder =
-    "Replaced";  // in the data folder, one folder per date
+    "Replaced";  // in the data folder, with one folder per restore
 
 inline constexpr const char* programFolder = "tembrix-stat";  // in Application Support
 
@@ -77,7 +78,7 @@ inline constexpr const char* labelsFile = "labels.json";
 inline constexpr const char* timeEventsFile = "timeEvents.json";
 inline constexpr const char* playFieldFile = "playField.json";
 inline constexpr const char* defaultsFile = "defaults.sqlite";  // in the program's data folder
-// Beside the documents: which change of each value they contain.
+// In the data folder: which change of each value the documents contain.
 inline constexpr const char* writtenValuesFile = "WrittenValues.txt";
 inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
 inline constexpr const char* secondCopyFile = "second-copy.plist";

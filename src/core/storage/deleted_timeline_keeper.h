@@ -5,7 +5,7 @@
 
 namespace tembrix {
 
-// Keeps the timeline of a video that is about to leave the library.
+// Keeps the timeline of a video that is about to be removed from the library.
 class DeletedTimelineKeeper {
   public:
     virtual ~DeletedTimelineKeeper() = default;

@@ -41,7 +41,7 @@ bool fileHolds(const std::filesystem::path& file, BytesView content) {
 
 }  // namespace
 
-// Lets one flush run at a time, and none after the storage is gone.
+// Allows one flush at a time, and none after the storage was destroyed.
 struct InMemoryStorageManager::Gate {
     std::mutex mutex;
     bool open = true;
@@ -56,7 +56,8 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       written_(dataFolder() / layout::writtenValuesFile),
       encoder_(std::make_shared<TimelineEncoder>()),
       gate_(std::make_shared<Gate>()) {
-    // If the database cannot be read now, what this run stores is newer than what is in it.
+    // If the database cannot be read now, values stored in this run must count as newer than its
+    // values.
     defaults_.continueNumbers(written_.storedIdentity(), written_.lastNumber());
     written_.useFor(defaults_.identity());
     dropOutdatedWorkingCopies();
@@ -87,14 +88,15 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
         unreadable_.erase(videoId);
         defaults_.setPieces(layout::timelineKey(videoId), encoder_->pieces());
     }
-    // Nobody reads these any more, so that no thread but the main one looks into a stamp.
+    // Released in the background. No other thread uses these lines any more.
     if (auto released = encoder_->takeReleased(); !released.empty())
         scheduler_.background(Priority::utility, [released = std::move(released)] {});
     scheduleSaveToDisk();
 }
 
 void InMemoryStorageManager::prepareToSave(TimelineLines lines) {
-    // Lines are let go of on the main thread only, where their owner looks whether they are shared.
+    // The lines are released on the main thread only, because their owner checks there whether they
+    // are shared.
     scheduler_.background(
         Priority::userInitiated,
         [this, &scheduler = scheduler_, number = ++encodings_, weak = std::weak_ptr(gate_),
@@ -134,7 +136,7 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
     return loadSavedTimeline(videoId, cached);
 }
 
-// The last resort of a timeline of which no copy here can be read.
+// Loads a timeline from the backup if no other copy can be read.
 TimelineLines InMemoryStorageManager::loadSavedTimeline(const std::string& videoId,
                                                         const std::optional<Bytes>& cached) {
     auto saved = savedCopies_ ? savedCopies_->savedTimeline(videoId) : std::nullopt;
@@ -156,8 +158,8 @@ bool InMemoryStorageManager::isTimelineUnreadable(const std::string& videoId) co
     return unreadable_.contains(videoId);
 }
 
-// The backup and the tag library load in the background: what they read from the disk must not
-// replace what a save put there meanwhile.
+// The backup and the tag library load in the background. Data that they read from the disk must not
+// replace a value that was saved meanwhile.
 bool InMemoryStorageManager::fillWorkingCopy(const std::string& key,
                                              const std::optional<Bytes>& before, BytesView value) {
     const std::lock_guard lock(workingCopies_);
@@ -204,7 +206,7 @@ std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::
     return collection;
 }
 
-// Ids become names of files and folders; one that would lead elsewhere never reaches the disk.
+// Ids are used as names of files and folders, so an id that is not a valid file name is rejected.
 std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(const std::string& id) {
     if (!isFileName(id))
         return std::nullopt;
@@ -227,9 +229,9 @@ void InMemoryStorageManager::deleteCollection(const std::string& id) {
 
 void InMemoryStorageManager::scheduleSaveToDisk() {
     if (pendingSave_)
-        return;  // the timer already armed carries this change too
+        return;  // the running timer covers this change as well
     pendingSave_ = true;
-    // The timer is held here, so it cannot fire after the manager is gone.
+    // The timer is a member, so it cannot fire after the manager was destroyed.
     saveToDiskTimer_ = scheduler_.after(saveToDiskInterval, [this] { flush(); });
 }
 
@@ -262,7 +264,7 @@ std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
 
 void InMemoryStorageManager::forgetWritten() {
     written_.clear();
-    (void)written_.save();  // without a folder there is nothing that was written
+    (void)written_.save();  // if the folder does not exist, nothing was written
 }
 
 void InMemoryStorageManager::keepFromDocuments() {
@@ -278,9 +280,9 @@ void InMemoryStorageManager::saveWritten() {
         log_.line("❌ Storage: Error writing the list of written values - " + saved.error().text);
 }
 
-// True if a document contains a later change than the working copy, which lost its end then: of a
-// database log, or with a database from another day. A document that was replaced by hand or by a
-// restore is not the one that was written, and says nothing.
+// Returns true if a document contains a later change than the working copy. That happens if the end
+// of the database log was lost or an older database was put in place. A document that was replaced
+// by hand or by a restore differs from the one that was written and is ignored.
 bool InMemoryStorageManager::isOutdated(const std::string& key, std::uint64_t number) const {
     const auto entry = written_.find(key);
     if (!entry || entry->number <= number)
@@ -301,8 +303,8 @@ void InMemoryStorageManager::dropOutdatedWorkingCopies() {
     }
 }
 
-// The values reach the disk before the documents, so that a power cut leaves no document that is
-// newer than its value.
+// The database is synced before the documents are written, so that after a power failure no
+// document is newer than its value.
 void InMemoryStorageManager::writeAll() {
     defaults_.makeDurable();
     written_.useFor(defaults_.identity());
@@ -322,7 +324,8 @@ void InMemoryStorageManager::saveTimelinesToDisk() {
 
 void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
     const std::string id = key.substr(std::strlen(layout::timelinePrefix));
-    // The number is read first: a change that comes in between is written once more, not missed.
+    // The number is read before the value, so that a concurrent change is written again rather than
+    // missed.
     const auto number = defaults_.changeNumber(key);
     const auto entry = written_.find(key);
     if ((entry && number > 0 && entry->number == number) || isOutdated(key, number))
@@ -331,7 +334,7 @@ void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
     if (!value || !isFileName(id))
         return;
     if (!fileHolds(timelineFile(id), *value)) {
-        // A damaged working copy must not replace the good file that will heal it.
+        // A damaged working copy must not replace a good file, from which it can be repaired.
         if (const auto lines = decode<TimelineLines>(*value); !lines) {
             log_.line("❌ Storage: Unreadable timeline " + id + " not written - " +
                       lines.error().text);
@@ -341,7 +344,7 @@ void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
             log_.line("❌ Storage: Error writing timeline " + id + " - " + written.error().text);
             return;
         }
-        // A video deleted meanwhile had its file removed before this one came.
+        // If the video was deleted meanwhile, its file was removed before this one was written.
         const auto still = defaults_.keys(key);
         if (still.empty() || still.front() != key)
             deleteTimelineFile(id);
@@ -366,14 +369,14 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
         auto collection = decode<CollectionData>(*value).optional();
         if (!collection)
             continue;
-        collection->id = id;  // the key names the folder
+        collection->id = id;  // the key determines the name of the folder
         if (writeCollection(*collection))
             written_.set(key, {number, 0});
     }
 }
 
-// An empty list counts only when the index file says so itself: a lost or damaged index reads as
-// empty too, and would take every collection with it.
+// An empty list is used only if the index file itself is empty. A lost or damaged index is also
+// read as an empty list, and all collections would be removed.
 std::optional<std::vector<CollectionInfo>> InMemoryStorageManager::indexedCollections() {
     if (!index_)
         return std::nullopt;
@@ -431,8 +434,8 @@ bool InMemoryStorageManager::writeCollection(const CollectionData& collection) {
                                LabelGroupsData{collection.labelGroups}) &&
            done;
     done = writeCollectionFile(folder / layout::labelsFile, LabelsData{collection.labels}) && done;
-    // An earlier file stays where a collection lost its events or its field: the working copy wins
-    // on reading.
+    // The files of time events and field remain if the collection no longer has any. When reading,
+    // the working copy has priority.
     if (!collection.timeEvents.empty())
         done = writeCollectionFile(folder / layout::timeEventsFile,
                                    TimeEventsData{collection.timeEvents}) &&

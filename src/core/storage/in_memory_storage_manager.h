@@ -27,9 +27,10 @@ namespace tembrix {
 class SavedCopies;
 class TimelineEncoder;
 
-// The two-level store of timelines and collections. The user defaults hold the working copy,
-// written at once on every change; files under Documents hold the durable copy, written at most
-// once per 30 seconds and at the end. Edits on the main thread; the flush runs in the background.
+// The store of timelines and collections at two levels. The user defaults contain the working copy,
+// which is written on every change. Files in Documents contain the durable copy, which is written
+// at most every 30 seconds and at the end. Edits are made on the main thread; flushing runs in the
+// background.
 class InMemoryStorageManager {
   public:
     static constexpr double saveToDiskInterval = 30.0;
@@ -38,40 +39,40 @@ class InMemoryStorageManager {
                            Log& log);
     ~InMemoryStorageManager();
 
-    // The index comes up after the storage; without one the flush removes no folder at all.
+    // Set when the index has been created. Without an index, a flush does not remove any folders.
     void setCollectionIndex(CollectionIndexStorage* index);
 
-    // Where copies that cannot be read are looked for. Set before anything is loaded.
+    // Sets where to look for copies that cannot be read here. Set before anything is loaded.
     void setSavedCopies(SavedCopies* copies);
 
     void saveTimeline(const TimelineLines& lines, const std::string& videoId);
-    // Encodes what was opened in the background, so that the first save costs no more than the
-    // later ones.
+    // Encodes an opened timeline in the background, so that the first save is as fast as later
+    // ones.
     void prepareToSave(TimelineLines lines);
-    // Any thread. A timeline of which no copy can be read is looked for in the backup. The worst
-    // case is empty.
+    // Loads a timeline on any thread. If no copy can be read, the backup's is used. Empty if there
+    // is none.
     TimelineLines loadTimeline(const std::string& videoId);
-    // Whether the last load found copies but could read none, and nothing was saved since. Such a
-    // timeline is not stored before the user changes it. Any thread.
+    // Whether the last load found copies but could not read any of them, and nothing was saved
+    // since. Such a timeline is not stored until the user changes it. Any thread.
     bool isTimelineUnreadable(const std::string& videoId) const;
     void deleteTimelineFile(const std::string& videoId);
 
     void saveCollection(const CollectionData& collection);
     std::optional<CollectionData> loadCollection(const std::string& id);  // any thread
-    void deleteCollection(const std::string& id);  // the folder goes with the next flush
+    void deleteCollection(const std::string& id);  // the folder is removed at the next flush
 
     void scheduleSaveToDisk();
     void applicationWillTerminate();
-    // Runs the flush on the calling thread, whether or not a change waits; for the backup.
+    // Flushes on the calling thread even if nothing has changed; for the backup.
     void flushNow();
-    // For a restore, while it holds the flush: files of Documents are replaced, so that the next
-    // flush writes every value again.
+    // Called by a restore while it holds the flush lock. Files in Documents were replaced, so the
+    // next flush writes all values again.
     void forgetWritten();
-    // For the deletion of all data, while it holds the flush: no flush brings the files back
-    // before their values change.
+    // Called when all data is deleted, while the flush lock is held. Files are not written again
+    // until their values change.
     void keepFromDocuments();
-    // No flush runs while the lock is held: a restore puts folders in place before it has listed
-    // them.
+    // Prevents flushing while the lock is held. A restore uses it until it has listed the folders
+    // that it puts in place.
     std::unique_lock<std::mutex> holdFlush();
 
     UserDefaults& userDefaults() { return defaults_; }
@@ -85,7 +86,7 @@ class InMemoryStorageManager {
   private:
     struct Gate;
 
-    // False if the working copy is no longer what it was before the disk was read.
+    // Returns false if the working copy has changed since `before` was read.
     bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
                          BytesView value);
     void dropOutdatedWorkingCopies();
@@ -108,14 +109,14 @@ class InMemoryStorageManager {
     Scheduler& scheduler_;
     Directories directories_;
     Log& log_;
-    CollectionIndexStorage* index_ = nullptr;  // read and set through the gate
-    WrittenValues written_;                    // used through the gate
+    CollectionIndexStorage* index_ = nullptr;  // guarded by the gate
+    WrittenValues written_;                    // guarded by the gate
     std::shared_ptr<TimelineEncoder> encoder_;
-    int encodings_ = 0;  // begun so far; the last one's encoder is the one to keep
+    int encodings_ = 0;  // number of encodings started; the encoder of the last one is kept
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
-    mutable std::mutex workingCopies_;  // a working copy is replaced by one writer at a time
-    std::set<std::string> unreadable_;  // ids of timelines; under the same lock
+    mutable std::mutex workingCopies_;  // held while a working copy is replaced
+    std::set<std::string> unreadable_;  // ids of timelines; guarded by the same mutex
     SavedCopies* savedCopies_ = nullptr;
     std::shared_ptr<Gate> gate_;
 };

@@ -8,11 +8,11 @@
 
 namespace tembrix {
 
-// The backup, as the storage needs it for data of which no copy of its own can be read. Any thread.
+// Provides copies from the backup for data of which no other copy can be read. Any thread.
 class SavedCopies {
   public:
     virtual ~SavedCopies() = default;
-    // Called only for a timeline that cannot be read elsewhere; absent if there is no good copy.
+    // Called only if no other copy of the timeline can be read. Absent if there is no good copy.
     virtual std::optional<TimelineLines> savedTimeline(const std::string& videoId) = 0;
     virtual std::filesystem::path savedCollectionFolder(const std::string& id) const = 0;
 };

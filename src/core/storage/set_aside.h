@@ -12,9 +12,8 @@
 
 namespace tembrix {
 
-// Keeps a value that does not decode under its key with the prefix of damaged values, and with a
-// number if that is in use already, before a later save overwrites it: nothing the user made is
-// thrown away unseen.
+// Saves a value that cannot be decoded under its key with the prefix for damaged values, and with a
+// number if that key is in use, before it is overwritten. So no data of the user is lost.
 inline void setAside(UserDefaults& defaults, Log& log, const std::string& key, BytesView value) {
     const std::string base = layout::damagedKey(key);
     std::string name = base;

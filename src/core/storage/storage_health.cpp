@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-// The defaults may call from any thread, and may outlive the object or end before it.
+// The defaults may call this on any thread, and either object may be destroyed first.
 struct StorageHealth::Link {
     std::mutex mutex;
     StorageHealth* health;
@@ -18,7 +18,7 @@ StorageHealth::StorageHealth(UserDefaults& defaults, Scheduler& scheduler)
         if (!link->health)
             return;
         scheduler.onMain([&defaults, link] {
-            if (link->health)  // changes on this thread only
+            if (link->health)  // modified on this thread only
                 link->health->status_.set(defaults.status());
         });
     });

@@ -12,7 +12,7 @@
 
 namespace tembrix {
 
-// Whether what the user marks is safe on the disk, for the windows. Lives on the main thread.
+// Informs the windows whether the user's marks are saved on the disk. Main thread only.
 class StorageHealth {
   public:
     StorageHealth(UserDefaults& defaults, Scheduler& scheduler);

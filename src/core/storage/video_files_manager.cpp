@@ -28,8 +28,7 @@ VideosData& entryOf(FilesFile& file) {
     return file.videoData;
 }
 
-// Changes the entries that `matches` accepts in a list of videos or of files; true if there was
-// one.
+// Changes the matching entries in a list of videos or of files. Returns whether there were any.
 template <class List, class Matches, class Change>
 bool changeEntries(List& list, const Matches& matches, const Change& change) {
     bool found = false;
@@ -69,7 +68,7 @@ void VideoFilesManager::start() {
     }
     const bool readable = loadVideosData();
     rebuildFiles();
-    // A list that cannot be read is left as it is: writing here would replace it by an empty one.
+    // A list that cannot be read is not written here, because it would be replaced by an empty one.
     if (readable && !storage_.userDefaults().boolean(layout::videosCleanupDoneKey)) {
         saveVideosData();
         storage_.userDefaults().setBoolean(layout::videosCleanupDoneKey, true);
@@ -134,8 +133,8 @@ void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
     log_.line("✅ Migration completed: " + std::to_string(old.size()) + " videos migrated");
 }
 
-// An entry whose file cannot be found stays: a video on an absent disk is not lost. So does an
-// entry whose path now belongs to another file: recorders reuse names.
+// An entry whose file cannot be found is kept, because its disk may be disconnected. An entry whose
+// path now belongs to another file is kept as well, because recorders reuse file names.
 std::vector<VideosData> VideoFilesManager::withoutDuplicates(
     const std::vector<VideosData>& list) const {
     VideoList kept;
@@ -157,8 +156,7 @@ std::vector<VideosData> VideoFilesManager::withoutDuplicates(
     return kept;
 }
 
-// Updates the list of the screens from the stored one. Previews that were made stay with their
-// entries.
+// Updates the list shown on screen from the stored list. Existing previews are kept.
 void VideoFilesManager::rebuildFiles() {
     std::vector<FilesFile> files;
     for (const auto& video : videosData_) {
@@ -198,7 +196,8 @@ std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path
     publish();
     if (const auto added = fileWith(hasId(video.id)))
         return added;
-    // Saving dropped the new entry, because an earlier bookmark of this file has another name.
+    // The new entry was dropped as a duplicate, because an earlier entry has this file under
+    // another name.
     const auto path = resolveVideoURL(*bookmark);
     return fileWith([&](const VideosData& known) {
         return bookmarks_.areOfOneFile(known.bookmark, *bookmark) &&
@@ -244,7 +243,7 @@ void VideoFilesManager::deleteVideo(const FilesFile& file) {
     publish();
 }
 
-// Entries may have been dropped from `before` because their id occurs twice; those lose nothing.
+// Entries that were dropped because their id occurs twice lose nothing.
 void VideoFilesManager::keepTimelinesOfDropped(const std::vector<VideosData>& before) {
     for (const auto& video : before) {
         if (!findById(video.id))
@@ -335,8 +334,8 @@ std::optional<std::filesystem::path> VideoFilesManager::resolveVideoURL(
     return resolved->path;
 }
 
-// True if the file at the path is the video of an entry other than those with this bookmark. Marks
-// of one match must not be shown on the film of another.
+// Whether the file at the path is the video of an entry with another bookmark. Marks of one match
+// must not be shown on the video of another.
 bool VideoFilesManager::belongsToAnotherEntry(const std::filesystem::path& file,
                                               const Bytes& bookmark) const {
     const auto current = bookmarks_.make(file);

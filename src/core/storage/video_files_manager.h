@@ -23,24 +23,24 @@
 
 namespace tembrix {
 
-// The library: the list of videos that the user added, its storage, migration and clean-ups. A
-// video is never copied; the id of its entry is the key of everything that belongs to it. Main
-// thread only.
+// The library: the list of videos that the user added, how it is stored, migrated and cleaned up.
+// Videos are never copied. The id of an entry is the key of all data of its video. Main thread
+// only.
 class VideoFilesManager {
   public:
     VideoFilesManager(InMemoryStorageManager& storage, Bookmarks& bookmarks,
                       Directories directories, const Texts& texts, Log& log);
 
-    // Makes the folders and loads the list. Called once, before anything else.
+    // Creates the folders and loads the list. Called once, before anything else.
     void start();
     void setDeletedTimelineKeeper(DeletedTimelineKeeper* keeper) { keeper_ = keeper; }
 
     const std::vector<FilesFile>& files() const { return files_; }
     const std::vector<VideosData>& videosData() const { return videosData_; }
-    // Called with the list after every change.
+    // Sets a function that is called with the list after every change.
     void setUpdateFiles(std::function<void(const std::vector<FilesFile>&)> callback);
 
-    // Called after the list was stored.
+    // Sets a function that is called after the list was stored.
     void setListStored(std::function<void()> stored) { listStored_ = std::move(stored); }
 
     std::optional<FilesFile> addVideo(const std::filesystem::path& file);
@@ -53,32 +53,33 @@ class VideoFilesManager {
     void toggleFavorite(const std::string& videoId);
     bool rebindVideo(const std::string& videoId, const std::filesystem::path& file);
     void saveVideosData();
-    // When the video was opened as a project. File systems move the access time rarely, if at all.
+    // Stores when the video was opened as a project. File systems rarely update access times.
     void noteOpening(const std::string& videoId, Date moment);
     std::optional<Date> lastOpening(const std::string& videoId) const;
     void setPreview(const std::string& videoId, std::shared_ptr<const ImageBuffer> preview);
 
     const VideosData* findById(const std::string& videoId) const;
     // The first entry with exactly these bytes. If several entries have them, the one with the
-    // preferred id is found.
+    // preferred id is returned.
     const VideosData* findByBookmark(const Bytes& bookmark,
                                      const std::string& preferredId = {}) const;
-    // Absent if the file is not there, or if only its name is there and the file of that name is
-    // the video of another entry.
+    // Absent if the file does not exist, or if another file has its name now and is the video of
+    // another entry.
     std::optional<std::filesystem::path> resolveVideoURL(const Bytes& bookmark) const;
     std::string displayName(const FilesFile& file) const;
 
   private:
-    bool loadVideosData();  // false if there is a list that cannot be read
+    bool loadVideosData();  // returns false if the stored list cannot be read
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();
     bool belongsToAnotherEntry(const std::filesystem::path& file, const Bytes& bookmark) const;
-    // Leaves rescue records of the entries that `before` has and the list does not have any more.
+    // Saves the timelines of entries that are in `before` but no longer in the list.
     void keepTimelinesOfDropped(const std::vector<VideosData>& before);
     void keepTimeline(const VideosData& video);
     void publish();
-    // Edits the matching entries of both lists, saves and publishes; false if there are none.
+    // Edits the matching entries of both lists, saves and publishes. Returns false if there are
+    // none.
     template <class Matches, class Change>
     bool change(const Matches& matches, const Change& edit);
     template <class Matches>

@@ -11,7 +11,7 @@
 
 namespace tembrix {
 
-// A number by which a damaged value is told from the one that was stored (FNV-1a).
+// A checksum that detects a damaged value (FNV-1a).
 inline std::string checkOf(BytesView value) {
     std::uint64_t hash = 14695981039346656037ULL;
     for (const auto byte : value) {
@@ -21,8 +21,8 @@ inline std::string checkOf(BytesView value) {
     return std::to_string(hash);
 }
 
-// Stores the encoded list of videos with its check. The check goes first: a process killed between
-// the two leaves the older list, which differs from the check but is no worse than its second copy.
+// Stores the encoded list of videos and its checksum. The checksum is written first: if the process
+// is killed in between, the older list does not match it, but is as good as its second copy.
 inline void storeVideoList(UserDefaults& defaults, BytesView list) {
     defaults.setText(layout::videosCheckKey, checkOf(list));
     defaults.setData(layout::videosDataKey, list);

@@ -31,7 +31,7 @@ void VideosPreviewManager::makePreview(const std::filesystem::path& video, Compl
             auto frame = media.thumbnail(video, previewSeconds, previewBounds);
             if (!frame)
                 return frame.error();
-            // A preview that cannot be stored is shown all the same; it is made again next time.
+            // A preview that cannot be stored is shown anyway and created again next time.
             const auto png = images.encodePng(*frame);
             if (png && !stop.stop_requested())
                 (void)replaceFile(target, *png);

@@ -16,7 +16,8 @@
 
 namespace tembrix {
 
-// Preview pictures of videos: one PNG each in the temporary folder, which may vanish at any time.
+// Preview pictures of videos: one PNG each in the temporary folder, where they may be deleted at
+// any time.
 class VideosPreviewManager {
   public:
     using Completion = std::function<void(Result<std::shared_ptr<const ImageBuffer>>)>;
@@ -24,8 +25,8 @@ class VideosPreviewManager {
     VideosPreviewManager(Media& media, ImageCodec& images, Scheduler& scheduler,
                          Directories directories);
 
-    // Decodes the frame at 1.0 seconds, 200 by 200 at most, in the background, stores it and
-    // completes on the main thread, unless the manager is destroyed first.
+    // Decodes the frame at 1.0 seconds in the background, scaled to at most 200 by 200, and stores
+    // it. Completes on the main thread, unless the manager is destroyed first.
     void makePreview(const std::filesystem::path& video, Completion completion);
     std::filesystem::path previewFile(const std::filesystem::path& video) const;
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view heading = "Tembrix Stat, written values 1\n";
 
-// The next part of a line, up to the separator.
+// The next field of a line, up to the separator.
 std::string_view next(std::string_view& rest, char separator) {
     const auto end = std::min(rest.find(separator), rest.size());
     const auto part = rest.substr(0, end);
@@ -30,8 +30,8 @@ bool readNumber(std::string_view text, std::uint64_t& number) {
 
 }  // namespace
 
-// A heading, the identity, and a line per value: number, hash and key. A line that cannot be read
-// costs itself: its value is written once more.
+// The file consists of a heading, the identity and one line per value: number, hash and key. If a
+// line cannot be read, its value is written again.
 WrittenValues::WrittenValues(std::filesystem::path file) : file_(std::move(file)) {
     const auto bytes = readFile(file_);
     if (!bytes)

@@ -11,9 +11,9 @@
 
 namespace tembrix {
 
-// Which change of each value the files under Documents contain. Kept in a file beside them, since
-// the documents themselves have a fixed form. The numbers belong to one store of defaults; with
-// another store the list is empty.
+// Which change of each value the files in Documents contain. Stored in a separate file, because the
+// format of the documents is fixed. The numbers belong to one store of defaults; for any other
+// store the list is empty.
 class WrittenValues {
   public:
     struct Entry {
@@ -24,17 +24,17 @@ class WrittenValues {
 
     explicit WrittenValues(std::filesystem::path file);
 
-    // The store that the file on the disk belongs to, and its largest number.
+    // The store to which the file belongs, and its highest change number.
     const std::string& storedIdentity() const { return identity_; }
     std::uint64_t lastNumber() const;
 
-    // Forgets the entries of any other store.
+    // Removes all entries if they belong to another store.
     void useFor(const std::string& identity);
     std::optional<Entry> find(std::string_view key) const;
     void set(const std::string& key, Entry entry);
     void clear();
     const std::map<std::string, Entry, std::less<>>& entries() const { return entries_; }
-    // Writes the file if something changed.
+    // Writes the file if the list has changed.
     Result<void> save();
 
   private:
