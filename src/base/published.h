@@ -1,45 +1,63 @@
 #pragma once
 
+#include <functional>
 #include <utility>
 
 #include "base/signal.h"
 
 namespace tembrix {
 
-// A value that tells its observers after each change. Changes and observers belong to the main
-// thread.
+// A value that others read and observe. Belongs to the main thread.
 template <class T>
-class Published {
+class Observable {
   public:
-    Published() = default;
-    explicit Published(T value) : value_(std::move(value)) {}
-    Published(const Published&) = delete;
-    Published& operator=(const Published&) = delete;
+    Observable(const Observable&) = delete;
+    Observable& operator=(const Observable&) = delete;
 
     const T& get() const { return value_; }
     const T& operator*() const { return value_; }
     const T* operator->() const { return &value_; }
 
-    void set(T value) {
-        value_ = std::move(value);
-        changed_.emit(value_);
-    }
-
-    // Changes the value in place, then tells.
-    template <class Change>
-    void update(Change&& change) {
-        std::forward<Change>(change)(value_);
-        changed_.emit(value_);
-    }
-
     // Calls back after each later change, not for the present value.
-    Subscription observe(std::function<void(const T&)> observer) {
+    Subscription observe(std::function<void(const T&)> observer) const {
         return changed_.observe(std::move(observer));
     }
 
-  private:
+  protected:
+    Observable() = default;
+    explicit Observable(T value) : value_(std::move(value)) {}
+    ~Observable() = default;
+
     T value_{};
     Signal<T> changed_;
+};
+
+// State of an Owner, which alone can change it. It is a public member of its owner; to everybody
+// else it is an Observable.
+template <class T, class Owner>
+class Published final : public Observable<T> {
+  public:
+    Published() = default;
+    explicit Published(T value) : Observable<T>(std::move(value)) {}
+
+  private:
+    friend Owner;
+
+    void set(T value) {
+        this->value_ = std::move(value);
+        this->changed_.emit(this->value_);
+    }
+    // For values whose repetition is no news.
+    void setIfChanged(T value) {
+        if (this->value_ != value)
+            set(std::move(value));
+    }
+    // Changes the value in place, then notifies.
+    template <class Change>
+    void update(Change&& change) {
+        std::forward<Change>(change)(this->value_);
+        this->changed_.emit(this->value_);
+    }
 };
 
 }  // namespace tembrix

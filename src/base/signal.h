@@ -42,7 +42,7 @@ class Signal {
   public:
     using Slot = std::function<void(const Args&...)>;
 
-    Subscription observe(Slot slot) {
+    Subscription observe(Slot slot) const {
         const auto id = state_->next++;
         state_->slots.emplace(id, std::make_shared<Slot>(std::move(slot)));
         return Subscription([weak = std::weak_ptr(state_), id] {

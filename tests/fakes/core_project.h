@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "core/composition/core_services.h"
@@ -28,6 +29,21 @@ struct CoreProgram : FakePlatform {
     std::string addVideo(const std::string& name = "match.mp4") {
         const auto file = folder.write(name, "video");
         return library.addVideoNamed(file, name)->videoData.id;
+    }
+
+    // Stores a user collection, whose id is its name.
+    void addCollection(const std::string& name, const CollectionLists& lists) {
+        storage.saveCollection({name, lists.tagGroups, lists.tags, lists.labelGroups, lists.labels,
+                                lists.timeEvents, std::nullopt});
+        index.addOrUpdateCollection(name, name);
+        events.post(tembrix::events::CollectionDataChanged{});
+        scheduler.run();
+    }
+    // The same, and selects it.
+    void useCollection(const std::string& name, const CollectionLists& lists) {
+        addCollection(name, lists);
+        tagLibrary.selectUserCollection(name);
+        scheduler.run();
     }
 
   private:

@@ -50,8 +50,7 @@ struct ExportProject : MatchRecords {
         project.openVideo();
         source = *project.player.currentVideoURL();
         media.add(source, 100, {1921, 1079});
-        project.tagLibrary.merged.set(library);
-        project.tagLibrary.active.set(library);
+        project.useCollection("Match", library);
         setStamps({stamp("pass", "Пас", 10, 15, {"long"}, {"half"}), stamp("shot", "Shot", 40, 42)},
                   {stamp("pass", "Пас", 2, 4)});
         processes.behavior = [](const FakeProcessRunner::Call& call) {
@@ -63,8 +62,9 @@ struct ExportProject : MatchRecords {
     // The stamps of the two timelines, of which the first is selected.
     void setStamps(std::vector<TimelineStamp> first, std::vector<TimelineStamp> second = {}) {
         TimelineLines lines{line("First", std::move(first)), line("Second", std::move(second))};
-        project.timeline.selectedLineID.set(lines.front()->id);
-        project.timeline.lines.set(std::move(lines));
+        const Uuid selected = lines.front()->id;
+        project.timeline.replaceLines(std::move(lines));
+        project.timeline.selectLine(selected);
     }
 
     // The names of all files below the temporary folder, of whatever run.

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "ports/platform.h"
 
@@ -39,6 +40,7 @@ struct FakePlatform {
         MovieRenderer* renderer = nullptr;
         PictureRenderer* pictures = nullptr;
         TextMeasure* textMeasure = nullptr;
+        std::string language = "en";
     };
 
     TempFolder folder;
@@ -61,6 +63,7 @@ struct FakePlatform {
     NoWindows noWindows;
 
     Platform platform(const Others& others) {
+        locale.language = others.language;
         const auto either = []<class Port>(Port* other, Port& fake) -> Port& {
             return other ? *other : fake;
         };

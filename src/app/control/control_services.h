@@ -4,7 +4,7 @@ namespace tembrix {
 
 class EventBus;
 struct ExportServices;
-struct FocusStateManager;
+class FocusStateManager;
 class HotKeyManager;
 class MarkupModeStore;
 class Panels;

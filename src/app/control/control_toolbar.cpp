@@ -70,8 +70,8 @@ void ControlToolbar::addModes() {
 
 void ControlToolbar::addHistory() {
     TimelineHistory& history = services_.history;
-    const auto add = [this](const char* key, const char* icon, Published<bool>& enabled,
-                            Published<std::optional<std::string>>& step, auto take) {
+    const auto add = [this](const char* key, const char* icon, const Observable<bool>& enabled,
+                            const Observable<std::optional<std::string>>& step, auto take) {
         QToolButton* button = makeIconButton(services_.texts, key, icon, this);
         row_->addWidget(button);
         connect(button, &QToolButton::clicked, this, take);
@@ -83,7 +83,8 @@ void ControlToolbar::addHistory() {
             button->setAccessibleDescription(button->toolTip());
         };
         show();
-        for (Published<bool>* gate : {&enabled, &model_.isEditorModeActive})
+        const Observable<bool>& editing = model_.isEditorModeActive;
+        for (const Observable<bool>* gate : {&enabled, &editing})
             subscriptions_.push_back(gate->observe([show](const bool&) { show(); }));
         subscriptions_.push_back(
             step.observe([show](const std::optional<std::string>&) { show(); }));

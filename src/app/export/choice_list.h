@@ -17,7 +17,7 @@ class QTreeWidgetItem;
 
 namespace tembrix {
 
-struct FocusStateManager;
+class FocusStateManager;
 
 // One row of a choice list.
 struct Choice {

@@ -4,7 +4,7 @@ namespace tembrix {
 
 class EventBus;
 struct ExportServices;
-struct FocusStateManager;
+class FocusStateManager;
 class Panels;
 class TagLibraryManager;
 class Texts;

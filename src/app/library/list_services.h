@@ -2,7 +2,7 @@
 
 namespace tembrix {
 
-struct FocusStateManager;
+class FocusStateManager;
 class Locale;
 class Panels;
 class Scheduler;

@@ -41,7 +41,7 @@ void TextFocusTracker::setFocused(bool focused) {
     if (focused_ == focused)
         return;
     focused_ = focused;
-    focus_.isAnyTextFieldFocused.set(focused);
+    focus_.setTextFieldFocused(focused);
 }
 
 FocusAwareLineEdit::FocusAwareLineEdit(FocusStateManager& focus, QWidget* parent)

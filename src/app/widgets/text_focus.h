@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-struct FocusStateManager;
+class FocusStateManager;
 
 // Blocks hot keys while a text widget has the focus, so that they do not interfere with typing.
 // Owned by the widget.

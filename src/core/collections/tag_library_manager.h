@@ -39,12 +39,12 @@ class TagLibraryManager {
     // reset.
     void setHotkeyRegistry(HotkeyRegistry* registry);
 
-    Published<CollectionLists> active;  // tags, tagGroups, labelGroups, labels, timeEvents
-    Published<CollectionLists> merged;  // allTags, allTagGroups, ... of all collections
-    Published<std::set<std::string>> selectedTimeEvents;
-    Published<TagCollection> currentCollectionType;
-    Published<std::vector<StandardCollection>> standardCollections;
-    Published<std::optional<std::string>> selectedStandardCollectionName;
+    Published<CollectionLists, TagLibraryManager> active;  // the lists of the chosen collection
+    Published<CollectionLists, TagLibraryManager> merged;  // of all collections
+    Published<std::set<std::string>, TagLibraryManager> selectedTimeEvents;
+    Published<TagCollection, TagLibraryManager> currentCollectionType;
+    Published<std::vector<StandardCollection>, TagLibraryManager> standardCollections;
+    Published<std::optional<std::string>, TagLibraryManager> selectedStandardCollectionName;
 
     void selectStandardCollection(const std::string& name);
     // At once if the collection was read before, otherwise as soon as it has been read.

@@ -32,7 +32,7 @@ class StampEditing {
           scheduler_(scheduler) {}
 
     // The open edit sheet, if any.
-    Published<std::optional<StampEditSheetType>> sheetType;
+    Published<std::optional<StampEditSheetType>, StampEditing> sheetType;
 
     void request(const Uuid& line, const Uuid& stamp, StampEditSheetType type);
 

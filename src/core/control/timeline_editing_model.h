@@ -52,14 +52,15 @@ class TimelineEditingModel {
     void appear();
     void disappear();
 
-    Published<MarkupMode> markupMode;
-    Published<double> timelineScale{smallestScale};
-    Published<double> magnifyScale{1.0};               // of a pinch in progress
-    Published<std::optional<double>> tagEdgePosition;  // x in points, while an edge is dragged
-    Published<bool> isEditorModeActive{false};
-    Published<bool> isScreenshotDisplayActive{false};
-    Published<std::optional<std::string>> hoveredStampInfo;
-    Published<TimelineCursor> cursor;
+    Published<MarkupMode, TimelineEditingModel> markupMode;
+    Published<double, TimelineEditingModel> timelineScale{smallestScale};
+    Published<double, TimelineEditingModel> magnifyScale{1.0};  // of a pinch in progress
+    // x in points, while an edge is dragged.
+    Published<std::optional<double>, TimelineEditingModel> tagEdgePosition;
+    Published<bool, TimelineEditingModel> isEditorModeActive{false};
+    Published<bool, TimelineEditingModel> isScreenshotDisplayActive{false};
+    Published<std::optional<std::string>, TimelineEditingModel> hoveredStampInfo;
+    Published<TimelineCursor, TimelineEditingModel> cursor;
     Signal<> zoomChanged;  // emitted once per step, after both scales have been updated
     Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to repaint
     StampEditing editing;

@@ -29,7 +29,7 @@ class ExportHelper {
     ExportHelper(const ExportHelper&) = delete;
     ExportHelper& operator=(const ExportHelper&) = delete;
 
-    Published<float> progress{0.0F};
+    Published<float, ExportHelper> progress{0.0F};
     int processedSegments() const { return run_ ? run_->processedSegments() : processedSegments_; }
     bool isRunning() const { return run_ != nullptr; }
     ExportState state() const { return run_ ? run_->state() : ExportState::idle; }

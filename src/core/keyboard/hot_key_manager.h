@@ -53,10 +53,10 @@ class HotKeyManager final : public HotkeyRegistry {
     // Whether the press would be handled now; for code that is asked before the press is delivered.
     bool takes(const KeyPress& press) { return meaningOf(press) != nullptr; }
 
-    Published<bool> isEnabled{true};
-    Published<std::optional<std::string>> hotKeySelectedLabelId;
-    Published<bool> isLabelHotkeyMode{false};
-    Published<bool> blockedSheetActive{false};
+    Published<bool, HotKeyManager> isEnabled{true};
+    Published<std::optional<std::string>, HotKeyManager> hotKeySelectedLabelId;
+    Published<bool, HotKeyManager> isLabelHotkeyMode{false};
+    Published<bool, HotKeyManager> blockedSheetActive{false};
 
     const std::map<std::string, Tag>& registeredHotkeys() const { return registeredHotkeys_; }
     const std::map<std::string, LabelHotkey>& registeredLabelHotkeys() const {

@@ -29,14 +29,11 @@ bool released(const KeyModifiers& before, const KeyModifiers& now) {
 
 }  // namespace
 
-KeyCapture::KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {
+void KeyCapture::start() {
     // The last capture may have ended while modifiers were held and timers were running.
-    capturing_ = isCapturing.observe([this](bool capturing) {
-        if (!capturing)
-            return;
-        lastFlags_ = {};
-        ends_.clear();
-    });
+    lastFlags_ = {};
+    ends_.clear();
+    isCapturing.set(true);
 }
 
 void KeyCapture::keyDown(const KeyPress& press) {

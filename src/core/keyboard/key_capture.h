@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/published.h"
@@ -16,10 +17,14 @@ namespace tembrix {
 // Records one hot key; the logic of KeyCaptureView.
 class KeyCapture {
   public:
-    explicit KeyCapture(Scheduler& scheduler);
+    explicit KeyCapture(Scheduler& scheduler) : scheduler_(scheduler) {}
 
-    Published<std::optional<std::string>> keyString;
-    Published<bool> isCapturing{false};
+    Published<std::optional<std::string>, KeyCapture> keyString;
+    Published<bool, KeyCapture> isCapturing{false};
+
+    // The hot key that is shown before a capture, or that another control has recorded.
+    void setKeyString(std::optional<std::string> key) { keyString.set(std::move(key)); }
+    void start();
 
     void keyDown(const KeyPress& press);
     void modifiersChanged(const KeyModifiers& modifiers);
@@ -29,7 +34,6 @@ class KeyCapture {
     Scheduler& scheduler_;
     KeyModifiers lastFlags_;
     std::vector<std::unique_ptr<Timer>> ends_;  // one per recorded key, until the next capture
-    Subscription capturing_;
 };
 
 }  // namespace tembrix

@@ -4,9 +4,13 @@
 
 namespace tembrix {
 
-// True while a text field of the program has the keyboard focus.
-struct FocusStateManager {
-    Published<bool> isAnyTextFieldFocused{false};
+// Whether a text field of the program has the keyboard focus.
+class FocusStateManager {
+  public:
+    Published<bool, FocusStateManager> isAnyTextFieldFocused{false};
+
+    // Called by the fields, each time the keyboard focus enters or leaves one.
+    void setTextFieldFocused(bool focused) { isAnyTextFieldFocused.set(focused); }
 };
 
 }  // namespace tembrix

@@ -60,16 +60,16 @@ class MarkingFlow {
     // The panel closes: from here on nothing that happens elsewhere reaches it.
     void disappear();
 
-    Published<std::vector<CollectionInfo>> userCollections;
+    Published<std::vector<CollectionInfo>, MarkingFlow> userCollections;
 
-    Published<MarkupMode> markupMode;
-    Published<std::optional<Tag>> selectedTag;
-    Published<bool> showLabelSheet{false};
-    Published<std::vector<ActiveIntervalTag>> activeIntervalTags;
-    Published<std::map<std::string, int>> tagCounts;
-    Published<bool> isEditorModeActive{false};
-    Published<bool> isLoadingCollections{false};
-    Published<std::vector<std::string>> expandedGroups;
+    Published<MarkupMode, MarkingFlow> markupMode;
+    Published<std::optional<Tag>, MarkingFlow> selectedTag;
+    Published<bool, MarkingFlow> showLabelSheet{false};
+    Published<std::vector<ActiveIntervalTag>, MarkingFlow> activeIntervalTags;
+    Published<std::map<std::string, int>, MarkingFlow> tagCounts;
+    Published<bool, MarkingFlow> isEditorModeActive{false};
+    Published<bool, MarkingFlow> isLoadingCollections{false};
+    Published<std::vector<std::string>, MarkingFlow> expandedGroups;
 
     void handleTagTap(const Tag& tag);     // the mouse
     void handleTagHotkey(const Tag& tag);  // the keyboard

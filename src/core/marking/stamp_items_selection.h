@@ -41,7 +41,7 @@ class StampItemsSelection {
                         HotKeyManager& hotkeys, EventBus& events);
     ~StampItemsSelection();
 
-    Published<std::set<std::string>> selectedItems;
+    Published<std::set<std::string>, StampItemsSelection> selectedItems;
     const std::vector<Section>& sections() const { return sections_; }
     const std::string& stampName() const { return arguments_.stampName; }
 

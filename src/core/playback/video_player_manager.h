@@ -30,11 +30,12 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
 
     // The player of the open video, or null. Updated before hasPlayer changes.
     Player* player() const { return player_.get(); }
-    Published<bool> hasPlayer{false};
-    Published<double> playbackSpeedValue{1.0};
-    Published<double> currentTimeValue{0.0};  // all windows read this, not the player
-    Published<bool> isResizingTag{false};
-    Published<PlayerStatus> status{PlayerStatus::paused};
+    Published<bool, VideoPlayerManager> hasPlayer{false};
+    Published<double, VideoPlayerManager> playbackSpeedValue{1.0};
+    // All windows read this, not the player.
+    Published<double, VideoPlayerManager> currentTimeValue{0.0};
+    Published<bool, VideoPlayerManager> isResizingTag{false};
+    Published<PlayerStatus, VideoPlayerManager> status{PlayerStatus::paused};
     Signal<Error> failed;  // the video could not be opened, or playback was interrupted
     bool isVideoPlayerInEditorMode = false;
 

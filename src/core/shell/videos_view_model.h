@@ -112,7 +112,7 @@ class VideosViewModel {
         whenReady_ = std::move(whenReady);
     }
 
-    Published<VideosState> state;
+    Published<VideosState, VideosViewModel> state;
     void send(VideosAction action);
 
     // The videos whose display name contains the search text and that match the filter. The filter

@@ -99,7 +99,7 @@ void WindowsManager::libraryChanged() {
     if (!project_)
         return;
     if (const VideosData* video = services_.library.findById(project_->videoId()))
-        project_->timeline.currentBookmark = video->bookmark;
+        project_->timeline.setBookmark(video->bookmark);
     else
         closeAll();
 }

@@ -19,14 +19,14 @@ class StorageHealth {
     ~StorageHealth();
 
     const DefaultsStatus& status() const { return status_.get(); }
-    Subscription observe(std::function<void(const DefaultsStatus&)> observer) {
+    Subscription observe(std::function<void(const DefaultsStatus&)> observer) const {
         return status_.observe(std::move(observer));
     }
 
   private:
     struct Link;
 
-    Published<DefaultsStatus> status_;
+    Published<DefaultsStatus, StorageHealth> status_;
     std::shared_ptr<Link> link_;
 };
 

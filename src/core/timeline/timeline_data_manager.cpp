@@ -58,7 +58,7 @@ TimelineDataManager::TimelineDataManager(InMemoryStorageManager& storage,
 void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines loaded,
                                        const std::string& videoId) {
     makeIdsUnique(loaded);
-    currentBookmark = bookmark;
+    currentBookmark.set(bookmark);
     currentVideoId_ = videoId;
     lines.set(std::move(loaded));
     const bool selects = markupMode_.currentMarkupMode() == MarkupMode::standard && !lines->empty();
@@ -245,7 +245,7 @@ void TimelineDataManager::save(const TimelineLines& saved) {
 }
 
 const VideosData* TimelineDataManager::openVideo() const {
-    return currentBookmark ? library_.findByBookmark(*currentBookmark, currentVideoId_) : nullptr;
+    return *currentBookmark ? library_.findByBookmark(**currentBookmark, currentVideoId_) : nullptr;
 }
 
 Uuid TimelineDataManager::ensureDrawingsTimeline() {

@@ -42,10 +42,10 @@ class TimelineDataManager {
 
     void setDrawingLinks(DrawingLinks* links) { drawingLinks_ = links; }
 
-    Published<TimelineLines> lines;
-    Published<std::optional<Uuid>> selectedLineID;
-    Published<std::optional<Uuid>> selectedStampID;
-    std::optional<Bytes> currentBookmark;
+    Published<TimelineLines, TimelineDataManager> lines;
+    Published<std::optional<Uuid>, TimelineDataManager> selectedLineID;
+    Published<std::optional<Uuid>, TimelineDataManager> selectedStampID;
+    Published<std::optional<Bytes>, TimelineDataManager> currentBookmark;
 
     Signal<TimelineStep> edited;  // after each edit of the user that changed something
     Signal<> replaced;            // after another timeline was opened or put in place of this one
@@ -54,6 +54,8 @@ class TimelineDataManager {
     // Opening a project: bookmark, lines, selection by mode, then the drawings timeline. The id
     // decides where the lines are saved if several videos have this bookmark.
     void openTimeline(const Bytes& bookmark, TimelineLines loaded, const std::string& videoId = {});
+    // The open video was bound to another file.
+    void setBookmark(const Bytes& bookmark) { currentBookmark.set(bookmark); }
     // Replaces the timeline of this video, after an import or a restore, and saves it.
     void replaceLines(TimelineLines lines);
 

@@ -6,16 +6,6 @@
 
 namespace tembrix {
 
-namespace {
-
-template <class T>
-void setIfChanged(Published<T>& published, T value) {
-    if (published.get() != value)
-        published.set(std::move(value));
-}
-
-}  // namespace
-
 TimelineHistory::TimelineHistory(TimelineDataManager& timeline) : timeline_(timeline) {
     edited_ = timeline_.edited.observe([this](const TimelineStep& step) { record(step); });
     replaced_ = timeline_.replaced.observe([this] { clear(); });
@@ -71,10 +61,10 @@ void TimelineHistory::publish() {
     const auto name = [](const Steps& steps) {
         return steps.empty() ? std::nullopt : std::optional(std::string(steps.back().name));
     };
-    setIfChanged(undoName, name(undo_));
-    setIfChanged(redoName, name(redo_));
-    setIfChanged(canUndo, !undo_.empty());
-    setIfChanged(canRedo, !redo_.empty());
+    undoName.setIfChanged(name(undo_));
+    redoName.setIfChanged(name(redo_));
+    canUndo.setIfChanged(!undo_.empty());
+    canRedo.setIfChanged(!redo_.empty());
 }
 
 }  // namespace tembrix

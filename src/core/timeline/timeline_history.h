@@ -30,11 +30,11 @@ class TimelineHistory {
 
     explicit TimelineHistory(TimelineDataManager& timeline);
 
-    Published<bool> canUndo{false};
-    Published<bool> canRedo{false};
+    Published<bool, TimelineHistory> canUndo{false};
+    Published<bool, TimelineHistory> canRedo{false};
     // The text keys of the next steps to undo and redo, for the help of the buttons.
-    Published<std::optional<std::string>> undoName;
-    Published<std::optional<std::string>> redoName;
+    Published<std::optional<std::string>, TimelineHistory> undoName;
+    Published<std::optional<std::string>, TimelineHistory> redoName;
 
     void undo();
     void redo();

@@ -112,10 +112,9 @@ struct RealExport : testing::Test, RealParts, MatchRecords {
         ASSERT_TRUE(made) << made.error().text;
         project.players.duration = match.duration();
         project.player.open(source);
-        project.tagLibrary.merged.set(library);
-        project.tagLibrary.active.set(library);
+        project.useCollection("Match", library);
         TimelineLines lines{line("First", std::move(first)), line("Second", std::move(second))};
-        project.timeline.lines.set(std::move(lines));
+        project.timeline.replaceLines(std::move(lines));
     }
     void run(bool asPlaylist) {
         helper.startExport(cuts::AllTimelines{}, asPlaylist, false,

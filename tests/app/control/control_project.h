@@ -12,7 +12,8 @@ namespace tembrix {
 
 // An open video of 100 seconds with the texts that ship, for the control window.
 struct ControlProject : AppProject {
-    explicit ControlProject(const QString& language = "en") {
+    explicit ControlProject(const QString& language = "en")
+        : AppProject({.language = language.toStdString()}) {
         QFile file(QString(TEMBRIX_RESOURCES "/texts/%1.json").arg(language));
         if (file.open(QIODevice::ReadOnly)) {
             const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();

@@ -53,7 +53,7 @@ TEST_P(ControlWindowLookTest, EverythingFitsAtEverySize) {
             if (stamps > 0) {
                 const auto& row = view.model().rows()[2];
                 app.timeline.selectLine(row.line->id);
-                app.timeline.selectedStampID.set(row.line->stamps[0]->id);
+                app.timeline.selectStamp(row.line->stamps[0]->id);
             }
             app.settle();
             EXPECT_LE(view.findChild<ControlToolbar*>()->minimumSizeHint().width(), size.width());

@@ -71,7 +71,7 @@ TEST_F(FullControlViewTest, AStampDraggedByItsBodyChangesLinesAndNothingElse) {
 
 TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
     const Uuid id = addStamp(a, 40, 60, "Shot & goal");
-    app.timeline.selectedStampID.set(id);
+    app.timeline.selectStamp(id);
     contextMenu(canvas, area(id).center().toPoint());
     ASSERT_TRUE(menu());
     EXPECT_EQ(menuKeys(),
@@ -112,7 +112,7 @@ TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
     press("okButtonTitle", notFound);
 
     const Uuid other = addStamp(b, 10, 20);
-    app.timeline.selectedStampID.set(other);
+    app.timeline.selectStamp(other);
     contextMenu(canvas, area(other).center().toPoint());
     choose("timelineButtonDeleteTag");
     EXPECT_FALSE(stamp(other));
@@ -235,7 +235,7 @@ TEST_F(FullControlViewTest, TheModeSwitchReachesTheStoreAndTheMenus) {
 
 TEST_F(FullControlViewTest, OptionDeleteWorksFromAnyFocusWhileTheWindowIsThere) {
     const Uuid id = addStamp(a, 40, 60);
-    app.timeline.selectedStampID.set(id);
+    app.timeline.selectStamp(id);
     key(Qt::Key_Backspace);
     EXPECT_TRUE(stamp(id));
     names->setFocus();
@@ -246,7 +246,7 @@ TEST_F(FullControlViewTest, OptionDeleteWorksFromAnyFocusWhileTheWindowIsThere) 
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_TRUE(stamp(id));
     view->hide();
-    app.timeline.selectedStampID.set(id);
+    app.timeline.selectStamp(id);
     key(Qt::Key_Backspace, Qt::AltModifier);
     EXPECT_TRUE(stamp(id));
 }

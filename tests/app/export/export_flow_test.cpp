@@ -131,7 +131,7 @@ TEST_F(ExportFlow, AWaitingPanelShowsProgressAndCancels) {
 }
 
 TEST_F(ExportFlow, AFailureIsToldOnce) {
-    project.timeline.lines.set({});
+    project.timeline.replaceLines({});
     choose("fullControlButtonExportAll");
     press("exportModePlaylist");
     project.scheduler.run();
@@ -143,7 +143,7 @@ TEST_F(ExportFlow, AFailureIsToldOnce) {
 
 TEST_F(ExportFlow, TheDrawingsSwitchIsRememberedAndReachesTheRun) {
     FakeExportDrawings drawings;
-    const auto id = (*project.timeline.lines)[0]->stamps[0]->id;
+    const auto id = (*project.timeline.lines)[1]->stamps[0]->id;
     drawings.list = {{"Plan", 12, 2, {id}}};
     drawings.place = project.folder.path();
     project.exports.drawings = &drawings;

@@ -28,12 +28,12 @@ struct ExportWindow : MatchRecords {
         loadTexts();
         project.openVideo();
         project.media.add(*project.player.currentVideoURL(), 100);
-        project.tagLibrary.merged.set(library);
-        project.timeline.lines.set(
+        project.useCollection("Match", library);
+        project.timeline.replaceLines(
             {line("First", {stamp("pass", "Пас", 10, 15, {"long"}, {"half"}),
                             stamp("shot", "Shot", 40, 42)}),
              line("Second", {stamp("pass", "Пас", 2, 4, {"exact", "long"})})});
-        project.timeline.selectedLineID.set((*project.timeline.lines)[0]->id);
+        project.timeline.selectLine((*project.timeline.lines)[1]->id);
         project.processes.behavior = [](const FakeProcessRunner::Call& call) {
             std::ofstream(call.arguments[1]) << "archive";
             return Result<ProcessOutcome>(ProcessOutcome{});

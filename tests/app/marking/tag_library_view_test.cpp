@@ -39,11 +39,6 @@ class TagLibraryViewTest : public testing::Test {
     void open(const QString& language) {
         close();
         app = std::make_unique<ControlProject>(language);
-        if (language == "ru") {
-            app->tagLibrary.standardCollections.set(
-                loadStandardCollections(TEMBRIX_RESOURCES "/collections", "ru"));
-            app->tagLibrary.selectStandardCollection("Футбол");
-        }
         app->hotkeys.setKeyWindows(&windows);
         app->timeline.selectLine(addLine("Moments"));
         flow = std::make_unique<MarkingFlow>(app->timeline, app->tagLibrary, app->markupModes,
@@ -162,7 +157,7 @@ TEST_F(TagLibraryViewTest, AHotKeyAsksForLabelsByKeyAndReturnMakesTheStamp) {
 }
 
 TEST_F(TagLibraryViewTest, WithoutATimelineTheSheetSaysSo) {
-    app->timeline.selectedLineID.set(std::nullopt);
+    app->timeline.deleteLine(**app->timeline.selectedLineID);
     click(tag("football.tag.shot"));
     auto* text = child(*view, "tagLibraryNoTimeline");
     ASSERT_NE(text, nullptr);

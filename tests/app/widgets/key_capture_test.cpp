@@ -54,7 +54,7 @@ struct KeyCaptureTest : testing::Test {
     }
     // Records one press from the start of a capture to its end.
     std::string recorded(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-        capture.isCapturing.set(true);
+        capture.start();
         send(QEvent::KeyPress, key, modifiers);
         EXPECT_TRUE(*capture.isCapturing);
         scheduler.advance(0.06);
@@ -72,7 +72,7 @@ TEST_F(KeyCaptureTest, TakesTheMouseAndTheKeysOnlyWhileItCaptures) {
     QTest::keyClick(view, Qt::Key_Tab);
     EXPECT_TRUE(other->hasFocus());
 
-    capture.isCapturing.set(true);
+    capture.start();
     EXPECT_TRUE(view->hasFocus());
     EXPECT_EQ(window.childAt(view->geometry().center()), view);
     other->setFocus();
@@ -92,7 +92,7 @@ TEST_F(KeyCaptureTest, RecordsKeysThatOtherwiseMoveTheFocusOrCloseASheet) {
 }
 
 TEST_F(KeyCaptureTest, ModifiersStillHeldWhenOneIsReleasedAreAHotKey) {
-    capture.isCapturing.set(true);
+    capture.start();
     QTest::keyClick(view, Qt::Key_Left);  // cannot be recorded
     scheduler.advance(1);
     EXPECT_TRUE(*capture.isCapturing);

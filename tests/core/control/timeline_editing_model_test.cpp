@@ -349,10 +349,10 @@ TEST_F(TimelineEditingModelTest, OptionDeleteIsTakenOnlyWithASelectionAndNoTextF
     KeyPress press{key::deleteKey, {}, ""};
     press.modifiers.option = true;
     EXPECT_FALSE(model.handleKeyDown(press));
-    project.timeline.selectedStampID.set(id);
-    project.focus.isAnyTextFieldFocused.set(true);
+    project.timeline.selectStamp(id);
+    project.focus.setTextFieldFocused(true);
     EXPECT_FALSE(model.handleKeyDown(press));
-    project.focus.isAnyTextFieldFocused.set(false);
+    project.focus.setTextFieldFocused(false);
     EXPECT_FALSE(model.handleKeyDown({key::deleteKey, {}, ""}));
     EXPECT_TRUE(project.timeline.findStamp(id));
     EXPECT_TRUE(model.handleKeyDown(press));

@@ -249,8 +249,9 @@ TEST_F(FilmRun, DrawingsComeByTheSwitchOrWithTheirTimeline) {
     start(cuts::CurrentTimeline{}, false, true);
     EXPECT_EQ(session(1).job.pieces.size(), 3U);
     cancel();
-    project.timeline.lines.update(
-        [](TimelineLines& lines) { lines[0].write().id = drawingsLineId(); });
+    auto drawn = line("Drawings", {marked});
+    drawn.id = drawingsLineId();
+    project.timeline.replaceLines({drawn});
     start(cuts::DrawingsTimeline{});
     EXPECT_EQ(session(2).job.pieces.size(), 3U);
     cancel();

@@ -136,13 +136,13 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
 TEST_F(HotKeys, GatesHoldKeysBack) {
     hotkeys.registerHotkeys({makeTag("1", "tag", "a")}, TagCollection::standard());
     const auto silent = [&](const char* why) { EXPECT_EQ(pressed(press(0)), "") << why; };
-    focus.isAnyTextFieldFocused.set(true);
+    focus.setTextFieldFocused(true);
     silent("a text field has the keyboard");
     EXPECT_TRUE(hotkeys.handleKeyDown(press(key::space))) << "the panel's space goes on";
     windows.controlOrLibrary = false;
     EXPECT_FALSE(hotkeys.handleKeyDown(press(key::space))) << "elsewhere the text has it";
     windows.controlOrLibrary = true;
-    focus.isAnyTextFieldFocused.set(false);
+    focus.setTextFieldFocused(false);
 
     events.post(events::CollectionEditorOpened{});
     silent("the collection editor is open");
@@ -237,7 +237,7 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     capture.keyDown(press(0, {}, "a"));
     EXPECT_FALSE(capture.keyString->has_value()) << "not capturing";
 
-    capture.isCapturing.set(true);
+    capture.start();
     capture.keyDown(press(123, {}, "\uF702"));
     capture.keyDown(press(200));
     EXPECT_FALSE(capture.keyString->has_value()) << "arrows and silent keys are not recorded";
@@ -248,27 +248,27 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     EXPECT_FALSE(*capture.isCapturing);
 
     // What somebody else writes within the moment gives way to the old value.
-    capture.isCapturing.set(true);
+    capture.start();
     capture.keyDown(press(1, {}, "s"));
-    capture.keyString.set("other");
+    capture.setKeyString("other");
     scheduler.advance(0.05);
     EXPECT_EQ(**capture.keyString, "⌘+A");
 
     // A second key right after the first is an accident.
-    capture.isCapturing.set(true);
+    capture.start();
     capture.keyDown(press(1, {}, "s"));
     scheduler.advance(0.02);
     capture.keyDown(press(2, {}, "d"));
     scheduler.advance(0.05);
     EXPECT_FALSE(*capture.isCapturing);
     EXPECT_EQ(**capture.keyString, "S");
-    capture.keyString.set("⌘+A");
+    capture.setKeyString("⌘+A");
 
     // The last capture ended while its modifier was still held; its release is no hot key.
-    capture.isCapturing.set(true);
+    capture.start();
     capture.keyDown(press(0, command, "a"));
     scheduler.advance(0.05);
-    capture.isCapturing.set(true);
+    capture.start();
     capture.modifiersChanged(shift);
     capture.modifiersChanged({});
     EXPECT_EQ(**capture.keyString, "⌘+A") << "one modifier alone writes nothing";
@@ -279,7 +279,7 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     scheduler.advance(0.1);
     EXPECT_FALSE(*capture.isCapturing);
 
-    capture.isCapturing.set(true);
+    capture.start();
     capture.focusLost();
     scheduler.run();
     EXPECT_FALSE(*capture.isCapturing);

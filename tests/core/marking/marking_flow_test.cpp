@@ -82,7 +82,7 @@ TEST_F(MarkingFlowTest, OrdinaryPressStopsTheVideoStampsAndGoesOn) {
 }
 
 TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
-    project.timeline.selectedLineID.set(std::nullopt);
+    ASSERT_FALSE(*project.timeline.selectedLineID);
     press("pass");
     project.scheduler.advance(0.2);
     EXPECT_THAT(project.stamps(), IsEmpty());
@@ -96,7 +96,7 @@ TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
     EXPECT_TRUE(flow.isIntervalOpen("phase"));
     flow.cancelSheet();
     press("goal");
-    project.timeline.selectedLineID.set(Uuid::random());
+    project.timeline.selectLine(Uuid::random());
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
     project.addLine("Attack");
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::selection);
@@ -338,7 +338,7 @@ TEST_F(MarkingFlowTest, PanelFollowsModesCountsGroupsAndCollections) {
     EXPECT_THAT(*flow.userCollections, ElementsAre(CollectionInfo{"MINE", "Mine"}));
 
     // Folded groups stay folded when their collection is read again.
-    flow.expandedGroups.set({});
+    flow.toggleGroup("group");
     project.events.post(events::CollectionDataChanged{MarkingProject::collectionName});
     EXPECT_THAT(*flow.expandedGroups, IsEmpty());
 
@@ -378,9 +378,9 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
     EXPECT_FALSE(project.hotkeys.isLabelHotkeyMode.get());
 
     // A group that the tag's own collection lacks is not replaced by another collection's.
-    project.tagLibrary.merged.update([](CollectionLists& lists) {
-        lists.labelGroups.push_back({"elsewhere", "Elsewhere", {}});
-    });
+    CollectionLists other;
+    other.labelGroups = {{"elsewhere", "Elsewhere", {}}};
+    project.addCollection("Other", other);
     for (const bool isActive : {true, false}) {
         StampItemsSelection::Arguments arguments;
         arguments.tag = project.known("goal");

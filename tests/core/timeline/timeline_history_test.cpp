@@ -190,8 +190,11 @@ TEST_F(TimelineHistoryTest, ChangesMadeBesideTheStepsSurviveThem) {
     const Uuid line = project.addLine("A");
     const Uuid id = addStamp(line).id;
     store.setStampLabels(line, id, {"x"});
-    store.lines.update(
-        [](TimelineLines& lines) { lines[1].write().stamps[0].write().isActiveForMapView = true; });
+    auto lines = *store.lines;
+    lines[1].write().stamps[0].write().isActiveForMapView = true;
+    auto edit = store.begin();
+    edit.replaceLines(std::move(lines));
+    EXPECT_TRUE(store.commit(edit));
     history.undo();
     history.undo();
     history.redo();

@@ -71,7 +71,7 @@ TEST_F(TimelineStoreTest, OpeningPutsTheDrawingsFirstAndSelectsByMode) {
     TimelineLine first{Uuid::random(), "A", {makeStamp(1, 2)}, {}};
     TimelineLine third{drawingsLineId(), "Drawings", {}, {}};
     TimelineLine repeated = first;  // as a careless tool may write it
-    const Bytes bookmark = *store.currentBookmark;
+    const Bytes bookmark = **store.currentBookmark;
     store.openTimeline(bookmark, {first, repeated, third});
     EXPECT_THAT(names(), ElementsAre("Drawings", "A", "A"));
     EXPECT_EQ(store.selectedLineID.get(), first.id);
@@ -170,7 +170,7 @@ TEST_F(TimelineStoreTest, RemovingADrawingRemovesItsFilesAndNoOtherStampDoes) {
     TimelineStamp drawing = makeStamp(1, 7, "screenshot_Frame_1");
     drawing.label = "Frame";
     store.appendStamp(drawingsLineId(), drawing);
-    store.selectedStampID.set(drawing.id);
+    store.selectStamp(drawing.id);
     store.removeStamp(line, id);
     store.removeStamp(drawingsLineId(), Uuid::random());
     EXPECT_THAT(links.deleted, IsEmpty());
@@ -223,14 +223,14 @@ TEST_F(TimelineStoreTest, SavesGoToTheVideoOfTheBookmarkOrNowhere) {
     EXPECT_EQ(stored().back()->name, "first");
     EXPECT_EQ(project.storage.loadTimeline(second).back()->name, "second");
     // Two entries of one bookmark have a timeline each.
-    const Bytes bookmark = *store.currentBookmark;
+    const Bytes bookmark = **store.currentBookmark;
     std::filesystem::remove(project.folder.path() / "second.mp4");
     project.library.appendFile({{bookmark, "TWIN", {}, {}}, nullptr});
     store.openTimeline(bookmark, {}, "TWIN");
     addLine("of the twin");
     EXPECT_EQ(project.storage.loadTimeline("TWIN").back()->name, "of the twin");
     EXPECT_EQ(project.storage.loadTimeline(second).back()->name, "second");
-    store.currentBookmark = toBytes("of no video");
+    store.setBookmark(toBytes("of no video"));
     addLine("nowhere");
     EXPECT_THAT(project.storage.loadTimeline(second), SizeIs(2));
 }
