@@ -8,8 +8,8 @@
 
 namespace tembrix {
 
-// A project on fakes for tests of real widgets. A picture of a window can be asked for by
-// TEMBRIX_PICTURES=folder, in the language of TEMBRIX_LANGUAGE.
+// A project with fakes for tests of real widgets. TEMBRIX_PICTURES=folder saves pictures of the
+// windows, in the language of TEMBRIX_LANGUAGE.
 struct AppProject : CoreProject {
     using CoreProject::CoreProject;
 

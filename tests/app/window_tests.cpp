@@ -35,7 +35,7 @@ QStringList unnamedControls(const QWidget& window) {
                               qobject_cast<const QLineEdit*>(widget) ||
                               qobject_cast<const QComboBox*>(widget) ||
                               qobject_cast<const QAbstractItemView*>(widget);
-        // The toolkit's own parts of a control, such as a field's clear button, name themselves.
+        // Qt's own parts of a control, such as the clear button of a field, are not checked.
         const bool own = !widget->objectName().startsWith("qt_");
         if (operable && own && widget->isVisibleTo(&window) && widget->accessibleName().isEmpty() &&
             !qobject_cast<const QLineEdit*>(widget->parentWidget()))

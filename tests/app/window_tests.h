@@ -5,17 +5,17 @@
 
 namespace tembrix {
 
-// The descendant of this object name; fails the test by a null result.
+// The descendant with this object name, or null.
 template <class Widget = QWidget>
 Widget* child(const QWidget& parent, const char* name) {
     return parent.findChild<Widget*>(QString::fromLatin1(name));
 }
 
-// Gives the window the keyboard; false if it does not get it in time. The request is repeated,
-// because the display ignores one for a window that is not on screen yet.
+// Activates the window. Returns false if that fails within the time limit. The request is repeated,
+// because the display ignores it for a window that is not shown yet.
 bool activate(QWidget& window);
 
-// Saves what the window shows to the folder that TEMBRIX_PICTURES names, if it names one.
+// Saves a picture of the window in the folder TEMBRIX_PICTURES, if that is set.
 void picture(QWidget& window, const QString& name);
 
 // The descendants that a user can operate and that lack an accessible name.

@@ -12,7 +12,7 @@
 
 namespace tembrix {
 
-// Keeps the lines for a test to look at.
+// Stores the lines for the test.
 class CapturedLog final : public Log {
   public:
     void line(std::string_view text) override {
@@ -25,7 +25,7 @@ class CapturedLog final : public Log {
         const std::lock_guard lock(mutex_);
         return lines_;
     }
-    // Whether a line is exactly this text, or holds it.
+    // Whether a line is equal to this text or contains it.
     bool has(std::string_view line) const {
         const auto all = lines();
         return std::find(all.begin(), all.end(), line) != all.end();

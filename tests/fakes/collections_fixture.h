@@ -27,7 +27,7 @@ inline Tag makeTag(const std::string& id, const std::string& name,
     return tag;
 }
 
-// The collections on fakes and a real folder. What restart() leaves is what a new start finds.
+// The collections with fakes and a real folder. restart() simulates a new start of the program.
 struct CollectionsFixture : testing::Test {
     TempFolder folder;
     VirtualScheduler scheduler;
@@ -55,7 +55,7 @@ struct CollectionsFixture : testing::Test {
             CollectionServices{*storage, *index, bookmarks, scheduler, events, texts, log});
     }
 
-    // Saves a user collection of one group with the given tags.
+    // Saves a user collection with one group and the given tags.
     std::string saveCollection(const std::string& name, const std::vector<std::string>& tags = {}) {
         CustomCollectionManager collection(*services);
         collection.setCollectionName(name);

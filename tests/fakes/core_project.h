@@ -9,8 +9,8 @@
 
 namespace tembrix {
 
-// The services of the core on fakes, started, for tests that need many at once. The standard
-// collections are the ones that ship.
+// All core services with fakes, started, for tests that use many of them. The standard collections
+// are the program's own.
 struct CoreProgram : FakePlatform {
     CoreServices core;
 
@@ -25,7 +25,7 @@ struct CoreProgram : FakePlatform {
     explicit CoreProgram(const Others& others = {}) : CoreProgram(others, noWindows) {}
     explicit CoreProgram(WindowFactory& windows) : CoreProgram(Others{}, windows) {}
 
-    // Adds a video that bookmarks resolve; returns its id.
+    // Adds a video whose bookmark can be resolved. Returns its id.
     std::string addVideo(const std::string& name = "match.mp4") {
         const auto file = folder.write(name, "video");
         return library.addVideoNamed(file, name)->videoData.id;
@@ -56,7 +56,7 @@ struct CoreProgram : FakePlatform {
     }
 };
 
-// A project beside them, without windows.
+// An open project without windows.
 struct CoreProject : CoreProgram {
     Project opened{core.projectServices, core.windows, core.windows};
 
@@ -68,7 +68,7 @@ struct CoreProject : CoreProgram {
 
     explicit CoreProject(const Others& others = {}) : CoreProgram(others) {}
 
-    // Adds a video and opens the project with it; returns its id.
+    // Adds a video and opens it as the project. Returns its id.
     std::string openVideo(const std::string& name = "match.mp4") {
         const std::string id = addVideo(name);
         const VideosData& video = *library.findById(id);

@@ -40,7 +40,7 @@ struct ExportProject : MatchRecords {
 
     std::filesystem::path source;
     std::filesystem::path temporary = services.directories.temporary;
-    std::filesystem::path saved = project.folder.path() / "saved";  // a folder of the user's
+    std::filesystem::path saved = project.folder.path() / "saved";  // a folder chosen by the user
 
     ExportProject() {
         services.drawings = &drawings;
@@ -59,7 +59,7 @@ struct ExportProject : MatchRecords {
         };
     }
 
-    // The stamps of the two timelines, of which the first is selected.
+    // Sets the stamps of both timelines and selects the first.
     void setStamps(std::vector<TimelineStamp> first, std::vector<TimelineStamp> second = {}) {
         TimelineLines lines{line("First", std::move(first)), line("Second", std::move(second))};
         const Uuid selected = lines.front()->id;
@@ -67,7 +67,7 @@ struct ExportProject : MatchRecords {
         project.timeline.selectLine(selected);
     }
 
-    // The names of all files below the temporary folder, of whatever run.
+    // The names of all files below the temporary folder.
     std::vector<std::string> leftovers() const {
         std::vector<std::string> names;
         if (std::filesystem::exists(temporary))
@@ -112,7 +112,7 @@ struct RunningExport : ExportProject {
         helper->cancelCurrentExport();
         project.scheduler.run();
     }
-    // The message about a failed save, once it is closed.
+    // Closes the message about a failed save and returns its text.
     std::string closeAlert() {
         const auto message = project.panels.closeAlert().message;
         project.scheduler.run();

@@ -9,8 +9,8 @@
 
 namespace tembrix {
 
-// A small match: two tag groups, two label groups, two time events, and shorthands for stamps.
-// Every record's id is its key; the names are what a user reads.
+// A small match: two tag groups, two label groups, two time events, and helpers to create stamps.
+// Ids equal the keys; names are what a user reads.
 struct MatchRecords {
     Tag pass = tag("pass", "Пас");
     Tag shot = tag("shot", "Shot");

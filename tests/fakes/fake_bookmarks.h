@@ -13,12 +13,12 @@
 
 namespace tembrix {
 
-// Bookmarks of files that a test names with add(), so that no video need exist, and of files that
-// are on the disk. A file has an identity, which follows rename() as a real one does: the path
-// where it was made, numbered if an earlier file of that path still exists under another name.
+// Bookmarks of files registered with add(), which need not exist, and of files on the disk. A file
+// has an identity that follows rename(): the path where it was created, with a number if an earlier
+// file of that path still exists under another name.
 class FakeBookmarks final : public Bookmarks {
   public:
-    // Returns the bookmark, which is what most tests want.
+    // Registers a file and returns its bookmark.
     Bytes add(const std::filesystem::path& file) {
         removed_.erase(file);
         if (!added_.contains(file))
@@ -65,7 +65,7 @@ class FakeBookmarks final : public Bookmarks {
 
   private:
     static constexpr std::string_view prefix = "bookmark:";
-    static constexpr char separator = '\x1F';  // before an identity that is not the path
+    static constexpr char separator = '\x1F';  // precedes an identity that differs from the path
 
     struct Parts {
         std::filesystem::path path;
@@ -108,7 +108,7 @@ class FakeBookmarks final : public Bookmarks {
                (!removed_.contains(file) && std::filesystem::exists(file, ignored));
     }
 
-    std::map<std::filesystem::path, std::string> added_;  // to the identity
+    std::map<std::filesystem::path, std::string> added_;  // path to identity
     std::set<std::filesystem::path> removed_;
 };
 

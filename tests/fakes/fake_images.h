@@ -14,7 +14,7 @@
 namespace tembrix {
 
 // A font whose characters are all 0.6 of the font size wide and whose lines are 1.2 of it high.
-// Lines break at blanks, and inside a word that is wider than the line.
+// Lines are broken at blanks, and inside words wider than the line.
 class FakeTextMeasure final : public TextMeasure {
   public:
     Size boundingSize(const RichText& text, double width) const override {
@@ -54,7 +54,7 @@ class FakeTextMeasure final : public TextMeasure {
     }
 };
 
-// Fills what a list fills and marks where its texts go with their first color. Keeps the lists.
+// Fills rectangles and marks the places of texts with their first color. Records the lists.
 class FakePictureRenderer final : public PictureRenderer {
   public:
     ImageBuffer render(const DisplayList& list) const override {
@@ -96,7 +96,7 @@ class FakePictureRenderer final : public PictureRenderer {
     mutable std::vector<DisplayList> lists_;
 };
 
-// A made-up lossless format: a mark, the size, the pixels. Anything else does not decode.
+// An artificial lossless format: a mark, the size, the pixels.
 class FakeImageCodec final : public ImageCodec {
   public:
     Result<ImageBuffer> decode(BytesView file) const override {

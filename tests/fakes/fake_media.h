@@ -13,7 +13,7 @@
 
 namespace tembrix {
 
-// Media files that exist only by name. A frame is one color, by which a test tells its number.
+// Media files that exist only by name. Each frame has one color, which encodes its number.
 class FakeMedia final : public Media {
   public:
     // A video of `seconds` with frames at a constant rate.
@@ -35,7 +35,7 @@ class FakeMedia final : public Media {
         const std::lock_guard lock(mutex_);
         files_.erase(file);
     }
-    // The times at which pictures were asked for, in order.
+    // The times of all requested pictures, in order.
     std::vector<double> framesTaken() const {
         const std::lock_guard lock(mutex_);
         return framesTaken_;

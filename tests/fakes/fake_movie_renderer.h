@@ -14,8 +14,8 @@
 
 namespace tembrix {
 
-// Accepts jobs and ends them when the test says how. Completions are called in the scheduler's
-// background, as a real renderer calls them on its own threads.
+// Accepts jobs and ends them on request of the test. Completions are called in the scheduler's
+// background, because a real renderer uses its own threads.
 class FakeMovieRenderer final : public MovieRenderer {
   public:
     class Session final : public MovieSession {
@@ -35,7 +35,7 @@ class FakeMovieRenderer final : public MovieRenderer {
         bool ended() const { return !completion_; }
 
         void setProgress(float value) { progress_ = value; }
-        // Leaves a small file at the target and ends the run.
+        // Writes a small file to the target and ends the run.
         void succeed() {
             if (ended())
                 return;
@@ -60,10 +60,10 @@ class FakeMovieRenderer final : public MovieRenderer {
 
     explicit FakeMovieRenderer(Scheduler& scheduler) : scheduler_(scheduler) {}
 
-    std::vector<std::shared_ptr<Session>> sessions;  // every run so far, in order
-    std::optional<Error> startError;                 // what start() gives instead of a session
-    std::optional<Error> runError;                   // how runs end with endAtOnce; absent: success
-    bool endAtOnce = false;                          // runs end by themselves
+    std::vector<std::shared_ptr<Session>> sessions;  // all runs so far, in order
+    std::optional<Error> startError;                 // returned by start() if set
+    std::optional<Error> runError;  // the result of runs with endAtOnce; success if absent
+    bool endAtOnce = false;  // runs end by themselves
 
     Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override {
         if (startError)

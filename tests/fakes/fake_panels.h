@@ -9,8 +9,8 @@
 
 namespace tembrix {
 
-// Keeps each question until the test answers it, the oldest first. Answering what was not asked
-// throws and so fails the test.
+// Stores each question until the test answers it, the oldest first. Answering a question that was
+// not asked throws, so the test fails.
 class FakePanels final : public Panels {
   public:
     template <class Request, class Answer>
@@ -62,7 +62,7 @@ class FakePanels final : public Panels {
         return question.request;
     }
 
-    // The questions that wait for an answer.
+    // The unanswered questions.
     std::vector<Question<OpenPanelRequest, std::function<void(std::vector<std::filesystem::path>)>>>
         opens;
     std::vector<

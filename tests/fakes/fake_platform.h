@@ -24,10 +24,10 @@
 
 namespace tembrix {
 
-// A machine made of fakes, with a folder of its own.
+// A platform of fakes with its own folder.
 struct FakePlatform {
-    // Parts that a test puts in place of the fakes, such as real adapters or parts that outlive
-    // one run of the program.
+    // Parts that a test uses instead of the fakes, such as real adapters or parts that outlive one
+    // run of the program.
     struct Others {
         Log* log = nullptr;
         std::optional<Directories> directories = {};

@@ -18,9 +18,9 @@
 
 namespace tembrix {
 
-// A player whose clock and seeks the test moves by hand. A seek stays pending, and the time where
-// it was, until finishSeek(), as with a real player; `finishSeeksAtOnce` shortens that for tests to
-// which it does not matter.
+// A player whose clock and seeks are controlled by the test. As with a real player, a seek is
+// pending and the time does not change until finishSeek(). `finishSeeksAtOnce` completes seeks
+// immediately.
 class FakePlayer final : public Player {
   public:
     FakePlayer(std::filesystem::path file, double duration)
@@ -33,12 +33,12 @@ class FakePlayer final : public Player {
             destroyed();
     }
 
-    // What the test drives.
+    // Controls for the test.
     bool finishSeeksAtOnce = false;
-    std::function<void()> destroyed;  // called at the end of the life of the player
+    std::function<void()> destroyed;  // called by the destructor
 
-    // Playback goes on to `seconds`: every observer is called for each interval passed. Reaching
-    // the end pauses there. Also moves a paused player, without ticks.
+    // Plays until `seconds`; observers are called for each interval that has passed. At the end,
+    // the player pauses. A paused player is moved without ticks.
     void advanceTo(double seconds) {
         const double target = clamp(std::min(seconds, readableTo_));
         if (status_ != PlayerStatus::playing) {
@@ -66,7 +66,7 @@ class FakePlayer final : public Player {
     }
     void advanceBy(double seconds) { advanceTo(time_ + seconds); }
 
-    // Calls every time observer with a time of the test's choice, such as a late one.
+    // Calls all time observers with the given time, for example a late one.
     void tick(double seconds) {
         const auto tickers = tickers_;
         for (const auto& [id, ticker] : std::map(*tickers))
@@ -76,7 +76,7 @@ class FakePlayer final : public Player {
 
     bool isSeeking() const { return pendingSeek_.has_value(); }
     double seekTarget() const { return pendingSeek_ ? pendingSeek_->first : time_; }
-    // The pending seek ends: at its place, or (false) where the player was.
+    // Completes the pending seek at its target or, with false, at the previous time.
     void finishSeek(bool finished = true) {
         if (!pendingSeek_)
             return;
@@ -93,11 +93,11 @@ class FakePlayer final : public Player {
         fail({"player", static_cast<int>(PlayerFailure::brokeOff), "cut off"});
     }
 
-    // The file can be read no further than `seconds`: playback and seeks end there.
+    // The file can be read up to `seconds` only: playback and seeks end there.
     void breakOffAt(double seconds) { readableTo_ = seconds; }
-    // The file is moved, deleted or unmounted.
+    // The file was moved, deleted or unmounted.
     void vanish() { fail({"player", static_cast<int>(PlayerFailure::vanished), "vanished"}); }
-    // The file cannot be opened: the player does nothing, and reportFailure() notifies of it.
+    // The file cannot be opened: the player does nothing, and reportFailure() reports it.
     void failToOpen(const Error& error) {
         openFailure_ = error;
         duration_ = 0;
@@ -111,9 +111,9 @@ class FakePlayer final : public Player {
     void setDuration(double duration) { duration_ = duration; }
     void fail(const Error& error) { failure_.emit(error); }
 
-    // What the test looks at.
-    std::vector<double> seeks;  // as asked, before clamping
-    std::vector<double> rates;  // every rate set by play, pause and setRate
+    // Recorded calls.
+    std::vector<double> seeks;  // as requested, before clamping
+    std::vector<double> rates;  // all rates set by play, pause and setRate
     std::size_t timeObserverCount() const { return tickers_->size(); }
 
     std::filesystem::path file() const override { return file_; }
@@ -197,15 +197,16 @@ class FakePlayer final : public Player {
     Signal<Error> failure_;
 };
 
-// Makes fake players; the test sets what the next video is like and finds the last one open.
+// Creates fake players. The test sets the properties of the next video and accesses the last
+// player.
 class FakePlayerFactory final : public PlayerFactory {
   public:
-    double duration = 60;  // seconds, of the videos opened from now on
+    double duration = 60;  // seconds; for players created later
     bool finishSeeksAtOnce = false;
-    std::optional<Error> failure;  // of the files opened from now on
+    std::optional<Error> failure;  // for players created later
     std::vector<std::filesystem::path> opened;
 
-    // The last player opened, null before the first and once it is gone.
+    // The last player created; null before the first one and after it was destroyed.
     FakePlayer* player() const { return *player_; }
 
     std::unique_ptr<Player> open(const std::filesystem::path& file) override {

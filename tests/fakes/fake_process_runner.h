@@ -10,8 +10,8 @@
 
 namespace tembrix {
 
-// Answers each call through `behavior`, which may make the files that the program would make, and
-// keeps the calls. Programs succeed silently unless the test says otherwise.
+// Records the calls and answers each one by `behavior`, which may create the program's files. By
+// default programs succeed without output.
 class FakeProcessRunner final : public ProcessRunner {
   public:
     struct Call {

@@ -27,7 +27,7 @@ class FakeTexts final : public Texts {
     std::map<std::string, std::string, std::less<>> texts_;
 };
 
-// A user whose clock is at UTC. Short dates are "dd/MM/yyyy" in French and "M/d/yy" in any other
+// A user in the UTC time zone. Short dates are "dd/MM/yyyy" in French and "M/d/yy" in any other
 // language.
 class FakeLocale final : public Locale {
   public:

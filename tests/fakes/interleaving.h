@@ -17,13 +17,13 @@
 
 namespace tembrix {
 
-// Runs background tasks one small step at a time, in an order that a seed decides. Each task has a
-// thread of its own, but only one thread runs at a time: a task runs until it reaches the next
-// pause point, and the fakes of the ports are full of them. A task that waits for a lock which a
-// paused task owns is left waiting, and the next step goes to another one.
+// Runs background tasks in small steps, in an order determined by a seed. Each task has its own
+// thread, but only one thread runs at a time: a task runs until it reaches the next pause point.
+// The fakes of the ports contain many of them. A task that waits for a lock held by a paused task
+// is left waiting, and another task runs.
 //
-// Steps are given out by resumeOne(), on the test's own thread. While that thread itself waits for
-// a lock, a watcher gives out steps in its place.
+// Steps are started by resumeOne() on the thread of the test. While that thread waits for a lock
+// itself, a watcher starts them instead.
 class Interleaving {
   public:
     explicit Interleaving(unsigned seed)
@@ -41,7 +41,7 @@ class Interleaving {
         watcher_.join();
     }
 
-    // Adds a task. It does not run before resumeOne() chooses it.
+    // Adds a task. It does not run until resumeOne() selects it.
     void add(std::function<void()> task) {
         const std::lock_guard lock(mutex_);
         auto& fiber = fibers_.emplace_back(std::make_unique<Fiber>(*this));
@@ -60,8 +60,8 @@ class Interleaving {
         });
     }
 
-    // Runs one task up to its next pause point, or waits a little for one that waits for a lock.
-    // False if there is none.
+    // Runs one task up to its next pause point, or waits shortly for a task that waits for a lock.
+    // Returns false if there are no tasks.
     bool resumeOne() {
         std::unique_lock lock(mutex_);
         const bool resumed = resume(lock);
@@ -75,7 +75,7 @@ class Interleaving {
 
     std::mt19937& random() { return random_; }
 
-    // Called by the fakes at each step that a real part could be interrupted at.
+    // Called by the fakes wherever a real implementation could be interrupted.
     static void pausePoint() {
         Fiber* fiber = current();
         if (!fiber)
@@ -131,7 +131,7 @@ class Interleaving {
         return true;
     }
 
-    // Ends the threads whose tasks have finished.
+    // Joins the threads of finished tasks.
     void sweep(std::unique_lock<std::mutex>& lock) {
         for (auto fiber = fibers_.begin(); fiber != fibers_.end();) {
             if ((*fiber)->state != State::finished) {
@@ -147,7 +147,8 @@ class Interleaving {
         }
     }
 
-    // Whether the system reports the thread as sleeping: with no pause point reached, in a lock.
+    // Whether the operating system reports the thread as sleeping; before a pause point, it must be
+    // waiting for a lock.
     static bool waitsForLock(pid_t id) {
         const std::string name = "/proc/self/task/" + std::to_string(id) + "/stat";
         std::FILE* file = std::fopen(name.c_str(), "r");

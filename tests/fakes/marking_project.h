@@ -9,7 +9,7 @@
 
 namespace tembrix {
 
-// A player whose time and speed stand where the test puts them.
+// A player whose time and speed are set by the test.
 struct StillPlayhead final : Playhead {
     double time = 0;
     double duration = 100;
@@ -29,7 +29,7 @@ struct StillPlayhead final : Playhead {
     void setResizingTag(bool) override {}
 };
 
-// A field map that the test answers, or closes by not answering.
+// A field map that the test answers or leaves unanswered.
 struct AnsweredFieldMap final : FieldMapQuestion {
     std::vector<Bytes> opened;
     std::function<void(Point)> answer;
@@ -42,7 +42,7 @@ struct AnsweredFieldMap final : FieldMapQuestion {
     }
 };
 
-// The tag panel of an open video, with a small collection of the test's own in use.
+// The tag panel of an open video with a small collection.
 struct MarkingProject : CoreProject {
     static constexpr const char* collectionName = "Mine";
 
@@ -57,7 +57,7 @@ struct MarkingProject : CoreProject {
         flow.appear();
         flow.switchToUserCollection(collectionName);
         events.post(
-            tembrix::events::CollectionDataChanged{});  // a new collection joins the merged lists
+            tembrix::events::CollectionDataChanged{});  // adds a new collection to the merged lists
         scheduler.run();
     }
 
@@ -78,7 +78,7 @@ struct MarkingProject : CoreProject {
         index.addOrUpdateCollection(data.id, collectionName);
     }
 
-    // Before 5, after 3.
+    // Stamps start 5 seconds before the press and end 3 seconds after it.
     static Tag tag(const std::string& id) {
         Tag tag;
         tag.id = tag.primaryID.emplace(id);

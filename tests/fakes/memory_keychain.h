@@ -23,7 +23,7 @@ class MemoryKeychain final : public Keychain {
         return found->second;
     }
 
-    bool broken = false;  // nothing can be stored any more
+    bool broken = false;  // storing fails
 
   private:
     std::map<std::string, Bytes, std::less<>> items_;

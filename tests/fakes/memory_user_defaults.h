@@ -15,9 +15,8 @@
 
 namespace tembrix {
 
-// User defaults that live as long as the object. The contract test of the database runs on it too.
-// It can refuse writes as a full disk does, and lose what it could not store as a killed process
-// does.
+// User defaults in memory. They pass the same contract test as the database. Writes can be refused
+// like on a full disk, and refused values can be lost like in a killed process.
 class MemoryUserDefaults final : public UserDefaults {
   public:
     std::optional<Bytes> data(std::string_view key) const override { return get<Bytes>(key); }
@@ -82,18 +81,18 @@ class MemoryUserDefaults final : public UserDefaults {
         changed_ = std::move(changed);
     }
 
-    // Refuses all writes from now on; an empty reason ends it.
+    // Refuses all writes from now on. An empty reason accepts them again.
     void refuse(std::string reason) {
         const std::lock_guard lock(mutex_);
         refusal_ = std::move(reason);
     }
-    // The process ends: what was refused is gone.
+    // Simulates the end of the process: refused values are lost.
     void loseRefused() {
         const std::lock_guard lock(mutex_);
         now_ = stored_;
         status_ = {};
     }
-    // A cut log: the value is again what it was at an earlier change.
+    // Simulates a truncated log: restores an earlier value and change number.
     void goBack(std::string_view key, BytesView value, std::uint64_t number) {
         const std::lock_guard lock(mutex_);
         now_[std::string(key)] =

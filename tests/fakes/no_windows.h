@@ -4,7 +4,7 @@
 
 namespace tembrix {
 
-// Windows of a project that nobody sees, for tests of what opens them.
+// Windows of a project without widgets.
 class NoWindows final : public WindowFactory {
   public:
     struct Window final : ProjectWindow {

@@ -10,8 +10,8 @@
 
 namespace tembrix {
 
-// The whole road of a key press, from the keyboard to a real database in the given folder, which
-// outlives the object: a second one on the same folder finds what the first has stored.
+// Everything from a key press to a real database in the given folder. The folder outlives the
+// object: a second one on the same folder finds the values stored by the first.
 struct PressingProject final : FakePlatform, private KeyWindows, private FieldMapQuestion {
     explicit PressingProject(const std::filesystem::path& data)
         : directories{data / "Documents", data / "Application Support", data / "tmp"},
@@ -28,7 +28,7 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
         return data / "defaults.db";
     }
 
-    // Adds a video that only bookmarks know of, unless the library has it; returns its id.
+    // Adds a video that only the bookmarks know, unless it is in the library. Returns its id.
     std::string addVideo(const std::string& name) {
         const std::filesystem::path file = directories.documents / name;
         const Bytes bookmark = bookmarks.add(file);
@@ -36,7 +36,7 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
             return known->id;
         return library.addVideoNamed(file, name)->videoData.id;
     }
-    // Opens it as a project, with the tag panel up and a line to mark on.
+    // Opens it as a project, with the tag panel and a line to mark on.
     void open(const std::string& videoId) {
         const VideosData& video = *library.findById(videoId);
         project.open(video, *library.resolveVideoURL(video.bookmark));
@@ -48,7 +48,7 @@ struct PressingProject final : FakePlatform, private KeyWindows, private FieldMa
         scheduler.run();
     }
 
-    // Strikes the key of a tag without labels and lets everything happen that the press sets off.
+    // Presses the hot key of a tag without labels and runs all resulting tasks.
     void strike() {
         hotkeys.handleKeyDown({45, {}, "n"});
         scheduler.run();

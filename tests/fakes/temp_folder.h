@@ -13,7 +13,7 @@
 
 namespace tembrix {
 
-// An empty folder of a test's own, removed with all that is in it at the end.
+// An empty folder for a test. It is removed with its content at the end.
 class TempFolder {
   public:
     TempFolder() {
@@ -31,7 +31,7 @@ class TempFolder {
 
     const std::filesystem::path& path() const { return path_; }
 
-    // Writes a file below the folder, with the folders that its path names.
+    // Writes a file below the folder and creates missing parent folders.
     std::filesystem::path write(const std::filesystem::path& name, std::string_view content) const {
         const auto file = path_ / name;
         std::filesystem::create_directories(file.parent_path());
@@ -39,7 +39,7 @@ class TempFolder {
         return file;
     }
 
-    // A user's folders inside this one.
+    // The user's folders inside this one.
     Directories directories() const {
         return {path_ / "Documents", path_ / "Application Support", path_ / "tmp"};
     }

@@ -18,23 +18,23 @@
 
 namespace tembrix {
 
-// Time that moves only when a test says so. Main, background and serial-queue tasks wait in one
-// queue and run inside run() and advance(), on the test's own thread; isMain() is false inside a
-// background task all the same. Tasks may be added from other threads.
+// A scheduler whose time is advanced by the test. Main, background and serial-queue tasks are kept
+// in one queue and run inside run() and advance() on the thread of the test; isMain() returns false
+// inside background tasks nevertheless. Tasks may be added from other threads.
 //
-// Without interleave() each task runs as a whole, in the order in which the tasks were added. With
-// it background tasks run step by step, mixed with one another and with main tasks.
+// Without interleave(), each task runs as a whole, in the order in which tasks were added. With it,
+// background tasks run in steps, mixed with one another and with main tasks.
 class VirtualScheduler final : public Scheduler {
   public:
     Date now() const override { return {state_->wall + state_->time}; }
     double monotonic() const override { return state_->time; }
-    // The wall clock alone; timers go by monotonic time, as they do on a real machine.
+    // Sets the wall clock only. Timers use monotonic time, as on a real machine.
     void setWallClock(Date date) { state_->wall = date.secondsSince1970 - state_->time; }
 
-    // From now on background tasks are interleaved, in an order that the seed decides.
+    // Interleaves background tasks from now on, in an order determined by the seed.
     void interleave(unsigned seed) { interleaving_ = std::make_unique<Interleaving>(seed); }
 
-    // From now on each task runs as a whole again. Ends the tasks that have begun.
+    // Stops interleaving. Tasks that were started are finished first.
     void runWhole() { interleaving_.reset(); }
 
     bool isMain() const override { return std::this_thread::get_id() == thread_ && !inBackground_; }
@@ -44,7 +44,7 @@ class VirtualScheduler final : public Scheduler {
             return task();
         if (Interleaving::isInTask())
             return waitForMain(task);
-        // The main thread would first run what was handed to it before.
+        // The main thread first runs the tasks that were posted before.
         while (auto earlier = takeMain())
             runAs(Lane::main, earlier);
         runAs(Lane::main, task);
@@ -68,7 +68,7 @@ class VirtualScheduler final : public Scheduler {
         return std::make_shared<Queue>(*this);
     }
 
-    // Runs the next task or due timer; false if nothing is left to do now.
+    // Runs the next task or due timer. Returns false if there is none.
     bool step() {
         if (interleaving_ && interleaving_->tasks() > 0 && interleaving_->random()() % 4 != 0 &&
             interleaving_->resumeOne())
@@ -81,12 +81,12 @@ class VirtualScheduler final : public Scheduler {
             return true;
         return fireDue(state_->time);
     }
-    // Runs everything that is due now and everything that this brings about.
+    // Runs all due tasks, including those they add.
     void run() {
         while (step()) {
         }
     }
-    // Lets time pass: runs what is due now, then each timer at its time with what it brings about.
+    // Advances the time: runs due tasks, then each timer at its time with the tasks it adds.
     void advance(double seconds) {
         const double end = state_->time + seconds;
         do
@@ -107,7 +107,7 @@ class VirtualScheduler final : public Scheduler {
         double interval = 0;  // 0 for a one-shot timer
         std::shared_ptr<Task> task;
     };
-    using Order = std::pair<double, std::uint64_t>;  // due time, then order of arming
+    using Order = std::pair<double, std::uint64_t>;  // due time, then order of creation
     struct State {
         double wall = 1714564800;  // 2024-05-01 12:00:00 UTC
         double time = 0;
@@ -229,7 +229,7 @@ class VirtualScheduler final : public Scheduler {
     mutable std::mutex mutex_;
     std::deque<std::pair<Lane, Task>> queue_;
     std::shared_ptr<State> state_ = std::make_shared<State>();
-    std::unique_ptr<Interleaving> interleaving_;  // last: its tasks end before all else
+    std::unique_ptr<Interleaving> interleaving_;  // last, so that its tasks end first
 };
 
 }  // namespace tembrix

@@ -16,7 +16,7 @@ constexpr const char* setUp =
 
 // The first write after a complete checkpoint restarts the log and syncs its header. This statement
 // does that here, so that no caller waits for it. The value itself is not used.
-constexpr const char* beginLogAnew = "PRAGMA user_version=1";
+constexpr const char* restartLog = "PRAGMA user_version=1";
 
 }  // namespace
 
@@ -71,7 +71,7 @@ void Checkpointer::work() {
         const int code = sqlite3_wal_checkpoint_v2(database->handle(), nullptr,
                                                    SQLITE_CHECKPOINT_PASSIVE, &inLog, &taken);
         if (code == SQLITE_OK && inLog > 0 && taken == inLog)
-            database->run(beginLogAnew);
+            database->run(restartLog);
         lock.lock();
         done_ = begun_;
         changed_.notify_all();

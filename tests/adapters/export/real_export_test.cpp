@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 
-// A renderer that can wait until its current runs have ended.
+// A renderer that can wait until all current runs have ended.
 class AwaitedRenderer final : public MovieRenderer {
   public:
     Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override {
@@ -47,7 +47,7 @@ class AwaitedRenderer final : public MovieRenderer {
     FfmpegMovieRenderer renderer_;
 };
 
-// The facts about one frame of a film: its number and the colors at the lower edge.
+// What a test reads from a frame of a film: its number and the colors at the lower edge.
 struct Seen {
     int number = -1;
     double edge = 0;      // luminance beside the text, near the lower right corner
@@ -76,7 +76,7 @@ std::vector<Seen> look(const fs::path& film) {
     return frames;
 }
 
-// What renders and packs for real.
+// The real adapters for rendering and packing.
 struct RealParts {
     FfmpegMedia media;
     AwaitedRenderer renderer;
@@ -135,7 +135,7 @@ struct RealExport : testing::Test, RealParts, MatchRecords {
         EXPECT_FALSE(error) << error->text;
     }
     bool nothingIsLeft() const { return fs::is_empty(services.directories.temporary / "exports"); }
-    // The numbers that cuts show at 30 frames a second, in a row.
+    // The frame numbers that cuts show at 30 frames per second, in sequence.
     std::vector<int> numbersOf(const std::vector<std::pair<double, double>>& spans) const {
         std::vector<int> numbers;
         for (const auto& [start, finish] : spans)
@@ -165,7 +165,7 @@ TEST_F(RealExport, AFilmShowsItsCutsToTheFrameEachWithItsBar) {
         const bool barred = frame.number < match.frameAt(3) || frame.number >= match.frameAt(5);
         EXPECT_NEAR(frame.edge, plainEdge[frame.number] * (barred ? 0.45 : 1), 6)
             << "frame " << frame.number;
-        // Under the bar, the green of the pitch is darker than the green of the text.
+        // The green of the pitch under the bar is darker than the green of the text.
         EXPECT_TRUE(!barred || frame.greenPixels > 20) << "frame " << frame.number;
     }
     const double soundLength = static_cast<double>(filmSound(saved / "film.mp4").size()) / 48000;
@@ -173,7 +173,7 @@ TEST_F(RealExport, AFilmShowsItsCutsToTheFrameEachWithItsBar) {
     EXPECT_TRUE(nothingIsLeft());
 }
 
-TEST_F(RealExport, AnArchiveHoldsAClipPerCut) {
+TEST_F(RealExport, AnArchiveContainsOneClipPerCut) {
     open({stamp("shot", "Up/down", 5, 6), stamp("pass", "Пас", 1, 1.5, {"long"})});
     run(true);
     save(saved / "clips.zip");
@@ -209,7 +209,7 @@ TEST_F(RealExport, ATurnedVideoWithoutSoundGivesAnUprightFilmWithoutSound) {
     EXPECT_THAT(filmFacts(saved / "film.mp4", "a", "stream=codec_name"), testing::IsEmpty());
 }
 
-TEST_F(RealExport, ASourceThatIsNoVideoAnymoreIsToldAndLeavesNothing) {
+TEST_F(RealExport, ASourceThatIsNoLongerAVideoIsReportedAndLeavesNoFile) {
     open({stamp("pass", "x", 1, 2)});
     std::ofstream(source, std::ios::trunc) << "not a video";
     run(false);

@@ -23,8 +23,8 @@ inline Result<std::filesystem::path> renderAndWait(MovieRenderer& renderer, Movi
     return future.get();
 }
 
-// The frame numbers that a film of a match video must show, reckoned in whole 1/600 seconds;
-// `still` stands for a still picture.
+// The frame numbers that a film of a match video must show, computed in whole 1/600 seconds.
+// `still` is the number used for still pictures.
 inline std::vector<int> expectedNumbers(const MovieJob& job, const MatchVideo& video, int still,
                                         double skipped = 0) {
     struct Span {

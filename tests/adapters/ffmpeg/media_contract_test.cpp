@@ -10,7 +10,7 @@
 namespace tembrix {
 namespace {
 
-// A 12 second video of 320 by 180 at 30 frames per second, with a way to tell its frames apart.
+// A video of 12 seconds, 320 by 180, 30 frames per second, and a way to identify its frames.
 struct Subject {
     std::shared_ptr<Media> media;
     std::filesystem::path file;

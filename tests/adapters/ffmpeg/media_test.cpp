@@ -17,7 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Times at which a frame may be missed by one: starts, middles, just before and after, both ends.
+// Times at which an off-by-one frame would be noticed: starts, middles, just before and after them,
+// both ends.
 std::vector<double> telltaleTimes(const MatchVideo& video, double skipped) {
     std::vector<double> times{-0.5, 0, 0.001, video.duration() - skipped, 1e5};
     for (const int frame : {1, 2, 29, 30, 59, 60, 61, 100, 149, 151, video.frameCount() - 2}) {
@@ -56,7 +57,7 @@ TEST_P(MediaVariants, FrameTimeAndFrameGrabGiveTheFrameOfTheTime) {
     }
 }
 
-TEST_P(MediaVariants, ProbeTellsWhatTheUserSees) {
+TEST_P(MediaVariants, ProbeDescribesWhatTheUserSees) {
     const auto& video = GetParam().video;
     FfmpegMedia media;
     const auto info = media.probe(fixtureFile(GetParam()));
@@ -66,7 +67,7 @@ TEST_P(MediaVariants, ProbeTellsWhatTheUserSees) {
     EXPECT_NEAR(info->duration, video.duration() - GetParam().skipped, 0.02);
     EXPECT_TRUE(info->hasVideo);
     EXPECT_EQ(info->hasAudio, video.sound != MatchVideo::Sound::none);
-    if (!GetParam().isStream()) {  // those begin when they like
+    if (!GetParam().isStream()) {  // streams may start at any time
         EXPECT_NEAR(info->videoStart, video.startTime, 0.1);
     }
 }
@@ -77,7 +78,7 @@ TEST(Media, ColorsComeOutAsTheyWentIn) {
     FfmpegMedia media;
     const auto picture = media.frame(fixtureFile("30"), 0);
     ASSERT_TRUE(picture.ok());
-    // The grass beside the pitch and the board's white, as they were painted.
+    // The painted colors of the grass beside the pitch and of the board.
     const auto* grass = picture->row(176) + 4 * 160;
     EXPECT_NEAR(grass[0], 45, 6);
     EXPECT_NEAR(grass[1], 102, 6);
@@ -98,7 +99,7 @@ TEST(Media, FilesWithoutAPictureAreErrorsWithAText) {
     const std::vector<fs::path> bad = {
         folder.write("empty.mp4", ""), folder.write("text.mp4", "Not a video.\nTwo lines.\n"),
         folder.write("text.txt", "Not a video.\n"), folder.write("noise.mp4", noise),
-        // The index of this format stands at the end, so half a file has none.
+        // The index of this format is at the end, so half a file has none.
         folder.write("half.mp4", whole.substr(0, whole.size() / 2)), folder.path()};
     FfmpegMedia media;
     for (const auto& path : bad) {

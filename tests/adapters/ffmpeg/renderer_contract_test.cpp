@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A renderer, and the push that the fake needs where the real one goes on by itself.
+// A renderer, and a function that lets runs of the fake succeed; the real one needs none.
 struct Subject {
     std::shared_ptr<MovieRenderer> renderer;
     std::function<void()> letItSucceed = [] {};
@@ -79,7 +79,7 @@ TEST_P(RendererContract, ASuccessLeavesTheFilmAndNothingElse) {
     EXPECT_EQ((*run.session)->progress(), 1);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 1);
     EXPECT_GT(fs::file_size(folder_.path() / "film.mp4"), 0U);
-    (*run.session)->cancel();  // too late to matter
+    (*run.session)->cancel();  // too late to have an effect
     subject.settle();
     EXPECT_EQ(run.endings->size(), 1U);
 }
@@ -91,7 +91,7 @@ TEST_P(RendererContract, ACancelledRunEndsSoonAndLeavesNothing) {
     big.renderSize = {1280, 720};
     auto run = start(*subject.renderer, big);
     ASSERT_TRUE(run.session.ok());
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));  // let it get into its stride
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));  // rendering must be in progress
     const auto begin = std::chrono::steady_clock::now();
     (*run.session)->cancel();
     (*run.session)->cancel();

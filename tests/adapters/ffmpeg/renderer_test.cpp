@@ -45,7 +45,8 @@ void expectNumbers(const std::vector<int>& shown, const std::vector<int>& expect
         EXPECT_EQ(shown[k], expected[k]) << "frame " << k;
 }
 
-// Every whole second of the source that lies well inside a cut must beep at its place in the film.
+// Every whole second of the source that is well inside a cut must have its beep at the right place
+// in the film.
 void expectBeepsInStep(const MovieJob& job, const fs::path& film, double tolerance) {
     const auto beeps = findBeeps(filmSound(film), 48000);
     double start = 0;
@@ -234,7 +235,7 @@ TEST_F(Films, WhatCannotBeReadEndsTheRunWithATextAndLeavesNothing) {
 
 TEST_F(Films, AFullDiskEndsTheRunWithATextAndLeavesNothing) {
     const auto source = fixtureFile("30");
-    // A limit on the size of files stands for the disk; it holds for this process only.
+    // The limit on the size of files simulates a full disk; it affects this process only.
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -303,7 +304,7 @@ TEST_F(Films, APictureOfAnotherShapeIsFittedWholeOnBlack) {
     forEachFrame(*film, [](int index, const ImageBuffer& picture) {
         EXPECT_LT(picture.row(10)[4 * 200 + 1], 6) << index;
         EXPECT_LT(picture.row(290)[4 * 200 + 1], 6) << index;
-        // The grass at the bottom of the picture is at the bottom here too.
+        // The grass at the bottom of the picture must be at the bottom of the film.
         const auto* grass = picture.row(258) + 4 * 200;
         EXPECT_GT(grass[1], grass[0] + 30) << index;
     });

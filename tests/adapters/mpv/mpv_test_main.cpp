@@ -1,4 +1,4 @@
-// Starts the toolkit for tests of real players.
+// Creates the QApplication for tests of real players.
 
 #include <QApplication>
 #include <gtest/gtest.h>

@@ -13,16 +13,16 @@
 namespace tembrix {
 namespace {
 
-// A player of a 12 second video of 30 frames per second, at rest at its start, and the way to let
-// time pass until something holds.
+// A player that is paused at the start of a video of 12 seconds with 30 frames per second, and a
+// function that lets time pass until a condition is true.
 struct Subject {
     virtual ~Subject() = default;
     virtual Player& player() = 0;
     virtual void close() = 0;
-    // The file cannot be read any more beyond its middle.
+    // Makes the file unreadable beyond its middle.
     virtual void cutOff() = 0;
     virtual void removeFile() = 0;
-    // Opens a file that is no video.
+    // Opens a file that is not a video.
     virtual void openText() = 0;
     virtual bool passUntil(const std::function<bool()>& holds) = 0;
 };
@@ -102,7 +102,7 @@ class PlayerContract : public testing::TestWithParam<std::unique_ptr<Subject> (*
 
     std::unique_ptr<Subject> subject = GetParam()();
     Player& player = subject->player();
-    std::vector<int> failures;  // the codes told
+    std::vector<int> failures;  // the reported codes
     Subscription watchFailures =
         player.observeFailure([this](const Error& error) { failures.push_back(error.code); });
 };
@@ -114,7 +114,7 @@ TEST_P(PlayerContract, OpensAtRestWithItsLengthKnown) {
     EXPECT_EQ(player.status(), PlayerStatus::paused);
 }
 
-TEST_P(PlayerContract, TellsTheStatusAtOnceAndAtEachChange) {
+TEST_P(PlayerContract, ReportsTheStatusAtOnceAndAtEachChange) {
     std::vector<std::pair<PlayerStatus, double>> told;
     const auto watch = player.observeStatus(
         [&](PlayerStatus status) { told.emplace_back(status, player.rate()); });
@@ -139,7 +139,7 @@ TEST_P(PlayerContract, TicksAtTheIntervalWhilePlayingAndOnceWhenItStops) {
     const auto watch = player.observeTime(0.2, [&](double seconds) { ticks.push_back(seconds); });
     player.setRate(2);
     ASSERT_TRUE(passUntil([&] { return player.currentTime() >= 1.4; }));
-    // Every interval is told, within a few frames of its beginning.
+    // Each interval is reported within a few frames of its start.
     EXPECT_GE(ticks.size(), 5u);
     for (std::size_t i = 0; i < ticks.size(); ++i)
         EXPECT_NEAR(ticks[i], 0.2 * static_cast<double>(i + 1), 0.15);
@@ -184,7 +184,7 @@ TEST_P(PlayerContract, ACompletionMaySeekAgain) {
     EXPECT_EQ(player.currentTime(), 4);
 }
 
-TEST_P(PlayerContract, PlaybackGoesOnFromASeekAndNeverBack) {
+TEST_P(PlayerContract, PlaybackContinuesFromASeekAndNeverJumpsBack) {
     player.play();
     ASSERT_TRUE(passUntil([&] { return player.currentTime() > 0.3; }));
     EXPECT_TRUE(seek(7.02));
@@ -257,7 +257,7 @@ TEST_P(PlayerContract, AFileCutOffWhileOpenPausesThereAndPlaysBefore) {
     EXPECT_NEAR(player.currentTime(), 6, 2);
 }
 
-TEST_P(PlayerContract, AFileRemovedWhileOpenIsToldAndPlaysOn) {
+TEST_P(PlayerContract, AFileRemovedWhileOpenIsReportedAndStillPlays) {
     ASSERT_TRUE(seek(1));
     player.play();
     subject->removeFile();
@@ -267,7 +267,7 @@ TEST_P(PlayerContract, AFileRemovedWhileOpenIsToldAndPlaysOn) {
     EXPECT_TRUE(seek(3));
 }
 
-TEST_P(PlayerContract, AFileThatCannotBePlayedIsToldLaterAndDoesNothing) {
+TEST_P(PlayerContract, AFileThatCannotBePlayedIsReportedLaterAndDoesNothing) {
     watchFailures.reset();
     subject->openText();
     Player& none = subject->player();

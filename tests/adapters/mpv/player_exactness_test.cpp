@@ -11,8 +11,8 @@ namespace tembrix {
 
 namespace {
 
-// Times at which a frame may be missed by one: the first and the last, key frames, starts, ends and
-// middles; forwards, backwards and across.
+// Times at which an off-by-one frame would be noticed: the first and the last frame, key frames,
+// starts, ends and middles; forwards, backwards and with large jumps.
 std::vector<double> tellingTimes(const Variant& variant) {
     const auto& video = variant.video;
     std::vector<double> times{0, 0.001, video.duration() - variant.skipped, 0};
@@ -49,7 +49,7 @@ TEST_P(PlayerExactness, ASeekShowsTheFrameOfTheFrameGrab) {
     expectExactSeeks(GetParam(), MpvDrawing::inMemory);
 }
 
-// The graphics card has its own way of turning pictures.
+// Pictures are rotated in another way on the graphics card.
 TEST(PlayerExactnessOnTheGraphicsCard, ASeekShowsTheFrameOfTheFrameGrab) {
     for (const char* name : {"30", "rotated-90", "rotated-180", "rotated-270"})
         expectExactSeeks(variant(name), MpvDrawing::openGl);
@@ -77,7 +77,7 @@ TEST(PlayerTime, IsThatOfTheFrameOnScreenAfterEveryPause) {
                 ASSERT_TRUE(
                     QTest::qWaitFor([&] { return shown.player->currentTime() >= moment; }, 10000));
                 shown.player->pause();
-                // Longer than a frame that is on its way to the screen can need.
+                // Longer than a frame needs until it is on screen.
                 QTest::qWait(150);
                 EXPECT_EQ(shown.number(), variant.video.frameAt(shown.player->currentTime()))
                     << name << " at speed " << rate;
@@ -86,7 +86,7 @@ TEST(PlayerTime, IsThatOfTheFrameOnScreenAfterEveryPause) {
     }
 }
 
-TEST(PlayerSpeed, HoldsWithoutASoundDevice) {
+TEST(PlayerSpeed, IsExactWithoutASoundDevice) {
     ShownPlayer shown(fixtureFile("surround"));
     for (const double rate : {0.5, 2.0, 5.0}) {
         ASSERT_TRUE(shown.seek(1));
@@ -96,7 +96,8 @@ TEST(PlayerSpeed, HoldsWithoutASoundDevice) {
         clock.start();
         ASSERT_TRUE(
             QTest::qWaitFor([&] { return shown.player->currentTime() >= from + rate; }, 10000));
-        // A second at the rate, give or take the start of playback on a busy machine.
+        // About one second at the rate, with a tolerance for the start of playback on a busy
+        // machine.
         EXPECT_GT(clock.elapsed(), 700) << rate;
         EXPECT_LT(clock.elapsed(), 2500) << rate;
         shown.player->pause();
@@ -114,7 +115,7 @@ TEST(PlayerDrag, AStreamOfSeeksShowsAStreamOfPictures) {
             ++ended;
             finished += whole;
         });
-        QTest::qWait(16);  // the pace of a dragging hand
+        QTest::qWait(16);  // the interval of mouse events during a drag
         if (const int number = shown.number(); numbers.empty() || number != numbers.back())
             numbers.push_back(number);
     }

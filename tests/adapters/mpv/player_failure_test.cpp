@@ -23,7 +23,7 @@ std::string bytesOf(const fs::path& file) {
 
 class PlayerFailures : public testing::Test {
   protected:
-    // Opens the file and waits for what the player says of it.
+    // Opens the file and returns the failure that the player reports, if any.
     std::optional<Error> failureOf(const fs::path& file) {
         shown.player = shown.factory.open(file);
         std::optional<Error> told;
@@ -37,7 +37,7 @@ class PlayerFailures : public testing::Test {
     ShownPlayer shown;
 };
 
-TEST_F(PlayerFailures, FilesThatAreNoVideoAreToldAndDoNothing) {
+TEST_F(PlayerFailures, FilesThatAreNoVideoAreReportedAndDoNothing) {
     const auto none = folder.path() / "none.mp4";
     const auto empty = folder.write("empty.mp4", "");
     const auto text = folder.write("text.mp4", std::string(5000, 'x'));
@@ -71,7 +71,7 @@ TEST_F(PlayerFailures, SoundAloneIsNoVideo) {
     EXPECT_EQ(error->code, static_cast<int>(PlayerFailure::noVideo));
 }
 
-TEST_F(PlayerFailures, PicturesThatNobodyCanDecodeAreTold) {
+TEST_F(PlayerFailures, PicturesThatCannotBeDecodedAreReported) {
     auto bytes = bytesOf(fixtureFile("30"));
     const auto name = bytes.rfind("avc1");
     ASSERT_NE(name, std::string::npos);
@@ -82,13 +82,13 @@ TEST_F(PlayerFailures, PicturesThatNobodyCanDecodeAreTold) {
     EXPECT_EQ(shown.player->status(), PlayerStatus::paused);
 }
 
-TEST_F(PlayerFailures, ATruncatedVideoPlaysAsFarAsItGoes) {
+TEST_F(PlayerFailures, ATruncatedVideoPlaysToItsEnd) {
     const auto whole = bytesOf(fixtureFile("mkv"));
     const auto file = folder.write("torn.mkv", whole.substr(0, whole.size() / 2));
     shown.player = shown.factory.open(file);
     ASSERT_TRUE(shown.seek(1));
     EXPECT_EQ(shown.number(), variant("mkv").video.frameAt(1));
-    shown.seek(11.5);  // beyond what is there
+    shown.seek(11.5);  // beyond the readable part
     EXPECT_GT(shown.number(), 0);
     shown.player->play();
     EXPECT_TRUE(
@@ -97,7 +97,7 @@ TEST_F(PlayerFailures, ATruncatedVideoPlaysAsFarAsItGoes) {
     EXPECT_EQ(shown.number(), variant("mkv").video.frameAt(2));
 }
 
-// Unmounts the folder while files of it are open or, where that is not allowed, renames it.
+// Unmounts the folder while its files are open. If that is not permitted, the folder is renamed.
 class Disk {
   public:
     explicit Disk(const fs::path& at) : at_(at) {
@@ -117,7 +117,7 @@ class Disk {
     bool mounted_ = false;
 };
 
-TEST_F(PlayerFailures, ADiskRemovedWhileItsVideoPlaysIsTold) {
+TEST_F(PlayerFailures, ADiskRemovedDuringPlaybackIsReported) {
     Disk disk(folder.path() / "disk");
     const auto file = folder.path() / "disk" / "match.ts";
     fs::copy_file(fixtureFile("transport"), file);
@@ -146,7 +146,7 @@ TEST_F(PlayerFailures, AVideoCutOffWhileOpenPausesOnItsLastFrame) {
         EXPECT_GT(time, 4);
         EXPECT_LT(time, 9);
         EXPECT_EQ(shown.player->status(), PlayerStatus::paused);
-        // The sound may be readable a little further than the pictures.
+        // The sound may be readable a little further than the video.
         EXPECT_TRUE(QTest::qWaitFor(
             [&] { return std::abs(shown.number() - video.frameAt(time)) <= 3; }, 1000))
             << shown.number() << " is shown at " << time;
@@ -155,7 +155,8 @@ TEST_F(PlayerFailures, AVideoCutOffWhileOpenPausesOnItsLastFrame) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return told.size() == 1; }, 10000));
     EXPECT_EQ(told.back(), static_cast<int>(PlayerFailure::brokeOff));
     pausesThere();
-    // A seek beyond the break is told again and shows the same; what lies before plays on.
+    // Seeking beyond the readable part reports the failure again and shows the same frame. The part
+    // before can still be played.
     shown.seek(11);
     EXPECT_TRUE(QTest::qWaitFor([&] { return told.size() == 2; }, 5000));
     pausesThere();
@@ -179,7 +180,7 @@ TEST_F(PlayerFailures, NothingIsPrintedToTheTerminal) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(PlayerFailures, AFileDeletedWhileOpenIsToldAndPlaysOn) {
+TEST_F(PlayerFailures, AFileDeletedWhileOpenIsReportedAndStillPlays) {
     const auto file = folder.write("match.mp4", bytesOf(fixtureFile("29.97")));
     shown.player = shown.factory.open(file);
     ASSERT_TRUE(shown.seek(1));

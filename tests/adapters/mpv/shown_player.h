@@ -15,7 +15,7 @@
 
 namespace tembrix {
 
-// A real player with a surface on the display, and what a test asks of the two.
+// A real player with a surface on the display, and helpers to examine both.
 struct ShownPlayer {
     FfmpegMedia media;
     MpvPlayerFactory factory;
@@ -40,7 +40,7 @@ struct ShownPlayer {
         return end.value_or(false);
     }
 
-    // What the surface shows.
+    // The picture shown by the surface.
     ImageBuffer picture() const {
         auto* gl = qobject_cast<QOpenGLWidget*>(surface.get());
         const QImage image = (gl ? gl->grabFramebuffer() : surface->grab().toImage())

@@ -110,8 +110,8 @@ class FileBookmarksTest : public testing::Test {
     FileBookmarks bookmarks;
 };
 
-TEST_F(FileBookmarksTest, ANewFileNeverStandsInForADeletedOne) {
-    // File systems hand the number of a deleted file to the next one that is made.
+TEST_F(FileBookmarksTest, ANewFileIsNotMistakenForADeletedOne) {
+    // File systems reuse the inode numbers of deleted files.
     for (int i = 0; i < 20; ++i) {
         const auto file = folder.write("deleted.mp4", "old");
         const auto bookmark = bookmarks.make(file).value();
@@ -122,7 +122,7 @@ TEST_F(FileBookmarksTest, ANewFileNeverStandsInForADeletedOne) {
     }
 }
 
-TEST_F(FileBookmarksTest, AFileThatLeftItsFolderIsGone) {
+TEST_F(FileBookmarksTest, AFileMovedOutOfItsFolderIsNotFound) {
     const auto file = folder.write("a/video.mp4", "1");
     fs::create_directory(folder.path() / "b");
     const auto bookmark = bookmarks.make(file).value();
@@ -136,9 +136,9 @@ TEST_F(FileBookmarksTest, TheSameFileGivesTheSameBytesByAnySpellingOfItsPath) {
     const auto file = folder.write("a/video.mp4", "1");
     const auto bookmark = bookmarks.make(file);
     EXPECT_EQ(bookmarks.make(folder.path() / "a" / ".." / "a" / "." / "video.mp4"), bookmark);
-    EXPECT_TRUE(bookmarks.resolve(*bookmarks.make(folder.path() / "a")));  // folders, too
+    EXPECT_TRUE(bookmarks.resolve(*bookmarks.make(folder.path() / "a")));  // folders as well
     EXPECT_FALSE(bookmarks.make({}));
-    // Writing to the file does not make it another one.
+    // Writing to a file does not change its identity.
     folder.write("a/video.mp4", "longer content");
     EXPECT_EQ(bookmarks.make(file), bookmark);
 }

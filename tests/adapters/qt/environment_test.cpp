@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Sets environment variables for the length of a test.
+// Sets environment variables for the duration of a test.
 class Environment {
   public:
     void set(const char* name, const fs::path& value) {

@@ -6,7 +6,7 @@
 
 namespace tembrix {
 
-// Runs the event loop until the condition holds; false if it does not within the time.
+// Runs the event loop until the condition is true. Returns false after the time limit.
 template <class Condition>
 bool runUntil(Condition condition, int milliseconds = 5000) {
     QEventLoop loop;

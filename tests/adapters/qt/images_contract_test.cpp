@@ -46,7 +46,7 @@ using Kits = testing::Types<FakeKit, QtKit>;
 TYPED_TEST_SUITE(ImagesContract, Kits);
 
 TYPED_TEST(ImagesContract, PicturesComeBackFromTheirFiles) {
-    ImageBuffer image(7, 5);  // an odd width: rows of files are padded, ours are not
+    ImageBuffer image(7, 5);  // an odd width: rows in files are padded
     for (std::size_t i = 0; i < image.pixels.size(); ++i)
         image.pixels[i] = i % 4 == 3 ? 255 : static_cast<std::uint8_t>(i * 7);
     image.pixels[3] = 0, image.pixels[0] = 0, image.pixels[1] = 0, image.pixels[2] = 0;
@@ -81,7 +81,7 @@ TYPED_TEST(ImagesContract, TextsGrowDownwardsWhereTheyMustWrap) {
     EXPECT_LE(wrapped.width, line.width * 0.7);
     const auto broken = this->measure.boundingSize(plain("Передача\nвперёд_12\n"), 10000);
     EXPECT_NEAR(broken.height, line.height * 3, 0.01);
-    // A word that is wider than the line breaks inside.
+    // A word wider than the line is broken.
     EXPECT_GT(this->measure.boundingSize(plain(std::string(60, 'W')), 200).height, line.height * 2);
     const auto twice = this->measure.boundingSize(plain("Передача вперёд_12", 52), 10000);
     EXPECT_NEAR(twice.width / line.width, 2, 0.02);
@@ -109,7 +109,7 @@ TYPED_TEST(ImagesContract, ListsArePaintedBackToFrontOnNothing) {
     EXPECT_TRUE(this->renderer.render({}).empty());
 }
 
-// The part of a picture in which something is painted: rows and columns from, to.
+// The rows and columns of a picture between which something is painted.
 struct Extent {
     int top = -1, bottom = -1, left = 1 << 20, right = -1;
 };
@@ -144,7 +144,7 @@ TEST_F(QtPictures, WhatIsMeasuredIsWhatIsPainted) {
         const double width = size * 12;
         const auto needed = measure.boundingSize(text, width);
         const auto whole = painted(paint(text, {0, 0, width, 4000}));
-        // Painting into the measured size cuts nothing off.
+        // A picture of the measured size shows the complete text.
         const auto fitted = painted(paint(text, {0, 0, width, std::ceil(needed.height)}));
         EXPECT_EQ(fitted.bottom, whole.bottom);
         EXPECT_EQ(fitted.right, whole.right);
@@ -164,10 +164,10 @@ TEST_F(QtPictures, TooMuchTextEndsInAnEllipsisOnAWholeLine) {
     EXPECT_LE(extent.bottom, rect.y + line * 2);
     EXPECT_LT(extent.right, rect.right());
     EXPECT_GE(extent.left, rect.x);
-    // The same two lines without their end look different.
+    // The same two lines look different without the elided end.
     const auto shown = paint(plain("Первая строка вторая", 26), rect);
     EXPECT_NE(image.pixels, shown.pixels);
-    // Even a slip too low for a line shows its beginning, inside the slip.
+    // An area lower than one line shows the upper part of the first line and nothing outside.
     const auto slip = painted(paint(text, {10, 10, 200, line * 0.7}));
     EXPECT_GT(slip.bottom, 10);
     EXPECT_LE(slip.bottom, 10 + line * 0.7);

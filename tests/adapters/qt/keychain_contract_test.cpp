@@ -85,7 +85,7 @@ TEST_F(FileKeychainTest, DamagedFilesAreSetAsideOneByOne) {
 }
 
 TEST_F(FileKeychainTest, WhatCannotBeReadOrWrittenIsLeftAlone) {
-    std::filesystem::create_directories(file);  // a folder stands in the file's place
+    std::filesystem::create_directories(file);  // a folder at the path of the file
     FileKeychain keychain(file, log);
     EXPECT_FALSE(keychain.set(toBytes("1"), "done"));
     EXPECT_FALSE(keychain.get("done"));

@@ -13,7 +13,7 @@ NativeKey press(int key, quint32 scanCode, Qt::KeyboardModifiers modifiers, cons
         QKeyEvent(QEvent::KeyPress, key, modifiers, scanCode, 0, 0, text, false, 1));
 }
 
-// Scan codes of the rows of a keyboard, from left to right, with the codes of the key tables.
+// Scan codes of the rows of a keyboard, from left to right, with the virtual key codes.
 TEST(NativeKeys, EachKeyHasTheCodeOfItsPlace) {
     const std::map<quint32, std::vector<int>> rows = {
         {10, {18, 19, 20, 21, 23, 22, 26, 28, 25, 29, 27, 24}},
@@ -32,7 +32,8 @@ TEST(NativeKeys, EachKeyHasTheCodeOfItsPlace) {
         EXPECT_EQ(keyCodeOfScanCode(scan), code);
     for (const quint32 outside : {0U, 7U, 8U, 120U, 5000U, 0xFFFFFFFFU})
         EXPECT_EQ(keyCodeOfScanCode(outside), -1);
-    // Windows counts the main block alike, and tells arrows from the key pad by one bit.
+    // On Windows, the main block has the same codes. One bit distinguishes arrow keys from the
+    // numeric keypad.
     for (quint32 scan = 1; scan <= 0x39; ++scan)
         EXPECT_EQ(keyCodeOfWindowsScanCode(scan), keyCodeOfScanCode(scan + 8));
     const std::map<quint32, int> windows = {{0x3B, 122},  {0x44, 109},  {0x57, 103},  {0x58, 111},
@@ -79,7 +80,7 @@ TEST(NativeKeys, ModifiersAndNamedKeys) {
     EXPECT_EQ(press(Qt::Key_Return, 36, {}, "\r").characters, "\r");
     EXPECT_EQ(press(Qt::Key_Space, 65, {}, " ").characters, " ");
     EXPECT_EQ(press(Qt::Key_MediaPlay, 172, {}, "").code, -1);
-    // Events made by a program carry no scan code.
+    // Synthetic events have no scan code.
     EXPECT_EQ(press(Qt::Key_Space, 0, {}, " ").code, 49);
     EXPECT_EQ(press(Qt::Key_Return, 0, {}, "\r").code, 36);
     EXPECT_EQ(press(Qt::Key_Z, 0, Qt::ControlModifier, "").code, 6);

@@ -33,7 +33,7 @@ TEST(OneInstance, ALaterOneAsksTheFirstToShowItselfAndEnds) {
     EXPECT_TRUE(elsewhere.begin());
 }
 
-TEST(OneInstance, OneThatComesWhileTheFirstEndsTakesItsPlace) {
+TEST(OneInstance, OneStartedWhileTheFirstEndsReplacesIt) {
     TempFolder folder;
     auto first = std::make_unique<OneInstance>(folder.path());
     ASSERT_TRUE(first->begin());

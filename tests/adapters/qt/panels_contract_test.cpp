@@ -31,7 +31,7 @@ void press(const char* dialog, const char* button) {
     found->click();
 }
 
-// How a user answers, and what brings the answer home.
+// Answers as the user would, and delivers the answer.
 struct FakeKit {
     FakePanels panels;
     void confirm(bool yes) { panels.answerConfirm(yes); }
@@ -53,7 +53,7 @@ struct QtKit {
         dialog->setDirectory(QString::fromStdString(file.parent_path().string()));
         dialog->findChild<QLineEdit*>("fileNameEdit")
             ->setText(QString::fromStdString(file.filename().string()));
-        // The public way in: what pressing the dialog's button calls.
+        // The slot that the button of the dialog calls.
         QMetaObject::invokeMethod(dialog, "accept");
     }
     void chooseFile(const fs::path& file) { choose("openPanel", file); }
@@ -128,7 +128,7 @@ TYPED_TEST(PanelsContract, FilesComeBackByTheirNamesAndCancellingGivesNone) {
     EXPECT_FALSE(saved[1]);
 }
 
-TEST(QtPanels, ADialogThatGoesWithItsWindowIsCanceled) {
+TEST(QtPanels, ADialogDestroyedWithItsWindowIsCanceled) {
     FakeTexts texts;
     QtPanels panels(texts);
     auto window = std::make_unique<QWidget>();

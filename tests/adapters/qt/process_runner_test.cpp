@@ -16,7 +16,7 @@ TEST(QtProcessRunner, CollectsBothStreamsInOrderAndTheStatus) {
     EXPECT_EQ(outcome->exitStatus, 3);
 }
 
-TEST(QtProcessRunner, TellsAProgramThatIsNotThere) {
+TEST(QtProcessRunner, ReportsAMissingProgram) {
     QtProcessRunner runner;
     const auto outcome = runner.run("/nowhere/программа", {});
     ASSERT_FALSE(outcome);

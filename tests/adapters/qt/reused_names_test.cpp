@@ -25,7 +25,7 @@ struct Rescued final : DeletedTimelineKeeper {
     std::vector<std::pair<std::string, TimelineLines>> timelines;
 };
 
-// The library over real files, as a recorder leaves them that gives every match the same name.
+// The library with real files from a recorder that gives every match the same name.
 struct ReusedNames : testing::Test {
     TempFolder folder;
     MemoryUserDefaults defaults;
@@ -63,7 +63,7 @@ TEST_F(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
         EXPECT_EQ(fileOf(first), at("game1.mp4"));
         EXPECT_EQ(fileOf(second), at("recording.mp4"));
     }
-    // The renamed file is still the first video, also for a user who adds it again.
+    // The renamed file is still the first video, even if the user adds it again.
     EXPECT_EQ(library->addVideo(at("game1.mp4"))->videoData.id, first);
     EXPECT_EQ(library->files().size(), 2u);
 }
@@ -87,7 +87,8 @@ TEST_F(ReusedNames, AVideoThatWasMovedAwayDoesNotTakeTheFileOfAnother) {
     fs::create_directory(at("archive"));
     fs::rename(at("recording.mp4"), at("archive/game1.mp4"));
     EXPECT_FALSE(fileOf(first));
-    // A file that took its place, such as a repaired copy, counts while no other video owns it.
+    // Another file at its path, such as a repaired copy, is used unless it belongs to another
+    // video.
     folder.write("recording.mp4", "another");
     EXPECT_EQ(fileOf(first), at("recording.mp4"));
     const auto second = record("recording.mp4");

@@ -131,7 +131,7 @@ TYPED_TEST(SchedulerContract, DestroyedTimersStaySilent) {
     int fired = 0, ticks = 0;
     bool end = false;
     this->scheduler.after(0, [&] { ++fired; }).reset();
-    // A timer may let itself go, and another one that is due at the same time.
+    // A timer may destroy itself and another one that is due at the same time.
     std::unique_ptr<Timer> self, other;
     auto owned = std::make_shared<int>(1);
     self = this->scheduler.after(0.005, [&, owned] {
@@ -150,7 +150,7 @@ TYPED_TEST(SchedulerContract, DestroyedTimersStaySilent) {
     EXPECT_EQ(ticks, 3);
 }
 
-// A piece of work that stands still until a test lets it go.
+// Work that waits until the test releases it.
 class Gate {
   public:
     void wait() {
@@ -190,7 +190,7 @@ TEST(QtScheduler, DrainLetsWritesEndEvenThoseThatNeedTheMainThread) {
     EXPECT_EQ(written, 22);
 }
 
-TEST(QtScheduler, AHangingTaskHoldsUpNothing) {
+TEST(QtScheduler, AHangingTaskBlocksNothing) {
     static Gate gate, ended;  // the thread outlives the scheduler
     static std::atomic<bool> began = false, second = false;
     int calls = 0;
@@ -212,11 +212,11 @@ TEST(QtScheduler, AHangingTaskHoldsUpNothing) {
     gate.open();
     ended.wait();
     runUntil([] { return false; }, 20);
-    EXPECT_EQ(calls, 0);  // the scheduler took its queue with it
+    EXPECT_EQ(calls, 0);  // the queue was destroyed with the scheduler
     EXPECT_FALSE(second);
 }
 
-TEST(QtScheduler, LongUtilityWorkHoldsUpNeitherTheUserNorTheWrites) {
+TEST(QtScheduler, LongUtilityWorkDelaysNeitherTheUserNorWrites) {
     QtScheduler scheduler;
     Gate gate;
     for (int i = 0; i < 50; ++i)

@@ -1,5 +1,5 @@
-// A damaged database costs no mark of the day: what it lost is read from its second copy and from
-// the documents.
+// Damage to the database loses no marks: values are restored from the second copy and from the
+// documents.
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What outlives the process, with a real database in it.
+// State that outlives the process, including a real database.
 struct Disk {
     TempFolder folder;
     MemoryKeychain keychain;
@@ -61,7 +61,7 @@ void damage(const fs::path& file, std::mt19937& random) {
         fs::remove(log);
 }
 
-TEST(DamagedDatabase, CostsNoMarkOfTheDay) {
+TEST(DamagedDatabase, LosesNoMarkOfTheDay) {
     for (unsigned seed = 1; seed <= 12; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);

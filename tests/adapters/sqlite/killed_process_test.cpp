@@ -21,7 +21,7 @@ extern char** environ;
 namespace tembrix {
 namespace {
 
-// The marking process, killed and reaped at the end of the object.
+// The marking process. It is killed when the object is destroyed.
 class MarkingProcess {
   public:
     explicit MarkingProcess(const std::filesystem::path& folder) {
@@ -50,7 +50,7 @@ class MarkingProcess {
 
     bool started() const { return process_ > 0; }
 
-    // Takes in what it prints for so many milliseconds, or until it prints something.
+    // Reads its output for the given time or until it prints something.
     void listen(int milliseconds, bool untilFirst = false) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
         for (;;) {
@@ -106,7 +106,7 @@ TEST(KilledProcessTest, EveryStampThatWasReportedIsThereAndTheDatabaseAlwaysOpen
     for (int round = 0; round < 30; ++round) {
         MarkingProcess process(folder.path());
         ASSERT_TRUE(process.started());
-        // Most are killed while marking, some while starting.
+        // Most processes are killed while marking, some while starting.
         if (round % 6 != 5)
             process.listen(20000, true);
         process.listen(static_cast<int>(random() % 120));

@@ -1,4 +1,4 @@
-// Makes stamps by key presses, and prints the id of each once it is stored, until it is killed.
+// Makes stamps by key presses until it is killed. Prints the id of each one once it is stored.
 
 #include <cstdio>
 
@@ -17,7 +17,7 @@ int main(int, char** arguments) {
             return 1;
         std::printf("%s\n", stamps.back()->id.text().c_str());
         std::fflush(stdout);
-        // Lets the flush to the files come round as well, in the midst of the presses.
+        // Lets the flush to the files run between the presses.
         project.scheduler.advance(0.5);
     }
 }

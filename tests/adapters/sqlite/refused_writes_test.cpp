@@ -1,4 +1,4 @@
-// Disks that refuse: what was marked must be there at the next start all the same.
+// Disks that refuse writes: all marks must be there at the next start.
 
 #include <csignal>
 #include <filesystem>
@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// No file may grow beyond `size` bytes while it lives, as on a full disk.
+// Limits the size of all files to `size` bytes while the object exists, to simulate a full disk.
 class FullDisk {
   public:
     explicit FullDisk(rlim_t size) {
@@ -75,7 +75,7 @@ struct RefusedWrites : testing::Test {
     }
 };
 
-TEST_F(RefusedWrites, AFullDiskCostsNothingWhetherTheProgramQuitsOrIsKilled) {
+TEST_F(RefusedWrites, AFullDiskLosesNothingWhetherTheProgramQuitsOrIsKilled) {
     for (const bool killed : {false, true}) {
         SCOPED_TRACE(killed);
         const std::string text = killed ? "killed" : "quit";
@@ -92,7 +92,7 @@ TEST_F(RefusedWrites, AFullDiskCostsNothingWhetherTheProgramQuitsOrIsKilled) {
             if (defaults->status().allStored || defaults->text("kept") != text)
                 _exit(1);
             if (killed)
-                defaults->makeDurable();  // what the next second does
+                defaults->makeDurable();  // as the upkeep does every second
             else
                 defaults.reset();
             _exit(0);
@@ -110,7 +110,7 @@ TEST_F(RefusedWrites, AFullDiskCostsNothingWhetherTheProgramQuitsOrIsKilled) {
 }
 
 TEST_F(RefusedWrites, ADatabaseThatCannotBeOpenedIsReplacedByARecoveryFile) {
-    fs::create_directories(file);  // a folder in its place
+    fs::create_directories(file);  // a folder at the path of the file
     {
         auto defaults = open();
         EXPECT_FALSE(defaults.isDurable());
@@ -123,7 +123,7 @@ TEST_F(RefusedWrites, ADatabaseThatCannotBeOpenedIsReplacedByARecoveryFile) {
         EXPECT_EQ(defaults.text("key"), "value");
         defaults.setText("other", "value");
         fs::remove(file);
-        defaults.makeDurable();  // stored as soon as that is possible
+        defaults.makeDurable();  // stored as soon as possible
         EXPECT_TRUE(defaults.isDurable());
         EXPECT_TRUE(defaults.status().allStored);
     }
@@ -140,8 +140,8 @@ TEST_F(RefusedWrites, ADamagedRecoveryFileIsSetAside) {
     EXPECT_TRUE(fs::exists(second / "unsaved-values.recovery.damaged-1"));
 }
 
-// The database is on a disk that is missing for one run of the program. When it is back, its
-// working copies are older than the documents.
+// The disk of the database is missing during one run of the program. When it is connected again,
+// its working copies are older than the documents.
 TEST_F(RefusedWrites, ADatabaseThatComesBackDoesNotReplaceNewerDocuments) {
     const fs::path disk = folder.path() / "disk";
     fs::create_directories(disk);
@@ -162,19 +162,20 @@ TEST_F(RefusedWrites, ADatabaseThatComesBackDoesNotReplaceNewerDocuments) {
         storage.saveTimeline(late, "V");
     });
     EXPECT_EQ(recoveryFiles(), 1u);
-    fs::remove(file.parent_path() / "unsaved-values.recovery");  // that disk is gone, too
+    fs::remove(file.parent_path() / "unsaved-values.recovery");  // that disk is missing as well
     fs::rename(folder.path() / "unplugged", disk);
     run([&](auto& storage) { EXPECT_EQ(storage.loadTimeline("V"), late); });
     EXPECT_EQ(fileText(folder.path() / "Documents/Tembrix-Stat/Timelines/V.json"),
               asText(encode(late).value()));
 }
 
-// A power cut may take the end of the log, a bad disk any byte. What was flushed stays.
+// A power failure may remove the end of the log, a bad disk may change any byte. What was flushed
+// must not change.
 TEST_F(RefusedWrites, NoDamageOfTheDatabaseMakesADocumentOlder) {
     const auto latest = linesOf(300);
     const pid_t child = fork();
     if (child == 0) {
-        auto* defaults = new SqliteUserDefaults(file, log);  // never ends
+        auto* defaults = new SqliteUserDefaults(file, log);  // not destroyed
         InMemoryStorageManager storage(*defaults, scheduler, folder.directories(), log);
         for (int stamps = 100; stamps < 300; stamps += 20)
             storage.saveTimeline(linesOf(stamps), "V");

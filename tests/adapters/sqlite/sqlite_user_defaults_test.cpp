@@ -23,7 +23,7 @@ struct Sqlite : testing::Test {
 
     SqliteUserDefaults open() { return SqliteUserDefaults(file, log); }
 
-    // Stores `count` values of 100 KB, so that each takes pages of its own.
+    // Stores `count` values of 100 KB, so that each uses pages of its own.
     void fill(int count) {
         auto defaults = open();
         for (int i = 0; i < count; ++i)
@@ -70,7 +70,7 @@ TEST_F(Sqlite, AFileThatIsNoDatabaseIsSetAsideUntouched) {
     log.clear();
     EXPECT_EQ(open().text("key"), "value");
     EXPECT_TRUE(log.lines().empty());
-    folder.write("defaults.db", garbage);  // once more: the first one aside is not overwritten
+    folder.write("defaults.db", garbage);  // the file set aside must not be overwritten
     open();
     EXPECT_EQ(fileText(aside(1)), garbage);
     EXPECT_EQ(fileText(aside(2)), garbage);
@@ -187,8 +187,8 @@ TEST_F(Sqlite, TheLogIsCheckpointedAndDoesNotGrowWithoutEnd) {
     EXPECT_LT(largest, 200'000'000u);  // of 600 MB written
 }
 
-// Whoever begins the log anew waits for the disk; that is not to be the press of a key.
-TEST_F(Sqlite, TheLogBeginsAnewWithoutACallersWrite) {
+// Restarting the log waits for the disk, which must not happen in a key press.
+TEST_F(Sqlite, TheLogIsRestartedWithoutACallersWrite) {
     auto defaults = open();
     const auto timesBegun = [&] {
         auto logFile = file;
@@ -199,7 +199,7 @@ TEST_F(Sqlite, TheLogBeginsAnewWithoutACallersWrite) {
         return (bytes[2] << 8) + bytes[3];
     };
     const int before = timesBegun();
-    for (int i = 0; i < 6; ++i)  // enough to wake the checkpointer once
+    for (int i = 0; i < 6; ++i)  // enough to start one checkpoint
         defaults.setData("timeline_1", Bytes(3'000'000, static_cast<std::uint8_t>(i)));
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (timesBegun() == before && std::chrono::steady_clock::now() < end)
@@ -208,7 +208,7 @@ TEST_F(Sqlite, TheLogBeginsAnewWithoutACallersWrite) {
     EXPECT_EQ(defaults.data("timeline_1"), Bytes(3'000'000, 5));
 }
 
-// A child writes values and tells each one that the call has taken; it is killed in the middle.
+// A child process writes values and reports each completed call. It is killed while writing.
 TEST_F(Sqlite, AKilledProcessLosesNothingThatWasAcknowledged) {
     for (int round = 0; round < 8; ++round) {
         int channel[2];

@@ -27,7 +27,7 @@ struct OnDisk {
     SqliteUserDefaults defaults{folder.path() / "new" / "defaults.db", log};
     ~OnDisk() { EXPECT_TRUE(refused || log.lines().empty()) << log.lines().front(); }
 
-    // A file cannot grow beyond the limit, as on a full disk.
+    // Limits the size of the file, to simulate a full disk.
     void refuseWrites() {
         refused = true;
         signal(SIGXFSZ, SIG_IGN);
@@ -42,7 +42,7 @@ struct OnDisk {
     bool refused = false;
 };
 
-// What holds for user defaults of every kind.
+// Tests for all implementations of the user defaults.
 template <class Kind>
 struct UserDefaultsContract : testing::Test {
     Kind kind;

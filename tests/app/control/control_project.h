@@ -10,7 +10,7 @@
 
 namespace tembrix {
 
-// An open video of 100 seconds with the texts that ship, for the control window.
+// An open video of 100 seconds with the program's own texts, for the control window.
 struct ControlProject : AppProject {
     explicit ControlProject(const QString& language = "en")
         : AppProject({.language = language.toStdString()}) {
@@ -52,7 +52,7 @@ struct ControlProject : AppProject {
         return found ? found->stamp : nullptr;
     }
 
-    // Lets the core's tasks and the window's events run for a while.
+    // Processes tasks of the core and events of the window for a while.
     void settle(double seconds = 0) {
         QApplication::processEvents();
         scheduler.advance(seconds);

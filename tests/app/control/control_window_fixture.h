@@ -24,7 +24,7 @@ inline ControlServices controlServices(AppProject& app) {
             app.events,   app.panels,     app.texts};
 }
 
-// The control window with two lines, and the hands of its user.
+// The control window with two lines, and functions for user input.
 class ControlWindowTest : public testing::Test {
   protected:
     ControlWindowTest() {
@@ -82,7 +82,7 @@ class ControlWindowTest : public testing::Test {
         ASSERT_TRUE(button) << name;
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    // A key as the window system gives it: to the window first.
+    // Sends a key to the window first, as the window system does.
     void key(Qt::Key code, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         view->activateWindow();
         EXPECT_TRUE(!view->isVisible() || QTest::qWaitForWindowActive(view.get()));
@@ -122,7 +122,7 @@ class ControlWindowTest : public testing::Test {
         std::vector<std::string> result;
         for (const auto& line : *app.timeline.lines)
             result.push_back(line->name);
-        result.erase(result.begin());  // the drawings
+        result.erase(result.begin());  // the drawings line
         return result;
     }
     FakePlayer& player() { return *app.players.player(); }

@@ -1,4 +1,4 @@
-// The control window at the sizes and in the languages in which it is used: nothing is cut off.
+// The control window in common sizes and in both languages: no text is cut off.
 
 #include <QLabel>
 #include <QPushButton>
@@ -17,7 +17,7 @@
 namespace tembrix {
 namespace {
 
-// Lines with stamps of a match, spread evenly and of mixed lengths.
+// Lines with stamps of mixed lengths, distributed evenly.
 TimelineLines matchLines(std::size_t lineCount, std::size_t stampCount, double duration) {
     const char* colors[] = {"30D158", "0A84FF", "FF9F0A", "BF5AF2", "FFD60A", "64D2FF", "8E8E93"};
     std::mt19937 random(7);

@@ -57,7 +57,7 @@ TEST_F(FullControlViewTest, AGripFollowsThePointerAndThePlayheadTheEdge) {
 TEST_F(FullControlViewTest, AStampDraggedByItsBodyChangesLinesAndNothingElse) {
     const Uuid id = addStamp(a, 40, 60);
     const QPointF from = area(id).center();
-    drag(from, from + QPointF(0, 6));  // too short a way for a drag: a click
+    drag(from, from + QPointF(0, 6));  // too short for a drag, so it is a click
     EXPECT_TRUE(stamp(id));
     EXPECT_EQ(*app.timeline.selectedStampID, id);
     mouse(QEvent::MouseButtonPress, from);
@@ -101,7 +101,7 @@ TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
     EXPECT_FALSE(sheet<StampItemsSheet>());
     EXPECT_FALSE(*app.hotkeys.isLabelHotkeyMode);
 
-    // The stamp can go while the sheet is on its way.
+    // The stamp may be removed before its sheet is open.
     contextMenu(canvas, area(id).center().toPoint());
     ASSERT_TRUE(menu());
     app.timeline.removeStamp(a, id);
@@ -143,7 +143,7 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     menu()->close();
     names->setFocus();
     names->setCurrentIndex(names->model()->index(0, 0));
-    QTest::keyClick(names, Qt::Key_F2);  // the drawings keep their name
+    QTest::keyClick(names, Qt::Key_F2);  // the drawings line cannot be renamed
     EXPECT_FALSE(sheet<Sheet>());
     names->setCurrentIndex(names->model()->index(1, 0));
     key(Qt::Key_F10, Qt::ShiftModifier);
@@ -160,13 +160,13 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     choose("timelineButtonDeleteTimeline");
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));
     EXPECT_EQ(find("fullControlUndo")->toolTip(), "Undo: delete a timeline");
-    app.events.post(events::EditorModeChanged{true});  // now undo is the editor's
+    app.events.post(events::EditorModeChanged{true});  // now undo belongs to the drawing editor
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(find("fullControlUndo")->isEnabled());
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));
     app.events.post(events::EditorModeChanged{false});
     QTest::sendKeyEvent(QTest::Click, view->windowHandle(), Qt::Key(u'Я'), "\u044f",
-                        Qt::ControlModifier);  // the same place with Russian letters
+                        Qt::ControlModifier);  // the same key on a Russian layout
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Defence", "Corners"));
     EXPECT_TRUE(find("fullControlRedo")->isEnabled());
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
@@ -175,7 +175,7 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
 
 TEST_F(FullControlViewTest, LinesAreReorderedByDropAndByKeyboard) {
     addLine("Corners");
-    // Row 0 holds the drawings and keeps its place; rows are 30 points high.
+    // Row 0 is the drawings line and cannot be moved. Rows are 30 points high.
     const auto drop = [&](int row, int y) {
         auto* model = names->model();
         const std::unique_ptr<QMimeData> data(model->mimeData({model->index(row, 0)}));
@@ -193,12 +193,12 @@ TEST_F(FullControlViewTest, LinesAreReorderedByDropAndByKeyboard) {
     EXPECT_TRUE(drop(2, 75));  // on itself
     EXPECT_THAT(lineNames(), ElementsAre("Defence", "Attack", "Corners"));
     EXPECT_FALSE(drop(2, 10));
-    EXPECT_FALSE(drop(2, 28));  // the lowest points of a name belong to it, too
+    EXPECT_FALSE(drop(2, 28));  // the lowest points of a name belong to it as well
     EXPECT_TRUE(drop(2, 58));
     EXPECT_THAT(lineNames(), ElementsAre("Attack", "Defence", "Corners"));
     EXPECT_TRUE(drop(1, 118));
     EXPECT_THAT(lineNames(), ElementsAre("Defence", "Attack", "Corners"));
-    EXPECT_TRUE(drop(2, 200));  // in the empty room below
+    EXPECT_TRUE(drop(2, 200));  // in the empty area below
     EXPECT_THAT(lineNames(), ElementsAre("Defence", "Corners", "Attack"));
     EXPECT_TRUE(drop(1, 200));
     EXPECT_THAT(lineNames(), ElementsAre("Corners", "Attack", "Defence"));

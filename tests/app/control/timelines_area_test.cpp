@@ -1,4 +1,4 @@
-// How the timelines are seen: zoom, scrolling, hover text, veil, what is painted, what is read out.
+// Display of the timelines: zoom, scrolling, hover text, dimming, repainted areas, accessibility.
 
 #include <QAccessible>
 
@@ -64,13 +64,13 @@ TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
     app.player.seek(20.1);
     app.settle();
     EXPECT_NEAR(playhead(), canvas->width() / 4.0, 1);
-    bar->setValue(3 * canvas->width());  // to look at something else
+    bar->setValue(3 * canvas->width());  // the user looks at another part
     app.player.seek(20.3);
     app.settle();
     EXPECT_EQ(canvas->scrollX(), 3 * canvas->width());
 
-    // A click on a stamp that reaches out of view leaves the view where it is; the keyboard, coming
-    // from elsewhere, brings its stamp into view.
+    // Clicking a stamp that is partly out of view does not scroll. Moving the keyboard cursor to it
+    // does.
     const Uuid wide = addStamp(a, 62, 99);
     const Uuid far = addStamp(a, 10, 12);
     app.player.seek(61);
@@ -82,7 +82,7 @@ TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
     EXPECT_TRUE(canvas->rect().contains(area(far).center().toPoint()));
 }
 
-TEST_F(TimelinesAreaTest, HoverTextStandsInTheStatusLine) {
+TEST_F(TimelinesAreaTest, HoverTextIsShownInTheStatusLine) {
     const Uuid id = addStamp(a, 40, 60, "Shot");
     auto* status = find<ElidedLabel>("timelineHoverText");
     hover(area(id).center());
@@ -102,7 +102,7 @@ TEST_F(TimelinesAreaTest, ADrawingOnScreenDisablesAndDimsTheTimelines) {
     const QColor bright = color();
     app.events.post(events::EditorModeChanged{true});
     EXPECT_FALSE(canvas->isEnabled());
-    for (int i = 0; i < 3; ++i)  // however often it is painted
+    for (int i = 0; i < 3; ++i)  // regardless of how often it is painted
         EXPECT_NEAR(color().green(), (bright.green() + theme::background.green()) / 2, 2);
     picture(*view, "control-veiled");
     app.events.post(events::EditorModeChanged{false});
@@ -141,7 +141,7 @@ TEST_F(TimelinesAreaTest, APlayheadMoveRepaintsItsStripAloneAndStampsTheirRow) {
     app.settle();
     EXPECT_EQ(watch.painted.boundingRect().height(), 30);
 
-    // A stamp on its way to another row repaints where it was and where it is.
+    // Moving a stamp to another row repaints its old and its new area.
     watch.painted = {};
     const Uuid brief = addStamp(a, 40, 42);
     const QPointF from = area(brief).center();

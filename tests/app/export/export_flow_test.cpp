@@ -17,7 +17,7 @@ struct ExportFlow : testing::Test, ExportWindow {
     QToolButton* button = exports->makeMenuButton(&window);
 
     void choose(const char* entry) { child<QAction>(*button, entry)->trigger(); }
-    // Chooses a film in the open mode sheet. Returns the number of its pieces.
+    // Chooses a film in the open sheet and returns the number of its pieces.
     std::size_t cutsOfTheFilm() {
         EXPECT_EQ(title(), "exportAs");
         press("exportModeFilm");
@@ -130,7 +130,7 @@ TEST_F(ExportFlow, AWaitingPanelShowsProgressAndCancels) {
     EXPECT_THAT(project.panels.alerts, IsEmpty());
 }
 
-TEST_F(ExportFlow, AFailureIsToldOnce) {
+TEST_F(ExportFlow, AFailureIsReportedOnce) {
     project.timeline.replaceLines({});
     choose("fullControlButtonExportAll");
     press("exportModePlaylist");

@@ -17,8 +17,8 @@
 
 namespace tembrix {
 
-// A window that has only exports, with an open video and marks. Texts are keys, unless
-// TEMBRIX_LANGUAGE names a language.
+// A window with exports only, an open video and marks. Texts are keys, unless TEMBRIX_LANGUAGE
+// specifies a language.
 struct ExportWindow : MatchRecords {
     AppProject project;
     QWidget window;

@@ -36,7 +36,7 @@ struct SelectionSheets : testing::Test, ExportWindow {
     }
 };
 
-TEST_F(SelectionSheets, AClickOnATagTakesItAndItsLinkAsksForLabels) {
+TEST_F(SelectionSheets, AClickChoosesATagAndItsLinkAsksForLabels) {
     showTags(manyTags());
     picture(*sheet(), "export-tags");
     clickRow(2);

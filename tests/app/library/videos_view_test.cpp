@@ -30,11 +30,11 @@ struct VideosViewTest : testing::Test {
     void show() {
         view.resize(1000, 640);
         view.show();
-        view.activateWindow();  // no window manager does it on a bare display
+        view.activateWindow();  // without a window manager, no window is activated automatically
         ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
     }
     QListView* list() { return child<QListView>(view, "videosList"); }
-    // The sheet on show, once it has the keyboard.
+    // The visible sheet, once it has the keyboard focus.
     static QWidget* sheet() {
         QWidget* top = QApplication::activeModalWidget();
         if (!top)
@@ -60,7 +60,7 @@ TEST_F(VideosViewTest, AVideoIsAddedByKeyboardAlone) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return list()->model()->rowCount() == 1; }));
     EXPECT_TRUE(list()->model()->index(0, 0).data().toString().startsWith("Lions_Foxes"));
 
-    QTest::qWait(0);  // the sheet goes with the next turn of the loop
+    QTest::qWait(0);  // the sheet is deleted in the next turn of the event loop
     QTest::keyClick(list(), Qt::Key_Return);
     EXPECT_FALSE(windows.isClosing());
     EXPECT_EQ(unnamedControls(view), QStringList());
@@ -91,7 +91,7 @@ TEST_F(VideosViewTest, AMovedVideoShowsItsMarkAndAsksForTheFile) {
         return list()->model()->index(0, 0).data(VideosListModel::noteRole).toString();
     };
     EXPECT_EQ(note(), qtext(project.texts.text("videoUnavailable")));
-    // The disk is plugged in while the user is elsewhere, and is gone again.
+    // The disk is connected and disconnected while another program is active.
     const auto back = project.folder.write("gone.mp4", "bytes");
     QEvent returned(QEvent::WindowActivate);
     QApplication::sendEvent(&view, &returned);
@@ -118,7 +118,7 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return list()->model()->index(0, 0).data().toString() == "Derby"; }));
 
-    // Blanks alone are no name: the file's own comes back.
+    // A name of blanks is no name, so the file name is shown.
     QTest::qWait(0);
     ASSERT_FALSE(sheet());
     QTest::keyClick(list(), Qt::Key_F2);

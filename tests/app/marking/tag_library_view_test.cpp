@@ -132,7 +132,7 @@ TEST_F(TagLibraryViewTest, AHotKeyAsksForLabelsByKeyAndReturnMakesTheStamp) {
     hotkey(18);  // 1: our team, a key that many tags share
     hotkey(12);  // Q: goal
     hotkey(13);
-    hotkey(13);  // on and off again
+    hotkey(13);  // selected and deselected
     picture(*sheet(), "labels-en");
     EXPECT_TRUE(child<QPushButton>(*sheet(), "football.label.team.own")->isChecked());
     QTest::keyClick(sheet(), Qt::Key_Return);
@@ -146,7 +146,7 @@ TEST_F(TagLibraryViewTest, AHotKeyAsksForLabelsByKeyAndReturnMakesTheStamp) {
     app->settle(0.2);
     EXPECT_EQ(*app->player.status, PlayerStatus::playing);
 
-    // Escape leaves no stamp, and the video goes on.
+    // Escape makes no stamp, and playback resumes.
     hotkey(1);
     ASSERT_NE(sheet(), nullptr);
     QTest::keyClick(sheet(), Qt::Key_Escape);
@@ -168,7 +168,7 @@ TEST_F(TagLibraryViewTest, WithoutATimelineTheSheetSaysSo) {
     EXPECT_EQ(*app->player.status, PlayerStatus::playing);
 }
 
-TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndHoldsTheCollection) {
+TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndLocksTheCollection) {
     app->player.play();
     playTo(10);
     auto* possession = tag("football.tag.possession");
@@ -189,7 +189,7 @@ TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndHoldsTheCollectio
     EXPECT_DOUBLE_EQ(stamps()[0].timeFinishSeconds, 26);
     EXPECT_TRUE(allows("Hockey"));
 
-    // An open interval can be closed where it always shows.
+    // An open interval can be closed in the area that is always visible.
     hotkey(6);  // Z
     click(tag("open.football.tag.possession"));
     EXPECT_FALSE(possession->isChecked());
@@ -207,7 +207,8 @@ TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
     app->settle(1);
     auto* remove = child<QToolButton>(*view, "tagLibraryDeleteCollection");
     EXPECT_TRUE(remove->isVisible());
-    // Where a standard collection is active, the user's are offered, also one whose data is gone.
+    // If a standard collection is active, the menu lists the user's collections, including those
+    // without data.
     app->index.addOrUpdateCollection("lost", "Lost & gone");
     app->events.post(events::CollectionDataChanged{});
     app->settle(1);
@@ -256,7 +257,7 @@ TEST_F(TagLibraryViewTest, TheChooserSwitchesAndDeletesCollections) {
     EXPECT_FALSE(remove->isVisible());
 }
 
-TEST_F(TagLibraryViewTest, ADamagedCollectionShowsWhatItHolds) {
+TEST_F(TagLibraryViewTest, ADamagedCollectionShowsWhatIsReadable) {
     CollectionData data;
     data.id = "damaged";
     Tag odd;
@@ -289,7 +290,7 @@ TEST_F(TagLibraryViewTest, ADamagedCollectionShowsWhatItHolds) {
         EXPECT_TRUE(chip->isChecked());
 }
 
-TEST_F(TagLibraryViewTest, GroupsFoldAndTheDrawingEditorTakesThePanelAway) {
+TEST_F(TagLibraryViewTest, GroupsFoldAndTheDrawingEditorHidesThePanel) {
     auto* header = child<QToolButton>(*view, "football.group.attack.header");
     QTest::keyClick(header, Qt::Key_Return);
     EXPECT_FALSE(tag("football.tag.goal")->isVisible());

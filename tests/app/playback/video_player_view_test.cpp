@@ -85,7 +85,7 @@ TEST_F(VideoPlayerViewTest, TimesFollowThePlayerAndNothingCanBePressedWithoutOne
     EXPECT_TRUE(button("videoControlPlayPause")->isEnabled());
 }
 
-TEST_F(VideoPlayerViewTest, TheBarLiesBelowThePictureAndIsReachedInReadingOrder) {
+TEST_F(VideoPlayerViewTest, TheBarIsBelowThePictureAndIsReachedInReadingOrder) {
     const auto* video = child(*view, "videoPlayerPicture");
     const auto* play = button("videoControlPlayPause");
     EXPECT_GE(play->mapTo(view.get(), QPoint(0, 0)).y(), video->geometry().bottom());
@@ -103,7 +103,7 @@ TEST_F(VideoPlayerViewTest, TheBarLiesBelowThePictureAndIsReachedInReadingOrder)
     picture(*view, "player");
 }
 
-TEST_F(VideoPlayerViewTest, AFailureIsToldUntilTheNextVideo) {
+TEST_F(VideoPlayerViewTest, AFailureIsShownUntilTheNextVideo) {
     auto* line = child<QLabel>(*view, "videoPlayerFailure");
     EXPECT_FALSE(line->isVisible());
     player().fail({"player", static_cast<int>(PlayerFailure::vanished), "gone"});

@@ -30,7 +30,7 @@ struct CountingPlayer final : KeyTransport {
     double soughtTo = 0;
 };
 
-// The few keys of this test in the key tables' terms.
+// The virtual key codes of the keys in this test.
 KeyPress translate(const QKeyEvent& event) {
     const std::map<int, int> codes{{Qt::Key_Z, key::z},
                                    {Qt::Key_K, 40},
@@ -80,14 +80,14 @@ struct KeyMonitorTest : testing::Test {
         top.activateWindow();
         ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &top; }));
     }
-    // From the window system on, as a real press comes.
+    // Sends a key to the window, as the window system does.
     void strike(QWidget& top, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(top.windowHandle(), key, modifiers);
         scheduler.run();
     }
 };
 
-TEST_F(KeyMonitorTest, AHotKeyGoesBeforeAShortcutAndLeavesTheOthers) {
+TEST_F(KeyMonitorTest, AHotKeyHasPriorityOverAShortcut) {
     strike(window, Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(tags, std::vector<std::string>{"tag"});
     EXPECT_EQ(undone, 0);
@@ -116,7 +116,7 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_TRUE(box->isChecked());
     EXPECT_EQ(player.toggles, 0);
 
-    // While labels are chosen, the user replays the moment.
+    // While labels are chosen, the user can replay the moment.
     hotkeys.beginLabelChoice({});
     strike(sheet, Qt::Key_Space);
     strike(sheet, Qt::Key_Right, Qt::ShiftModifier);

@@ -22,7 +22,7 @@ KeyPress translate(const QKeyEvent& event) {
     return event.key() == Qt::Key_N ? KeyPress{45, {}, "n"} : KeyPress{};
 }
 
-// The real windows of a project over a core on fakes.
+// The real windows of a project, with a core on fakes.
 struct ProjectWindowsTest : testing::Test {
     QtWindowFactory factory;
     CoreProgram program{factory};
@@ -56,7 +56,7 @@ struct ProjectWindowsTest : testing::Test {
         ASSERT_TRUE(windows.project());
         ASSERT_TRUE(activate(*window("timelines")));
     }
-    // The key of a tag that asks for no labels; true if it made a stamp.
+    // Presses the key of a tag without labels. Returns whether it made a stamp.
     bool marks() {
         const auto count = [this] {
             std::size_t all = 0;

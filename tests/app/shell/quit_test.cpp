@@ -13,11 +13,11 @@
 namespace tembrix {
 namespace {
 
-// A window that will not go, as the player's does while its editor is open.
+// A window that refuses to close, like the player's while its editor is open.
 class Stubborn final : public QWidget {
     void closeEvent(QCloseEvent* event) override { event->ignore(); }
 };
-// A sheet whose work is not done.
+// A sheet that refuses to close while it works.
 class Busy final : public QDialog {
   public:
     using QDialog::QDialog;

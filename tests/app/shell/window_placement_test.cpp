@@ -16,7 +16,7 @@ QRect pixels(const Rect& rect) {
                  QPoint(qRound(rect.right()) - 1, qRound(rect.bottom()) - 1));
 }
 
-// A real window manager, whose decoration has a title bar and edges.
+// A real window manager, whose decoration has a title bar and borders.
 struct WindowPlacement : testing::Test {
     void SetUp() override {
         manager.start("openbox", {"--sm-disable"});
@@ -42,7 +42,7 @@ TEST_F(WindowPlacement, WindowsOfAProjectFillTheirFramesWithTheirDecoration) {
     for (const WindowRow& row : windowTable())
         makers[row.kind] = [](QWidget* parent) { return new QWidget(parent); };
     factory.setMakers(makers);
-    // With the decoration of the list window to go by, and without.
+    // With the decoration of the visible list window, and without any.
     for (const bool listShows : {true, false}) {
         list.setVisible(listShows);
         std::vector<std::unique_ptr<ProjectWindow>> windows;

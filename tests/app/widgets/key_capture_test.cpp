@@ -12,7 +12,7 @@
 namespace tembrix {
 namespace {
 
-// The few keys of this test in the key tables' terms.
+// Key presses for the keys in this test.
 KeyPress translate(const QKeyEvent& event) {
     const auto held = event.modifiers();
     const KeyModifiers modifiers{bool(held & Qt::MetaModifier), bool(held & Qt::AltModifier),
@@ -47,12 +47,12 @@ struct KeyCaptureTest : testing::Test {
         window.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    // One event with the modifiers of the moment before, as the window system tells it.
+    // Sends an event with the modifiers held before it, as the window system does.
     void send(QEvent::Type type, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         QKeyEvent event(type, key, modifiers);
         QApplication::sendEvent(view, &event);
     }
-    // Records one press from the start of a capture to its end.
+    // Records one key press in a capture of its own.
     std::string recorded(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         capture.start();
         send(QEvent::KeyPress, key, modifiers);
@@ -62,7 +62,7 @@ struct KeyCaptureTest : testing::Test {
     }
 };
 
-TEST_F(KeyCaptureTest, TakesTheMouseAndTheKeysOnlyWhileItCaptures) {
+TEST_F(KeyCaptureTest, GrabsMouseAndKeysOnlyDuringACapture) {
     EXPECT_EQ(view->accessibleName(), "hotkey");
     EXPECT_EQ(view->shownText(), "hotkey");
     EXPECT_EQ(window.childAt(view->geometry().center()), nullptr);

@@ -15,7 +15,7 @@
 namespace tembrix {
 namespace {
 
-// The colors of the pixels that an icon paints in full.
+// The colors of the opaque pixels of an icon.
 QSet<QRgb> solidColors(const QIcon& icon, QIcon::Mode mode) {
     const auto image = icon.pixmap(QSize(32, 32), 1.0, mode).toImage();
     QSet<QRgb> colors;

@@ -54,7 +54,7 @@ class SheetTest : public WidgetsTest {
     std::vector<int> ends;
 };
 
-TEST_F(SheetTest, HoldsBackItsWindowAloneAndIsNamed) {
+TEST_F(SheetTest, BlocksOnlyItsWindowAndIsNamed) {
     EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
     EXPECT_EQ(sheet->objectName(), "renameTitle");
     EXPECT_EQ(sheet->accessibleName(), "renameTitle");
@@ -101,7 +101,7 @@ TEST_F(FlowLayoutTest, BreaksRowsWhereTheNextDoesNotFit) {
     add(1, 200, 40);
     for (auto* cell : cells)
         cell->setMaximumSize(cell->minimumSize());
-    EXPECT_EQ(flow->heightForWidth(170), 20 + 10 + 40);  // three fit to the pixel
+    EXPECT_EQ(flow->heightForWidth(170), 20 + 10 + 40);  // three fit exactly
     EXPECT_EQ(flow->heightForWidth(169), 20 + 10 + 20 + 10 + 40);
     EXPECT_EQ(flow->heightForWidth(400), 40);
     EXPECT_EQ(flow->minimumSize().width(), 200);
@@ -145,7 +145,7 @@ TEST_F(WidgetsTest, TextFieldsTellWhoHasTheKeyboard) {
     EXPECT_TRUE(*focus.isAnyTextFieldFocused);
     second->setFocus();
     EXPECT_TRUE(*focus.isAnyTextFieldFocused);
-    second->hide();  // the keyboard goes back to the field before
+    second->hide();  // the previous field gets the focus back
     first->clearFocus();
     EXPECT_FALSE(*focus.isAnyTextFieldFocused);
     first->setFocus();
@@ -175,7 +175,7 @@ TEST_F(WidgetsTest, ElidedTextsAreReadWhole) {
     EXPECT_EQ(label.text(), label.fullText());
 }
 
-TEST_F(WidgetsTest, ASwitchTellsTheUsersChoicesOnly) {
+TEST_F(WidgetsTest, ASwitchReportsOnlyChoicesOfTheUser) {
     SegmentedSwitch filter(texts, {"all", "favorites", "recent"});
     std::vector<int> choices;
     QObject::connect(&filter, &SegmentedSwitch::chosenByUser,
@@ -196,7 +196,7 @@ TEST_F(WidgetsTest, ASwitchTellsTheUsersChoicesOnly) {
     EXPECT_EQ(filter.chosen(), 2);
 }
 
-TEST(TabularLabel, RunningFiguresStandStill) {
+TEST(TabularLabel, RunningDigitsDoNotShift) {
     const QFontMetricsF metrics(theme::font(theme::timeCodeSize));
     EXPECT_DOUBLE_EQ(tabularWidth(metrics, "11:11:11"), tabularWidth(metrics, "00:48:59"));
     TabularLabel label;

@@ -29,7 +29,7 @@ struct BackgroundWorkTest : testing::Test {
     std::optional<BackgroundWork> work{std::in_place, scheduler};
     std::vector<std::string> log;
 
-    // Work that records its run and gives its number.
+    // Work that records its run and returns its number.
     auto numbered(int number) {
         return [this, number] {
             log.push_back("work " + std::to_string(number));
@@ -61,7 +61,7 @@ TEST_F(BackgroundWorkTest, ResultsReachTheMainThreadInOrderFromPoolsAndQueues) {
 
 TEST_F(BackgroundWorkTest, CanceledWorkIsNotBegunAndResultsOnTheirWayAreDropped) {
     work->run(Priority::utility, numbered(1), record());
-    scheduler.step();  // the work has ended, its result is on its way
+    scheduler.step();  // the work has ended, and its result has not been delivered yet
     work->run(Priority::utility, numbered(2), record());
     work->onMain([&] { log.push_back("step"); });
     auto guarded =

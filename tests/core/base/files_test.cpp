@@ -35,7 +35,7 @@ TEST(Files, ReplacesWholeAndLeavesNothingBeside) {
     EXPECT_EQ(pathText(file.filename()), "матч 1.json");
 }
 
-TEST(Files, KeepsThePermissionsOfTheOldFileAndTakesTheLongestName) {
+TEST(Files, KeepsThePermissionsOfTheOldFileAndAllowsTheLongestName) {
     TempFolder folder;
     const auto file = folder.path() / std::string(255, 'x');
     ASSERT_TRUE(replaceFile(file, toBytes("a")));
@@ -57,11 +57,11 @@ TEST(Files, AFailedReplacementLeavesEverythingAsItWas) {
     EXPECT_EQ(missing.error().code, ENOENT);
 }
 
-TEST(Files, ReadingTellsWhyItFailed) {
+TEST(Files, ReadingReportsWhyItFailed) {
     TempFolder folder;
     EXPECT_EQ(readFile(folder.path() / "missing").error().code, ENOENT);
     EXPECT_EQ(readFile(folder.path()).error().code, EISDIR);
-    EXPECT_FALSE(readFile("/proc/self/stat").value().empty());  // no size known beforehand
+    EXPECT_FALSE(readFile("/proc/self/stat").value().empty());  // of unknown size
 }
 
 TEST(Files, AFolderIsMadeWithItsParentsAndFailsUnderAFile) {

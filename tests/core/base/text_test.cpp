@@ -13,7 +13,7 @@
 namespace tembrix {
 namespace {
 
-TEST(Uuid, ReadsAnyCaseWritesUpperCaseAndTakesNothingButTheCanonicalForm) {
+TEST(Uuid, ReadsAnyCaseWritesUpperCaseAndRejectsOtherForms) {
     const auto id = Uuid::parse("0123abcd-89EF-4567-9abc-DEF012345678");
     ASSERT_TRUE(id);
     EXPECT_EQ(id->text(), "0123ABCD-89EF-4567-9ABC-DEF012345678");

@@ -62,7 +62,7 @@ TEST_F(Index, TheLastRemovedCollectionStaysRemoved) {
 
 TEST_F(Index, ChangesFromOtherThreadsAreSavedAlsoByATermination) {
     std::thread([&] { index->addOrUpdateCollection("1", "Hockey"); }).join();
-    index->applicationWillTerminate();  // before the main thread has armed a timer
+    index->applicationWillTerminate();  // before the main thread has started the timer
     scheduler.run();
     EXPECT_EQ(onDisk().size(), 1u);
     EXPECT_EQ(scheduler.pendingTimers(), 0u);
@@ -137,7 +137,7 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
     for (const auto* id : {"Hockey (1)", "Football", "UUID", "Lost", "Fresh"})
         index->addOrUpdateCollection(id, std::string("Name of ") + id);
     defaults.setData(layout::collectionKey("Fresh"),
-                     toBytes("{}"));  // saved, its folder not yet flushed
+                     toBytes("{}"));  // saved, but its folder is not flushed yet
     for (const auto* id : {"Hockey (1)", "Hockey (2)", "Football", "Football (1)", "UUID"}) {
         folder.write(collectionFolder(id) / layout::tagsFile, id);
         std::this_thread::yield();
@@ -168,7 +168,7 @@ TEST_F(Index, CleanUpLeavesOneFolderPerNameAndTheSameIndexInMemoryAndFile) {
                                                {"Fresh", "Name of Fresh"}};
     EXPECT_EQ(index->collections(), expected);
     EXPECT_EQ(onDisk(), expected);
-    // The old ids do not come back with the next change.
+    // The next change must not restore the old ids.
     index->addOrUpdateCollection("New", "New");
     scheduler.advance(2);
     EXPECT_EQ(onDisk().size(), 5u);

@@ -49,7 +49,7 @@ TEST_F(Model, NamesAreUniqueAndAnEmptyNameKeepsTheOldOne) {
     existing.saveCollection();
     EXPECT_EQ(existing.collectionName(), "Bandy");
 
-    // An unchanged name stays even where another collection has it too.
+    // An unchanged name is kept even if another collection has it as well.
     index->addOrUpdateCollection("other", "Bandy");
     existing.saveCollection();
     EXPECT_EQ(existing.collectionName(), "Bandy");
@@ -61,7 +61,7 @@ TEST_F(Model, NamesAreUniqueAndAnEmptyNameKeepsTheOldOne) {
     EXPECT_EQ(nameless.collectionName(), nameless.collectionID());
 }
 
-TEST_F(Model, SavingStoresListsAndTellsOfRenamesAtOnce) {
+TEST_F(Model, SavingStoresListsAndReportsRenamesAtOnce) {
     const auto changed = record<events::CollectionDataChanged>();
     const auto updated = record<events::TagUpdated>();
     CustomCollectionManager collection(*services);
@@ -96,7 +96,7 @@ TEST_F(Model, SavingStoresListsAndTellsOfRenamesAtOnce) {
     EXPECT_TRUE(log.has("❌ CustomCollectionManager: Failed to load collection 'Folderless'"));
 }
 
-TEST_F(Model, DeletingTakesOnlyWhatNothingElseLists) {
+TEST_F(Model, DeletingRemovesOnlyItemsThatNoOtherGroupLists) {
     CollectionData data;
     data.id = "id";
     data.tags = {makeTag("a", "A"), makeTag("b", "B"), makeTag("c", "C")};
@@ -163,7 +163,7 @@ TEST_F(Model, TheFieldPictureIsCopiedAndIntervalTagsKeepTheirFlag) {
     EXPECT_EQ(bookmarks.make(copy), collection.playField()->imageBookmark);
     EXPECT_EQ(reload("Mine/Yours").playField(), collection.playField());
 
-    // The name is free again after a rename, the picture's is not.
+    // After a rename the name can be used again, but the picture still exists.
     collection.setCollectionName("Renamed");
     collection.saveCollection();
     CustomCollectionManager next(*services);

@@ -31,7 +31,8 @@ std::set<std::string> uniqueIds(const std::vector<Record>& records) {
     return unique;
 }
 
-// A key that reaches the lookup: one of the tables, alone or with Shift, and no transport key.
+// Checks that a hot key can be found: a key of the tables, alone or with Shift, not used for
+// playback.
 void expectWorkingHotkey(const std::string& hotkey) {
     static const std::regex working("(shift\\+)?[a-z0-9,.;'/-]");
     EXPECT_TRUE(std::regex_match(hotkey, working)) << hotkey;
@@ -90,7 +91,7 @@ void expectSound(const StandardCollection& collection) {
     EXPECT_EQ(offered, groups) << "a label group that no tag offers";
 }
 
-// Everything but what the user reads.
+// The collection without names and descriptions.
 StandardCollection withoutNames(StandardCollection collection) {
     collection.name.clear();
     auto& lists = collection.lists;

@@ -111,7 +111,7 @@ TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
     defaults.setText(layout::lastSelectedCollectionKey, "Deleted");
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
-    defaults.setBoolean(layout::lastSelectedCollectionKey, true);  // of another kind
+    defaults.setBoolean(layout::lastSelectedCollectionKey, true);  // a value of another type
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
     folder.write("resources/names.json", "damaged");
@@ -194,7 +194,7 @@ TEST_F(Library, TheActiveCollectionFollowsARename) {
         EXPECT_EQ(registry.collection, TagCollection::user("New"));
     }
 
-    // A collection that somebody else removed from the index is not active any more.
+    // A collection that was removed from the index by other code is not active any more.
     index->removeCollection("id");
     events.post(events::CollectionDataChanged{});
     scheduler.run();
@@ -211,7 +211,8 @@ TEST_F(Library, ASaveDuringALoadReachesTheMergedLists) {
     scheduler.run();
     events.post(events::CollectionDataChanged{});
     ASSERT_TRUE(library->isLoadingCollections());
-    scheduler.step();  // the load has read the collections, and its result is on the way
+    scheduler
+        .step();  // the load has read the collections, but its result has not been delivered yet
     storeUserCollection("active", "Mine", {makeTag("known", "Known"), makeTag("new", "New")});
     storeUserCollection("other", "Other", {makeTag("elsewhere", "Elsewhere")});
     events.post(events::CollectionDataChanged{"Mine"});
@@ -261,7 +262,7 @@ TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
     EXPECT_FALSE(library->selectedStandardCollectionName->has_value());
 }
 
-// A load is under way when the user goes on: the log tells where it stands.
+// The user acts during a load; the log determines at which point.
 TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
     struct Meanwhile final : Log {
         void line(std::string_view text) override {
@@ -291,7 +292,7 @@ TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
     EXPECT_EQ(library->tagById("gone"), nullptr);
     library->selectUserCollection("Mine");
     EXPECT_EQ(activeTags(), Ids{"new"});
-    library.reset();  // before its services
+    library.reset();  // destroyed before its services
 }
 
 TEST_F(Library, LabelsAreOfferedThroughTheTagsGroupsInTheOrderOfAllLabels) {

@@ -41,7 +41,7 @@ TEST(StampLayoutTest, TouchingStampsDoNotOverlap) {
 TEST(StampLayoutTest, LevelsAgreeWithTheDefinitionOnAnyIntervals) {
     std::mt19937 random(7);
     for (int round = 0; round < 600; ++round) {
-        // Few distinct times bring moments, coincidences and backward stamps together.
+        // With few distinct times there are many coinciding, empty and backward stamps.
         std::uniform_int_distribution time(0, 2 + round % 23);
         const bool backward = round % 2;
         std::vector<std::pair<double, double>> times(1 + round % 60);

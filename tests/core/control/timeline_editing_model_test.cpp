@@ -65,10 +65,11 @@ TEST_F(TimelineEditingModelTest, AxisFollowsZoomAndNeverShrinksBelowTheWindow) {
     EXPECT_NEAR(axis().interval, 5.0 / 3, 1e-9);
     EXPECT_DOUBLE_EQ(axis().width, 3000);
 
-    model.magnify(0.1);  // a pinch inwards shows at once, but the window stays filled
+    model.magnify(0.1);  // zooming out by a pinch is shown at once, but the axis keeps the width of
+                         // the window
     EXPECT_DOUBLE_EQ(axis().width, 1000);
     EXPECT_EQ(model.zoomText(), "1.0x");
-    std::vector<double> widths;  // the end of a pinch is one step, with no other width between
+    std::vector<double> widths;  // the end of a pinch is one step without an intermediate width
     const auto zooming = model.zoomChanged.observe([&] { widths.push_back(axis().width); });
     model.endMagnify();
     EXPECT_THAT(widths, ElementsAre(1000));
@@ -92,7 +93,7 @@ TEST_F(TimelineEditingModelTest, TicksReachTheEndAndAreLimitedToTheSpanInView) {
     EXPECT_FALSE(all[4].major);
     EXPECT_TRUE(all[5].major);
     EXPECT_EQ(tickText(all[13]), "01:05");
-    // Steps that no binary fraction can hold keep their last line too.
+    // The last line must not be missing for steps that have no exact binary representation.
     for (double duration : {100.0, 61.7, 5400.3, 7.0})
         for (double scale : {1.0, 1.5, 3.0, 7.0}) {
             const auto zoomed = TimelineAxis::make(duration, scale, width);
@@ -102,7 +103,7 @@ TEST_F(TimelineEditingModelTest, TicksReachTheEndAndAreLimitedToTheSpanInView) {
         }
 }
 
-TEST_F(TimelineEditingModelTest, PlayheadStandsAtTheTimeOrAtTheDraggedEdge) {
+TEST_F(TimelineEditingModelTest, PlayheadIsAtTheTimeOrAtTheDraggedEdge) {
     project.player.seek(25);
     EXPECT_DOUBLE_EQ(model.playheadX(axis()), 250);
     const Uuid line = addLine("A");
@@ -122,7 +123,7 @@ TEST_F(TimelineEditingModelTest, LeftEdgeStopsAtTheAxisAndAtThirtyPoints) {
     const Uuid line = addLine("A");
     const Uuid id = addStamp(line, 40, 60);
     model.beginResize(line, id, ResizeEdge::left, axis());
-    model.changeResize(-401);  // ignored as a whole, not clamped
+    model.changeResize(-401);  // ignored, not clamped
     EXPECT_DOUBLE_EQ(model.resize()->x(), 400);
     EXPECT_FALSE(model.tagEdgePosition->has_value());
     model.changeResize(170);
@@ -148,7 +149,7 @@ TEST_F(TimelineEditingModelTest, RightEdgeKeepsWithinTheAxisAndGrowsNarrowStamps
     EXPECT_DOUBLE_EQ(model.resize()->width(), 200);
     model.changeResize(400);
     EXPECT_DOUBLE_EQ(**model.tagEdgePosition, 1000);
-    model.changeResize(-1000);  // no narrower than thirty points
+    model.changeResize(-1000);  // not narrower than thirty points
     EXPECT_DOUBLE_EQ(model.resize()->width(), 30);
     model.endResize();
     EXPECT_DOUBLE_EQ(stamp(id).timeFinishSeconds, 43);
@@ -174,7 +175,7 @@ TEST_F(TimelineEditingModelTest, SeeksOfADragAreThrottledAndReachItsLastPlace) {
     project.scheduler.advance(0.014);
     model.changeResize(10);
     EXPECT_THAT(seeks(), ElementsAre(61, 62));
-    model.zoomIn();  // the edge counts in points of the axis
+    model.zoomIn();  // the zoom is ignored during the drag of an edge
     EXPECT_DOUBLE_EQ(*model.timelineScale, 1);
     model.endResize();
     project.scheduler.advance(1);
@@ -188,12 +189,12 @@ TEST_F(TimelineEditingModelTest, SeeksOfADragAreThrottledAndReachItsLastPlace) {
     EXPECT_THAT(seeks(), ElementsAre(61, 62, 63, 64));
 }
 
-TEST_F(TimelineEditingModelTest, TheViewGoesAPageOnWithThePlayheadButNotAgainstTheHand) {
-    EXPECT_EQ(followPlayhead(1990, 2000, 1000, 1000), std::nullopt);  // at the edge, still seen
+TEST_F(TimelineEditingModelTest, TheViewFollowsThePlayheadUnlessTheUserHasScrolledAway) {
+    EXPECT_EQ(followPlayhead(1990, 2000, 1000, 1000), std::nullopt);  // at the edge, still in view
     EXPECT_EQ(followPlayhead(1999, 2001, 1000, 1000), 1751);
-    EXPECT_EQ(followPlayhead(1001, 990, 1000, 1000), 740);  // a seek back
+    EXPECT_EQ(followPlayhead(1001, 990, 1000, 1000), 740);  // after a seek back
     EXPECT_EQ(followPlayhead(300, 100, 200, 1000), 0);
-    EXPECT_EQ(followPlayhead(2500, 2501, 1000, 1000), std::nullopt);  // scrolled away by hand
+    EXPECT_EQ(followPlayhead(2500, 2501, 1000, 1000), std::nullopt);  // the user has scrolled away
     EXPECT_EQ(followPlayhead(2500, 1500, 1000, 1000), std::nullopt);
 }
 
@@ -202,7 +203,7 @@ TEST_F(TimelineEditingModelTest, AGestureEndsWithItsStampOrWindow) {
     const Uuid id = addStamp(line, 40, 60);
     model.beginResize(line, id, ResizeEdge::right, axis());
     model.changeResize(10);
-    model.clickStamp(line, id);  // no click while an edge is dragged
+    model.clickStamp(line, id);  // clicks are ignored while an edge is dragged
     EXPECT_FALSE(project.timeline.selectedStampID->has_value());
     project.timeline.removeStamp(line, id);
     EXPECT_FALSE(model.resize());
@@ -233,24 +234,24 @@ TEST_F(TimelineEditingModelTest, MovedStampsLandOnTheRowUnderThePointer) {
     EXPECT_DOUBLE_EQ(moved.timeFinishSeconds, 60);
 
     model.beginMove(b, moved.id);
-    model.endMove(29);  // its own row
+    model.endMove(29);  // in its own row
     EXPECT_EQ(project.timeline.findLine(b)->stamps[0]->id, moved.id);
     model.beginMove(b, moved.id);
-    model.endMove(-1);  // one above, though only just
+    model.endMove(-1);  // just above its own row
     EXPECT_EQ(project.timeline.findLine(a)->stamps.size(), 1u);
 }
 
 TEST_F(TimelineEditingModelTest, HitsFindTheUppermostStampAndTheGripsOfTheSelectedOne) {
     const Uuid line = addLine("A");
     addStamp(line, 10, 30);
-    const Uuid upper = addStamp(line, 20, 40);  // overlaps: 19 points high, at 200 to 400
+    const Uuid upper = addStamp(line, 20, 40);  // overlaps: 19 points high, from 200 to 400
     const TimelineRows& rows = model.rows();
-    const double top = 30;  // of row A, below the drawings
+    const double top = 30;  // top of row A, below the drawings
     const auto at = [&](double x, double y, std::optional<Uuid> selected = {}) {
         return rows.hit({x, y}, axis(), selected);
     };
     EXPECT_EQ(at(250, top + 15), (TimelineHit{1, 1, {}}));
-    EXPECT_EQ(at(250, top + 4), (TimelineHit{1, 0, {}}));  // above the lower one's shorter body
+    EXPECT_EQ(at(250, top + 4), (TimelineHit{1, 0, {}}));  // above the shorter second stamp
     EXPECT_EQ(at(250, top + 1), (TimelineHit{1, {}, {}}));
     EXPECT_EQ(at(250, 61), std::nullopt);
     EXPECT_EQ(at(250, -1), std::nullopt);
@@ -258,7 +259,7 @@ TEST_F(TimelineEditingModelTest, HitsFindTheUppermostStampAndTheGripsOfTheSelect
     EXPECT_EQ(at(397, top + 15, upper), (TimelineHit{1, 1, ResizeEdge::right}));
     EXPECT_EQ(at(203, top + 15), (TimelineHit{1, 1, {}}));
 
-    // A short stamp keeps room for its body: the grips stand beside it.
+    // The grips of a short stamp are beside it.
     const Uuid brief = addStamp(line, 70, 70.1);
     EXPECT_EQ(at(705, top + 15, brief), (TimelineHit{1, 2, {}}));
     EXPECT_EQ(at(695, top + 15, brief), (TimelineHit{1, 2, ResizeEdge::left}));
@@ -279,7 +280,7 @@ TEST_F(TimelineEditingModelTest, OnlyChangedRowsAreDrawnAgain) {
     EXPECT_EQ(changes.back().size(), 4u);
 }
 
-TEST_F(TimelineEditingModelTest, DroppedLinesStandDirectlyAboveTheirTarget) {
+TEST_F(TimelineEditingModelTest, DroppedLinesAreInsertedAboveTheirTarget) {
     const Uuid a = addLine("A");
     const Uuid b = addLine("B");
     const Uuid c = addLine("C");
@@ -292,7 +293,7 @@ TEST_F(TimelineEditingModelTest, DroppedLinesStandDirectlyAboveTheirTarget) {
     model.dropLine("not a line", b);
     model.dropLine(Uuid::random().text(), b);
     EXPECT_THAT(lineNames(), ElementsAre(drawings, "C", "B", "A"));
-    model.dropLine(c.text(), {});  // below them all
+    model.dropLine(c.text(), {});  // below all lines
     EXPECT_THAT(lineNames(), ElementsAre(drawings, "B", "A", "C"));
     model.dropLine(c.text(), b);
     model.moveLineBy(a, +1);
@@ -302,7 +303,7 @@ TEST_F(TimelineEditingModelTest, DroppedLinesStandDirectlyAboveTheirTarget) {
     EXPECT_THAT(lineNames(), ElementsAre(drawings, "B", "A", "C"));
 }
 
-TEST_F(TimelineEditingModelTest, HoverTellsTheFirstStampAtTheTimeAtMostTenTimesASecond) {
+TEST_F(TimelineEditingModelTest, HoverShowsTheFirstStampAtTheTimeAtMostTenTimesASecond) {
     const Uuid line = addLine("Attack");
     addStamp(line, 65, 72.9, "Pass");
     const Uuid later = addStamp(line, 60, 80, "Later");
@@ -325,7 +326,7 @@ TEST_F(TimelineEditingModelTest, HoverTellsTheFirstStampAtTheTimeAtMostTenTimesA
     }
     model.hover(9000, 790, row, axis());
     EXPECT_TRUE((*model.hoveredStampInfo)->starts_with("Later\nAttack\n"));
-    // The pointer rests while the keyboard works.
+    // The pointer does not move while the keyboard is used.
     project.timeline.renameLine(line, "Defence");
     EXPECT_TRUE((*model.hoveredStampInfo)->starts_with("Later\nDefence\n"));
     project.timeline.removeStamp(line, later);
@@ -357,7 +358,7 @@ TEST_F(TimelineEditingModelTest, OptionDeleteIsTakenOnlyWithASelectionAndNoTextF
     EXPECT_TRUE(project.timeline.findStamp(id));
     EXPECT_TRUE(model.handleKeyDown(press));
     EXPECT_FALSE(project.timeline.findStamp(id));
-    EXPECT_TRUE(model.handleKeyDown(press));  // selected, though gone
+    EXPECT_TRUE(model.handleKeyDown(press));  // the selected stamp was removed
     model.disappear();
     EXPECT_FALSE(model.handleKeyDown(press));
 }
@@ -389,7 +390,7 @@ TEST_F(TimelineEditingModelTest, MenusTellAndOfferByModeAndStamp) {
         EXPECT_FALSE(item.enabled);
 }
 
-TEST_F(TimelineEditingModelTest, EditingGoesThroughTheStoredIdsAfterAMoment) {
+TEST_F(TimelineEditingModelTest, EditingUsesTheStoredIdsAfterADelay) {
     const Uuid line = addLine("A");
     const Uuid id = addStamp(line, 1, 2, "Shot");
     project.timeline.setStampLabels(line, id, {"l1"});
@@ -412,7 +413,7 @@ TEST_F(TimelineEditingModelTest, EditingGoesThroughTheStoredIdsAfterAMoment) {
     EXPECT_THAT(stamp(id).timeEvents, ElementsAre("e1"));
     EXPECT_THAT(stamp(id).labels, ElementsAre("l2", "l3"));
 
-    // What cannot be found is told, whatever the reason.
+    // A missing stamp gives no arguments, for any reason.
     project.timeline.removeStamp(line, id);
     EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));
     for (const char* text : {"", "no id"}) {
@@ -430,7 +431,7 @@ TEST_F(TimelineEditingModelTest, TheKeyboardReachesEveryStampInOrderOfTime) {
     const Uuid other = addStamp(b, 48, 49);
     addStamp(b, 90, 91);
 
-    model.moveCursorAcross(+1);  // from nowhere to the first row
+    model.moveCursorAcross(+1);  // from no row to the first one
     EXPECT_EQ(model.cursor->line, drawingsLineId());
     EXPECT_FALSE(model.cursor->stamp);
     model.moveCursorAcross(+1);
@@ -462,7 +463,7 @@ TEST_F(TimelineEditingModelTest, ModesAndVeilsFollowTheEventsWhileOnScreen) {
     EXPECT_TRUE(model.timelinesEnabled());
     project.events.post(events::EditorModeChanged{true});
     EXPECT_FALSE(model.timelinesEnabled());
-    project.events.post(events::EditorModeChanged{});  // tells nothing
+    project.events.post(events::EditorModeChanged{});  // without a flag
     EXPECT_FALSE(model.timelinesEnabled());
     model.setMode(MarkupMode::tagBased);
     EXPECT_EQ(*model.markupMode, MarkupMode::tagBased);

@@ -9,7 +9,7 @@
 namespace tembrix {
 namespace {
 
-// An archive of empty files, written byte by byte. `large` uses the form for more than 4 GB.
+// Writes an archive of empty files byte by byte. `large` selects the format for more than 4 GB.
 class ArchiveText {
   public:
     explicit ArchiveText(bool large) : large_(large) {}
@@ -50,7 +50,7 @@ class ArchiveText {
     std::string directory_;
 };
 
-// The places at which two texts of one length differ.
+// The indices at which two texts of the same length differ.
 std::vector<std::size_t> differences(const std::string& a, const std::string& b) {
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < a.size(); ++i)
@@ -87,7 +87,7 @@ TEST(ArchiveNames, OtherFilesAreLeftAlone) {
     archive.add("Пас.mp4");
     const auto whole = archive.finish();
     auto misled = whole;
-    misled[whole.rfind("PK\5\6") + 16] = 77;  // the directory is said to be elsewhere
+    misled[whole.rfind("PK\5\6") + 16] = 77;  // a wrong offset of the directory
     for (const auto& text : {std::string(), std::string("not an archive at all, but long enough"),
                              whole.substr(0, whole.size() - 1), whole.substr(9), misled}) {
         const auto file = folder.write("archive.zip", text);

@@ -50,7 +50,7 @@ TEST_F(ClipRun, RendersTwoAtATimeAndPacksThemInTheirOrder) {
     EXPECT_THAT(leftovers(), IsEmpty());
 }
 
-TEST_F(ClipRun, AFailedClipStopsNoOtherAndTheLastErrorIsTold) {
+TEST_F(ClipRun, AFailedClipStopsNoOtherAndTheLastErrorIsReported) {
     startClips();
     fail(0, {"Export", 5, "first"});
     fail(2, {"Export", 5, "last"});
@@ -99,7 +99,7 @@ TEST_F(ClipRun, CancelStartsNoMoreClipsAndKeepsTheFinishedOnes) {
     EXPECT_THAT(leftovers(), testing::Not(testing::Contains("export_playlist.zip")));
 }
 
-TEST_F(ClipRun, ThePackersFailureIsTold) {
+TEST_F(ClipRun, AFailureOfTheZipProgramIsReported) {
     const auto runWith = [&](Result<ProcessOutcome> outcome) {
         processes.behavior = [outcome](const FakeProcessRunner::Call& call) {
             std::ofstream(call.arguments[1]) << "half an arch";

@@ -138,7 +138,7 @@ TEST_F(CutComposition, AClipShowsItsOverlayThroughout) {
     EXPECT_EQ(clips[0].overlays[0].duration, 5);
     EXPECT_THAT(clips[1].overlays, IsEmpty());
 
-    snapshot.lines.clear();  // the stamp was deleted: clips have an empty bar, films none
+    snapshot.lines.clear();  // the stamp was deleted: clips have an empty bar, films have none
     const auto bare = *composeClips(snapshot, tools);
     EXPECT_EQ(bare[0].overlays.at(0).paint().height, 24);
     EXPECT_THAT(composeFilm(snapshot, tools)->overlays, IsEmpty());
@@ -161,7 +161,7 @@ TEST_F(CutComposition, DrawingsBelongToACutByTimeAndStamp) {
     EXPECT_THAT(names(), ElementsAre("start", "mid", "other stamp's", "end"));
 }
 
-TEST_F(CutComposition, FreezeFramesStandWhereTheirDrawingsWereMade) {
+TEST_F(CutComposition, FreezeFramesAreInsertedWhereTheirDrawingsWereMade) {
     setCuts({stamp("pass", "x", 10, 20), stamp("shot", "x", 30, 31)});
     for (const auto& name : {"a", "b", "c.png"})
         addDrawing(name, 12, 1.01);  // 31 frames of 30 a second
@@ -183,7 +183,7 @@ TEST_F(CutComposition, FreezeFramesStandWhereTheirDrawingsWereMade) {
         log.has("📸 Экспорт скриншота 'c.png' с длительностью 1.01 "
                 "секунд"));
 
-    snapshot.drawingsFolder.reset();  // not a video of the library: the cut adds nothing
+    snapshot.drawingsFolder.reset();  // not a video of the library, so the cut is left out
     EXPECT_THAT(pieces(*composeFilm(snapshot, tools)), ElementsAre("30+1"));
 }
 

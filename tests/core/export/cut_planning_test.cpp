@@ -33,7 +33,7 @@ struct CutPlanning : testing::Test, MatchRecords {
     }
 };
 
-TEST_F(CutPlanning, EachCaseTakesItsStampsAndSetsItsNames) {
+TEST_F(CutPlanning, EachKindSelectsItsStampsAndSetsItsNames) {
     const auto a = stamp("pass", "a", 10, 12, {"long", "exact"}, {"half"});
     const auto b = stamp("pass", "b", 5, 8, {"lost"});
     const auto c = stamp("shot", "c", 7, 9, {"exact"}, {"half", "press"});
@@ -92,7 +92,7 @@ TEST_F(CutPlanning, CutsAreClampedToTheVideo) {
     EXPECT_EQ(span(cuts[0]), std::pair(0.0, 10.0));  // keeps its length
     EXPECT_EQ(span(cuts[1]), std::pair(95.0, 5.0));
 
-    duration = 0;  // nothing is open: the first second alone can be cut
+    duration = 0;  // no video is open: only the first second can be cut
     lines = {line("L", {stamp("x", "in", 0.25, 9), stamp("x", "out", 1, 9)})};
     const auto few = plan(cuts::AllTimelines{});
     ASSERT_THAT(names(few), ElementsAre("in"));

@@ -81,7 +81,7 @@ TEST_F(FilmRun, FailuresBearTheFilmsText) {
     EXPECT_THAT(project.panels.saves, IsEmpty());
     EXPECT_TRUE(noTimerRuns());
 
-    media.add(source, MediaInfo{});  // it has no picture
+    media.add(source, MediaInfo{});  // without a picture
     start(cuts::AllTimelines{});
     EXPECT_TRUE(endedWith("No film: Video track not found"));
 
@@ -129,7 +129,7 @@ TEST_F(FilmRun, TheFolderOfTheRunIsNoPlaceForItsFilm) {
     EXPECT_FALSE(fs::exists(folder));
 }
 
-TEST_F(FilmRun, AFilmThatIsGoneEndsTheRunWithItsError) {
+TEST_F(FilmRun, AMissingFilmEndsTheRunWithAnError) {
     start(cuts::CurrentTimeline{});
     succeed();
     fs::remove(session().job.target);
@@ -157,7 +157,7 @@ TEST_F(FilmRun, RunsOfTwoWindowsDoNotDisturbEachOther) {
 }
 
 TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
-    // Before the source is examined.
+    // Canceled before the source is examined.
     helper->startExport(cuts::CurrentTimeline{}, false, false, [this](std::optional<Error> result) {
         ++completions;
         error = std::move(result);
@@ -166,14 +166,14 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     EXPECT_TRUE(endedWell());
     EXPECT_THAT(renderer.sessions, IsEmpty());
 
-    // While it renders.
+    // Canceled while rendering.
     start(cuts::CurrentTimeline{});
     cancel();
     EXPECT_TRUE(session(0).canceled());
     EXPECT_TRUE(endedWell());
     EXPECT_TRUE(noTimerRuns());
 
-    // The session had ended just before.
+    // Canceled after the session has ended.
     start(cuts::CurrentTimeline{});
     session(1).succeed();
     cancel();
@@ -181,13 +181,13 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     EXPECT_THAT(project.panels.saves, IsEmpty());
     EXPECT_THAT(leftovers(), IsEmpty());
 
-    // The renderer ended it for reasons of its own.
+    // The renderer ends the session by itself.
     start(cuts::CurrentTimeline{});
     session(2).cancel();
     project.scheduler.run();
     EXPECT_TRUE(endedWell());
 
-    // While the panel asks, and while the film is copied.
+    // Canceled while the panel is open, and while the film is copied.
     start(cuts::CurrentTimeline{});
     succeed(3);
     cancel();
@@ -211,7 +211,7 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     EXPECT_EQ(completions, 1);
 }
 
-TEST_F(FilmRun, ASecondRunWaitsForNobodyAndDisturbsNothing) {
+TEST_F(FilmRun, ASecondRunIsRefusedAndDisturbsNothing) {
     start(cuts::CurrentTimeline{});
     int second = 0;
     helper->startExport(cuts::AllTimelines{}, true, false,
@@ -222,7 +222,7 @@ TEST_F(FilmRun, ASecondRunWaitsForNobodyAndDisturbsNothing) {
     EXPECT_EQ(completions, 0);
 }
 
-TEST_F(FilmRun, AHelperThatGoesAwayTakesItsRunAlong) {
+TEST_F(FilmRun, DestroyingTheHelperEndsItsRun) {
     start(cuts::CurrentTimeline{});
     helper.reset();
     EXPECT_TRUE(session().canceled());

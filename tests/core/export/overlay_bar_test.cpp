@@ -66,7 +66,7 @@ TEST_F(OverlayText, NumbersRunOverAllTimelinesByStart) {
                 ElementsAre(3, 2, 4, 1));
 }
 
-TEST(OverlayBar, LiesAlongTheLowerEdgeAsHighAsItsText) {
+TEST(OverlayBar, IsAtTheLowerEdgeAndAsHighAsItsText) {
     const FakeTextMeasure measure;
     // Two lines of 39 * 1.2 = 46.8 pixels each: 93.6, rounded up to 94, and 24 around.
     const RichText text{{{"one\ntwo", green}}, 39};
@@ -79,7 +79,7 @@ TEST(OverlayBar, LiesAlongTheLowerEdgeAsHighAsItsText) {
     EXPECT_EQ(std::get<DrawText>(bar.picture.items[1]), (DrawText{{12, 12, 1896, 94}, text}));
 }
 
-TEST(OverlayBar, TakesAQuarterOfThePictureAtMost) {
+TEST(OverlayBar, CoversAtMostAQuarterOfThePicture) {
     const FakeTextMeasure measure;
     RichText text{{{"many words that break into lines ", white}}, 13};
     for (int i = 0; i < 5; ++i)
@@ -90,7 +90,7 @@ TEST(OverlayBar, TakesAQuarterOfThePictureAtMost) {
     EXPECT_EQ(std::get<DrawText>(bar.picture.items[1]).rect, (Rect{12, 12.5, 616, 65.5}));
 
     EXPECT_EQ(overlayBar({}, {640, 360}, measure).picture.size.height, 24);
-    EXPECT_EQ(overlayBar(text, {64, 36}, measure).picture.items.size(), 1U);  // no room for words
+    EXPECT_EQ(overlayBar(text, {64, 36}, measure).picture.items.size(), 1U);  // no space for text
 }
 
 }  // namespace

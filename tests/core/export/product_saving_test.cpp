@@ -51,7 +51,7 @@ struct Saving : testing::Test {
         panels.answerSave(std::move(place));
         scheduler.run();
     }
-    // The chosen place does not work: says why, and leaves there what was there.
+    // Saving at this place fails: the reason is shown, and existing content is not changed.
     void expectFailure(const fs::path& place, const std::string& reason) {
         const auto before = fileText(place);
         answer(place);
@@ -78,7 +78,7 @@ TEST_F(Saving, AsksAgainAfterEachFailureUntilAPlaceWorks) {
     begin();
     expectFailure(folder.path() / "unplugged" / "film.mp4", "exportSaveFolderMissing");
     expectFailure(folder.path() / "place" / std::string(256, 'n'), "exportSaveNameRefused");
-    // A limit on the size of files, as FAT32 has one.
+    // Limits the size of files, like FAT32.
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
@@ -90,7 +90,7 @@ TEST_F(Saving, AsksAgainAfterEachFailureUntilAPlaceWorks) {
     expectSaved();
 }
 
-TEST_F(Saving, AFullDiskIsToldAndAnotherOneTaken) {
+TEST_F(Saving, AFullDiskIsReportedAndAnotherPlaceAccepted) {
     const auto disk = folder.path() / "disk";
     fs::create_directories(disk);
     if (unshare(CLONE_NEWNS) != 0 ||
@@ -116,7 +116,7 @@ TEST_F(Saving, TheUserGivesUpByClosingThePanel) {
     EXPECT_TRUE(fs::exists(file));
 }
 
-TEST_F(Saving, AProductThatIsGoneIsAnError) {
+TEST_F(Saving, AMissingProductIsAnError) {
     begin();
     fs::remove(file);
     answer(target);

@@ -53,7 +53,7 @@ TEST_F(ScreenshotsRun, NamesInTheArchiveAreGoodForEveryFileSystem) {
     EXPECT_EQ(fileText(*drawings.place / "Why?.png"), "Why?") << "the pictures themselves stay";
 }
 
-TEST_F(ScreenshotsRun, TellsWhatIsMissing) {
+TEST_F(ScreenshotsRun, ReportsWhatIsMissing) {
     startScreenshots();
     EXPECT_TRUE(endedWith("Нет скриншотов для экспорта"));
     drawings.list = {{"One", 1, 3, {}}};

@@ -38,7 +38,7 @@ struct HotKeys : CollectionsFixture {
 
     HotKeys() { hotkeys.setKeyWindows(&windows); }
 
-    // The names of the tags that a press reaches.
+    // The names of the tags for which a press opens a sheet.
     std::string pressed(const KeyPress& key) {
         sheets->clear();
         const bool taken = hotkeys.handleKeyDown(key);
@@ -77,8 +77,8 @@ TEST(HotKeyForms, LivePressesAndCapturesOfTheSameKeyMeetInOneForm) {
     EXPECT_EQ(capturedForm(press(10)), "Key(10)");
     EXPECT_EQ(canonicalHotkey("Key(10)"), "key-10");
     EXPECT_EQ(canonicalHotkey("cmd+Shift+A"), "shift+cmd+a");
-    // A key that types what names another place answers by itself; keys that type nothing to show
-    // have names.
+    // A key that types the name of another key is recorded by its number. Keys that type nothing
+    // visible have names.
     EXPECT_EQ(capturedForm(press(10, {}, "<")), "Key(10)");
     EXPECT_EQ(canonicalHotkey(capturedForm(press(117, shift, "\uF728"))), "shift+key-117");
     const std::map<std::string, std::string> captions{
@@ -91,7 +91,8 @@ TEST(HotKeyForms, LivePressesAndCapturesOfTheSameKeyMeetInOneForm) {
 }
 
 TEST(HotKeyForms, KeysGoByTheirPlaceOnARussianLayoutToo) {
-    // The keys that type letters there and punctuation here, and the two that clash.
+    // Keys that type letters on a Russian layout and punctuation on an English one, and the two
+    // that conflict.
     const std::map<int, std::string> typed{{30, "ъ"}, {33, "х"}, {39, "э"}, {41, "ж"}, {43, "б"},
                                            {47, "ю"}, {50, "ё"}, {44, "."}, {42, "\\"}};
     for (const auto& [code, characters] : typed)
@@ -121,7 +122,7 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
     EXPECT_EQ(pressed(press(84, {}, "2")), "key pad") << "but answers to its own recording";
     EXPECT_EQ(hotkeys.activeCollection(), TagCollection::user("Mine"));
 
-    // The sheet event comes two turns of the main queue after the press.
+    // The event is posted two turns of the main queue after the press.
     sheets->clear();
     EXPECT_TRUE(hotkeys.handleKeyDown(press(0)));
     scheduler.step();
@@ -158,19 +159,19 @@ TEST_F(HotKeys, GatesHoldKeysBack) {
     windows.project = false;
     silent("another window");
     windows.project = true;
-    EXPECT_TRUE(hotkeys.takes(press(0)) && hotkeys.takes(press(key::space)));  // and does nothing
+    EXPECT_TRUE(hotkeys.takes(press(0)) && hotkeys.takes(press(key::space)));  // and has no effect
     EXPECT_EQ(pressed(press(0)), "tag");
     EXPECT_EQ(transport.toggles, 1);
 }
 
-TEST_F(HotKeys, TheDrawingEditorTakesItsKeysUnlessATextBoxHasThem) {
+TEST_F(HotKeys, TheDrawingEditorReceivesItsKeysUnlessATextBoxHasTheFocus) {
     hotkeys.registerHotkeys({makeTag("1", "tag", "a")}, TagCollection::standard());
     const auto enters = record<events::EditorEnterKeyPressed>();
     const auto copies = record<events::EditorCopyKeyPressed>();
     const auto pastes = record<events::EditorPasteKeyPressed>();
     const auto undos = record<events::EditorUndoKeyPressed>();
     events.post(events::EditorModeChanged{true});
-    events.post(events::EditorModeChanged{});  // nothing told, nothing changed
+    events.post(events::EditorModeChanged{});  // without a flag
     const auto all = {press(36), press(8, command), press(9, command), press(6, command)};
     for (const auto& one : all)
         EXPECT_TRUE(hotkeys.handleKeyDown(one));
@@ -247,14 +248,14 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     scheduler.advance(0.05);
     EXPECT_FALSE(*capture.isCapturing);
 
-    // What somebody else writes within the moment gives way to the old value.
+    // A value set by other code in the meantime is replaced by the old one.
     capture.start();
     capture.keyDown(press(1, {}, "s"));
     capture.setKeyString("other");
     scheduler.advance(0.05);
     EXPECT_EQ(**capture.keyString, "⌘+A");
 
-    // A second key right after the first is an accident.
+    // A second key right after the first one is ignored.
     capture.start();
     capture.keyDown(press(1, {}, "s"));
     scheduler.advance(0.02);
@@ -264,7 +265,7 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     EXPECT_EQ(**capture.keyString, "S");
     capture.setKeyString("⌘+A");
 
-    // The last capture ended while its modifier was still held; its release is no hot key.
+    // The last capture ended while its modifier was held; releasing that is not recorded.
     capture.start();
     capture.keyDown(press(0, command, "a"));
     scheduler.advance(0.05);

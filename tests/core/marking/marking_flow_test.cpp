@@ -17,7 +17,7 @@ TEST(StampTimesTest, OrdinaryPressKeepsItsLengthAtTheStartAndIsCutAtTheEnd) {
     EXPECT_EQ(ordinaryStampTimes(tag, 2, 100), (StampTimes{0, 8}));
     EXPECT_EQ(ordinaryStampTimes(tag, 50, 100), (StampTimes{45, 53}));
     EXPECT_EQ(ordinaryStampTimes(tag, 98.5, 100), (StampTimes{93.5, 100}));
-    // Past the end the stamp runs backwards and is kept so.
+    // A stamp past the end of the video has finish < start and is kept.
     EXPECT_EQ(ordinaryStampTimes(tag, 200, 100), (StampTimes{195, 100}));
 }
 
@@ -41,7 +41,7 @@ class MarkingFlowTest : public testing::Test {
     StillPlayhead& playhead = project.playhead;
 };
 
-TEST_F(MarkingFlowTest, OrdinaryPressStopsTheVideoStampsAndGoesOn) {
+TEST_F(MarkingFlowTest, AnOrdinaryPressPausesMakesAStampAndResumes) {
     const Uuid line = project.addLine("Attack");
     project.tagLibrary.toggleTimeEvent("half2");
     project.tagLibrary.toggleTimeEvent("half1");
@@ -69,19 +69,19 @@ TEST_F(MarkingFlowTest, OrdinaryPressStopsTheVideoStampsAndGoesOn) {
     project.scheduler.advance(0.02);
     EXPECT_TRUE(playhead.playing);
 
-    // The armed events stay for the next stamp; a speed of 0 leaves the video where it is.
+    // Armed events apply to the next stamps as well. With a speed of 0, playback does not resume.
     playhead.speed = 0;
     press("pass");
     project.scheduler.advance(1);
     EXPECT_THAT(project.stamps()[1].timeEvents, SizeIs(2));
     EXPECT_FALSE(playhead.playing);
 
-    playhead.duration = 0;  // no item: every stamp ends in the first second
+    playhead.duration = 0;  // without a video every stamp ends in the first second
     press("pass");
     EXPECT_EQ(project.stamps()[2].timeFinishSeconds, 1);
 }
 
-TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
+TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoResumes) {
     ASSERT_FALSE(*project.timeline.selectedLineID);
     press("pass");
     project.scheduler.advance(0.2);
@@ -91,7 +91,7 @@ TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoGoesOn) {
     press("goal");
     EXPECT_TRUE(flow.showLabelSheet.get());
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
-    // The message asks for nothing, so the keys of tags go on working.
+    // The message blocks no hot keys.
     flow.handleTagHotkey(project.known("phase"));
     EXPECT_TRUE(flow.isIntervalOpen("phase"));
     flow.cancelSheet();
@@ -111,13 +111,13 @@ TEST_F(MarkingFlowTest, TagBasedModeMakesALinePerTagAndLeavesTheSelection) {
     press("phase");
     press("phase");
     const auto& lines = *project.timeline.lines;
-    ASSERT_THAT(lines, SizeIs(4));  // the drawings, the line by hand, one per tag
+    ASSERT_THAT(lines, SizeIs(4));  // drawings, the user's line, one line per tag
     EXPECT_EQ(lines[2]->name, "Tag pass");
     EXPECT_EQ(lines[2]->tagIdForMode, "pass");
     EXPECT_THAT(lines[2]->stamps, SizeIs(2));
     EXPECT_EQ(project.timeline.selectedLineID.get(), selected);
 
-    // A tag that the library no longer knows has no line to go on.
+    // A tag that is not in the library has no line.
     flow.handleTagTap(MarkingProject::tag("unknown"));
     EXPECT_THAT(*project.timeline.lines, SizeIs(4));
     EXPECT_THAT(project.stamps(), SizeIs(3));
@@ -130,7 +130,7 @@ TEST_F(MarkingFlowTest, LabelsAreAskedForBeforeTheStampAndCancellingLeavesNone) 
     EXPECT_TRUE(flow.showLabelSheet.get());
     EXPECT_FALSE(playhead.playing);
     EXPECT_THAT(project.stamps(), IsEmpty());
-    // The moment of the stamp counts, not that of the press.
+    // The time of the stamp is used, not that of the press.
     playhead.time = 30;
     flow.completeSheet({"own"});
     ASSERT_THAT(project.stamps(), SizeIs(1));
@@ -145,7 +145,7 @@ TEST_F(MarkingFlowTest, LabelsAreAskedForBeforeTheStampAndCancellingLeavesNone) 
     playhead.speed = 0;
     flow.cancelSheet();
     EXPECT_THAT(project.stamps(), SizeIs(1));
-    EXPECT_TRUE(playhead.playing);  // whatever it did before
+    EXPECT_TRUE(playhead.playing);  // regardless of its earlier state
     EXPECT_FALSE(flow.showLabelSheet.get());
 
     Tag dangling = project.known("goal");
@@ -225,7 +225,7 @@ TEST_F(MarkingFlowTest, IntervalWithLabelsCountsToTheEndOfTheSheetAndCancellingD
     EXPECT_EQ(project.stamps()[0].timeFinishSeconds, 43);
     EXPECT_THAT(*flow.activeIntervalTags, IsEmpty());
 
-    flow.completeSheet({"away"});  // no longer open: nothing to mark
+    flow.completeSheet({"away"});  // no longer open, so no stamp is made
     EXPECT_THAT(project.stamps(), SizeIs(1));
 
     flow.handleTagHotkey(tag);
@@ -242,7 +242,7 @@ TEST_F(MarkingFlowTest, AnEditorOnThePlayerSilencesTheMouseButNotTheKeyboard) {
     flow.handleTimeEventTap("half1");
     EXPECT_THAT(project.stamps(), IsEmpty());
     EXPECT_THAT(*project.tagLibrary.selectedTimeEvents, IsEmpty());
-    project.events.post(events::EditorModeChanged{});  // no flag: as it was
+    project.events.post(events::EditorModeChanged{});  // without a flag
     press("pass");
     EXPECT_THAT(project.stamps(), IsEmpty());
     flow.handleTagHotkey(project.known("pass"));
@@ -265,14 +265,14 @@ TEST_F(MarkingFlowTest, MapTagAsksForAPlaceAndStaysStoppedWithoutOne) {
     project.scheduler.advance(0.2);
     EXPECT_TRUE(playhead.playing);
 
-    // The field was changed since: the next question is asked on the new one.
+    // The field was changed, so the next question uses the new one.
     project.saveCollection(200);
     project.events.post(events::CollectionDataChanged{MarkingProject::collectionName});
     press("map");
     project.fieldMap.answer({0.25, 0.5});
     EXPECT_EQ(project.stamps()[1].position, (Point{50, 25}));
 
-    // A collection without a field: a stamp without a place, and no resumption.
+    // A collection without a field: the stamp has no position, and playback does not resume.
     flow.switchToStandardCollection(project.tagLibrary.standardCollections->front().name);
     project.scheduler.run();
     press("map");
@@ -337,7 +337,7 @@ TEST_F(MarkingFlowTest, PanelFollowsModesCountsGroupsAndCollections) {
     EXPECT_EQ(flow.markupMode.get(), MarkupMode::tagBased);
     EXPECT_THAT(*flow.userCollections, ElementsAre(CollectionInfo{"MINE", "Mine"}));
 
-    // Folded groups stay folded when their collection is read again.
+    // Folded groups remain folded when their collection is loaded again.
     flow.toggleGroup("group");
     project.events.post(events::CollectionDataChanged{MarkingProject::collectionName});
     EXPECT_THAT(*flow.expandedGroups, IsEmpty());
@@ -364,7 +364,7 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
         arguments.initialIds = {"away", "of another collection"};
         StampItemsSelection sheet(arguments, project.tagLibrary, project.hotkeys, project.events);
         ASSERT_THAT(sheet.sections(), SizeIs(1));
-        ASSERT_THAT(sheet.sections()[0].items, SizeIs(2));  // the dangling label is left out
+        ASSERT_THAT(sheet.sections()[0].items, SizeIs(2));  // the missing label is left out
         EXPECT_EQ(sheet.sections()[0].items[0].name, "Own");
         EXPECT_EQ(sheet.sections()[0].items[0].hotkey, "1");
         EXPECT_TRUE(project.hotkeys.isLabelHotkeyMode.get());
@@ -377,7 +377,7 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
     }
     EXPECT_FALSE(project.hotkeys.isLabelHotkeyMode.get());
 
-    // A group that the tag's own collection lacks is not replaced by another collection's.
+    // A group missing in the tag's own collection is not replaced by a group of another collection.
     CollectionLists other;
     other.labelGroups = {{"elsewhere", "Elsewhere", {}}};
     project.addCollection("Other", other);
@@ -394,7 +394,7 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
 
     StampItemsSelection all({}, project.tagLibrary, project.hotkeys, project.events);
     ASSERT_THAT(all.sections(), SizeIs(2));
-    EXPECT_EQ(all.sections()[0].title, "Team");  // by name, not in the collection's order
+    EXPECT_EQ(all.sections()[0].title, "Team");  // sorted by name
 }
 
 }  // namespace

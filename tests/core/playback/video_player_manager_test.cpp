@@ -60,7 +60,7 @@ TEST_F(VideoPlayerManagerTest, OpeningPlaysAndPublishesTheTime) {
     EXPECT_THAT(told, ElementsAre(true, false));
 }
 
-TEST_F(VideoPlayerManagerTest, TimeStandsStillDuringASeek) {
+TEST_F(VideoPlayerManagerTest, TheTimeDoesNotChangeDuringASeek) {
     open();
     player().advanceTo(20);
     manager.seek(5);
@@ -119,7 +119,7 @@ TEST_F(VideoPlayerManagerTest, TransportSeeksStartFromThePlayersOwnTime) {
     EXPECT_NEAR(player().seeks.back(), 30.07, 1e-9);
 }
 
-TEST_F(VideoPlayerManagerTest, SpeedHoldsThroughPauseAndPlainPlay) {
+TEST_F(VideoPlayerManagerTest, TheSpeedIsKeptThroughPauseAndPlay) {
     open();
     manager.togglePlayPause();
     EXPECT_EQ(player().rate(), 0);

@@ -16,7 +16,7 @@ std::string written(const Record& record) {
     return std::string(asText(encode(record).value()));
 }
 
-// The error text, or empty if the document decodes.
+// The error text, or empty if the document can be decoded.
 template <class Record>
 std::string failure(std::string_view json) {
     const auto result = decode<Record>(toBytes(json));
@@ -42,8 +42,8 @@ TEST(Codec, WritesEveryKeyOfATagInTableOrder) {
     EXPECT_EQ(decode<Tag>(encode(tag).value()).value(), tag);
 }
 
-// Texts that need no escaping are copied eight bytes at a time; one byte must not change that for
-// its neighbors.
+// Texts without escapes are copied eight bytes at a time; a byte that needs one must not affect its
+// neighbors.
 TEST(Codec, EveryAsciiCharacterComesBackFromEveryPlaceOfAText) {
     for (char c = 0; c >= 0 && c < 0x7F; ++c) {
         for (std::size_t length : {1, 7, 8, 9, 17}) {
@@ -120,7 +120,7 @@ TEST(Codec, DocumentsThatAreNoJsonFail) {
         EXPECT_NE(failure<TimelineLines>(bad), "") << bad;
     EXPECT_NE(failure<TimelineLines>(std::string_view("[]\0", 3)), "");
     EXPECT_NE(failure<TimelineLines>(std::string_view("\0", 1)), "");
-    // Deep nesting ends in an answer, not in a crash.
+    // Deep nesting must fail without a crash.
     EXPECT_NE(failure<TimelineLines>(std::string(2000000, '[')), "");
 }
 
@@ -153,7 +153,7 @@ TEST(Codec, EveryTextComesBack) {
     Label label{"id", "кавычки \" \\ / \n \x01 ⚽", std::string("a\0b", 3)};
     EXPECT_EQ(decode<Label>(encode(label).value()).value(), label);
     EXPECT_EQ(decode<Label>(encode(label, JsonStyle::pretty).value()).value(), label);
-    label.name = "half\xD0";  // a name from a broken file system still gives a document that reads
+    label.name = "half\xD0";  // a name from a damaged file system must still give a valid document
     EXPECT_EQ(decode<Label>(encode(label).value()).value().name, "half\xEF\xBF\xBD");
 }
 
@@ -184,7 +184,7 @@ TEST(Codec, DatesThatWereReadAreWrittenAsTheSameNumber) {
         ASSERT_EQ(read.dateTime, match.dateTime);
         ASSERT_EQ(encode(read).value(), document);
     }
-    // A moment counted from 1970, as clocks do, comes back as that moment.
+    // A date from the system clock is read back exactly.
     for (const double seconds : {1714588200.0625, 1795411234.123456, 0.25}) {
         match.dateTime = Date{seconds};
         const auto read = decode<VideoMetadata>(encode(match).value()).value();
@@ -200,7 +200,7 @@ TEST(Codec, TheNewFormOfALibraryIsNotTheOldOne) {
     EXPECT_EQ(decode<std::vector<VideosData>>(old).value().front().customName, "name");
 }
 
-TEST(Records, AFormTakesDefaultsForWhatATagLacks) {
+TEST(Records, AFormUsesDefaultsForMissingFieldsOfATag) {
     const auto form = tagFormData(decode<Tag>(toBytes(smallTag)).value());
     EXPECT_TRUE(form.labelHotkeys.empty());
     EXPECT_FALSE(form.mapEnabled || form.isInterval);

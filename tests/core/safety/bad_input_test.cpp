@@ -1,4 +1,4 @@
-// Damaged, missing and foreign data in either store and in the backup: it costs itself alone.
+// Damaged, missing and foreign data in both stores and in the backup must not affect other data.
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 struct BadInput : Season {};
 
-TEST_F(BadInput, AnIndexThatListsGoneFoldersHidesNothingElse) {
+TEST_F(BadInput, AnIndexThatListsMissingFoldersHidesNothingElse) {
     program->index.addOrUpdateCollection("GONE", "Gone");
     program->index.addOrUpdateCollection("../out", "Outside");
     program->scheduler.advance(3);
@@ -42,7 +42,7 @@ TEST_F(BadInput, ALostOrBrokenIndexIsRebuiltAndNeverSpoilsTheBackup) {
         expectAllThere();
         EXPECT_EQ(*decode<std::vector<CollectionInfo>>(*readFile(index())), std::vector{hockey});
     }
-    // One that breaks while the program runs reaches neither the folders nor the backup.
+    // Damage while the program runs affects neither the folders nor the backup.
     spoil(index());
     ASSERT_TRUE(program->index.replaceIndexFile([] { return Result<void>(); }));
     machine.defaults->remove(layout::collectionKey(hockey.id));
@@ -63,7 +63,7 @@ TEST_F(BadInput, ABackupFolderThatCannotBeUsedStopsNothing) {
     EXPECT_TRUE(logged("❌ DataSync: Error saving UserDefaults - "));
     EXPECT_TRUE(logged("❌ DataSync: Error backing up collection Hockey - "));
     EXPECT_TRUE(logged("⚠️ DataSync: UserDefaults backup not found"));
-    // Once it can be used again, so it is.
+    // It is used again as soon as it is readable.
     fs::remove(machine.backup());
     program->sync.backUpNow();
     machine.loseDefaults();
@@ -82,7 +82,7 @@ TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
     restartAndBackUp();
     expectAllThere();
 
-    // The list of videos has no document; its second copy is used.
+    // The list of videos has no document, so its second copy is used.
     for (const bool wrongType : {true, false}) {
         if (wrongType)
             defaults.setText(layout::videosDataKey, "text");
@@ -92,7 +92,7 @@ TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
         expectAllThere();
     }
 
-    // Without a readable date of the last backup the backup wins, once.
+    // Without a readable date of the last backup, the backup is restored once.
     defaults.setText(layout::lastSyncDateKey, "yesterday");
     fs::remove(machine.secondCopy());
     restartAndBackUp();
@@ -102,7 +102,7 @@ TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
     expectAllThere();
 }
 
-// The disk's clock runs ahead of the machine's, which was set back by years.
+// The clock of the disk is ahead of that of the machine, which was set back by years.
 TEST_F(BadInput, AClockSetBackRestoresNothing) {
     program->scheduler.setWallClock(Date{0});
     program->sync.backUpNow();
@@ -116,7 +116,7 @@ TEST_F(BadInput, AClockSetBackRestoresNothing) {
     EXPECT_TRUE(fs::exists(program->storage.timelineFile(video))) << "timers go by elapsed time";
 }
 
-TEST_F(BadInput, ABrokenListOrRecordInTheBackupCostsItselfAloneAndIsReplaced) {
+TEST_F(BadInput, ADamagedListOrRecordInTheBackupAffectsNothingElseAndIsReplaced) {
     spoil(plist());
     spoil(machine.backup() / "Timelines/BROKEN.json");
     machine.loseDefaults();
@@ -128,7 +128,7 @@ TEST_F(BadInput, ABrokenListOrRecordInTheBackupCostsItselfAloneAndIsReplaced) {
     EXPECT_EQ(program->storage.loadTimeline(video), marked) << "its record is still there";
     program->scheduler.advance(3);
     EXPECT_TRUE(program->propertyLists.decode(*readFile(plist())).ok());
-    // The record outlives the list, for the video to be bound to it again.
+    // The record remains after the list was lost, so that the video can be bound to it again.
     EXPECT_TRUE(fs::exists(machine.backup() / layout::timelinesFolder / (video + ".json")));
 }
 
@@ -158,7 +158,7 @@ TEST_F(BadInput, WhatIsOfTheWrongKindInTheBackupReplacesNothing) {
     expectAllThere();
 }
 
-// A backup brought back from a medium that cannot be written.
+// The backup was copied from a read-only medium.
 TEST_F(BadInput, ARestoreLeavesDataThatCanBeWritten) {
     const fs::path copy = machine.backup() / "Tembrix-Stat/Collections" / hockey.id;
     const auto readOnly = fs::perms::owner_read | fs::perms::owner_exec;
@@ -177,7 +177,7 @@ TEST_F(BadInput, ARestoreLeavesDataThatCanBeWritten) {
     fs::permissions(copy, fs::perms::owner_all);
 }
 
-TEST_F(BadInput, WhatAKilledWriteLeftGoesAtTheNextLaunch) {
+TEST_F(BadInput, FilesOfAKilledWriteAreRemovedAtTheNextLaunch) {
     const std::string left = ".new-" + freshId();
     const fs::path places[] = {index().parent_path(),
                                program->storage.timelinesFolder(),
@@ -195,7 +195,7 @@ TEST_F(BadInput, WhatAKilledWriteLeftGoesAtTheNextLaunch) {
     expectAllThere();
 }
 
-// The write that a termination started comes after the restore put another index in place.
+// The program ends while the index is written, after a restore has replaced it.
 TEST_F(BadInput, AWriteUnderWayDoesNotReplaceARestoredIndex) {
     program->index.addOrUpdateCollection("NEW", "New");
     program->index.applicationWillTerminate();

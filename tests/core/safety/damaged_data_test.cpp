@@ -1,4 +1,4 @@
-// Single flipped bytes in what is stored: no copy that can be read is lost to one that cannot.
+// Single damaged bytes in stored data: no readable copy is replaced by an unreadable one.
 
 #include <gtest/gtest.h>
 #include <random>
@@ -38,7 +38,7 @@ struct DamagedData : Season {
     fs::path savedCollection() { return program->sync.savedCollectionFolder(hockey.id); }
 };
 
-TEST_F(DamagedData, AFlippedByteInTheListOfVideosCostsNothing) {
+TEST_F(DamagedData, AFlippedByteInTheListOfVideosLosesNothing) {
     program->scheduler.run();
     const Bytes good = *machine.defaults->data(layout::videosDataKey);
     for (int i = 0; i < 25; ++i) {
@@ -71,8 +71,8 @@ TEST_F(DamagedData, AnUnreadableListOfVideosIsTakenFromTheBackupWhichStaysGood) 
     EXPECT_EQ(program->library.videosData().size(), 2U);
 }
 
-// The backup could not be read at the launch, but can be later.
-TEST_F(DamagedData, AListOfVideosBegunAnewDoesNotReplaceTheBackupsForGood) {
+// The backup cannot be read at launch, but later it can.
+TEST_F(DamagedData, AListOfVideosStartedAgainDoesNotReplaceTheBackupsForGood) {
     fs::remove(machine.secondCopy());
     machine.defaults->setData(layout::videosDataKey, toBytes("[{"));
     const Bytes saved = *readFile(plist());
@@ -116,7 +116,7 @@ TEST_F(DamagedData, WithoutAnyReadableCopyNothingIsWrittenBeforeTheUserMarks) {
     EXPECT_EQ(machine.defaults->data(layout::timelineKey(video)), toBytes("[{"));
     EXPECT_EQ(readFile(program->storage.timelineFile(video)).value(), toBytes("[{"));
 
-    // The record was only out of reach. It is good, and the user has begun anew.
+    // The record was only temporarily unreadable, and the user has started again.
     program->timeline.addLine("Again");
     mark(1);
     ASSERT_TRUE(replaceFile(record(), saved).ok());

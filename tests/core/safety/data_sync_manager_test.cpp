@@ -93,13 +93,13 @@ TEST_F(DataSyncTest, DocumentsWinUnlessTheListWasWrittenAfterTheLastNotedBackup)
     const auto id = project.addVideo();
     project.storage.saveTimeline(oneLine("Old"), id);
     sync.backUpNow();
-    // A moment after the file's: nothing is restored, although the content differs.
+    // The date is later than that of the file, so nothing is restored although the content differs.
     project.defaults.setDate(layout::lastSyncDateKey, Date{4e9});
     project.library.renameVideo(project.library.files().front(), "Renamed");
     sync.syncOnLaunch();
     project.scheduler.run();
     EXPECT_TRUE(logged(project.log, "✅ DataSync: Data is identical"));
-    // Without a noted date the backup wins.
+    // Without a date, the backup is restored.
     project.defaults.remove(layout::lastSyncDateKey);
     sync.syncOnLaunch();
     project.scheduler.run();

@@ -1,4 +1,4 @@
-// What a restore replaces is kept and can be brought back.
+// Data replaced by a restore is kept and can be restored.
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ TEST_F(Replaced, TheDayThatLostDefaultsCostComesBackAndCanBeGivenBackAgain) {
     machine.loseDefaults();
     restart();
     EXPECT_TRUE(notified(SafetyNotice::restored));
-    expectAllThere();  // the backup wins over the documents
+    expectAllThere();  // the backup has priority over the documents
     EXPECT_EQ(machine.defaults->data(layout::timelineKey(video)), encode(marked).value());
 
     ASSERT_EQ(program->sync.replacedStates().size(), 1U);
@@ -93,7 +93,7 @@ TEST_F(Replaced, TheLastFiveStatesAreKeptAndAKilledRestoreLosesNone) {
     EXPECT_EQ(states.front().moment.secondsSince1970,
               std::floor(program->scheduler.now().secondsSince1970 - 60));
 
-    // Killed between putting the new timelines in place and putting the old ones away.
+    // Killed after the new timelines were put in place and before the old ones were moved.
     const fs::path timelines = program->storage.timelinesFolder();
     fs::path old = timelines;
     old += ".replaced";

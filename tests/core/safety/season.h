@@ -27,7 +27,7 @@ struct Season : testing::Test {
     CollectionInfo hockey;
     TimelineLines marked;
 
-    // A season's work in small, in both stores and in the backup.
+    // A small amount of work in both stores and in the backup.
     void SetUp() override {
         const fs::path file = machine.folder.path() / "match.mp4";
         machine.bookmarks.add(file);
@@ -65,7 +65,7 @@ struct Season : testing::Test {
         program.reset();
         program = std::make_unique<RunningProgram>(machine);
     }
-    // A launch and the backup that follows it.
+    // Starts the program again and runs the backup.
     void restartAndBackUp() {
         restart();
         program->scheduler.advance(3);

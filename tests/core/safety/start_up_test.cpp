@@ -39,7 +39,7 @@ TEST_F(StartUpRaces, TheDuplicateCleanUpKeepsTheNewestContentAndLeavesOneIndex) 
         Machine fresh;
         const fs::path folders = fresh.documents() / layout::collectionsFolder;
         ASSERT_TRUE(writeCollectionFiles(folders / "Hockey", collectionOf("", "old")));
-        // The creation dates of the file system are as fine as its clock.
+        // Creation dates have the resolution of the file system's clock.
         while (creationDate(folders / "Hockey (1)").value_or(Date{0}) <=
                creationDate(folders / "Hockey")) {
             fs::remove_all(folders / "Hockey (1)");
@@ -126,7 +126,7 @@ TEST_F(StartUpRaces, WhatWaitsForTheLaunchWorkRunsWhenItHasEndedAndOnlyOnce) {
     EXPECT_EQ(runs, 2);
 }
 
-// Tasks that read a value and write it back lose updates in some orders, and the seed decides.
+// Tasks that read a value and write it back lose updates in some orders, which depend on the seed.
 TEST(Interleaving, FindsALostUpdateAndFindsItAgainWithTheSameSeed) {
     const auto updatesWith = [](unsigned seed) {
         VirtualScheduler scheduler;
@@ -154,7 +154,7 @@ TEST(Interleaving, FindsALostUpdateAndFindsItAgainWithTheSameSeed) {
     EXPECT_GT(seen.size(), 1U);
 }
 
-// A task that was paused while it owned a lock does not stop those who wait for the lock.
+// A paused task that holds a lock does not block the tasks waiting for it forever.
 TEST(Interleaving, LetsTheOwnerOfALockGoOn) {
     VirtualScheduler scheduler;
     MemoryUserDefaults defaults;

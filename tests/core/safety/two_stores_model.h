@@ -11,7 +11,8 @@
 
 namespace tembrix {
 
-// What the two stores and the backup hold, in the plainest form: what a test expects to find.
+// A simple model of the content of both stores and of the backup, to which a test compares the
+// program.
 struct TwoStoresModel {
     struct Video {
         std::string id;
@@ -28,22 +29,22 @@ struct TwoStoresModel {
         std::optional<std::vector<Video>> videos;
     };
 
-    // The working copies.
+    // Working copies.
     std::vector<Video> videos;
     ById<TimelineLines> timelines;
     ById<CollectionData> collections;
     bool backupNoted = false;
     std::optional<std::vector<CollectionInfo>> unsavedIndex, indexCopy;
-    // The durable copies.
+    // Durable copies.
     ById<TimelineLines> timelineFiles;
     ById<CollectionData> folders;
     std::optional<std::vector<CollectionInfo>> indexFile;
     Backup backup;
-    // What one run of the program has in memory.
+    // State in the memory of one run of the program.
     std::vector<CollectionInfo> index;
     double now = 0;
     std::optional<double> flushDue, indexDue, backupDue;
-    bool indexBeforeBackup = false;  // of two timers due at once the one armed first comes first
+    bool indexBeforeBackup = false;  // the order of timers due at the same time
 
     template <class Value>
     static std::optional<Value> load(ById<Value>& working, const ById<Value>& durable,
@@ -105,7 +106,7 @@ struct TwoStoresModel {
         std::erase_if(videos, [&](const auto& video) { return video.id == id; });
     }
 
-    // An empty list counts only if the file says so, too.
+    // An empty list is used only if the file is empty as well.
     bool mayBeListed(const std::string& id) const {
         if (index.empty() && !indexFile)
             return true;
@@ -146,7 +147,8 @@ struct TwoStoresModel {
         backup.videos = videos;
         backupNoted = true;
     }
-    // The first `steps` of the four copies of a restore; a whole one reads them all.
+    // Applies the first `steps` of the four copy operations of a restore. A complete restore also
+    // reads the files.
     void restoreFiles(int steps) {
         if (steps >= 1 && !backup.collections.empty())
             folders = backup.collections;
@@ -163,7 +165,7 @@ struct TwoStoresModel {
         if (steps >= 4 && backup.videos)
             videos = *backup.videos;
     }
-    // After a restore every folder is listed, if need be under its id.
+    // After a restore, folders that are not listed are listed under their ids.
     void listUnlisted() {
         for (const auto& [id, data] : folders)
             if (std::none_of(index.begin(), index.end(),
@@ -177,7 +179,7 @@ struct TwoStoresModel {
         restoreFiles(4);
         loadListed();
     }
-    // Lost defaults: what was read from the documents gives way to what the backup has.
+    // After lost defaults, values read from the documents are replaced by those of the backup.
     void restoreAtLaunch(const std::vector<std::string>& filledTimelines,
                          const std::vector<std::string>& filledCollections) {
         for (const auto& id : filledTimelines)
@@ -197,7 +199,7 @@ struct TwoStoresModel {
             index = *unsavedIndex;
             armIndex();
         }
-        // A lost index comes back from its copies as far as its collections are still here.
+        // A lost index is restored from its copies for the collections that still exist.
         if (!indexFile && index.empty())
             for (const auto& row : (indexCopy ? indexCopy : backup.index).value_or(index))
                 if (collection(row.id))

@@ -10,16 +10,16 @@
 
 namespace tembrix {
 
-// What outlives a process.
+// State that outlives a process.
 struct Machine {
     TempFolder folder;
     std::unique_ptr<MemoryUserDefaults> defaults = std::make_unique<MemoryUserDefaults>();
     MemoryKeychain keychain;
     FakeBookmarks bookmarks;
-    // The seed by which background work is interleaved; without one each task runs as a whole.
+    // The seed for interleaving background work; without it, each task runs as a whole.
     std::optional<unsigned> interleaving;
 
-    // The database and what lies beside it are gone.
+    // Removes the database and the second copy.
     void loseDefaults() {
         defaults = std::make_unique<MemoryUserDefaults>();
         std::filesystem::remove(secondCopy());
@@ -33,7 +33,7 @@ struct Machine {
     }
 };
 
-// A log that can end the process when it is to take its n-th line from now.
+// A log that can end the process at a given line.
 class CuttingLog final : public Log {
   public:
     struct Cut {};
@@ -48,7 +48,7 @@ class CuttingLog final : public Log {
     int linesLeft = 0;  // 0: never
 };
 
-// One process, started as the program starts. Destroying it kills it.
+// One process, started like the program. Destroying the object kills it.
 struct RunningProgram : private FakePlatform {
     explicit RunningProgram(Machine& m) : machine(m) {
         if (machine.interleaving)

@@ -1,6 +1,6 @@
-// Random lives of the program against a plain model: whatever is marked, edited, saved, killed,
-// lost and restored, what comes back is what was there. The defaults win over the files, the files
-// serve up to the last flush, and the backup where both are gone, up to the last backup.
+// Random runs of the program compared with a simple model: data that was marked, edited and saved
+// must be there after kills, losses and restores. The defaults have priority over the files. The
+// files contain everything up to the last flush, the backup everything up to the last backup.
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ class TwoLives {
             case 15:
                 did("back up");
                 program_->sync.backUpNow();
-                model_.backupDue.reset();  // the launch's has become needless
+                model_.backupDue.reset();  // the launch has made it unnecessary
                 return model_.backUp();
             case 16:
                 did("restore");
@@ -110,7 +110,7 @@ class TwoLives {
                   keysOf(model_.backup.timelines, ".json"));
     }
 
-    // The records are what a deleted video can be rescued from.
+    // The records from which deleted videos can be rescued.
     void checkRecords() {
         SCOPED_TRACE(story_);
         for (const auto& [id, lines] : model_.backup.timelines) {
@@ -133,7 +133,7 @@ class TwoLives {
         model_.launch();
     }
 
-    // A life ends; before the next one something may be lost.
+    // Ends a run; before the next one, data may be lost.
     void endLife() {
         program_.reset();
         if (below(3) == 0)
@@ -157,7 +157,7 @@ class TwoLives {
         launch();
     }
 
-    // What a process killed while it replaced a folder or a file leaves behind.
+    // Leaves the files of a process that was killed while it replaced a folder or a file.
     void leaveHalfReplaced() {
         std::vector<fs::path> targets;
         for (const char* item :
@@ -179,10 +179,9 @@ class TwoLives {
         }
     }
 
-    // A restore that is killed after one of its copies.
+    // Kills a restore after one of its copy operations.
     void cutRestore() {
-        // Of the lines that a restore logs, the start's is the first; then come the collections,
-        // the fields, the timelines, the index and the defaults.
+        // The log lines of a restore: start, collections, fields, timelines, index, defaults.
         const int line = 1 + static_cast<int>(below(6));
         constexpr int steps[] = {0, 0, 1, 1, 2, 3, 4};
         did("restore cut at line " + std::to_string(line));
@@ -317,7 +316,7 @@ class TwoLives {
     std::unique_ptr<RunningProgram> program_;
 };
 
-// Thousands of small files are synced on the way; in memory that costs nothing.
+// Thousands of small files are synced, which is fast in memory.
 struct TwoStores : testing::Test {
     TwoStores() {
         if (fs::is_directory("/dev/shm") && ::access("/dev/shm", W_OK) == 0)

@@ -91,7 +91,7 @@ TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
     EXPECT_EQ(names("", VideoFilter::favorites), std::vector<std::string>{"alpha.mp4"});
     EXPECT_TRUE(names("beta", VideoFilter::favorites).empty());
 
-    // An entry whose file cannot be looked at counts as now, so it comes first.
+    // An entry whose file cannot be examined has the current time as its date, so it is first.
     std::filesystem::remove(project.folder.path() / "beta.mp4");
     project.scheduler.setWallClock(Date{4102444800});
     EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"beta.mp4", "alpha.mp4"}));
@@ -100,7 +100,7 @@ TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
 TEST_F(VideosViewModelTest, TheLastOpeningCountsWhereAccessTimesDoNotMove) {
     const auto opened = project.addVideo("opened.mp4");
     const auto read = project.addVideo("read.mp4");
-    // Access times of 2020, the later one of the file that is not opened here.
+    // Access times of 2020; the file that is not opened here has the later one.
     for (const auto& [name, seconds] :
          {std::pair("opened.mp4", 1577836800), {"read.mp4", 1577923200}}) {
         const timespec times[2]{{seconds, 0}, {seconds, 0}};

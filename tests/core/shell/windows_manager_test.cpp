@@ -10,7 +10,7 @@
 namespace tembrix {
 namespace {
 
-// Windows that stand in a list; the test presses their close buttons.
+// Windows without widgets; the test closes them.
 class FakeWindows final : public WindowFactory {
   public:
     struct Window {
@@ -30,7 +30,7 @@ class FakeWindows final : public WindowFactory {
     }
     std::optional<Rect> mainScreenFrame() const override { return screen; }
 
-    // As the user would: asks, then tells. The callbacks may close this very window.
+    // Closes the window as its close button does. The callbacks may destroy it.
     bool pressClose(WindowKind kind) {
         const auto window = open.at(kind);
         if (!window->callbacks.shouldClose())
@@ -130,7 +130,7 @@ TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
     const auto other = project.addVideo("other.mp4");
     project.library.setUpdateFiles([&](const auto&) { windows.libraryChanged(); });
     windows.openProject(id);
-    windows.openProject(other);  // refused; the id of the open project is still the first one
+    windows.openProject(other);  // rejected; the id of the open project is still the first one
     ASSERT_TRUE(project.library.rebindVideo(id, project.folder.write("moved.mp4", "bytes")));
     open().timeline.addLine("Marked after the move");
     EXPECT_EQ(project.storage.loadTimeline(id).size(), 2U);
@@ -155,7 +155,7 @@ TEST_F(WindowsManagerTest, FollowsWhichWindowHasTheKeyboard) {
     EXPECT_TRUE(windows.isControlOrLibraryKey());
     say(WindowKind::tagLibrary, KeyState::sheet);
     EXPECT_FALSE(windows.isProjectWindowActive());
-    open().hotkeys.beginLabelChoice({});  // label keys go on, the blank is the sheet's
+    open().hotkeys.beginLabelChoice({});  // label keys work, the space key is the sheet's
     EXPECT_TRUE(windows.isProjectWindowActive());
     EXPECT_FALSE(windows.isControlOrLibraryKey());
 }
@@ -165,7 +165,7 @@ TEST_F(WindowsManagerTest, NothingOfAClosedProjectReachesTheNext) {
     windows.openProject(id);
     const KeyPress press{45, {}, "n"};
     fake.open.at(WindowKind::tagLibrary)->callbacks.keyChanged(KeyState::window);
-    ASSERT_TRUE(open().hotkeys.handleKeyDown(press));  // takes effect two turns later
+    ASSERT_TRUE(open().hotkeys.handleKeyDown(press));  // has an effect two turns later
     project.events.post(events::AddLineSheetAppeared{});
     project.events.post(events::EditorModeChanged{true});
     open().player.setPlaybackSpeed(2);

@@ -14,7 +14,7 @@ struct Collections : StorageTest {
         storage->scheduleSaveToDisk();
         scheduler.advance(30);
     }
-    // The index file as the index would have written it.
+    // Writes the file of the index.
     void writeIndex(const char* json) {
         folder.write("Documents/Tembrix-Stat/CollectionsBookmarks.json", json);
     }
@@ -26,7 +26,7 @@ TEST_F(Collections, ComeBackFromTheWorkingCopyOrTheFolder) {
     storage->saveCollection(collection);
     EXPECT_EQ(storage->loadCollection("C"), collection);
     scheduler.advance(30);
-    EXPECT_NE(fileText(file("C", layout::tagsFile)).find("\n"), std::string::npos);  // pretty
+    EXPECT_NE(fileText(file("C", layout::tagsFile)).find("\n"), std::string::npos);  // indented
     defaults.remove(layout::collectionKey("C"));
     EXPECT_EQ(storage->loadCollection("C"), collection);
     EXPECT_EQ(defaults.data(layout::collectionKey("C")), encode(collection).value());
@@ -89,14 +89,14 @@ TEST_F(Collections, TheFlushNeverRemovesWhatTheIndexLists) {
     storage->saveCollection(collectionOf("C"));
     storage->saveCollection(collectionOf("D"));
     scheduler.advance(30);
-    defaults.remove(layout::collectionKey("C"));  // the working copies are lost
+    defaults.remove(layout::collectionKey("C"));  // lose the working copies
     defaults.remove(layout::collectionKey("D"));
-    saveToDisk();  // no index yet
+    saveToDisk();  // there is no index yet
     EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
     storage->setCollectionIndex(&index);
     saveToDisk();  // the index file is missing
     writeIndex("[{\"id\"");
-    saveToDisk();  // or broken
+    saveToDisk();  // the index file is damaged
     EXPECT_TRUE(std::filesystem::exists(file("C", layout::tagsFile)));
     EXPECT_TRUE(std::filesystem::exists(file("D", layout::tagsFile)));
     index.listed = {{"C", "name"}};

@@ -5,7 +5,7 @@
 namespace tembrix {
 namespace {
 
-// A name that changes loses what users stored under the old one.
+// If a name changes, data stored under the old one is lost.
 TEST(DataLayout, NamesOfStoredDataNeverChange) {
     EXPECT_EQ(layout::timelineKey("V"), "timeline_V");
     EXPECT_EQ(layout::collectionKey("C"), "collection_C");

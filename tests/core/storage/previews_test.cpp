@@ -10,7 +10,7 @@
 namespace tembrix {
 namespace {
 
-// A video whose frame is as large as it is asked for, or that cannot be read.
+// A video whose frames have the requested size, or that cannot be read.
 class OneVideo final : public Media {
   public:
     Result<MediaInfo> probe(const std::filesystem::path&) override { return error; }
@@ -53,7 +53,7 @@ TEST_F(Previews, AreStoredAndHandedOverOnTheMainThread) {
     EXPECT_EQ(images.decode(toBytes(fileText(file))).value(), *picture);
 }
 
-TEST_F(Previews, AFolderThatVanishedCostsTheFileOnly) {
+TEST_F(Previews, AMissingFolderLosesOnlyTheFile) {
     bool shown = false;
     previews.makePreview("a.mp4", [&](const auto& result) { shown = result.ok(); });
     scheduler.run();

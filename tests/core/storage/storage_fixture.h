@@ -15,7 +15,7 @@
 
 namespace tembrix {
 
-// A collection index that lists what a test says.
+// A collection index that a test can set.
 class FakeIndex final : public CollectionIndexStorage {
   public:
     std::vector<CollectionInfo> collections() override { return listed; }
@@ -51,7 +51,7 @@ inline CollectionData collectionOf(std::string id) {
     return collection;
 }
 
-// The two-level store over a folder, defaults and a clock of a test's own.
+// The storage with its own folder, defaults and clock.
 struct StorageTest : testing::Test {
     TempFolder folder;
     MemoryUserDefaults defaults;

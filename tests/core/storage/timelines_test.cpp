@@ -48,7 +48,7 @@ TEST_F(Timelines, TerminationFlushesAWaitingChangeAndSavesTheIndex) {
     EXPECT_EQ(index.saves, 2);
 }
 
-TEST_F(Timelines, AManagerThatIsGoneWritesNothing) {
+TEST_F(Timelines, ADestroyedManagerWritesNothing) {
     storage->saveTimeline(lines(), "V");
     storage->applicationWillTerminate();
     const auto file = storage->timelineFile("V");
@@ -68,7 +68,7 @@ TEST_F(Timelines, TheFileHealsALostOrDamagedWorkingCopyWithoutArmingAFlush) {
 
     defaults.setData(layout::timelineKey("V"), toBytes("[{\"id\""));
     storage->saveTimeline(lines(), "Other");
-    scheduler.advance(30);  // the damaged copy must not go over the good file
+    scheduler.advance(30);  // the damaged copy must not replace the good file
     EXPECT_TRUE(log.contains("Unreadable timeline V not written"));
     EXPECT_EQ(storage->loadTimeline("V"), kept);
     EXPECT_EQ(defaults.data(layout::damagedKey(layout::timelineKey("V"))), toBytes("[{\"id\""));
@@ -128,7 +128,7 @@ TEST_F(Timelines, OneFileInTheWayDoesNotStopTheOthersAndDeletingIsQuiet) {
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile("B")));
 }
 
-// Applies one random edit of the kinds that the program makes, a rare reordering included.
+// Applies a random edit of the kinds that the program makes, sometimes a reordering.
 void edit(TimelineLines& lines, std::mt19937& random) {
     const auto below = [&](std::size_t count) { return random() % count; };
     if (lines.empty() || below(10) == 0) {
@@ -185,7 +185,7 @@ TEST(TimelineEncoder, WritesWhatThePlainCodecWritesAfterAnyEdits) {
     }
 }
 
-// Stores compare pieces: of one that is left alone no byte is encoded or written again.
+// Stores compare pieces: unchanged pieces must be neither encoded nor written again.
 TEST(TimelineEncoder, AnEditChangesFewPiecesAndAFreshEncoderCutsTheSame) {
     TimelineLines lines = {lineOf("One", {}), lineOf("Two", {})};
     for (auto& line : lines)
@@ -246,7 +246,7 @@ TEST_F(Timelines, AWorkingCopyOlderThanItsDocumentGivesWayToItUnlessThatWasRepla
     storage->saveTimeline(late, "V");
     scheduler.advance(30);
 
-    // A cut log: the defaults are those of a moment before.
+    // The end of the log was lost: the defaults have an earlier state.
     defaults.goBack(layout::timelineKey("V"), encode(early).value(), number);
     storage->flushNow();
     EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(late).value()));
@@ -255,7 +255,7 @@ TEST_F(Timelines, AWorkingCopyOlderThanItsDocumentGivesWayToItUnlessThatWasRepla
     EXPECT_EQ(storage->loadTimeline("V"), late);
     EXPECT_EQ(defaults.data(layout::damagedKey(layout::timelineKey("V"))), encode(early).value());
 
-    // What is marked from there on is newer than both.
+    // Later changes are newer than both.
     const auto marked = lines();
     storage->saveTimeline(marked, "V");
     storage->flushNow();
@@ -263,13 +263,13 @@ TEST_F(Timelines, AWorkingCopyOlderThanItsDocumentGivesWayToItUnlessThatWasRepla
     EXPECT_EQ(storage->loadTimeline("V"), marked);
     EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(marked).value()));
 
-    // A copy made by hand, or by a restore, is not the document that was written.
+    // A copy made by hand or by a restore is not the written document.
     defaults.goBack(layout::timelineKey("V"), encode(early).value(), number);
     folder.write("Documents/Tembrix-Stat/Timelines/V.json", "[]");
     storage = makeStorage();
     EXPECT_EQ(storage->loadTimeline("V"), early);
 
-    // The numbers of another store say nothing.
+    // Numbers of another store are not comparable.
     scheduler.advance(30);
     MemoryUserDefaults other;
     other.setData(layout::timelineKey("V"), encode(early).value());
@@ -282,7 +282,7 @@ TEST_F(Timelines, WhatTheDefaultsRefuseStillReachesTheDocumentsAndIsReported) {
     defaults.refuse("disk full");
     const auto kept = lines();
     storage->saveTimeline(kept, "V");
-    EXPECT_TRUE(health.status().allStored);  // not from within the save
+    EXPECT_TRUE(health.status().allStored);  // not while it is being saved
     scheduler.run();
     EXPECT_EQ(health.status(), (DefaultsStatus{false, "disk full"}));
     scheduler.advance(30);

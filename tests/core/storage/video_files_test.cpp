@@ -38,7 +38,7 @@ struct VideoFiles : StorageTest {
     std::vector<VideosData> stored() {
         return decode<std::vector<VideosData>>(*defaults.data(layout::videosDataKey)).value();
     }
-    // Both lists hold the same entries in the same order, and so does the store.
+    // Both lists and the store must have the same entries in the same order.
     void expectInStep() {
         ASSERT_EQ(library.files().size(), library.videosData().size());
         for (std::size_t i = 0; i < library.files().size(); ++i)
@@ -55,7 +55,7 @@ TEST_F(VideoFiles, StartsOnAnEmptyMachine) {
     EXPECT_TRUE(library.files().empty());
     EXPECT_TRUE(defaults.boolean(layout::videosCleanupDoneKey));
     EXPECT_TRUE(log.lines().empty());
-    library.reloadFiles();  // an empty list has nothing to migrate
+    library.reloadFiles();  // an empty list needs no migration
     EXPECT_TRUE(log.lines().empty());
 }
 
@@ -160,7 +160,7 @@ TEST_F(VideoFiles, EditsReachBothListsTheStoreAndTheScreens) {
     EXPECT_EQ(library.displayName(library.files()[0]), "Видео недоступно");
 }
 
-TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
+TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndRemovesBothOfItsForms) {
     Keeper keeper;
     library.setDeletedTimelineKeeper(&keeper);
     library.start();
@@ -186,7 +186,7 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndTakesBothOfItsForms) {
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
 }
 
-TEST_F(VideoFiles, EntriesWithEqualBookmarksAreToldApartByTheirIds) {
+TEST_F(VideoFiles, EntriesWithEqualBookmarksAreDistinguishedByTheirIds) {
     Keeper keeper;
     library.setDeletedTimelineKeeper(&keeper);
     const Bytes none;
@@ -203,7 +203,7 @@ TEST_F(VideoFiles, EntriesWithEqualBookmarksAreToldApartByTheirIds) {
     expectInStep();
 }
 
-TEST_F(VideoFiles, AnEntryBoundToTheFileOfAnotherGoesButItsTimelineIsKept) {
+TEST_F(VideoFiles, AnEntryBoundToTheFileOfAnotherIsRemovedButItsTimelineKept) {
     Keeper keeper;
     library.setDeletedTimelineKeeper(&keeper);
     library.start();

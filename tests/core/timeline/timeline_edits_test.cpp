@@ -45,7 +45,7 @@ class TimelineEditsTest : public testing::Test {
     using State = std::pair<TimelineLines, std::optional<Uuid>>;
     State state() const { return {store.lines.get(), store.selectedLineID.get()}; }
     TimelineLines stored() { return project.storage.loadTimeline(video); }
-    // What the next start of the program reads from the documents.
+    // The timelines that the next start of the program reads from the documents.
     TimelineLines afterRestart() {
         project.storage.flushNow();
         MemoryUserDefaults emptied;
@@ -160,7 +160,7 @@ TEST_F(TimelineEditsTest, UndoAndRedoOfMarksAnnounceTheNewCounts) {
     expectRecounts(0, [&] { store.setStampLabels(a, store.findLine(a)->stamps[0]->id, {"x"}); });
 }
 
-// An id may have vanished while a sheet or a drag was using it.
+// A line or a stamp may be removed while a sheet or a drag uses it.
 TEST_F(TimelineEditsTest, AnEditOfWhatDoesNotExistChangesAndSavesNothing) {
     const State before = state();
     store.moveLine(b, a);  // not saved yet, so that a save would be seen
@@ -211,7 +211,7 @@ TEST_F(TimelineEditsTest, ATransactionSucceedsAsAWholeOrChangesNothing) {
 
     auto edit = store.begin();
     edit.makeIfPossible(RemoveStamp{a, Uuid::random()});
-    edit.make(RenameLine{a, "A", {}});  // has this name already
+    edit.make(RenameLine{a, "A", {}});  // already has this name
     edit.make(RemoveStamp{a, first});
     edit.make(MoveLine{b, 0});
     edit.make(MoveLine{b, 99});

@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// Drawings whose files stand and fall as a folder's would.
+// Drawings with an in-memory list of their files.
 struct DrawingFolder final : DrawingLinks {
     std::set<std::string> files;
     std::vector<Uuid> checked;
@@ -79,7 +79,7 @@ TEST_F(TimelineHistoryTest, APressIsOneStepEvenIfItMakesALine) {
     EXPECT_FALSE(history.canRedo.get());
 }
 
-TEST_F(TimelineHistoryTest, SelectionGoesBackWithTheLineUnlessTheUserHasMovedOn) {
+TEST_F(TimelineHistoryTest, TheSelectionIsRestoredWithTheLineUnlessTheUserHasChangedIt) {
     const Uuid a = project.addLine("A");
     const Uuid b = project.addLine("B");
     history.undo();
@@ -90,7 +90,7 @@ TEST_F(TimelineHistoryTest, SelectionGoesBackWithTheLineUnlessTheUserHasMovedOn)
     history.undo();
     EXPECT_EQ(store.selectedLineID.get(), b);
     store.selectLine(a);
-    history.undo();  // B was never made
+    history.undo();  // adding line B is undone
     EXPECT_EQ(store.selectedLineID.get(), a);
 }
 
@@ -127,10 +127,10 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     const TimelineStamp pass = addStamp(line);
     const TimelineStamp kept = addDrawing("Kept");
     const TimelineStamp gone = addDrawing("Gone");
-    EXPECT_EQ(history.undoName.get(), "timelineStepMark");  // of the pass: a drawing is no step
+    EXPECT_EQ(history.undoName.get(), "timelineStepMark");  // of the pass, not of the drawing
 
-    // A resize of a drawing's stamp is a step; once the drawing is deleted it has nothing to undo,
-    // and the press goes to the step before.
+    // Resizing the stamp of a drawing is a step. After the drawing was deleted, that step is empty
+    // and the previous one is undone instead.
     store.updateStampTimes(drawingsLineId(), gone.id, std::nullopt, 9.0);
     EXPECT_EQ(history.undoName.get(), "timelineStepResizeTag");
     store.removeStamp(drawingsLineId(), gone.id);
@@ -143,7 +143,8 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     EXPECT_FALSE(history.canRedo.get());
     EXPECT_THAT(store.lines->front()->stamps, SizeIs(1));
 
-    // Moved to another line and deleted with it, the stamp comes back while its drawing exists.
+    // If the stamp of a drawing was moved to another line and deleted with it, it is restored while
+    // the drawing exists.
     store.moveStamp({drawingsLineId(), kept.id}, line);
     store.deleteLine(line);
     history.undo();
@@ -155,7 +156,7 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     history.redo();
     drawings.files.clear();
     history.undo();
-    EXPECT_THAT(store.findLine(line)->stamps, SizeIs(1));  // the pass alone
+    EXPECT_THAT(store.findLine(line)->stamps, SizeIs(1));  // only the pass
     EXPECT_TRUE(store.findStamp(pass.id));
     EXPECT_EQ(stored(), *store.lines);
 }
@@ -180,7 +181,7 @@ TEST_F(TimelineHistoryTest, WhatComesBackBearsTheTagsPresentName) {
     history.undo();
     EXPECT_EQ(store.findLine(line)->name, "Pass on");
     EXPECT_EQ(store.findStamp(stamp)->stamp->label, "Pass on");
-    history.undo();  // the renaming has nothing left to take back: the press goes
+    history.undo();  // nothing is left to undo of the renaming, so the previous step is undone
     EXPECT_FALSE(store.findLine(line));
     history.redo();
     EXPECT_EQ(store.findLine(line)->name, "Pass on");
@@ -214,8 +215,8 @@ TEST_F(TimelineHistoryTest, TheOldestStepsGoWhenThereAreTooMany) {
     EXPECT_EQ(store.findLine(line)->name, "4");
 }
 
-// Thousands of mixed edits with undo and redo among them: every state on the way can be reached
-// again exactly, and undoing all gives the first one.
+// Thousands of mixed edits with undo and redo: every state can be restored exactly, and undoing all
+// of them restores the first one.
 TEST_F(TimelineHistoryTest, UndoingAllGivesBackTheExactFirstState) {
     for (unsigned seed = 0; seed < 6; ++seed) {
         std::mt19937 random(seed);
@@ -227,7 +228,7 @@ TEST_F(TimelineHistoryTest, UndoingAllGivesBackTheExactFirstState) {
 
         using State = std::pair<TimelineLines, std::optional<Uuid>>;
         const auto state = [&] { return State{*store.lines, store.selectedLineID.get()}; };
-        std::vector<State> past{state()};  // the state before each step, then the present one
+        std::vector<State> past{state()};  // the states before each step and the current one
         std::size_t present = 0;
         for (int edit = 0; edit < 1500; ++edit) {
             const auto& lines = *store.lines;

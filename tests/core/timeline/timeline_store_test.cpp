@@ -70,7 +70,7 @@ TEST_F(TimelineStoreTest, OpeningPutsTheDrawingsFirstAndSelectsByMode) {
 
     TimelineLine first{Uuid::random(), "A", {makeStamp(1, 2)}, {}};
     TimelineLine third{drawingsLineId(), "Drawings", {}, {}};
-    TimelineLine repeated = first;  // as a careless tool may write it
+    TimelineLine repeated = first;  // a document may contain an id twice
     const Bytes bookmark = **store.currentBookmark;
     store.openTimeline(bookmark, {first, repeated, third});
     EXPECT_THAT(names(), ElementsAre("Drawings", "A", "A"));
@@ -100,12 +100,12 @@ TEST_F(TimelineStoreTest, LinesAreMadeRenamedMovedAndDeleted) {
     const TimelineLines before = stored();
     store.moveLine(a, c);
     EXPECT_THAT(names(), ElementsAre("DrawingsTimelineName", "Beta", "A", "C"));
-    EXPECT_EQ(stored(), before);  // the order goes with the next save
+    EXPECT_EQ(stored(), before);  // the order is saved with the next edit
     store.moveLine(c, b);
     EXPECT_THAT(names(), ElementsAre("DrawingsTimelineName", "C", "Beta", "A"));
     store.moveLine(c, c);
 
-    // The line of the drawings keeps its place, its name and its life.
+    // The drawings line cannot be moved, renamed or deleted.
     store.moveLine(drawingsLineId(), a);
     store.moveLine(a, drawingsLineId());
     store.renameLine(drawingsLineId(), "Mine");
@@ -216,13 +216,13 @@ TEST_F(TimelineStoreTest, SavesGoToTheVideoOfTheBookmarkOrNowhere) {
     fresh.addLine("nowhere");
     EXPECT_THAT(stored(), SizeIs(1));
 
-    // After a second project was opened the first one's data stay as they were.
+    // Opening a second project must not change the data of the first.
     addLine("first");
     const std::string second = project.openVideo("second.mp4");
     addLine("second");
     EXPECT_EQ(stored().back()->name, "first");
     EXPECT_EQ(project.storage.loadTimeline(second).back()->name, "second");
-    // Two entries of one bookmark have a timeline each.
+    // Two entries with the same bookmark have separate timelines.
     const Bytes bookmark = **store.currentBookmark;
     std::filesystem::remove(project.folder.path() / "second.mp4");
     project.library.appendFile({{bookmark, "TWIN", {}, {}}, nullptr});
@@ -235,7 +235,7 @@ TEST_F(TimelineStoreTest, SavesGoToTheVideoOfTheBookmarkOrNowhere) {
     EXPECT_THAT(project.storage.loadTimeline(second), SizeIs(2));
 }
 
-// Any sequence of calls, with ids known and unknown, leaves the store's promises standing.
+// Any sequence of calls with existing and unknown ids must keep the invariants.
 TEST_F(TimelineStoreTest, InvariantsHoldUnderRandomEdits) {
     std::mt19937 random(11);
     const auto upTo = [&](std::size_t n) { return std::size_t(random() % (n + 1)); };
