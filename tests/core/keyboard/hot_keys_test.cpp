@@ -286,5 +286,26 @@ TEST(KeyCaptureTest, RecordsKeysAndHeldModifiers) {
     EXPECT_FALSE(*capture.isCapturing);
 }
 
+TEST(KeyCaptureTest, ReleasingAModifierRecordsTheOnesStillHeld) {
+    VirtualScheduler scheduler;
+    KeyCapture capture(scheduler);
+    for (const auto released : {&KeyModifiers::control, &KeyModifiers::option, &KeyModifiers::shift,
+                                &KeyModifiers::command, &KeyModifiers::function}) {
+        KeyModifiers held = released == &KeyModifiers::command ? shift : command;
+        const std::string expected = held.command ? "⌘" : "⇧";
+        capture.isCapturing.set(true);
+        capture.keyString.set("old");
+        capture.modifiersChanged(held);
+        held.*released = true;
+        capture.modifiersChanged(held);
+        EXPECT_EQ(**capture.keyString, "old") << "nothing was released";
+        held.*released = false;
+        capture.modifiersChanged(held);
+        EXPECT_EQ(**capture.keyString, expected);
+        scheduler.advance(0.1);
+        EXPECT_FALSE(*capture.isCapturing);
+    }
+}
+
 }  // namespace
 }  // namespace tembrix

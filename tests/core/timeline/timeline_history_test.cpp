@@ -170,7 +170,7 @@ TEST_F(TimelineHistoryTest, LinksAreCheckedAgainWhenTimesGoBack) {
     EXPECT_THAT(drawings.checked, ElementsAre(id));
 }
 
-TEST_F(TimelineHistoryTest, WhatComesBackBearsTheTagsPresentName) {
+TEST_F(TimelineHistoryTest, RestoredStampsAndLinesHaveTheCurrentNameOfTheirTag) {
     project.markupModes.setMarkupMode(MarkupMode::tagBased);
     project.flow.handleTagTap(project.known("pass"));
     const Uuid line = store.lines->back()->id;
@@ -185,6 +185,19 @@ TEST_F(TimelineHistoryTest, WhatComesBackBearsTheTagsPresentName) {
     EXPECT_FALSE(store.findLine(line));
     history.redo();
     EXPECT_EQ(store.findLine(line)->name, "Pass on");
+}
+
+TEST_F(TimelineHistoryTest, RenamingATagLeavesRestoredStampsOfOtherTagsAlone) {
+    const Uuid line = project.addLine("A");
+    const Uuid pass = addStamp(line, 1, "pass").id;
+    const Uuid phase = addStamp(line, 2, "phase").id;
+    store.removeStamp(line, pass);
+    store.removeStamp(line, phase);
+    project.events.post(events::TagUpdated{"pass", "Pass on"});
+    history.undo();
+    history.undo();
+    EXPECT_EQ(store.findStamp(pass)->stamp->label, "Pass on");
+    EXPECT_EQ(store.findStamp(phase)->stamp->label, "phase");
 }
 
 TEST_F(TimelineHistoryTest, ChangesMadeBesideTheStepsSurviveThem) {
