@@ -54,7 +54,7 @@ class FilmSound {
     std::int64_t position_ = 0;        // the next sample of the film to read
     std::size_t piece_ = SIZE_MAX;     // the piece that contains it
     std::int64_t sourcePosition_ = 0;  // the next sample of the source to read
-    bool ended_ = true;                // there is no more sound for the piece
+    bool ended_ = true;                // the sound of the piece has ended
     bool fresh_ = true;                // the next decoded frame sets decodedFrom_
     // Decoded samples of the source at the sample rate of the film. The first one is sample
     // decodedFrom_.

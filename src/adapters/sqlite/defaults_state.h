@@ -63,7 +63,7 @@ class DefaultsState {
 
     mutable std::mutex mutex_;
     mutable std::unique_ptr<ValueStore> store_;  // a read may detect damage and replace the store
-    mutable std::unique_ptr<Checkpointer> checkpointer_;  // null if there is no file
+    mutable std::unique_ptr<Checkpointer> checkpointer_;  // null without a file
     mutable int logPages_ = 0;  // pages in the log after the last write; 0 if there was none
     PendingChanges pending_;
     mutable int refusal_ = SQLITE_OK;  // the error code of the last refused change

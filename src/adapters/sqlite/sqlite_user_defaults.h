@@ -41,7 +41,7 @@ class SqliteUserDefaults final : public UserDefaults {
                        std::vector<std::filesystem::path> recoveryFolders = {});
     ~SqliteUserDefaults() override;
 
-    // Returns false while there is no usable database file.
+    // Returns false while the database file cannot be used.
     bool isDurable() const;
 
     std::optional<Bytes> data(std::string_view key) const override;

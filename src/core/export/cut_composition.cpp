@@ -78,7 +78,7 @@ class Composer {
     MediaTime insertionTime_;
 };
 
-// The overlay of a cut in the film. Absent if there is no tag.
+// The overlay of a cut in the film. Absent without a tag.
 std::optional<OverlayItem> overlayItem(const ExportSegment& segment, MediaTime start,
                                        MediaTime duration, const ExportSnapshot& snapshot) {
     auto tag = overlayTag(segment.stamp, snapshot.library);

@@ -41,7 +41,7 @@ class WindowFactory {
     virtual ~WindowFactory() = default;
     virtual std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                                 Callbacks callbacks) = 0;
-    // The frame of the main screen; absent if there is no screen.
+    // The frame of the main screen; absent without a screen.
     virtual std::optional<Rect> mainScreenFrame() const = 0;
 };
 
@@ -67,7 +67,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     bool isProjectWindowActive() const override;
     bool isViewerActive() const override { return false; }
 
-    // There is no map window yet, so stamps are made without a position.
+    // The map window does not exist yet, so stamps are made without a position.
     bool canAsk() const override { return false; }
     void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                std::function<void(Point)> chosen) override;

@@ -12,7 +12,7 @@ namespace tembrix {
 class SavedCopies {
   public:
     virtual ~SavedCopies() = default;
-    // Called only if no other copy of the timeline can be read. Absent if there is no good copy.
+    // Called only if no other copy of the timeline can be read. Absent without a good copy.
     virtual std::optional<TimelineLines> savedTimeline(const std::string& videoId) = 0;
     virtual std::filesystem::path savedCollectionFolder(const std::string& id) const = 0;
 };
