@@ -47,6 +47,9 @@ TEST_F(Index, ABurstIsOneWriteTwoSecondsAfterItsFirstChange) {
     index->removeCollection("3");
     scheduler.advance(5);
     EXPECT_FALSE(fs::exists(index->indexFile())) << "nothing changed, nothing is written";
+    index->rewriteIndex();
+    scheduler.advance(2);
+    EXPECT_EQ(onDisk(), expected) << "a lost file is written again";
     EXPECT_TRUE(log.has("⚠️ CollectionsBookmarks: Collection 3 not found in cache"));
 }
 

@@ -147,6 +147,11 @@ TEST_F(Model, TheFieldPictureIsCopiedAndIntervalTagsKeepTheirFlag) {
     EXPECT_FALSE(collection.playField().has_value());
 
     const auto picture = folder.write("pitch.png", "first");
+    const auto record = storage->dataFolder() / layout::playFieldsFolder / "Mine_Yours.json";
+    std::filesystem::create_directories(record / "in the way");
+    EXPECT_FALSE(collection.setFieldImage(picture)) << "its record cannot be written";
+    EXPECT_FALSE(collection.playField().has_value());
+    std::filesystem::remove_all(record);
     ASSERT_TRUE(collection.setFieldImage(picture));
     const auto copy =
         storage->dataFolder() / layout::playFieldsFolder / collection.playField()->imagePath;

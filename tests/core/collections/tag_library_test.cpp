@@ -68,6 +68,7 @@ TEST_F(Library, StartsWithTheFirstStandardCollectionAndMergesTheRestInTheBackgro
     storeUserCollection("1", "Mine", {makeTag("shot", "My shot"), makeTag("own", "Own")});
     storeUserCollection("2", "Later", {makeTag("own", "Another")});
     index->addOrUpdateCollection("3", "Damaged");
+    scheduler.run();
     const auto finished = record<events::CollectionsLoadingFinished>();
     start();
     EXPECT_EQ(activeTags(), (Ids{"shot", "save"}));
@@ -147,8 +148,11 @@ TEST_F(Library, ANamedChangeRefreshesTheActiveListsOnly) {
     EXPECT_EQ(*library->selectedTimeEvents, std::set<std::string>{"lead"});
     const auto refreshed = record<events::CurrentCollectionRefreshed>();
     storeUserCollection("1", "Mine", {makeTag("own", "Renamed"), makeTag("new", "New")});
-    events.post(events::CollectionDataChanged{"Other"});
+    storeUserCollection("2", "Other", {makeTag("elsewhere", "Elsewhere")});
+    for (const auto* name : {"Other", "Unknown"})
+        events.post(events::CollectionDataChanged{name});
     EXPECT_TRUE(refreshed->empty());
+    EXPECT_EQ(activeTags(), Ids{"own"});
     events.post(events::CollectionDataChanged{"Mine"});
     EXPECT_EQ(refreshed->size(), 1u);
     EXPECT_EQ(activeTags(), (Ids{"own", "new"}));
@@ -211,8 +215,7 @@ TEST_F(Library, ASaveDuringALoadReachesTheMergedLists) {
     scheduler.run();
     events.post(events::CollectionDataChanged{});
     ASSERT_TRUE(library->isLoadingCollections());
-    scheduler
-        .step();  // the load has read the collections, but its result has not been delivered yet
+    scheduler.step();  // the load has read the collections, but not delivered its result
     storeUserCollection("active", "Mine", {makeTag("known", "Known"), makeTag("new", "New")});
     storeUserCollection("other", "Other", {makeTag("elsewhere", "Elsewhere")});
     events.post(events::CollectionDataChanged{"Mine"});

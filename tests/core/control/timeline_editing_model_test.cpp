@@ -457,6 +457,11 @@ TEST_F(TimelineEditingModelTest, TheKeyboardReachesEveryStampInOrderOfTime) {
     EXPECT_EQ(model.cursor->line, a);
     EXPECT_EQ(project.timeline.findLine(a)->stamps.back()->id, *model.cursor->stamp);
     EXPECT_FALSE(project.timeline.findStamp(other));
+    model.moveCursorStamp(+1);
+    EXPECT_EQ(model.cursor->line, b);
+    EXPECT_EQ(project.timeline.findLine(b)->stamps.back()->id, *model.cursor->stamp);
+    model.moveCursorStamp(+1);
+    EXPECT_EQ(model.cursor->line, b) << "there is no line below";
 }
 
 TEST_F(TimelineEditingModelTest, ModesAndVeilsFollowTheEventsWhileOnScreen) {

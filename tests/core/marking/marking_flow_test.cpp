@@ -81,6 +81,25 @@ TEST_F(MarkingFlowTest, AnOrdinaryPressPausesMakesAStampAndResumes) {
     EXPECT_EQ(project.stamps()[2].timeFinishSeconds, 1);
 }
 
+TEST_F(MarkingFlowTest, CountsFollowEditsInOtherWindows) {
+    const Uuid line = project.addLine("Attack");
+    press("pass");
+    press("pass");
+    project.timeline.removeStamp(line, project.stamps()[0].id);
+    EXPECT_EQ(flow.tagCounts->at("pass"), 1);
+    project.timeline.deleteLine(line);
+    EXPECT_FALSE(flow.tagCounts->contains("pass"));
+}
+
+TEST_F(MarkingFlowTest, APanelOpenedDuringALoadOfCollectionsWaitsForIt) {
+    flow.disappear();
+    project.events.post(events::CollectionDataChanged{});
+    flow.appear();
+    EXPECT_TRUE(*flow.isLoadingCollections);
+    project.scheduler.run();
+    EXPECT_FALSE(*flow.isLoadingCollections);
+}
+
 TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoResumes) {
     ASSERT_FALSE(*project.timeline.selectedLineID);
     press("pass");

@@ -128,6 +128,11 @@ TEST_F(VideoPlayerManagerTest, TheSpeedIsKeptThroughPauseAndPlay) {
     manager.setPlaybackSpeed(2);
     EXPECT_EQ(player().rate(), 2);
     EXPECT_EQ(*manager.status, PlayerStatus::playing);
+    int changes = 0;
+    const auto watch = manager.status.observe([&](PlayerStatus) { ++changes; });
+    manager.setPlaybackSpeed(5);
+    EXPECT_EQ(changes, 0);
+    manager.setPlaybackSpeed(2);
     manager.togglePlayPause();
     EXPECT_EQ(player().rate(), 0);
     manager.togglePlayPause();

@@ -49,6 +49,25 @@ TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
     EXPECT_EQ(project.panels.browsed, std::vector<std::string>{"file:///guides/en.html"});
 }
 
+TEST_F(VideosViewModelTest, RenamingClosesTheSheetAndIsStored) {
+    const auto id = project.addVideo("match.mp4");
+    const auto rename = [&](const VideosAction& action) {
+        model.send(videos::ShowRenameSheet{model.state->files.front()});
+        EXPECT_TRUE(model.state->showRenameSheet);
+        model.send(action);
+        EXPECT_FALSE(model.state->showRenameSheet);
+        EXPECT_EQ(model.displayName(model.state->files.front()),
+                  *project.library.reloadFiles().front().videoData.customName);
+        return *project.library.findById(id)->customName;
+    };
+    EXPECT_EQ(rename(videos::RenameSimpleVideo{model.state->files.front(), "Derby"}), "Derby");
+    EXPECT_EQ(model.state->newFileName, "match.mp4");
+    EXPECT_EQ(rename(videos::CancelRename{}), "Derby");
+    EXPECT_EQ(model.state->newFileName, "Derby");
+    EXPECT_EQ(rename(videos::RenameVideo{model.state->files.front(), "A", "B", "1-0"}),
+              "A_B_1-0_2024-05-01_12-00");
+}
+
 TEST_F(VideosViewModelTest, AnEmptyOrVanishedFileIsRefusedWithAText) {
     const auto empty = project.folder.write("empty.mp4", "");
     for (const auto& file : {empty, project.folder.path() / "gone.mp4"}) {

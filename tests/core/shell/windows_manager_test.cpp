@@ -65,7 +65,8 @@ struct WindowsManagerTest : testing::Test {
 
 TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     const auto id = project.addVideo();
-    project.defaults.setText(layout::editingStampKey, "left over");
+    for (const char* key : {layout::editingLineKey, layout::editingStampKey})
+        project.defaults.setText(key, "left over");
     windows.openProject(id);
 
     const std::vector order{WindowKind::video, WindowKind::control, WindowKind::tagLibrary};
@@ -74,7 +75,8 @@ TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     EXPECT_EQ(fake.open.at(WindowKind::control)->frame, (Rect{0, 600, 1500, 400}));
     EXPECT_EQ(fake.open.at(WindowKind::tagLibrary)->frame, (Rect{0, 40, 500, 560}));
     EXPECT_EQ(fake.open.at(WindowKind::video)->frame, (Rect{500, 40, 1000, 560}));
-    EXPECT_EQ(project.defaults.text(layout::editingStampKey), "");
+    for (const char* key : {layout::editingLineKey, layout::editingStampKey})
+        EXPECT_EQ(project.defaults.text(key), "");
     EXPECT_EQ(project.players.player()->status(), PlayerStatus::playing);
     ASSERT_FALSE(open().timeline.lines->empty());
     EXPECT_EQ(open().timeline.lines->front()->id, drawingsLineId());
@@ -109,6 +111,20 @@ TEST_F(WindowsManagerTest, ClosingAnyOfTheThreeClosesTheProjectAndANewOneOpens) 
         EXPECT_FALSE(project.players.player());
         EXPECT_FALSE(windows.isProjectWindowActive());
     }
+}
+
+TEST_F(WindowsManagerTest, TheEndOfTheProgramClosesAnOpenProject) {
+    FakeWindows others;
+    auto program = std::make_unique<CoreProgram>(others);
+    program->core.windows.openProject(program->addVideo());
+    const auto window = others.open.at(WindowKind::control);
+    bool viewerStopped = false;
+    auto stopped = program->events.observe<events::StopViewerPlayer>(
+        [&](const auto&) { viewerStopped = true; });
+    program.reset();
+    EXPECT_TRUE(viewerStopped);
+    EXPECT_TRUE(window->detached) << "a window must not call a destroyed manager";
+    EXPECT_TRUE(others.open.empty());
 }
 
 TEST_F(WindowsManagerTest, TheVideoWindowEndsTheDrawingEditorFirst) {

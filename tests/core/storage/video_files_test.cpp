@@ -89,6 +89,10 @@ TEST_F(VideoFiles, AFileAddedUnderANewNameIsTheOldEntry) {
 TEST_F(VideoFiles, LoadingNormalizesAndDropsDuplicatesButNoAbsentVideo) {
     const auto a = bookmarks.add("/videos/a.mp4");
     const Bytes absent = toBytes("bookmark:/unmounted/x.mp4");
+    Keeper keeper;
+    library.setDeletedTimelineKeeper(&keeper);
+    const TimelineLines ofDuplicate = lines();
+    storage->saveTimeline(ofDuplicate, "3");
     store({{a, "1", {}, {}},
            {absent, "2", {}, true},
            {a, "3", "same file", {}},
@@ -101,6 +105,9 @@ TEST_F(VideoFiles, LoadingNormalizesAndDropsDuplicatesButNoAbsentVideo) {
     expectInStep();
     library.saveVideosData();
     EXPECT_EQ(library.videosData().size(), 3u);
+    ASSERT_EQ(keeper.kept.size(), 1u);
+    EXPECT_EQ(keeper.kept[0].first.id, "3");
+    EXPECT_EQ(keeper.kept[0].second, ofDuplicate);
 }
 
 TEST_F(VideoFiles, MigratesTheOldFormOnce) {
