@@ -293,8 +293,8 @@ TEST(KeyCaptureTest, ReleasingAModifierRecordsTheOnesStillHeld) {
                                 &KeyModifiers::command, &KeyModifiers::function}) {
         KeyModifiers held = released == &KeyModifiers::command ? shift : command;
         const std::string expected = held.command ? "⌘" : "⇧";
-        capture.isCapturing.set(true);
-        capture.keyString.set("old");
+        capture.setKeyString("old");
+        capture.start();
         capture.modifiersChanged(held);
         held.*released = true;
         capture.modifiersChanged(held);
