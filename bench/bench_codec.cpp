@@ -1,4 +1,5 @@
-// What a press and an opening cost in the codec and the store: 10,000 stamps on 50 lines.
+// The cost of a press and of opening a video in the codec and the store, with 10,000 stamps on 50
+// lines.
 
 #include <benchmark/benchmark.h>
 #include <fstream>
@@ -57,7 +58,7 @@ void decodeTimelines(benchmark::State& state) {
 }
 BENCHMARK(decodeTimelines)->Unit(benchmark::kMillisecond);
 
-// The encoding of a press alone, on 50 lines and, the worst case, on one.
+// Encodes one changed stamp, on 50 lines and, as the worst case, on one line.
 void encodeOneChangedStamp(benchmark::State& state) {
     const int lineCount = static_cast<int>(state.range(0));
     auto lines = timelines(lineCount, 10000 / lineCount);
@@ -72,7 +73,7 @@ void encodeOneChangedStamp(benchmark::State& state) {
 }
 BENCHMARK(encodeOneChangedStamp)->Arg(50)->Arg(1)->Unit(benchmark::kMillisecond);
 
-// What this process has caused to be written to disks so far.
+// The number of bytes that this process has written to disks so far.
 double bytesWritten() {
     std::ifstream file("/proc/self/io");
     std::string name;
@@ -83,9 +84,9 @@ double bytesWritten() {
     return 0;
 }
 
-// A whole press in the store, so many stamps on so many lines: encoded and in the database. The
-// bytes that a press writes to the disk include the log, its return into the database and all
-// syncs; not those of the documents, which are written every 30 seconds.
+// A press in the store, with the given numbers of stamps and lines: encoded and stored in the
+// database. The bytes written per press include the log, its copy to the database and all syncs,
+// but not the documents, which are written every 30 seconds.
 void saveOneStamp(benchmark::State& state) {
     const int lineCount = static_cast<int>(state.range(1));
     TempFolder folder;
@@ -100,7 +101,7 @@ void saveOneStamp(benchmark::State& state) {
     std::size_t press = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        scheduler.run();  // what the save leaves to the background
+        scheduler.run();  // background work of the save
         auto& stamps = lines[++press * 7 % lines.size()].write().stamps;
         auto stamp = *stamps.back();
         stamp.id = Uuid::random();
@@ -120,7 +121,7 @@ BENCHMARK(saveOneStamp)
     ->Iterations(1000)
     ->Unit(benchmark::kMillisecond);
 
-// The same with a stamp that is changed in the middle of its line.
+// The same for a stamp that is changed in the middle of its line.
 void saveOneChangedStamp(benchmark::State& state) {
     TempFolder folder;
     CapturedLog log;

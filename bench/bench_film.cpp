@@ -1,5 +1,5 @@
-// A film of ten cuts of five seconds at 1080p, each with its bar of text, beside the ffmpeg program
-// that makes the same film with the same encoder settings. Exits with failure if ours is slower.
+// Compares a film of ten cuts of five seconds at 1080p, with text overlays, to the same film made
+// by the ffmpeg program with the same encoder settings. Fails if ours is slower.
 
 #include <algorithm>
 #include <chrono>
@@ -49,8 +49,8 @@ double secondsOf(Work work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// Processor time of this process or of the programs that it ran: on a busy machine the steadier
-// figure.
+// The processor time of this process or of its child processes; more stable than wall time on a
+// busy machine.
 double processorSeconds(int whose) {
     rusage used{};
     getrusage(whose, &used);

@@ -1,5 +1,5 @@
-// The control window's painting with 10,000 stamps on 50 lines: everything anew, as while scrolling
-// or zooming, and a move of the playhead.
+// Painting the control window with 10,000 stamps on 50 lines: everything, as for scrolling or
+// zooming, and a move of the playhead.
 
 #include <QApplication>
 #include <benchmark/benchmark.h>

@@ -1,7 +1,7 @@
-// What a key press costs from the keyboard to the stamp in the database, and what undo costs, with
-// 10,000 stamps on 50 lines. No window takes part; the painting of a press is measured elsewhere.
-// Twenty presses a second, far more than a hand makes, and the database's own thread gets its turn
-// as it does at work. The last column is processor time of this thread alone, for a busy machine.
+// The cost of a key press, from the keyboard to the stamp in the database, and of undo, with 10,000
+// stamps on 50 lines and without windows; painting is measured separately. There are twenty presses
+// per second, many more than a user makes, so the database's own thread runs as usual. The last
+// column is the processor time of this thread, which is more stable on a busy machine.
 
 #include <algorithm>
 #include <chrono>
@@ -43,7 +43,7 @@ TimelineLines timelines(const std::vector<Tag>& tags, int lineCount, int stampsP
     return lines;
 }
 
-// Wall and processor times of the same pieces of work, milliseconds.
+// Wall and processor times of repeated runs, in milliseconds.
 struct Times {
     std::vector<double> wall;
     std::vector<double> processor;
@@ -78,7 +78,7 @@ struct Times {
 };
 
 void fillLibrary(PressingProject& project, int videos) {
-    // A season's library: the other videos have timelines of their own.
+    // The library of a season: the other videos have timelines as well.
     for (int i = 1; i < videos; ++i) {
         const std::string id = project.addVideo("other" + std::to_string(i) + ".mp4");
         project.storage.saveTimeline(timelines(project.tagLibrary.active->tags, 10, 40), id);
@@ -88,7 +88,7 @@ void fillLibrary(PressingProject& project, int videos) {
     project.open(match);
 }
 
-// A small and a large library by turns, so that a busy moment of the machine meets both.
+// Alternates between a small and a large library, so that a busy machine affects both.
 void strikes() {
     struct Match {
         explicit Match(int count) : videos(count) { fillLibrary(project, videos); }

@@ -1,7 +1,7 @@
-// How long an exact seek takes on a 1080p video with a key frame every two seconds, beside the mpv
-// program driven over its socket with the same options, window size and times. The two take turns,
-// so that what else the machine does falls on both. The last row counts until the window has shown
-// the picture, which the mpv program does not tell of itself.
+// The duration of an exact seek in a 1080p video with a key frame every two seconds, compared to
+// the mpv program, which is controlled through its socket with the same options, window size and
+// times. Both seek alternately, so that other load affects both. The last row measures until the
+// window shows the picture, which the mpv program does not report.
 //
 // bench_seek [video [seeks]]
 
@@ -32,7 +32,7 @@ namespace tembrix {
 namespace {
 
 constexpr QSize window{1280, 720};
-constexpr int restMs = 150;  // between seeks, for the painting to end
+constexpr int restMs = 150;  // between seeks, until painting has ended
 
 double now() {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
@@ -45,7 +45,7 @@ void rest(int milliseconds) {
     loop.exec();
 }
 
-// The mpv program, paused on the video.
+// The mpv program with the video, paused.
 class Program {
   public:
     explicit Program(const std::filesystem::path& video) {
@@ -75,7 +75,7 @@ class Program {
             rest(50);
             socket_.connectToServer(address);
         }
-        rest(2000);  // its window comes up
+        rest(2000);  // until its window is shown
         seek(0);
     }
     ~Program() {
@@ -102,7 +102,7 @@ class Program {
     QLocalSocket socket_;
 };
 
-// Notes when a window has been painted: in the turn of the event loop after its paint event.
+// Records when a window was painted: in the turn of the event loop after its paint event.
 class PaintWatch final : public QObject {
   public:
     PaintWatch(QWidget& surface, double& painted) : painted_(painted) {
@@ -180,7 +180,7 @@ int run(const std::filesystem::path& video, int seeks) {
     return 0;
 }
 
-// A minute of the match at 1080p with a key frame every two seconds; made once.
+// One minute of the match at 1080p with a key frame every two seconds; created once.
 std::filesystem::path benchVideo() {
     const std::filesystem::path file = TEMBRIX_BENCH_VIDEO;
     if (std::filesystem::exists(file))

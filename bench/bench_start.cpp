@@ -1,6 +1,6 @@
-// From making the program to the first painted frame of the list window, with 1,000 videos in the
-// library that are all on the disk. The toolkit's own start is told apart; starts after the first
-// find its fonts and styles warm.
+// The time from creating the program to the first painted frame of the list window, with 1,000
+// existing videos in the library. The start of Qt is measured separately. Fonts and styles are
+// cached after the first start.
 
 #include <QApplication>
 #include <QListView>
@@ -49,12 +49,12 @@ class FirstPaint final : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() == QEvent::Paint && watched->parent() &&
             watched->parent()->objectName() == QLatin1String("videosList"))
-            painted = true;  // the frame is done when the loop comes back
+            painted = true;  // the frame is complete in the next turn of the loop
         return false;
     }
 };
 
-// Milliseconds until the list is painted; negative if it never is.
+// Milliseconds until the list is painted; negative if it is not painted.
 double start(const std::filesystem::path& resources) {
     FirstPaint first;
     qApp->installEventFilter(&first);

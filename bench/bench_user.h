@@ -17,7 +17,7 @@ inline double nowMs() {
         .count();
 }
 
-// What the process holds in memory, as the system counts it.
+// The resident memory of the process.
 inline double residentMegabytes() {
     std::ifstream pages("/proc/self/statm");
     long total = 0;
@@ -26,7 +26,7 @@ inline double residentMegabytes() {
     return static_cast<double>(resident * ::sysconf(_SC_PAGESIZE)) / (1024 * 1024);
 }
 
-// A user of the benchmark's own, so that no other's library takes part.
+// Uses separate user folders, so that no other library has an influence.
 inline void settleIn(const TempFolder& home) {
     const std::string path = home.path().string();
     ::setenv("HOME", path.c_str(), 1);

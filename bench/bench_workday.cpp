@@ -1,7 +1,7 @@
-// A day's work through the real windows, on the real store and the real player: 200 videos in the
-// library, 30 collections of the user, and a match of an hour at 1080p with 10,000 stamps on 50
-// lines. Keys go through the window system's own entry. A press counts as shown when it is stored
-// and its pixels have gone to both windows. What is lost on the way makes the program fail.
+// A day's work with the real windows, store and player: 200 videos in the library, 30 collections
+// of the user, and a match of an hour at 1080p with 10,000 stamps on 50 lines. Keys are sent like
+// the window system does. A press is complete when its stamp is stored and both windows are
+// painted. Lost stamps make the program fail.
 //
 // bench_workday [presses of the simulated hour]
 
@@ -35,14 +35,14 @@ namespace tembrix {
 namespace {
 
 constexpr int presses = 300;
-constexpr int firstRow = 1;  // above it stands the line of the drawings
+constexpr int firstRow = 1;  // above it is the drawings line
 constexpr int rowsInUse = 6;
 
 struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Milliseconds of the same piece of work, many times.
+// Times of repeated runs in milliseconds.
 class Times {
   public:
     void add(double time) { times_.push_back(time); }
@@ -88,7 +88,7 @@ class Workday {
     int expected() const { return expected_; }
 
   private:
-    // Fails where it does not come to pass.
+    // Fails if the condition does not become true.
     double until(const char* what, const std::function<bool()>& condition,
                  const std::function<void()>& start = {}) {
         const double time = loop_.runUntil(condition, start);
@@ -110,7 +110,7 @@ class Workday {
         until("a window to have the keyboard",
               [&] { return QGuiApplication::focusWindow() == window.windowHandle(); });
     }
-    // As the window system hands a key over; what it sets off waits for the event loop.
+    // Sends a key like the window system; its effects happen in the event loop.
     static void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         QWidget* popup = QApplication::activePopupWidget();
         QWindow* window = popup ? popup->windowHandle() : QGuiApplication::focusWindow();
@@ -120,7 +120,7 @@ class Workday {
         qt_handleKeyEvent(window, QEvent::KeyRelease, key, modifiers, text);
     }
     Project& project() { return *core_.windows.project(); }
-    // Counts the stamps of the open project, now and as they change.
+    // Counts the stamps of the open project now and after each change.
     void follow() {
         const auto count = [this](const TimelineLines& lines) {
             count_ = 0;
@@ -153,9 +153,9 @@ class Workday {
     QWidget& list_;
     TimelineCanvas* canvas_ = nullptr;
     LineNamesView* names_ = nullptr;
-    std::map<Qt::Key, TagButton*> buttons_;  // by their hot keys
-    int count_ = 0;                          // of the stamps in the open project
-    int expected_ = 0;                       // of them after all that was done
+    std::map<Qt::Key, TagButton*> buttons_;  // by hot key
+    int count_ = 0;                          // number of stamps in the open project
+    int expected_ = 0;                       // expected number of stamps
     std::mt19937 random_{1};
     Subscription lines_;
 };
@@ -165,7 +165,7 @@ void Workday::search() {
     auto* field = inWindow<QLineEdit>("list", "searchVideos");
     activate(list_);
     until("all videos", [&] { return cards->model()->rowCount() == WorkdayData::videos; });
-    loop_.run(5);  // the launch's own work comes to its end
+    loop_.run(5);  // until the launch work has ended
     field->setFocus();
     Times times;
     loop_.resetLongest();
@@ -230,7 +230,8 @@ void Workday::findButtons() {
             throw Failure("a tag of the workday has no button");
 }
 
-// From the key to the stamp stored and shown on the button, and on its line if that is in view.
+// Measures from the key press until the stamp is stored and shown on the button, and on its line if
+// that is in view.
 double Workday::press(int number, bool inView) {
     const Qt::Key which = tagKey(number);
     const QWidget* button = buttons_[which];
@@ -263,7 +264,7 @@ void Workday::mark() {
         loop_.run(pause(random_));
         loop_.resetLongest();
         times.add(press(i, true));
-        loop_.run(0.15);  // the video plays on
+        loop_.run(0.15);  // playback continues
         blocks.add(loop_.longest().wall);
         own.add(loop_.longest().processor);
         if (loop_.longest().wall > worst.wall)
@@ -287,8 +288,8 @@ void Workday::switchCollections() {
         return type.isUser() ? type.name
                              : core_.tagLibrary.selectedStandardCollectionName->value_or("");
     };
-    // Down to the last one and up to a standard one, which has all of them loaded anew; the day
-    // goes on with one of the user's.
+    // Down to the last collection and up to a standard one, which loads all collections again. The
+    // rest of the day uses one of the user's.
     constexpr int lastStandard = 1;
     bool down = true;
     for (int i = 0; i < 2 * WorkdayData::collections || names->currentIndex() <= lastStandard;
@@ -311,7 +312,7 @@ void Workday::switchCollections() {
                 return chosen() != before && button && loop_.isPainted(button);
             },
             [] { key(Qt::Key_Return); }));
-        loop_.run(0.3);  // what a switch loads in the background is taken over
+        loop_.run(0.3);  // the background load of the switch ends
         blocks.add(loop_.longest().wall);
     }
     print("Switch of the collection to shown", times);
@@ -343,7 +344,7 @@ void Workday::deleteOne(int row) {
         [] { key(Qt::Key_Delete, Qt::AltModifier); });
 }
 
-// Sends the video to where it stands by then: three seconds on by key, unless a click has led away.
+// Moves the video to the current time: three seconds on by key, unless a click has moved it.
 void Workday::passTime(double seconds) {
     const double before = project().player.currentTime();
     if (before + 10 > WorkdayData::matchSeconds)
@@ -358,7 +359,7 @@ void Workday::passTime(double seconds) {
         });
 }
 
-// Two marks a second, made as fast as they go.
+// Makes two marks for each second of the video, as fast as possible.
 void Workday::hour(int marks) {
     activate(*canvas_->window());
     findButtons();
@@ -395,7 +396,7 @@ void Workday::hour(int marks) {
     print(loop_.longest());
 }
 
-// The user's folders are filled by a process of their own, so that its memory does not count.
+// Fills the user's folders in a child process, so that its memory is not measured.
 bool fillApart() {
     const pid_t child = ::fork();
     if (child == 0)
@@ -420,7 +421,7 @@ int run(int argc, char** argv) {
         day.switchCollections();
         day.hour(argc > 1 ? std::atoi(argv[1]) : 7200);
         expected = day.expected();
-        found = WorkdayData::storedStamps();  // as after a kill: the program is still running
+        found = WorkdayData::storedStamps();  // as after a kill, without quitting
     }
     const int durable = WorkdayData::durableStamps();
     std::printf("%-56s | %d\n", "An hour of marking: lost",

@@ -47,7 +47,7 @@ void WatchedApplication::turn(const std::function<void()>& work) {
     const double time = nowMs() - start;
     if (time > longest_.wall)
         longest_ = {time, processorMs() - processorStart, turnsEvent_};
-    // Nothing waited; leave the machine to the others, as a sleeping loop does.
+    // Nothing was pending: lets other processes run, like a sleeping event loop.
     if (time < 0.05)
         std::this_thread::sleep_for(std::chrono::microseconds(200));
 }

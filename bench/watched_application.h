@@ -9,28 +9,27 @@
 
 namespace tembrix {
 
-// The toolkit's application, run turn by turn by a benchmark: notes how long the event loop was
-// taken without a break, by what, and which widgets were painted.
+// A QApplication that a benchmark runs turn by turn. It records how long the event loop was blocked
+// and by which event, and which widgets were painted.
 class WatchedApplication final : public QApplication {
   public:
     WatchedApplication(int& argc, char** argv);
 
     bool notify(QObject* receiver, QEvent* event) override;
 
-    // Does what is to be measured as a hand would set it off, then runs turns until the condition
-    // holds; milliseconds from the beginning to the end of the turn that brought it about. Negative
-    // if it does not hold in time.
+    // Calls `start` and runs turns until the condition is true. Returns the milliseconds from the
+    // start to the end of the last turn; negative if the condition is not true in time.
     double runUntil(const std::function<bool()>& condition, const std::function<void()>& start = {},
                     double seconds = 20);
     void run(double seconds);
 
-    // Of the widgets painted since the last call of forgetPaintings(), once their pixels have gone
-    // to the window.
+    // Whether the widget was painted since the last call of forgetPaintings() and its pixels were
+    // sent to the window.
     bool isPainted(const QWidget* widget) const { return painted_.contains(widget); }
     void forgetPaintings() { painted_.clear(); }
 
-    // The longest turn of the loop since the last reset, in wall and processor time of the main
-    // thread, and the longest event in it.
+    // The longest turn of the event loop since the last reset, in wall and processor time of the
+    // main thread, and its longest event.
     struct Block {
         double wall = 0;
         double processor = 0;

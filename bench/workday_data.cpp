@@ -28,7 +28,7 @@ constexpr const char* colors[] = {"30D158", "0A84FF", "FF9F0A", "BF5AF2",
                                   "FFD60A", "64D2FF", "8E8E93"};
 constexpr const char* matchId = "0123456789ABCDEF0123456789ABCDEF";
 
-// The user's stored data without a running program.
+// The stored data of the user without a running program.
 struct Store : FakePlatform {
     SqliteUserDefaults defaults{programDataFolder() / layout::defaultsFile, log};
     FileBookmarks bookmarks;
@@ -54,7 +54,7 @@ bool makeVideo(const std::filesystem::path& file, const MatchVideo& video) {
     return true;
 }
 
-// A whole match from a short piece of it, over and over, without encoding anything again.
+// Repeats a short recording until it has the length of a match, without encoding it again.
 bool makeMatch(const std::filesystem::path& raw, const std::filesystem::path& file) {
     const int more = static_cast<int>(WorkdayData::matchSeconds / rawSeconds) - 1;
     const auto command =

@@ -5,8 +5,8 @@
 
 namespace tembrix {
 
-// What an analyst has on the disk in the middle of a season. Written to the folders of the user
-// whom the environment names.
+// The data of an analyst in the middle of a season. Written to the user's folders according to the
+// environment.
 struct WorkdayData {
     static constexpr int videos = 200;
     static constexpr int collections = 30;
@@ -19,17 +19,18 @@ struct WorkdayData {
     static constexpr int stamps = lines * stampsPerLine;
     static constexpr double matchSeconds = 3600;
 
-    // The keys of the tags of the first group, which ask for no labels.
+    // The hot keys of the tags in the first group, which need no labels.
     static constexpr const char* keys = "QWERTY";
 
     static std::string collectionName(int number);
     static std::string matchName();
 
-    // False if anything of it could not be made. `scratch` keeps the videos' raw material.
+    // Returns false if something could not be created. `scratch` is the folder for the source
+    // material of the videos.
     static bool write(const std::filesystem::path& scratch);
 
-    // The stamps of the match in the working copy and in the durable one, read anew; negative where
-    // there is none.
+    // The number of stamps of the match in the working copy and in the document, as stored;
+    // negative if there is none.
     static int storedStamps();
     static int durableStamps();
 };

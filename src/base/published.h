@@ -7,7 +7,7 @@
 
 namespace tembrix {
 
-// A value that others read and observe. Belongs to the main thread.
+// A value that can be read and observed. Main thread only.
 template <class T>
 class Observable {
   public:
@@ -18,7 +18,7 @@ class Observable {
     const T& operator*() const { return value_; }
     const T* operator->() const { return &value_; }
 
-    // Calls back after each later change, not for the present value.
+    // Observes later changes; not called for the current value.
     Subscription observe(std::function<void(const T&)> observer) const {
         return changed_.observe(std::move(observer));
     }
@@ -32,8 +32,8 @@ class Observable {
     Signal<T> changed_;
 };
 
-// State of an Owner, which alone can change it. It is a public member of its owner; to everybody
-// else it is an Observable.
+// A public member of its owner, which alone can change the value. Other code uses it as an
+// Observable.
 template <class T, class Owner>
 class Published final : public Observable<T> {
   public:
@@ -47,12 +47,12 @@ class Published final : public Observable<T> {
         this->value_ = std::move(value);
         this->changed_.emit(this->value_);
     }
-    // For values whose repetition is no news.
+    // Notifies only if the value is a different one.
     void setIfChanged(T value) {
         if (this->value_ != value)
             set(std::move(value));
     }
-    // Changes the value in place, then notifies.
+    // Changes the value in place and notifies the observers.
     template <class Change>
     void update(Change&& change) {
         std::forward<Change>(change)(this->value_);

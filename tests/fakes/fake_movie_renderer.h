@@ -63,7 +63,7 @@ class FakeMovieRenderer final : public MovieRenderer {
     std::vector<std::shared_ptr<Session>> sessions;  // all runs so far, in order
     std::optional<Error> startError;                 // returned by start() if set
     std::optional<Error> runError;  // the result of runs with endAtOnce; success if absent
-    bool endAtOnce = false;  // runs end by themselves
+    bool endAtOnce = false;         // runs end by themselves
 
     Result<std::shared_ptr<MovieSession>> start(MovieJob job, Completion completion) override {
         if (startError)

@@ -15,16 +15,16 @@
 
 namespace tembrix {
 
-// Background work on behalf of one object, which has this as its last member. Main thread only.
+// Runs background work for one object, which has this as its last member. Main thread only.
 //
-// Work is a function of copies: it must not use its owner, unless the owner calls cancelAndWait()
-// in its destructor. It may accept a std::stop_token and end early when stop is requested. Its
-// result is passed to `done` on the main thread. After cancellation, which the destructor implies,
-// work that has not begun is not run and `done` is not called.
+// Work is a function that uses only copies. It must not use its owner, unless the owner calls
+// cancelAndWait() in its destructor. It may accept a std::stop_token and end early when stop is
+// requested. Its result is passed to `done` on the main thread. After cancellation, which the
+// destructor implies, work that has not started is not run, and `done` is not called.
 //
-// What `work` captured is destroyed in the background before `done` is called. `done`, what it
-// captured and the result are destroyed on the main thread. Values that share data with the main
-// thread (Cow) are therefore captured by `done` or are part of the result.
+// The captures of `work` are destroyed in the background before `done` is called. `done`, its
+// captures and the result are destroyed on the main thread. Values that share data with the main
+// thread (Cow) must therefore be captured by `done` or be part of the result.
 class BackgroundWork {
   public:
     explicit BackgroundWork(Scheduler& scheduler) : scheduler_(scheduler) {}
@@ -38,21 +38,21 @@ class BackgroundWork {
         queue.async(task(std::move(work), std::move(done)));
     }
 
-    // A later step on the main thread; not run after cancellation.
+    // Runs a step later on the main thread, unless it is canceled.
     template <class Step>
     void onMain(Step step) {
         scheduler_.onMain(lifetime_.guard(std::move(step)));
     }
-    // A callback for other services, such as a file panel; see Lifetime.
+    // Wraps a callback for another service, such as a file panel; see Lifetime.
     template <class Call>
     auto guard(Call call) const {
         return lifetime_.guard(std::move(call));
     }
     std::stop_token token() const { return lifetime_.token(); }
 
-    // Ends what was started so far; what is started afterwards is not affected.
+    // Cancels everything started so far. Work started afterwards is not affected.
     void cancel() { lifetime_.cancel(); }
-    // Returns when none of it runs any more. The work must not wait for the main thread.
+    // Cancels and waits until no work is running. The work must not wait for the main thread.
     void cancelAndWait() {
         cancel();
         const std::unique_lock idle(*running_);
@@ -90,7 +90,7 @@ class BackgroundWork {
             {
                 const std::shared_lock lock(*running);
                 if (stop.stop_requested()) {
-                    // Neither the work nor `done` is wanted any more.
+                    // Canceled: neither the work nor `done` is called.
                 } else if constexpr (hasValue) {
                     result->emplace(call(*job->work, stop));
                 } else {

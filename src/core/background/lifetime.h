@@ -5,8 +5,8 @@
 
 namespace tembrix {
 
-// Tells callbacks and background work whether the object that started them still wants them. An
-// object has one as its last member. Main thread only; its tokens can be asked on any thread.
+// Lets callbacks and background work check whether the object that started them still needs them.
+// The object has this as its last member. Main thread only; tokens can be checked on any thread.
 class Lifetime {
   public:
     Lifetime() = default;
@@ -17,10 +17,11 @@ class Lifetime {
     // Stop is requested when the lifetime ends or is canceled.
     std::stop_token token() const { return source_.get_token(); }
 
-    // Ends what was started so far. What is started afterwards is not affected.
+    // Cancels everything started so far. Callbacks created afterwards are not affected.
     void cancel() { std::exchange(source_, {}).request_stop(); }
 
-    // A callback that does nothing once it is no longer wanted. Call it on the main thread.
+    // Wraps a callback so that it does nothing after cancellation. It must be called on the main
+    // thread.
     template <class Call>
     auto guard(Call call) const {
         return [token = token(), call = std::move(call)]<class... Args>(Args&&... args) mutable {

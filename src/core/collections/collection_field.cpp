@@ -21,7 +21,7 @@ namespace {
 constexpr double defaultWidth = 100.0;
 constexpr double defaultHeight = 60.0;
 
-// A display name as a file name: it must not lead out of the folder.
+// Converts a display name to a file name. It must not contain a path separator.
 std::string fileStem(const std::string& collectionName) {
     return replaced(collectionName, "/", "_");
 }
@@ -32,8 +32,8 @@ std::filesystem::path CustomCollectionManager::fieldFolder() const {
     return services_.storage.dataFolder() / layout::playFieldsFolder;
 }
 
-// Whether another collection's field shows the file of this name: one that took its name from a
-// collection renamed since, or that shares its name with this one before the first save.
+// Whether another collection's field uses the picture of this name. That happens if that collection
+// was renamed, or if both have the same name before the first save.
 bool CustomCollectionManager::isPictureOfAnother(const std::string& name) const {
     std::error_code ignored;
     if (!std::filesystem::exists(fieldFolder() / pathFromText(name), ignored))
@@ -48,7 +48,7 @@ bool CustomCollectionManager::isPictureOfAnother(const std::string& name) const 
     return false;
 }
 
-// The collection's name, with a counter where that is another collection's picture.
+// The collection's name, with a number if another collection uses that picture.
 std::string CustomCollectionManager::fieldFileStem() const {
     auto stem = fileStem(collectionName_);
     for (int counter = 1; isPictureOfAnother(stem + ".png"); ++counter)

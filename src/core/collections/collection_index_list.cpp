@@ -20,7 +20,7 @@ namespace {
 
 using List = std::vector<CollectionInfo>;
 
-// A flipped byte can leave a document readable, with another id or name in it.
+// A damaged byte can leave a document readable, but with another id or name in it.
 bool differInOneByte(const Bytes& one, const Bytes& other) {
     if (one.size() != other.size())
         return false;
@@ -135,7 +135,7 @@ void CollectionIndexList::write() {
     std::uint64_t before = 0;
     {
         const std::lock_guard lock(cacheLock_);
-        if (!ahead_)  // written already, or the file was replaced meanwhile
+        if (!ahead_)  // it was written meanwhile, or the file was replaced
             return;
         list = cache_;
         before = generation_;
@@ -167,7 +167,7 @@ Result<void> CollectionIndexList::replaceFile(const std::function<Result<void>()
     cache_.clear();
     ahead_ = false;
     defaults_.remove(layout::collectionsUnsavedKey);
-    // From now on the new file is what the second copy has to agree with.
+    // From now on the second copy is compared with the new file.
     const auto bytes = readFile(file_);
     const auto list = bytes ? decode<List>(*bytes).optional() : std::nullopt;
     if (const auto json = list ? encode(*list).optional() : std::nullopt)

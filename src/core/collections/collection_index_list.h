@@ -17,13 +17,13 @@ namespace tembrix {
 
 class UserDefaults;
 
-// The list of user collections in memory, its file, and the copies of it in the user defaults: one
-// of the changes that the file lacks, one of what the file was last written with. A file that
-// cannot be read, or that differs from the second copy in a single byte, is damaged, and the copy
-// is used instead. Safe from any thread.
+// The list of user collections: in memory, in its file, and in two copies in the user defaults. One
+// copy contains changes that are not in the file yet, the other the list as last written to the
+// file. A file that cannot be read, or that differs from the second copy in a single byte, is
+// damaged, and the copy is used instead. Thread-safe.
 //
-// Each change and each replacement of the file counts as a new generation. A list that was read
-// from the file is kept only if no newer generation has come meanwhile.
+// Each change and each replacement of the file starts a new generation. A list read from the file
+// is discarded if a newer generation was started meanwhile.
 class CollectionIndexList {
   public:
     CollectionIndexList(std::filesystem::path file, UserDefaults& defaults, Log& log);
@@ -32,19 +32,20 @@ class CollectionIndexList {
     std::vector<CollectionInfo> list();
     bool hasUnsavedChange() const { return ahead_; }
 
-    // Changes the list in memory; the change returns whether there was one.
+    // Changes the list in memory. The function returns whether it has changed anything.
     bool change(const std::function<bool(std::vector<CollectionInfo>&)>& change);
-    // Makes the next write store the list even if it did not change.
+    // Makes the next write store the list even if it has not changed.
     void markUnsaved();
-    // Writes an unsaved change to the file. A failure is logged and keeps it unsaved.
+    // Writes unsaved changes to the file. If that fails, the error is logged and they remain
+    // unsaved.
     void write();
-    // Changes the list and writes it in one go, so that nobody sees one without the other.
+    // Changes and writes the list as one operation, so that other threads see either both or none.
     void changeAndWrite(const std::function<void(std::vector<CollectionInfo>&)>& change);
-    // Runs an operation that replaces or removes the file. No write runs meanwhile, unsaved changes
-    // are dropped, and the list is read again when it is next needed.
+    // Runs an operation that replaces or removes the file. Meanwhile nothing is written. Unsaved
+    // changes are discarded, and the list is read again when it is needed.
     Result<void> replaceFile(const std::function<Result<void>()>& replace);
 
-    // The list that the file was last written with, from the defaults; absent if unknown.
+    // The list as last written to the file, from the defaults; absent if unknown.
     std::optional<std::vector<CollectionInfo>> secondCopy() const;
 
   private:
@@ -58,12 +59,12 @@ class CollectionIndexList {
     const std::filesystem::path file_;
     UserDefaults& defaults_;
     Log& log_;
-    std::mutex writing_;  // locked before cacheLock_; a later write never precedes an earlier one
+    std::mutex writing_;  // locked before cacheLock_; keeps writes in order
     std::mutex cacheLock_;
     std::vector<CollectionInfo> cache_;
     std::uint64_t generation_ = 0;
-    // The list has a change that the file lacks. Until it is written, an empty list means that the
-    // last collection was removed, not that the file has yet to be read.
+    // The list has a change that is not in the file. Until it is written, an empty list means that
+    // the last collection was removed, not that the file must be read.
     std::atomic<bool> ahead_ = false;
 };
 

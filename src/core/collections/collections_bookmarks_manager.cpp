@@ -42,7 +42,7 @@ CollectionsBookmarksManager::CollectionsBookmarksManager(InMemoryStorageManager&
       log_(log),
       index_(std::make_shared<CollectionIndexList>(
           storage.dataFolder() / layout::collectionIndexFile, storage.userDefaults(), log)) {
-    // A folder that cannot be made shows when the index is written.
+    // If the folder cannot be created, writing the index reports it.
     static_cast<void>(makeFolder(storage_.dataFolder()));
     if (index_->hasUnsavedChange())
         changed();
@@ -107,8 +107,8 @@ void CollectionsBookmarksManager::rewriteIndex() {
     changed();
 }
 
-// The change counts at once, so that a termination right after it saves; only the timer has to wait
-// for the main thread.
+// The change is marked as pending at once, so that it is saved even if the program ends now. The
+// timer is started on the main thread.
 void CollectionsBookmarksManager::changed() {
     if (pendingSave_.exchange(true))
         return;
@@ -232,8 +232,8 @@ void CollectionsBookmarksManager::migrateSavedCollections() {
               " collections from UserDefaults");
 }
 
-// One row per group of folders, then the collections that were saved moments ago and have their
-// folder only after the next flush.
+// One row per group of folders, followed by collections saved recently, whose folders are created
+// by the next flush.
 std::vector<CollectionInfo> CollectionsBookmarksManager::cleanedList(
     const std::vector<CollectionInfo>& before,
     const std::map<std::string, std::vector<CollectionFolder>>& groups) const {
@@ -241,7 +241,7 @@ std::vector<CollectionInfo> CollectionsBookmarksManager::cleanedList(
     for (const auto& info : before)
         names.insert_or_assign(info.id, info.name);
     std::vector<CollectionInfo> list;
-    std::set<std::string> gone;  // folders that lost their name to the clean-up
+    std::set<std::string> gone;  // folders that were renamed or removed by the clean-up
     for (const auto& [base, copies] : groups) {
         const auto name = names.find(base);
         list.push_back({base, name == names.end() ? base : name->second});
@@ -287,7 +287,8 @@ void CollectionsBookmarksManager::cleanUpDuplicateCollections() {
     keepOnePerGroup(parent, groups, log_);
 
     std::size_t count = 0;
-    // The list in memory changes with the file, or the next change would write the old ids back.
+    // The list in memory is changed as well; otherwise the next change would write the old ids
+    // back.
     index_->changeAndWrite([&](std::vector<CollectionInfo>& list) {
         list = cleanedList(list, groups);
         count = list.size();

@@ -26,8 +26,8 @@ namespace tembrix {
 class CollectionIndexList;
 struct CollectionFolder;
 
-// The index of user collections: which exist, under which id and display name. Kept in one small
-// file and saved in bursts. Safe from any thread.
+// The index of the user's collections with their ids and display names. Stored in a small file;
+// changes in quick succession are saved together. Thread-safe.
 class CollectionsBookmarksManager final : public CollectionIndexStorage {
   public:
     static constexpr double saveDelay = 2.0;
@@ -41,9 +41,10 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     void addOrUpdateCollection(const std::string& id, const std::string& name);
     void removeCollection(const std::string& id);
     std::vector<CollectionBookmark> loadBookmarks();
-    // The one-off merge of numbered duplicate folders that older data left behind; any thread.
+    // Merges numbered duplicate folders created by older versions. Runs once per installation, on
+    // any thread.
     void cleanUpDuplicateCollections();
-    // Copies the older list in the preferences into an empty index; once per installation.
+    // Copies the older list in the preferences into an empty index. Runs once per installation.
     void migrateSavedCollections();
 
     void applicationWillTerminate();
@@ -51,14 +52,14 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
 
     // Writes a pending change on the calling thread; for the backup. Any thread.
     void flushNow();
-    // Runs an operation that replaces or removes the index file; the list is read again when it is
-    // next needed. Any thread.
+    // Runs an operation that replaces or removes the index file; the list is then read again when
+    // it is needed. Any thread.
     Result<void> replaceIndexFile(const std::function<Result<void>()>& replace);
-    // Writes the list again although nothing changed, because the file is lost or damaged.
+    // Writes the unchanged list again, because the file is lost or damaged.
     void rewriteIndex();
-    // Gives a collection that is listed under a damaged id its right one.
+    // Corrects the id of a collection that is listed under a damaged one.
     void replaceId(const std::string& id, const std::string& right);
-    // The list that the file was last written with; absent if unknown.
+    // The list as last written to the file; absent if unknown.
     std::optional<std::vector<CollectionInfo>> secondCopy() const;
 
     std::filesystem::path indexFile() const;

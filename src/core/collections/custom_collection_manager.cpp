@@ -26,7 +26,7 @@ void eraseById(std::vector<Record>& list, const std::string& id) {
     std::erase_if(list, [&](const Record& record) { return record.id == id; });
 }
 
-// The members of the group that no other group lists.
+// The members of the group that are in no other group.
 template <class Group>
 std::vector<std::string> ownMembers(const std::vector<Group>& groups, const std::string& id,
                                     std::vector<std::string> Group::*members) {
@@ -298,7 +298,7 @@ bool CustomCollectionManager::saveCollection() {
     services_.scheduler.onMain([&events = services_.events, saved = collectionName_] {
         events.post(events::CollectionDataChanged{saved});
     });
-    // The observers may come back to this object.
+    // Observers may call this object.
     for (const auto& tag : std::exchange(changedTags_, {}))
         services_.events.post(events::TagUpdated{tag.id, tag.newName});
     changed_.emit();

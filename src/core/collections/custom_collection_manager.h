@@ -21,7 +21,7 @@
 
 namespace tembrix {
 
-// What a CustomCollectionManager works with; one set serves the process.
+// The services that a CustomCollectionManager uses.
 struct CollectionServices {
     InMemoryStorageManager& storage;
     CollectionsBookmarksManager& index;
@@ -32,15 +32,15 @@ struct CollectionServices {
     Log& log;
 };
 
-// One user collection in hand: loaded, made or changed. Edits change the object only;
-// saveCollection stores it, and the operations on the play field save by themselves. Not shared;
-// made per use. Main thread only, but for loadCollection, which may run on any thread while nobody
+// Loads, creates and edits one user collection. Edits only change the object; saveCollection()
+// stores it. The functions for the play field save immediately. Created for each use and not
+// shared. Main thread only, except for loadCollection(), which may run on any thread while no one
 // else uses the object.
 class CustomCollectionManager {
   public:
-    explicit CustomCollectionManager(CollectionServices& services);  // new
+    explicit CustomCollectionManager(CollectionServices& services);  // a new collection
     CustomCollectionManager(CollectionServices& services,
-                            const CollectionBookmark& existing);  // loads
+                            const CollectionBookmark& existing);  // loads the collection
 
     bool loadCollection(const std::string& name);
 
@@ -50,33 +50,34 @@ class CustomCollectionManager {
     const std::optional<PlayField>& playField() const { return playField_; }
     bool isEditingExisting() const { return isEditingExisting_; }
 
-    // Tells of each change of what the object holds.
+    // Notifies of each change of the collection.
     Subscription observeChanges(std::function<void()> observer);
 
-    // Takes effect with the next save, which makes the name unique.
+    // Used by the next save, which makes the name unique.
     void setCollectionName(const std::string& name);
 
     TagGroup addTagGroup(const std::string& name);
     void renameTagGroup(const std::string& id, const std::string& name);
-    // Removes the tags that no other group lists, too.
+    // Also removes the tags that are in no other group.
     void deleteTagGroup(const std::string& id);
 
-    // A hot key that another tag holds is left out. Absent without such a group; nothing is added.
+    // A hot key that is used by another tag is left out. Absent if there is no such group; then
+    // nothing is added.
     std::optional<Tag> addTag(const TagFormData& form, const std::string& groupId);
-    // False, and nothing changes, if another tag holds the form's hot key. A new name reaches the
-    // stamps with the next save.
+    // Returns false and changes nothing if another tag uses the hot key of the form. Existing
+    // stamps get a new name with the next save.
     bool updateTag(const std::string& id, const TagFormData& form);
-    bool setTagMapEnabled(const std::string& id, bool enabled);  // false: no such tag
+    bool setTagMapEnabled(const std::string& id, bool enabled);  // false if there is no such tag
     void deleteTag(const std::string& id);
     bool isHotkeyUsed(const std::optional<std::string>& hotkey,
                       const std::optional<std::string>& exceptTagId = {}) const;
 
     LabelGroupData addLabelGroup(const std::string& name);
     void renameLabelGroup(const std::string& id, const std::string& name);
-    // Removes the labels that no other group lists, too.
+    // Also removes the labels that are in no other group.
     void deleteLabelGroup(const std::string& id);
 
-    // Without such a group the label belongs to none.
+    // If there is no such group, the label is added to none.
     Label addLabel(const std::string& name, const std::string& description,
                    const std::string& groupId);
     void updateLabel(const std::string& id, const std::string& name,
@@ -87,12 +88,13 @@ class CustomCollectionManager {
     void updateTimeEvent(const std::string& id, const std::string& name);
     void deleteTimeEvent(const std::string& id);
 
-    // Stores the collection, lists it in the index and tells the program.
+    // Stores the collection, adds it to the index and notifies the program.
     bool saveCollection();
 
-    // Copies the picture into the program's own folder, and saves. False: nothing changed.
+    // Copies the picture into the program's own folder and saves. Returns false if nothing has
+    // changed.
     bool setFieldImage(const std::filesystem::path& image);
-    // The picture goes in the background; the field and the map flags then, followed by a save.
+    // Removes the picture in the background, then the field and the map flags, and saves.
     void removeField();
     void setFieldSize(double width, double height);
 

@@ -26,7 +26,7 @@ struct Numbered {
     double number;
 };
 
-// "name (12)" taken apart; the number stands at the very end and in parentheses.
+// Splits "name (12)". The number must be at the end and in parentheses.
 std::optional<Numbered> trailingNumber(std::string_view name) {
     if (!name.ends_with(')'))
         return std::nullopt;
@@ -43,7 +43,7 @@ double copyNumber(const std::string& name) {
     return numbered ? numbered->number : -1;
 }
 
-// The folder has the last word where there is no working copy of it that can be read.
+// If the working copy cannot be read, the copy in the folder is used.
 void moveWorkingCopy(UserDefaults& defaults, const std::string& from, const std::string& to,
                      Log& log) {
     const auto value = defaults.data(layout::collectionKey(from));

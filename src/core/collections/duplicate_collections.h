@@ -13,31 +13,32 @@
 
 namespace tembrix {
 
-// A folder of the collections folder as the clean-up of duplicates looks at it.
+// A folder of the collections folder, for the clean-up of duplicates.
 struct CollectionFolder {
     std::string name;
-    Date created;  // the distant past if it cannot be told
+    Date created;  // the distant past if unknown
     bool operator==(const CollectionFolder&) const = default;
 };
 
-// "Hockey" of "Hockey (2)"; any other name without the white space around it.
+// "Hockey" for "Hockey (2)"; other names are returned without surrounding white space.
 std::string baseCollectionName(const std::string& folder);
 
-// The folders by base name, in each group the one to keep first: the newest, and of equally old
-// ones the one with the highest number.
+// The folders by base name. In each group the folder to keep is first: the newest or, if several
+// are equally old, the one with the highest number.
 std::map<std::string, std::vector<CollectionFolder>> groupDuplicates(
     const std::vector<CollectionFolder>& folders);
 
-// The folders in `parent`, hidden ones left out.
+// The folders in `parent`, except hidden ones.
 Result<std::vector<CollectionFolder>> listCollectionFolders(const std::filesystem::path& parent);
 
-// The same for the working copies: the kept folder's goes under the base name, the others go, or
-// the next flush would bring their folders back and write their data over the kept one.
+// Does the same for the working copies: the kept folder's is stored under the base name, the others
+// are removed. Otherwise the next flush would restore their folders and overwrite the kept one.
 void keepOneWorkingCopyPerGroup(UserDefaults& defaults,
                                 const std::map<std::string, std::vector<CollectionFolder>>& groups,
                                 Log& log);
 
-// Leaves one folder per group, under its base name. What cannot be removed or moved stays.
+// Leaves one folder per group, under its base name. Folders that cannot be removed or renamed are
+// kept.
 void keepOnePerGroup(const std::filesystem::path& parent,
                      const std::map<std::string, std::vector<CollectionFolder>>& groups, Log& log);
 

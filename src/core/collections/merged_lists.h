@@ -8,17 +8,17 @@
 
 namespace tembrix {
 
-// Where the records of merged lists stand, by id.
+// The indices of the records in merged lists, by id.
 struct RecordPlaces {
     using Map = std::unordered_map<std::string, std::size_t>;
     Map tags, tagGroups, labelGroups, labels, timeEvents;
     Map groupOfLabel;  // label id to the first group that lists it
 };
 
-// Joins the lists of a further collection to merged ones; what they hold of an id already stays.
+// Adds the lists of a collection to merged ones. Records whose id is already there are not added.
 void addCollection(CollectionLists& merged, RecordPlaces& places, const CollectionLists& more);
 
-// The same for a collection that counts before the others: its records take the place of those.
+// Adds the lists of a collection that has priority: its records replace those with the same id.
 void putCollection(CollectionLists& merged, RecordPlaces& places, const CollectionLists& first);
 
 }  // namespace tembrix

@@ -23,7 +23,7 @@ struct JsonFields<LanguageCollectionsData> {
 
 namespace {
 
-// The record of one file, empty if the file is missing or broken.
+// Reads the record in one file; empty if the file is missing or damaged.
 template <class Record>
 Record readRecord(const std::filesystem::path& folder, const std::string& stem,
                   const std::string& name) {

@@ -8,7 +8,7 @@
 
 namespace tembrix {
 
-// A collection that ships with the program.
+// A collection that is part of the program.
 struct StandardCollection {
     std::string name;
     CollectionLists lists;
@@ -23,12 +23,12 @@ struct LanguageCollectionsData {
     std::vector<LanguageCollection> collections;
 };
 
-// The language of the standard collections for a localisation: "ru" for Russian and Uzbek, else
+// The language of the standard collections for a localization: "ru" for Russian and Uzbek, else
 // "en".
 std::string collectionLanguage(const std::string& localization);
 
-// Reads names.json and the five files per collection from a resource folder. A missing or broken
-// names.json gives none; a missing or broken file gives an empty list for that kind.
+// Reads names.json and five files per collection from a resource folder. Without a readable
+// names.json there are no collections; without one of the other files, its list is empty.
 std::vector<StandardCollection> loadStandardCollections(const std::filesystem::path& folder,
                                                         const std::string& localization);
 

@@ -15,9 +15,9 @@ namespace {}  // namespace
 struct TagLibraryManager::Shared {
     std::mutex cacheLock;
     std::map<std::string, CollectionLists> cache;  // by display name
-    std::size_t drops = 0;                         // entries dropped so far
+    std::size_t drops = 0;                         // number of entries dropped so far
     std::vector<std::string> deleted;              // ids, in the order of their deletion
-    std::shared_mutex running;  // held by each load; the destructor waits for them
+    std::shared_mutex running;  // locked by each load; the destructor waits for it
     std::atomic<bool> stopped = false;
 
     std::optional<CollectionLists> cached(const std::string& name) {
@@ -25,7 +25,8 @@ struct TagLibraryManager::Shared {
         const auto found = cache.find(name);
         return found == cache.end() ? std::nullopt : std::optional(found->second);
     }
-    // What to hand to store() after reading: what was read before a drop is no longer true.
+    // The value to pass to store() after reading. If an entry is dropped in between, the data that
+    // was read is outdated and not stored.
     std::size_t beforeReading() {
         const std::lock_guard lock(cacheLock);
         return drops;
@@ -127,7 +128,7 @@ void TagLibraryManager::restoreLastSelectedCollection() {
         activateNothing();
 }
 
-// Of a deleted collection nothing stays on show.
+// Shows no data of a deleted collection.
 void TagLibraryManager::activateNothing() {
     activate(TagCollection::standard(), {});
     selectedStandardCollectionName.set(std::nullopt);
@@ -236,7 +237,7 @@ void TagLibraryManager::loadAllCollections() {
             const auto before = shared->beforeReading();
             const auto data = services.storage.loadCollection(info.id);
             if (shared->wasDeletedSince(deletions, info.id)) {
-                // Its folder is still there, and reading it has brought the working copy back.
+                // Its folder still exists, and loading it has stored a working copy again.
                 services.scheduler.onMain([alive, &services, id = info.id] {
                     if (!alive.expired())
                         services.storage.deleteCollection(id);
@@ -260,7 +261,7 @@ void TagLibraryManager::loadAllCollections() {
             [this, alive, saves, all = std::move(all), places = std::move(places)]() mutable {
                 if (alive.expired())
                     return;
-                if (saves != activeSaves_)  // since the load began; it may have read the old lists
+                if (saves != activeSaves_)  // the load may have read the old lists
                     putCollection(all, places, *active);
                 places_ = std::move(places);
                 merged.set(std::move(all));
@@ -320,7 +321,7 @@ void TagLibraryManager::handleCollectionDataChanged(const events::CollectionData
         const auto lists = collectionData(name);
         if (lists && *currentCollectionType == TagCollection::user(name))
             refreshActiveCollection(name, *lists);
-        // A load under way may have read what this save replaced.
+        // A running load may have read the data that this save replaced.
         changedWhileReloading_ = isReloadingCollections_;
         return;
     }
@@ -358,8 +359,8 @@ void TagLibraryManager::addTransientTagGroup(const TagGroup& group) {
     active.update([&](CollectionLists& lists) { lists.tagGroups.push_back(group); });
 }
 
-// The active lists count at once. What is known of the other collections stays until the load has
-// read them again: their stamps keep their names and colors meanwhile, and follow a rename.
+// The active lists are used at once. The records of other collections remain until they are loaded
+// again, so that their stamps keep names and colors and follow a rename.
 void TagLibraryManager::refreshMerged() {
     merged.update([this](CollectionLists& lists) { putCollection(lists, places_, *active); });
 }

@@ -21,21 +21,21 @@
 
 namespace tembrix {
 
-// The process-wide store of what a user can mark with: one active collection, and merged lists of
-// everything from all collections, which serve every lookup by id. Published lists change on the
-// main thread only.
+// The store of all data that the user can mark with: one active collection, and the merged lists of
+// all collections, which are used for every lookup by id. Published lists change on the main thread
+// only.
 class TagLibraryManager {
   public:
-    // `resources` holds names.json and the standard collections.
+    // `resources` contains names.json and the standard collections.
     TagLibraryManager(CollectionServices& services, const std::filesystem::path& resources,
                       const Locale& locale);
     ~TagLibraryManager();
 
-    // Reads the standard collections and the active one, and begins to read the user's own in the
-    // background. Called once; until then every list is empty.
+    // Reads the standard collections and the active one, and starts to read the user's collections
+    // in the background. Called once; until then all lists are empty.
     void start();
 
-    // Takes the tags now and on every later change. The registry must outlive the manager or be
+    // Registers the tags now and after each change. The registry must outlive the manager or be
     // reset.
     void setHotkeyRegistry(HotkeyRegistry* registry);
 
@@ -47,7 +47,7 @@ class TagLibraryManager {
     Published<std::optional<std::string>, TagLibraryManager> selectedStandardCollectionName;
 
     void selectStandardCollection(const std::string& name);
-    // At once if the collection was read before, otherwise as soon as it has been read.
+    // Selects the collection immediately if it was read before, otherwise once it has been read.
     void selectUserCollection(const std::string& name);
     void deleteUserCollection(const CollectionInfo& collection);
     void restoreLastSelectedCollection();
@@ -57,7 +57,7 @@ class TagLibraryManager {
     std::vector<CollectionInfo> userCollections();
     bool isLoadingCollections() const { return isReloadingCollections_; }
     void toggleTimeEvent(const std::string& id);
-    // Adds a tag group to the active lists in memory only, as the drawings timeline needs.
+    // Adds a tag group to the active lists in memory only; used for the drawings timeline.
     void addTransientTagGroup(const TagGroup& group);
 
     const Tag* tagById(const std::string& id) const;  // valid until the merged lists change
@@ -66,7 +66,7 @@ class TagLibraryManager {
     std::vector<Label> labelsForTag(const Tag& tag) const;
 
   private:
-    struct Shared;  // what the background load and collectionData() share
+    struct Shared;  // data shared by the background load and collectionData()
 
     void handleTagUpdated(const events::TagUpdated& event);
     void handleCollectionDataChanged(const events::CollectionDataChanged& event);
@@ -75,7 +75,7 @@ class TagLibraryManager {
     void refreshActiveCollection(const std::string& name, const CollectionLists& lists);
     void activateNothing();
     std::string idOfUserCollection(const std::string& name);
-    // Follows a rename or the removal of the active collection.
+    // Handles a rename or the removal of the active collection.
     void followIndex();
     void refreshMerged();
     void loadAllCollections();
@@ -86,12 +86,12 @@ class TagLibraryManager {
     HotkeyRegistry* hotkeys_ = nullptr;
     std::shared_ptr<Shared> shared_;
     std::shared_ptr<SerialQueue> collectionLoadingQueue_;
-    RecordPlaces places_;  // in the merged lists
+    RecordPlaces places_;  // indices into the merged lists
     bool isReloadingCollections_ = false;
-    bool changedWhileReloading_ = false;  // what is being loaded is out of date already
-    std::string activeId_;                // of an active user collection
+    bool changedWhileReloading_ = false;  // the data being loaded is already outdated
+    std::string activeId_;                // id of the active user collection, if any
     int activeSaves_ = 0;  // how often the active collection was read again after a save
-    int switches_ = 0;     // a collection that was read too late gives way to a later choice
+    int switches_ = 0;     // choices so far; data read for an earlier choice is not activated
     Subscription tagUpdated_;
     Subscription collectionDataChanged_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();

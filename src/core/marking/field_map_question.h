@@ -9,12 +9,12 @@
 
 namespace tembrix {
 
-// Asks for a place on the field map. The answer is a point in the range 0 to 1; closing the map
-// gives none.
+// Asks for a position on the field map. The answer is a point with coordinates from 0 to 1. If the
+// user closes the map, there is no answer.
 class FieldMapQuestion {
   public:
     virtual ~FieldMapQuestion() = default;
-    // False where there is no map to ask on; a press then goes on without a place.
+    // Returns false if there is no map; marking then continues without a position.
     virtual bool canAsk() const { return true; }
     virtual void openFieldMapSelection(const Tag& tag, const Bytes& imageBookmark,
                                        std::function<void(Point)> chosen) = 0;

@@ -13,7 +13,7 @@ namespace tembrix {
 
 StampTimes ordinaryStampTimes(const Tag& tag, double now, double maxDuration) {
     const double start = std::max(now - tag.defaultTimeBefore, 0.0);
-    // From the clamped start, so that a press near the beginning keeps the full length.
+    // Computed from the clamped start, so that a press near the beginning has the full length.
     const double finish = start + tag.defaultTimeBefore + tag.defaultTimeAfter;
     return {start, std::min(finish, maxDuration)};
 }
@@ -79,7 +79,7 @@ void MarkingFlow::subscribe() {
         [this](const events::CollectionsLoadingStarted&) { isLoadingCollections.set(true); }));
     on(std::function(
         [this](const events::CollectionsLoadingFinished&) { isLoadingCollections.set(false); }));
-    // A switch of collection replaces the active lists, at once or after a load.
+    // Switching the collection replaces the active lists, immediately or after a load.
     subscriptions_.push_back(
         tagLibrary_.active.observe([this](const CollectionLists&) { expandNewGroups(); }));
 }
@@ -104,8 +104,8 @@ void MarkingFlow::handleTagTap(const Tag& tag) {
 }
 
 void MarkingFlow::handleTagHotkey(const Tag& tag) {
-    // The keys of two tags can be struck before the first one's sheet is up. What the sheet answers
-    // is for the tag that it was opened for.
+    // The hot keys of two tags can be pressed before the first sheet is shown. The answer of the
+    // sheet belongs to the tag for which it was opened.
     if (!isSheetAwaited())
         press(tag, false);
 }
@@ -163,7 +163,7 @@ void MarkingFlow::closeInterval(const std::string& entryId, const Tag& tag,
         return;
     pausePlayer();
     if (asksForLabels(tag)) {
-        openSheet();  // the entry stays for the sheet's completion
+        openSheet();  // the entry remains until the sheet is completed
         return;
     }
     activeIntervalTags.update([&](auto& entries) { std::erase_if(entries, isEntry); });
@@ -171,17 +171,17 @@ void MarkingFlow::closeInterval(const std::string& entryId, const Tag& tag,
 }
 
 void MarkingFlow::openSheet() {
-    hideSheetTimer_.reset();  // of an earlier sheet; it must not take this one away
+    hideSheetTimer_.reset();  // the timer of an earlier sheet must not close this one
     showLabelSheet.set(true);
 }
 
 bool MarkingFlow::isSheetAwaited() const {
-    // The message that no timeline is selected asks for nothing.
+    // The message that no timeline is selected needs no answer.
     return *showLabelSheet && !hideSheetTimer_ && sheetContent() != SheetContent::noTimeline;
 }
 
 void MarkingFlow::pausePlayer() {
-    resumeTimer_.reset();  // of an earlier stamp; this press decides when the video goes on
+    resumeTimer_.reset();  // of an earlier stamp; playback must not resume now
     playhead_.pause();
 }
 
@@ -266,7 +266,7 @@ void MarkingFlow::processTag(const Tag& tag, const std::vector<std::string>& lab
 
 void MarkingFlow::loadPlayField(const std::string& name,
                                 std::function<void(std::optional<PlayField>)> done) {
-    // The services outlive the panel; the panel itself is looked at on the main thread only.
+    // The services outlive the panel. The panel itself is used on the main thread only.
     scheduler_.background(
         Priority::userInitiated,
         [&collections = collections_, name, done = std::move(done), alive = std::weak_ptr(alive_)] {
@@ -348,7 +348,8 @@ void MarkingFlow::resumeSoon() {
 }
 
 void MarkingFlow::refreshTagCounts() {
-    // A press asks for the count more than once; the same shared lines give the same counts.
+    // Each press requests the counts several times. Lines that are still shared have the same
+    // counts.
     const TimelineLines& lines = *timeline_.lines;
     const bool isCounted =
         std::equal(lines.begin(), lines.end(), countedLines_.begin(), countedLines_.end(),

@@ -27,7 +27,7 @@
 
 namespace tembrix {
 
-// An interval tag that is open: in memory only.
+// An open interval of an interval tag; kept in memory only.
 struct ActiveIntervalTag {
     std::string id;
     Tag tag;
@@ -44,7 +44,7 @@ struct StampTimes {
 StampTimes ordinaryStampTimes(const Tag& tag, double now, double maxDuration);
 StampTimes intervalStampTimes(const Tag& tag, double openTime, double now, double maxDuration);
 
-// From a press of a tag to a stamp: the logic of the tag panel. Lives as long as the panel. Main
+// The logic of the tag panel: creates stamps from tag presses. Lives as long as the panel. Main
 // thread only.
 class MarkingFlow {
   public:
@@ -55,9 +55,10 @@ class MarkingFlow {
                 FieldMapQuestion& fieldMap, Scheduler& scheduler, EventBus& events);
     ~MarkingFlow();
 
-    // The panel appears: subscribes, loads the collection list, reads the mode, counts the stamps.
+    // Called when the panel is shown: subscribes to events, loads the list of collections, reads
+    // the mode and counts the stamps.
     void appear();
-    // The panel closes: from here on nothing that happens elsewhere reaches it.
+    // Called when the panel is closed. Afterwards no event is handled.
     void disappear();
 
     Published<std::vector<CollectionInfo>, MarkingFlow> userCollections;
@@ -71,12 +72,12 @@ class MarkingFlow {
     Published<bool, MarkingFlow> isLoadingCollections{false};
     Published<std::vector<std::string>, MarkingFlow> expandedGroups;
 
-    void handleTagTap(const Tag& tag);     // the mouse
-    void handleTagHotkey(const Tag& tag);  // the keyboard
+    void handleTagTap(const Tag& tag);     // by mouse
+    void handleTagHotkey(const Tag& tag);  // by keyboard
     void handleTimeEventTap(const std::string& id);
     void toggleGroup(const std::string& id);  // folds or unfolds it
 
-    // What the label sheet shows, decided when it appears.
+    // The content of the label sheet, determined when it is shown.
     enum class SheetContent { noTimeline, addingTag, selection };
     SheetContent sheetContent() const;
     void completeSheet(const std::vector<std::string>& labels);
@@ -86,7 +87,7 @@ class MarkingFlow {
     bool isIntervalOpen(const std::string& tagId) const;
     void refreshTagCounts();
 
-    // A switch of collection from the panel.
+    // The user switches the collection in the panel.
     void switchToStandardCollection(const std::string& name);
     void switchToUserCollection(const std::string& name);
 
@@ -95,10 +96,10 @@ class MarkingFlow {
     void press(const Tag& tag, bool fromMouse);
     void closeInterval(const std::string& entryId, const Tag& tag, const StampTimes& times);
     void openSheet();
-    bool isSheetAwaited() const;  // neither completed nor canceled yet
+    bool isSheetAwaited() const;  // the sheet was neither completed nor canceled yet
     void pausePlayer();
     void dropIntervals(const std::string& tagId);
-    // Without times the press counts at the moment when the stamp is made.
+    // Without times, the stamp is based on the time at which it is made.
     void processTag(const Tag& tag, const std::vector<std::string>& labels,
                     std::optional<StampTimes> times);
     void loadPlayField(const std::string& name, std::function<void(std::optional<PlayField>)> done);
@@ -120,9 +121,9 @@ class MarkingFlow {
     Scheduler& scheduler_;
     EventBus& events_;
     std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
-    bool playFieldIsStale_ = false;  // a collection changed since the field was loaded
+    bool playFieldIsStale_ = false;  // a collection was changed after the field was loaded
     std::set<std::string> knownGroups_;
-    TimelineLines countedLines_;  // as tagCounts saw them
+    TimelineLines countedLines_;  // the lines for which tagCounts was computed
     std::unique_ptr<Timer> resumeTimer_;
     std::unique_ptr<Timer> hideSheetTimer_;
     std::vector<Subscription> subscriptions_;

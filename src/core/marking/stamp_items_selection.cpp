@@ -16,8 +16,8 @@ const Record* byId(const std::vector<Record>& records, const std::string& id) {
     return found == records.end() ? nullptr : &*found;
 }
 
-// The groups to choose from. Those of a tag of the active collection are in that collection, or
-// they are gone; a stamp's tag of another collection finds its groups among the merged ones.
+// The groups to choose from. The groups of a tag of the active collection must be in that
+// collection; groups of other tags are also looked up in the merged lists.
 std::vector<LabelGroupData> offeredGroups(const std::optional<Tag>& tag,
                                           const TagLibraryManager& library) {
     std::vector<LabelGroupData> groups;

@@ -16,13 +16,13 @@
 
 namespace tembrix {
 
-// The choice of labels or time events of one stamp: the logic of the selection sheet.
+// The logic of the selection sheet: chooses the labels or the time events of one stamp.
 class StampItemsSelection {
   public:
     struct Item {
         std::string id;
         std::string name;
-        std::optional<std::string> hotkey;  // of a label, for the tag in hand
+        std::optional<std::string> hotkey;  // of a label, if the tag assigns one
     };
     struct Section {
         std::string title;
@@ -36,7 +36,7 @@ class StampItemsSelection {
         std::vector<TimeEvent> timeEvents;
     };
 
-    // The label hot key mode is on for the lifetime of the object.
+    // Enables the label hot key mode for the lifetime of the object.
     StampItemsSelection(Arguments arguments, const TagLibraryManager& tagLibrary,
                         HotKeyManager& hotkeys, EventBus& events);
     ~StampItemsSelection();

@@ -1,4 +1,4 @@
-// Repairs at launch: what a killed process left half done, damaged lists, lost working copies.
+// Repairs at launch: interrupted operations, damaged lists, lost working copies.
 
 #include <algorithm>
 #include <filesystem>
@@ -31,7 +31,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Whether two ids can be one, of which a byte was damaged.
+// Whether one id can be a copy of the other with a damaged byte.
 bool differInOneByte(const std::string& one, const std::string& other) {
     if (one.size() != other.size())
         return false;
@@ -78,8 +78,7 @@ std::optional<std::map<std::string, Bytes>> DataSyncManager::savedDefaults(
     return file ? services_.propertyLists.decode(*file).optional() : std::nullopt;
 }
 
-// Without a date of the last backup the defaults were lost as a whole, and the launch work restores
-// them.
+// If there is no date of the last backup, all defaults are lost, and the launch work restores them.
 void DataSyncManager::repairVideoList() {
     const auto stored = services_.defaults.data(layout::videosDataKey);
     if (stored ? isVideoList(*stored) : !services_.defaults.date(layout::lastSyncDateKey))
@@ -97,7 +96,7 @@ void DataSyncManager::repairVideoList() {
     }
 }
 
-// The backup's list of videos, encoded; absent if it cannot be read.
+// The encoded list of videos in the backup; absent if it cannot be read.
 std::optional<Bytes> DataSyncManager::savedVideoList() const {
     auto saved = savedDefaults(backupRoot());
     if (!saved)
@@ -113,8 +112,8 @@ bool DataSyncManager::indexReads() const {
     return file && decode<std::vector<CollectionInfo>>(*file);
 }
 
-// Where the index is lost or broken, the collections that are still here come back under the names
-// that its second copy or the backup knows.
+// If the index is lost or damaged, lists the existing collections again, with the names in its
+// second copy or in the backup.
 void DataSyncManager::recoverIndex() {
     const auto file = readFile(services_.index.indexFile());
     const auto stored = file ? decode<std::vector<CollectionInfo>>(*file).optional() : std::nullopt;
@@ -142,9 +141,9 @@ void DataSyncManager::recoverIndex() {
         log("⚠️ DataSync: Collection index lost, rebuilt from its copy");
 }
 
-// A damaged id leaves a row without data and a folder without a row. The two belong together if a
-// single byte makes the difference. After a restore every folder was listed once, so that the
-// others are listed again under their ids.
+// A damaged id leaves a row without data and a folder without a row. They belong together if the
+// ids differ in a single byte. After a restore each folder should be listed, so the others are
+// listed again with their ids as names.
 void DataSyncManager::repairIndexIds(bool listUnlisted) {
     const auto folders = listCollectionFolders(services_.storage.collectionsFolder());
     if (!folders)
@@ -172,7 +171,7 @@ void DataSyncManager::repairIndexIds(bool listUnlisted) {
             services_.index.addOrUpdateCollection(folder, folder);
 }
 
-// What the defaults lost is read from the documents. Returns the keys that were filled.
+// Reads values missing in the defaults from the documents. Returns the keys that were filled.
 std::vector<std::string> DataSyncManager::fillLostWorkingCopies() {
     std::vector<std::string> filled;
     const auto fill = [&](const std::string& key, const auto& load) {
@@ -195,8 +194,9 @@ std::vector<std::string> DataSyncManager::fillLostWorkingCopies() {
     return filled;
 }
 
-// A restore of lost defaults wins over the documents: what was read from these gives way where the
-// backup has a good copy, and collections also where its index replaces theirs.
+// A restore of lost defaults has priority over the documents. Values read from documents are
+// removed if the backup has a good copy; those of collections also if the backup's index replaces
+// the current one.
 void DataSyncManager::dropFilledCopies(const std::vector<std::string>& keys) {
     const auto index = readFile(backupRoot() / layout::collectionIndexFile);
     const bool replacesIndex = index && decode<std::vector<CollectionInfo>>(*index);

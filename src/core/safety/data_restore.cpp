@@ -1,5 +1,5 @@
-// Restores of the working data, from the backup or from what an earlier restore replaced, and the
-// deletion of all data.
+// Restores the working data from the backup or from data that an earlier restore replaced, and
+// deletes all data.
 
 #include <map>
 #include <string_view>
@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Calls back for each entry of a folder that can be listed.
+// Calls `visit` for each entry of a folder.
 template <class Visit>
 Result<void> forEachEntry(const fs::path& folder, const Visit& visit) {
     std::error_code failure;
@@ -41,8 +41,8 @@ Result<void> forEachEntry(const fs::path& folder, const Visit& visit) {
     return outcome;
 }
 
-// Makes a folder beside the target, lets `fill` write its content and puts it in the target's
-// place; the old content is moved to `kept`.
+// Creates a folder next to the target, fills it with `fill` and replaces the target by it. The old
+// content is moved to `kept`.
 template <class Fill>
 Result<void> replaceFolder(const fs::path& target, const fs::path& kept, const Fill& fill) {
     finishReplacing(target, kept);
@@ -65,7 +65,7 @@ Result<void> replaceFolder(const fs::path& target, const fs::path& kept, const F
 
 void DataSyncManager::restoreFromBackup() {
     const std::lock_guard lock(operation_);
-    services_.storage.flushNow();  // what is kept of the documents is their newest state
+    services_.storage.flushNow();  // so that the newest state of the documents is kept
     const auto still = services_.storage.holdFlush();
     restoreFrom(backupRoot(), replaced_.begin());
 }
@@ -89,10 +89,10 @@ void DataSyncManager::restoreFrom(const fs::path& root, const fs::path& kept,
     log("✅ DataSync: Data restored from backup");
 }
 
-// A folder of the backup that cannot be read does not replace a working one.
+// Folders in the backup that cannot be read do not replace existing ones.
 void DataSyncManager::restoreCollections(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::dataFolder / layout::collectionsFolder;
-    if (!holdsSomething(source)) {  // the folders themselves are always made
+    if (!holdsSomething(source)) {  // the folders themselves always exist
         log("⚠️ DataSync: Collections backup not found");
         return;
     }
@@ -133,8 +133,8 @@ void DataSyncManager::restorePlayFields(const fs::path& root, const fs::path& ke
         log("❌ DataSync: Error restoring PlayFields - " + copied.error().text);
 }
 
-// The backup has a record per video; the working folder has plain timeline documents. A record that
-// cannot be read does not replace a working document.
+// The backup contains one record per video, the working folder plain timeline documents. A record
+// that cannot be read does not replace a document.
 void DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::timelinesFolder;
     if (!holdsSomething(source)) {
@@ -163,7 +163,7 @@ void DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kep
         log("❌ DataSync: Error restoring timelines - " + outcome.error().text);
 }
 
-// An index that cannot be read does not replace the names that are here.
+// An index that cannot be read does not replace the current one.
 void DataSyncManager::restoreIndex(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::collectionIndexFile;
     if (!isThere(source)) {
@@ -244,8 +244,8 @@ void DataSyncManager::bringBack(const std::string& replacedState) {
     });
 }
 
-// The document is in place already; the working copy that would be read before it goes to the
-// state that is kept.
+// The document has already been replaced. The working copy, which has priority over it, is moved to
+// the kept state.
 void DataSyncManager::putTimelineInForce(const fs::path& document, const fs::path& kept) {
     if (document.extension() != layout::recordExtension || !readTimelineDocument(document))
         return;

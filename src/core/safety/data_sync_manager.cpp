@@ -61,7 +61,7 @@ void DataSyncManager::prepare() {
 
 void DataSyncManager::syncOnLaunch(std::function<void()> ended) {
     log("🔄 DataSync: Starting synchronization on app launch");
-    // Asked now: the library stores a list of its own as soon as it comes up, even an empty one.
+    // Checked now, because the library stores a list when it is loaded, even an empty one.
     services_.scheduler.background(
         Priority::utility, [this, hadData = hasData(), ended = std::move(ended),
                             &scheduler = services_.scheduler, weak = std::weak_ptr(alive_)] {
@@ -121,8 +121,8 @@ Subscription DataSyncManager::observeNotices(std::function<void()> observer) {
     return noticesChanged_.observe(std::move(observer));
 }
 
-// The main thread owns the list of videos and saves it as a whole: what replaces it from outside
-// is stored and taken up in one go, or the next save would bring the old list back.
+// The main thread owns the list of videos and saves it as a whole. A replacement is stored and
+// loaded in one step there; otherwise the next save would restore the old list.
 void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
     services_.scheduler.onMainAndWait([&] {
         replace();
@@ -157,7 +157,7 @@ bool DataSyncManager::backupIsNewer() const {
     return !noted || *written > noted->secondsSince1970;
 }
 
-// When the property list was written; absent if that cannot be told, with errno set.
+// The modification time of the property list; absent if it cannot be determined, with errno set.
 std::optional<double> DataSyncManager::backupMoment() const {
     struct stat status {};
     if (::stat((backupRoot() / layout::defaultsBackupFile).c_str(), &status) != 0)
@@ -172,7 +172,8 @@ void DataSyncManager::scheduleBackup() {
         if (weak.expired())
             return;
         backupTimer_ = services_.scheduler.after(backupDelay, [this, weak] {
-            // The timer is the main thread's; the copying is not, so that no window waits for it.
+            // The timer runs on the main thread. The files are copied in the background, so that no
+            // window has to wait.
             services_.scheduler.background(Priority::utility, [this, weak] {
                 if (const auto alive = weak.lock())
                     performBackup();
@@ -206,8 +207,8 @@ void DataSyncManager::backUp() {
     backupTimelines();
     backupCollectionsBookmarks();
     backupUserDefaults();
-    // The disk may be another machine's, with a clock ahead of this one's, and this one's may have
-    // been set back. The backup just made must not look newer than the data at the next launch.
+    // The disk may belong to another machine with a fast clock, or the clock of this one may have
+    // been set back. At the next launch, the new backup must not appear to be newer than the data.
     Date moment = services_.scheduler.now();
     moment.secondsSince1970 = std::max(moment.secondsSince1970, backupMoment().value_or(0));
     services_.defaults.setDate(layout::lastSyncDateKey, moment);
@@ -245,13 +246,13 @@ void DataSyncManager::backupCollections() {
         " collections)");
 }
 
-// A collection that was deleted is neither listed nor stored any more. One that is only not listed
-// may be the victim of a damaged index.
+// A deleted collection is neither listed nor stored. A collection that is stored but not listed may
+// be the result of a damaged index.
 void DataSyncManager::removeDeletedCollections(const std::vector<CollectionInfo>& records) {
     std::set<std::string> ids;
     for (const auto& record : records)
         ids.insert(record.id);
-    // An index that is lost or damaged lists nothing, which is no reason to drop the last copies.
+    // A lost or damaged index lists nothing; the last copies must not be removed because of that.
     const bool known = !records.empty() || indexReads();
     const auto isStored = [this](const std::string& id) {
         return services_.defaults.data(layout::collectionKey(id)) ||
@@ -291,7 +292,8 @@ void DataSyncManager::backupPlayFields() {
         log("❌ DataSync: Error backing up PlayFields - " + copied.error().text);
 }
 
-// Records of videos that have left the library stay: they are what can be rescued of them.
+// Records of videos that were removed from the library are kept, so that their timelines can be
+// rescued.
 void DataSyncManager::backupTimelines() {
     const auto data = services_.defaults.data(layout::videosDataKey);
     if (!data) {
@@ -321,8 +323,8 @@ bool DataSyncManager::backupTimeline(const VideosData& video) {
     return done.ok();
 }
 
-// The lines of a timeline that could not be read were begun anew. A record that knows more than
-// they do is moved to the replaced data before they take its place.
+// After a failed reading a timeline starts empty. If the backup's record contains stamps that the
+// timeline lacks, the record is moved to the replaced data before it is overwritten.
 void DataSyncManager::keepBetterRecord(const std::string& videoId, const TimelineLines& lines) {
     const std::string mark = layout::unreadableKey(videoId);
     if (!services_.defaults.boolean(mark))
@@ -399,9 +401,9 @@ void DataSyncManager::backupCollectionsBookmarks() {
         log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
 }
 
-// A list of videos that is missing or damaged does not replace a good one: the copy may be the
-// last. A list that was begun anew, because no copy could be read, replaces one only after that has
-// been moved to the replaced data.
+// A missing or damaged list of videos does not replace a good one, which may be the last copy. A
+// list that was started again because no copy could be read replaces the good one only after that
+// was moved to the replaced data.
 void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) {
     const auto saved = savedVideoList();
     if (!saved)

@@ -34,7 +34,7 @@
 
 namespace tembrix {
 
-// What the backup works with.
+// The services that the backup uses.
 struct DataSyncServices {
     UserDefaults& defaults;
     InMemoryStorageManager& storage;
@@ -46,22 +46,21 @@ struct DataSyncServices {
     Log& log;
 };
 
-// Something that went wrong with the user's data, and what was done about it.
+// A problem with the user's data and its solution.
 enum class SafetyNotice {
-    videoListRepaired,    // the list was damaged; the backup's took its place
-    videoListUnreadable,  // the list was damaged, and there is no copy of it
-    restored,             // at launch the backup replaced the data
-    timelineFromBackup,   // a timeline could not be read; the backup's took its place
+    videoListRepaired,    // the list was damaged; the backup's is used
+    videoListUnreadable,  // the list was damaged, and there is no copy
+    restored,             // the data was restored from the backup at launch
+    timelineFromBackup,   // a timeline could not be read; the backup's is used
     timelineUnreadable,   // no copy of a timeline could be read
 };
 
-// Keeps a second copy of everything that the user made, one generation, apart from the working
-// data. At launch it decides whether the working data has to be restored from it, then refreshes
-// it. The operations may run on any thread, one at a time; failures are logged and never stop the
-// next step.
+// Keeps a second copy of all data of the user, one generation, separate from the working data. At
+// launch it decides whether the working data must be restored from it and then updates it.
+// Operations may run on any thread, one at a time. Failures are logged and do not stop later steps.
 //
-// A copy that cannot be read never replaces one that can. What a restore replaces is moved into a
-// folder of its own and can be brought back.
+// A copy that cannot be read never replaces one that can. Data replaced by a restore is moved to a
+// separate folder and can be restored from there.
 class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
   public:
     static constexpr double backupDelay = 2.0;  // seconds
@@ -69,24 +68,24 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     explicit DataSyncManager(DataSyncServices services);
     ~DataSyncManager() override;
 
-    // Called on the main thread in the same turn in which a restore or a deletion replaced the
-    // defaults, with the files in place, so that what is in memory follows.
+    // Sets a function that is called on the main thread, in the same turn, after a restore or a
+    // deletion has replaced the files and the defaults, so that data in memory is updated.
     void setRestored(std::function<void()> restored) { restored_ = std::move(restored); }
-    // What the user has to be told, each kind once. Main thread only.
+    // Messages for the user, each kind at most once. Main thread only.
     const std::vector<SafetyNotice>& notices() const { return notices_; }
     void dismissNotices();
     [[nodiscard]] Subscription observeNotices(std::function<void()> observer);
 
-    // Ends what a killed process left half done and repairs the list of videos and the collection
-    // index. Called on the main thread, once, before anything else reads the data.
+    // Finishes operations interrupted by a crash and repairs the list of videos and the collection
+    // index. Called once, on the main thread, before other code reads the data.
     void prepare();
-    // Returns at once. `ended` is called on the main thread when the launch work has ended.
+    // Returns immediately. `ended` is called on the main thread when the launch work has ended.
     void syncOnLaunch(std::function<void()> ended = {});
-    // Writes the second copy of the small values in the background, because one has changed.
+    // Writes the second copy of small values in the background after one has changed.
     void keepSecondCopy();
     void scheduleBackup();  // any thread
-    void performBackup();   // if one is pending
-    void backUpNow();       // flushes, then backs up whether or not one is pending
+    void performBackup();   // only if one is pending
+    void backUpNow();       // flushes and backs up, even if no backup is pending
     void restoreFromBackup();
     void deleteAllData();
     void deleteBackupTimelines();
@@ -95,8 +94,8 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
 
     // The states that restores have replaced, the newest first.
     std::vector<ReplacedData::State> replacedStates() const { return replaced_.states(); }
-    // Puts such a state in force again, its timelines and collections also in place of the working
-    // copies. What this replaces is kept in turn.
+    // Restores such a state; its timelines and collections also replace the working copies. The
+    // data that it replaces is kept as well.
     void bringBack(const std::string& replacedState);
 
     std::optional<TimelineLines> savedTimeline(const std::string& videoId) override;
@@ -155,8 +154,8 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     std::function<void()> restored_;
     std::vector<SafetyNotice> notices_;
     Signal<> noticesChanged_;
-    std::mutex operation_;  // one operation at a time
-    std::mutex records_;    // held from reading a timeline to writing its record
+    std::mutex operation_;  // held during each operation
+    std::mutex records_;    // held from reading a timeline until its record is written
     std::atomic<bool> pendingBackup_ = false;
     std::unique_ptr<Timer> backupTimer_;  // main thread only
     std::shared_ptr<int> alive_ = std::make_shared<int>();

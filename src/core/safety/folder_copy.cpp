@@ -30,8 +30,8 @@ fs::path replacedPlace(const fs::path& target) {
     return beside(target, replacedSuffix);
 }
 
-// Moves old content to the place where it is kept, or removes it if there is none. What cannot be
-// moved stays where it is, for the next launch to try again.
+// Moves old content to the place where it is kept, or removes it if there is none. If that fails,
+// the next launch tries again.
 void putAway(const fs::path& old, const fs::path& kept) {
     std::error_code failure;
     if (kept.empty()) {
@@ -45,8 +45,8 @@ void putAway(const fs::path& old, const fs::path& kept) {
     fs::rename(old, place, failure);
 }
 
-// Copies content without permissions, because a copy that cannot be written or listed could be
-// neither used nor removed. Links to folders are left out, because they may lead in circles.
+// Copies content without permissions, because a copy that cannot be written or listed could not be
+// used or removed. Links to folders are left out, because they may be circular.
 std::error_code copyTree(const fs::path& source, const fs::path& target) {
     std::error_code failure;
     if (!fs::is_directory(source, failure)) {

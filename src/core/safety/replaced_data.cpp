@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::sys_days;
 
-// "2026-05-01 18-30-00 UTC", which every file system accepts and which sorts by time.
+// "2026-05-01 18-30-00 UTC": valid on every file system, and sorted by time.
 std::string momentName(Date date) {
     const auto seconds = static_cast<std::int64_t>(std::floor(date.secondsSince1970));
     const std::chrono::sys_seconds moment{std::chrono::seconds(seconds)};

@@ -11,14 +11,14 @@ namespace tembrix {
 
 class Scheduler;
 
-// What restores have replaced: a folder per restore, named after its moment, with the layout of the
-// backup. The last few are kept. The caller sees to it that one thread works here at a time.
+// The data that restores have replaced: one folder per restore, named after its time, with the
+// layout of the backup. The last few are kept. Must be used by one thread at a time.
 class ReplacedData {
   public:
     static constexpr std::size_t keptCount = 5;
 
     struct State {
-        std::string name;  // of the folder
+        std::string name;  // name of the folder
         Date moment;
         bool operator==(const State&) const = default;
     };
@@ -28,9 +28,9 @@ class ReplacedData {
     std::vector<State> states() const;  // the newest first
     std::filesystem::path folder(const std::string& name) const;
 
-    // A folder for what is about to be replaced. It is made when something is moved into it.
+    // The folder for the data about to be replaced. It is created when something is moved into it.
     std::filesystem::path begin() const;
-    // Removes the oldest states beyond those that are kept.
+    // Removes the oldest states, except for the last keptCount.
     void finish() const;
     void removeAll() const;
 

@@ -23,7 +23,7 @@ using Values = std::map<std::string, Bytes>;
 
 constexpr const char* checkKey = "check";
 
-// Over all values, so that a damaged file is recognized.
+// A checksum of all values, so that a damaged file is recognized.
 std::string checkOfAll(const Values& values) {
     Bytes all;
     for (const auto& [key, value] : values)

@@ -10,17 +10,17 @@
 
 namespace tembrix {
 
-// A file beside the user defaults with a second copy of the values by which a launch decides: the
-// list of videos and the date of the last backup. A database that lost them then does not count as
-// lost defaults. Any thread.
+// A file with a second copy of the values that are needed at launch: the list of videos and the
+// date of the last backup. If the database loses them, the defaults are not treated as lost. Any
+// thread.
 class SecondCopy {
   public:
     SecondCopy(std::filesystem::path file, UserDefaults& defaults, PropertyList& propertyLists,
                Log& log);
 
-    // Writes the values that the defaults have now.
+    // Writes the current values of the defaults.
     void write();
-    // Returns values to the defaults that are missing there or differ from their check. A damaged
+    // Restores values that are missing in the defaults or do not match their checksum. A damaged
     // value is set aside.
     void repairDefaults();
 
@@ -29,7 +29,7 @@ class SecondCopy {
     UserDefaults& defaults_;
     PropertyList& propertyLists_;
     Log& log_;
-    std::mutex writing_;  // the values are read and written by one thread at a time
+    std::mutex writing_;  // held while the values are read and written
 };
 
 }  // namespace tembrix

@@ -17,8 +17,8 @@ namespace tembrix {
 
 namespace {
 
-// A piece ends after one stamp in so many: small pieces make a press write little, large ones make
-// a value's list of pieces short.
+// The average number of stamps per piece. With small pieces a press writes little data; with large
+// pieces a value has a short list of pieces.
 constexpr std::size_t stampsPerPiece = 16;
 
 bool endsPiece(const Cow<TimelineStamp>& stamp) {
@@ -31,18 +31,18 @@ std::ptrdiff_t offset(std::size_t index) {
 
 }  // namespace
 
-// How a line's pieces differ from those of last time: some at the front and the back stay, the
-// others are replaced.
+// How the pieces of a line differ from the last ones: some at the front and at the back are kept,
+// the others are replaced.
 struct TimelineEncoder::Change {
     std::size_t front = 0;
     std::size_t back = 0;
-    std::size_t firstStamp = 0;  // of those in the new pieces
-    std::size_t lastStamp = 0;   // past them
+    std::size_t firstStamp = 0;  // index of the first stamp in the new pieces
+    std::size_t lastStamp = 0;   // index after the last one
     ValuePieces pieces;
     std::vector<std::uint32_t> runs;
 };
 
-// Writes a line without its stamps and remembers where they belong.
+// Encodes a line without its stamps and remembers the place for them.
 class TimelineEncoder::Writer : public json::CompactWriter {
   public:
     explicit Writer(rapidjson::StringBuffer& buffer)
@@ -79,7 +79,7 @@ bool TimelineEncoder::isAligned(const TimelineLines& lines) const {
                                         });
 }
 
-// No line was added, removed or moved: the lists are changed in place.
+// Updates the lists in place if no line was added, removed or moved.
 Result<void> TimelineEncoder::update(const TimelineLines& lines) {
     struct Edit {
         std::size_t line;
@@ -178,11 +178,11 @@ Result<TimelineEncoder::Change> TimelineEncoder::changeOf(const Line* before,
         while (suffix < both - prefix &&
                old[old.size() - 1 - suffix].sharesWith(now[now.size() - 1 - suffix]))
             ++suffix;
-        // The last piece contains the end of the line, so it is never kept as one of the front.
+        // The last piece contains the end of the line, so it is never kept at the front.
         std::size_t inFront = 0;
         while (change.front + 1 < runs.size() && inFront + runs[change.front] <= prefix)
             inFront += runs[change.front++];
-        // A piece of the back is kept if the stamp before it still ends a piece.
+        // A piece at the back is kept if the stamp before it still ends a piece.
         std::size_t inBack = 0;
         while (change.front + change.back + 1 < runs.size()) {
             const std::size_t with = inBack + runs[runs.size() - 1 - change.back];
@@ -202,8 +202,8 @@ Result<TimelineEncoder::Change> TimelineEncoder::changeOf(const Line* before,
     return change;
 }
 
-// Encodes the stamps of the change, with the beginning and the end of the line where the pieces
-// that stay do not contain them.
+// Encodes the changed stamps, and the beginning and the end of the line unless they are in pieces
+// that are kept.
 Result<void> TimelineEncoder::encodeRuns(const TimelineLine& line, bool first, bool last,
                                          Change& change) {
     rapidjson::StringBuffer frame;

@@ -15,28 +15,27 @@
 namespace tembrix {
 
 // Encodes the timelines of a video to the same bytes as the plain codec, in pieces: one or more per
-// line, of some dozen stamps each. Only the pieces that changed since the last call are encoded;
-// the others are the objects of last time. Where a piece ends is decided by the ids of its stamps,
-// so that an inserted stamp changes no piece but its own, and an opened video is cut as it was when
+// line, with about a dozen stamps each. Only pieces that have changed since the last call are
+// encoded; the others are reused. The ids of the stamps determine where pieces end, so that an
+// inserted stamp only changes its own piece, and an opened video is split in the same way as when
 // it was stored.
 class TimelineEncoder {
   public:
-    // Fails if a number is not finite; the pieces of the last success are kept then. Errors: domain
-    // "json".
+    // Fails if a number is not finite; then the pieces of the last successful call are kept.
+    // Errors: domain "json".
     Result<void> encode(const TimelineLines& lines);
 
     // The document after the last successful call.
     const ValuePieces& pieces() const { return pieces_; }
 
-    // The former versions of the lines that have changed since. To release one of many stamps
-    // takes a while.
+    // The old versions of lines that have changed. Releasing a line with many stamps takes time.
     std::vector<Cow<TimelineLine>> takeReleased() { return std::exchange(released_, {}); }
 
   private:
     struct Line {
-        Cow<TimelineLine> line;           // kept, so that its owner cannot change it in place
-        bool first = false;               // in the document
-        std::vector<std::uint32_t> runs;  // stamps in each of its pieces
+        Cow<TimelineLine> line;           // kept, so that its owner cannot modify it in place
+        bool first = false;               // the first line of the document
+        std::vector<std::uint32_t> runs;  // number of stamps in each piece
     };
     struct Change;
     class Writer;

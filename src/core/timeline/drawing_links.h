@@ -6,13 +6,13 @@
 
 namespace tembrix {
 
-// What the timelines need from the drawings, which belong to a higher folder.
+// The functions of the drawings, which belong to a higher folder, that the timelines use.
 class DrawingLinks {
   public:
     virtual ~DrawingLinks() = default;
     virtual void deleteDrawingFiles(const std::string& drawingName) = 0;
     virtual void checkLinksAfterResize(const Uuid& stampId, double start, double finish) = 0;
-    // Whether the drawing's files exist, so that its stamp may be restored.
+    // Whether the files of the drawing exist, so that its stamp may be restored.
     virtual bool drawingExists(const std::string&) const { return false; }
 };
 

@@ -14,7 +14,7 @@ std::ptrdiff_t place(std::size_t index, std::size_t size) {
     return static_cast<std::ptrdiff_t>(std::min(index, size));
 }
 
-// The line for writing and the stamp's place in it, if both are there.
+// A writable line and the index of a stamp in it, if both exist.
 struct StampPlace {
     Cow<TimelineLine>* line;
     std::size_t index;
@@ -141,7 +141,7 @@ bool renameTagIn(Cow<TimelineLine>& line, const std::string& tagId, const std::s
     bool changed = false;
     for (std::size_t i = 0; i < line->stamps.size(); ++i) {
         const TimelineStamp& stamp = *line->stamps[i];
-        // Look before writing: a line that does not hold the tag stays shared.
+        // Checked before writing, so that lines without the tag remain shared.
         if (stamp.idTag == tagId && stamp.label != name)
             changed |= renameStamp(line.write().stamps[i], tagId, name);
     }
@@ -174,7 +174,7 @@ std::optional<std::size_t> lineIndex(const TimelineLines& lines, const Uuid& lin
 }
 
 std::optional<std::size_t> stampIndex(const TimelineLine& line, const Uuid& stamp) {
-    // From the end: the stamp that is changed or undone is most often the newest one.
+    // Searched from the end, because usually one of the newest stamps is changed or undone.
     for (std::size_t i = line.stamps.size(); i-- > 0;)
         if (line.stamps[i]->id == stamp)
             return i;

@@ -14,9 +14,9 @@
 
 namespace tembrix {
 
-// The small changes of which every edit of the timelines consists. Each names what it changes by id
-// and contains only the changed data, so that thousands of them are cheap to keep. Each has an
-// inverse, which is another small change.
+// The elementary changes of which every edit of the timelines consists. They name lines and stamps
+// by id and contain only the changed data, so that thousands of them need little memory. The
+// inverse of a change is another change.
 constexpr std::size_t atEnd = std::numeric_limits<std::size_t>::max();
 
 struct InsertLine {
@@ -33,7 +33,7 @@ struct MoveLine {
 struct RenameLine {
     Uuid line;
     std::string name;
-    std::string tagIdForMode;  // of the line: its name follows this tag's
+    std::string tagIdForMode;  // tag of the line; if it is renamed, so is the line
 };
 struct InsertStamp {
     Uuid line;
@@ -71,12 +71,12 @@ struct AppliedChange {
 };
 AppliedChange applyChange(TimelineLines& lines, const TimelineChange& change);
 
-// Passes a tag's new name on to what the change would insert or set.
+// Renames a tag in the data that the change would insert or set.
 void renameTagIn(TimelineChange& change, const std::string& tagId, const std::string& name);
-// True if the line or one of its stamps had another name.
+// Returns whether the line or one of its stamps had another name.
 bool renameTagIn(Cow<TimelineLine>& line, const std::string& tagId, const std::string& name);
 
-// True for the stamp of a saved drawing, false for a stamp made with a tag.
+// Whether the stamp belongs to a saved drawing rather than to a tag.
 bool isDrawingStamp(const TimelineStamp& stamp);
 
 std::optional<std::size_t> lineIndex(const TimelineLines& lines, const Uuid& line);

@@ -13,8 +13,8 @@ namespace tembrix {
 
 namespace {
 
-// A document from another program may repeat an id. The later record gets a new one, so that an id
-// names exactly one line or stamp.
+// A document from another program may contain an id twice. The later line or stamp gets a new id,
+// so that each id is unique.
 void makeIdsUnique(TimelineLines& lines) {
     std::unordered_set<Uuid> lineIds;
     std::unordered_set<Uuid> stampIds;
@@ -90,7 +90,7 @@ bool TimelineDataManager::commit(const TimelineTransaction& edit, std::string_vi
         return false;
     if (saving == Saving::now)
         save(edit.lines());
-    // The selected line exists whenever an observer is notified.
+    // Observers must never see a selected line that does not exist.
     const bool selects = edit.selectedLine() != selectedLineID.get();
     if (selects && !edit.selectedLine())
         selectedLineID.set(std::nullopt);
@@ -251,7 +251,7 @@ const VideosData* TimelineDataManager::openVideo() const {
 Uuid TimelineDataManager::ensureDrawingsTimeline() {
     auto edit = begin();
     edit.putDrawingsFirst(drawingsName());
-    // A timeline of which no copy could be read is stored only when the user changes it.
+    // A timeline of which no copy could be read is stored only after the user changes it.
     const VideosData* video = openVideo();
     const bool unreadable = video && storage_.isTimelineUnreadable(video->id);
     if (edit.changed())

@@ -30,8 +30,8 @@
 
 namespace tembrix {
 
-// The single owner of the timelines of the open video. Every edit of a line or a stamp is a
-// transaction: begin(), small changes, commit(). Main thread only.
+// Owns the timelines of the open video. Every edit of a line or a stamp is a transaction: begin(),
+// changes, commit(). Main thread only.
 class TimelineDataManager {
   public:
     static constexpr double minStampLength = 0.5;  // seconds, after a resize
@@ -47,12 +47,13 @@ class TimelineDataManager {
     Published<std::optional<Uuid>, TimelineDataManager> selectedStampID;
     Published<std::optional<Bytes>, TimelineDataManager> currentBookmark;
 
-    Signal<TimelineStep> edited;  // after each edit of the user that changed something
-    Signal<> replaced;            // after another timeline was opened or put in place of this one
+    Signal<TimelineStep> edited;  // after each edit by the user that changed something
+    Signal<> replaced;            // after another timeline was opened or has replaced this one
     Signal<std::string, std::string> tagRenamed;  // tag id, new name
 
-    // Opening a project: bookmark, lines, selection by mode, then the drawings timeline. The id
-    // decides where the lines are saved if several videos have this bookmark.
+    // Opens the timelines of a project: sets the bookmark, the lines, the selection for the mode
+    // and the drawings timeline. The id determines where the lines are saved if several videos have
+    // this bookmark.
     void openTimeline(const Bytes& bookmark, TimelineLines loaded, const std::string& videoId = {});
     // The open video was bound to another file.
     void setBookmark(const Bytes& bookmark) { currentBookmark.set(bookmark); }
@@ -61,10 +62,9 @@ class TimelineDataManager {
 
     TimelineTransaction begin() const;
     enum class Saving { now, withNextEdit };
-    // Carries out an edit: saves the lines, publishes them and the selection, and records the edit
-    // as a step of the history under this text key; without a key it is not a step. False, and
-    // nothing is changed or saved, if the edit has failed or if the lines were changed since
-    // begin().
+    // Applies an edit: saves the lines, publishes them and the selection, and adds a step with this
+    // text key to the history, or no step if the key is empty. Returns false and changes nothing if
+    // the edit has failed or the lines were changed after begin().
     bool commit(const TimelineTransaction& edit, std::string_view stepName = {},
                 Saving saving = Saving::now);
 
@@ -78,8 +78,8 @@ class TimelineDataManager {
     // saved with the next edit.
     void moveLine(const Uuid& line, const std::optional<Uuid>& above);
 
-    bool appendStamp(const Uuid& line, TimelineStamp stamp);  // false if there is no such line
-    // Appends to the line of this tag, which is made with it if there is none.
+    bool appendStamp(const Uuid& line, TimelineStamp stamp);  // false without such a line
+    // Appends the stamp to the line of this tag, which is created if necessary.
     void appendStampForTag(const Tag& tag, TimelineStamp stamp);
     void removeStamp(const Uuid& line, const Uuid& stamp);
     void setStampLabels(const Uuid& line, const Uuid& stamp, std::vector<std::string> labels);
@@ -91,8 +91,8 @@ class TimelineDataManager {
     void saveLines();
     Uuid ensureDrawingsTimeline();
 
-    // Undoes a step and saves; returns the step that repeats it. Stamps of drawings are restored
-    // only if their drawing exists. The result has no changes if nothing was left to undo.
+    // Undoes a step and saves. Returns the step that redoes it. Stamps of drawings are restored
+    // only if their drawing exists. The result is empty if nothing could be undone.
     TimelineStep undoStep(const TimelineStep& step);
 
     // Null for an unknown id; valid until the lines change.
@@ -101,7 +101,7 @@ class TimelineDataManager {
         const TimelineLine* line;
         const TimelineStamp* stamp;
     };
-    std::optional<Found> findStamp(const Uuid& stamp) const;  // over all lines
+    std::optional<Found> findStamp(const Uuid& stamp) const;  // in all lines
 
   private:
     void handleTagUpdated(const events::TagUpdated& event);

@@ -12,27 +12,27 @@
 
 namespace tembrix {
 
-// Undo and redo of all edits of the lines and stamps of the open project. Each edit is one step,
-// which keeps only the changes that undo it. Opening another project or replacing the timeline
-// clears the history.
+// Undo and redo for all edits of lines and stamps in the open project. Each edit is one step, which
+// contains only the changes that undo it. Opening another project or replacing the timelines clears
+// the history.
 //
-// Drawings: a drawing is a stamp on the drawings timeline and two files, which must not be
-// separated. Saving and deleting a drawing cannot be undone, because the files would not come back;
-// neither is a step. A step that would restore the stamp of a drawing, on any line, restores it
-// only while the drawing exists; the rest of the step is undone all the same. The links of drawings
-// to a stamp are checked again when undo changes the stamp's times; a lost link is not restored.
+// A drawing consists of a stamp on the drawings timeline and two files. Saving and deleting a
+// drawing cannot be undone, because the files would not be restored; neither adds a step. A step
+// that restores the stamp of a drawing, on any line, does so only if the drawing exists; the rest
+// of the step is still undone. When undo changes the times of a stamp, the links of drawings to it
+// are checked again; lost links are not restored.
 //
-// Renaming a tag is not a step either. The new name is entered into all steps, so that restored
-// stamps and lines have it. Main thread only.
+// Renaming a tag does not add a step. Instead, the new name is entered into all steps, so that
+// restored stamps and lines have it. Main thread only.
 class TimelineHistory {
   public:
-    static constexpr std::size_t maxSteps = 2000;  // the oldest ones are dropped
+    static constexpr std::size_t maxSteps = 2000;  // older steps are discarded
 
     explicit TimelineHistory(TimelineDataManager& timeline);
 
     Published<bool, TimelineHistory> canUndo{false};
     Published<bool, TimelineHistory> canRedo{false};
-    // The text keys of the next steps to undo and redo, for the help of the buttons.
+    // The text keys of the next steps to undo and redo, for the tooltips of the buttons.
     Published<std::optional<std::string>, TimelineHistory> undoName;
     Published<std::optional<std::string>, TimelineHistory> redoName;
 

@@ -15,7 +15,7 @@
 
 namespace tembrix {
 
-// What undoes one edit of the user.
+// The changes that undo one edit by the user.
 struct TimelineStep {
     std::string_view name;  // text key
     std::vector<TimelineChange> changes;
@@ -24,11 +24,11 @@ struct TimelineStep {
     std::optional<Uuid> selectionAfter;
 };
 
-// An edit in preparation: small changes to a copy of the lines and of the selection. Nothing else
-// changes until TimelineDataManager::commit() is called with it, which carries it out as a whole.
+// An edit in preparation: changes to a copy of the lines and of the selection. They become
+// effective as a whole with TimelineDataManager::commit().
 class TimelineTransaction {
   public:
-    // `revision` numbers the state of the lines that the edit starts from.
+    // `revision` is the number of the state of the lines on which the edit is based.
     TimelineTransaction(TimelineLines lines, std::optional<Uuid> selectedLine,
                         std::uint64_t revision)
         : lines_(std::move(lines)),
@@ -40,26 +40,26 @@ class TimelineTransaction {
     const std::optional<Uuid>& selectedLine() const { return selected_; }
     const std::optional<Uuid>& selectedLineBefore() const { return selectedBefore_; }
 
-    // Makes a change. One that is impossible, because it names a line or a stamp that does not
-    // exist, fails the whole edit.
+    // Applies a change. If it is impossible because a line or a stamp does not exist, the whole
+    // edit fails.
     void make(const TimelineChange& change);
-    // Makes a change if it is possible.
+    // Applies a change if it is possible.
     void makeIfPossible(const TimelineChange& change);
     void selectLine(std::optional<Uuid> line) { selected_ = line; }
 
-    // The line that collects the stamps of this tag; it is appended if there is none.
+    // The line that collects the stamps of this tag. It is appended if there is none.
     Uuid lineForTag(const Tag& tag);
     // Makes the drawings timeline the first line.
     void putDrawingsFirst(const std::string& name);
-    // Another timeline in place of this one. This is not undone.
+    // Replaces the timelines by others. Cannot be undone.
     void replaceLines(TimelineLines lines);
-    // Passes a tag's new name on to its stamps and its line. This is not undone.
+    // Renames a tag in its stamps and its line. Cannot be undone.
     void renameTag(const std::string& tagId, const std::string& name);
 
     std::uint64_t revision() const { return revision_; }
     bool failed() const { return failed_; }
     bool changed() const { return changed_; }
-    // The changes that undo this edit, in their order.
+    // The changes that undo this edit, in the order in which to apply them.
     std::vector<TimelineChange> inverses() const { return {inverses_.rbegin(), inverses_.rend()}; }
 
   private:
