@@ -91,10 +91,12 @@ TEST_F(MarkingFlowTest, CountsFollowEditsInOtherWindows) {
     EXPECT_FALSE(flow.tagCounts->contains("pass"));
 }
 
-TEST_F(MarkingFlowTest, APanelOpenedDuringALoadOfCollectionsWaitsForIt) {
+TEST_F(MarkingFlowTest, APanelOpenedDuringALoadListsTheCollectionsAndWaits) {
     flow.disappear();
+    project.index.addOrUpdateCollection("other", "Other");
     project.events.post(events::CollectionDataChanged{});
     flow.appear();
+    EXPECT_EQ(flow.userCollections->back().name, "Other");
     EXPECT_TRUE(*flow.isLoadingCollections);
     project.scheduler.run();
     EXPECT_FALSE(*flow.isLoadingCollections);

@@ -167,7 +167,13 @@ TEST_F(VideoPlayerManagerTest, CleanupEndsEverything) {
     manager.setPlaybackSpeed(5);
     player().advanceTo(20);
     manager.seek(5);
+    double lastRate = -1;
+    player().destroyed = [&, &rates = player().rates, destroyed = player().destroyed] {
+        lastRate = rates.back();
+        destroyed();
+    };
     manager.cleanup();
+    EXPECT_EQ(lastRate, 0) << "the sound must stop at once";
     EXPECT_EQ(players.player(), nullptr);
     EXPECT_EQ(manager.currentTime(), 0);
     EXPECT_EQ(manager.playbackSpeed(), 1.0);

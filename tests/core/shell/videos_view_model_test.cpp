@@ -37,9 +37,12 @@ TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
     EXPECT_FALSE(model.state->showMetadataSheet);
     EXPECT_TRUE(model.state->files.empty());
 
+    project.media.add(video, 10);
     model.send(
         videos::SaveVideoMetadata{video, " Red Lions ", "Blue Foxes", "2-1", Date{1714588200}});
+    project.scheduler.run();
     ASSERT_EQ(model.state->files.size(), 1U);
+    EXPECT_TRUE(model.state->files.front().preview);
     EXPECT_FALSE(model.state->showMetadataSheet);
     EXPECT_EQ(model.displayName(model.state->files.front()),
               "Red_Lions_Blue_Foxes_2-1_2024-05-01_18-30");
@@ -99,8 +102,19 @@ TEST_F(VideosViewModelTest, AMovedVideoAsksToBeBoundAgainAndThenOpensWithItsId) 
     EXPECT_EQ(windows.currentVideoId(), id);
     EXPECT_EQ(project.players.opened.back(), moved);
     EXPECT_EQ(model.state->files.size(), 1U);
+    EXPECT_FALSE(model.state->fileToRebind);
     project.scheduler.run();
     EXPECT_TRUE(model.state->files.front().preview);
+}
+
+TEST_F(VideosViewModelTest, AProjectOpensOnceTimelinesMayBeRead) {
+    std::function<void()> open;
+    model.setWhenReady([&](std::function<void()> task) { open = std::move(task); });
+    model.send(videos::OpenVideo{project.addVideo()});
+    EXPECT_TRUE(windows.isClosing());
+    ASSERT_TRUE(open);
+    open();
+    EXPECT_FALSE(windows.isClosing());
 }
 
 TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
