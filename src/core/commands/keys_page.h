@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ports/texts.h"
+
+#include "core/commands/command_keys.h"
+
+namespace tembrix {
+
+// One line of the list of keys.
+struct KeyLine {
+    std::string keys;  // "Ctrl+Shift+Z, Ctrl+Y"
+    std::string text;
+    bool operator==(const KeyLine&) const = default;
+};
+struct KeySection {
+    std::string title;
+    std::vector<KeyLine> lines;
+};
+
+// All keys of a window of the given scope, or of the whole program: commands by menu, then the keys
+// of its controls.
+std::vector<KeySection> keySections(const CommandKeys& keys, const Texts& texts,
+                                    CommandScope window = CommandScope::everywhere);
+
+// The guide's page of keys, as HTML. `language` is that of the texts.
+std::string keysPage(const CommandKeys& keys, const Texts& texts, const std::string& language);
+
+}  // namespace tembrix
