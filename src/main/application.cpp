@@ -36,13 +36,16 @@
 #include "adapters/qt/qt_process_runner.h"
 #include "adapters/qt/qt_scheduler.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
+#include "app/commands/command_menu_bar.h"
 #include "app/library/videos_view.h"
 #include "app/shell/key_monitor.h"
-#include "app/shell/main_menu.h"
 #include "app/shell/project_windows.h"
+#include "app/shell/shell_commands.h"
 #include "app/shell/window_factory.h"
 #include "app/theme/theme.h"
 #include "app/widgets/safety_banner.h"
+#include "core/commands/command_table.h"
+#include "core/commands/key_router.h"
 #include "core/composition/core_services.h"
 #include "core/keyboard/hot_key_codes.h"
 #include "core/shell/project.h"
@@ -118,9 +121,15 @@ struct Application::Parts {
         windowFactory.setMakers(
             windowMakers(core,
                          [this](QWidget* parent) { return machine.players.makeSurface(parent); }),
-            [this](QWidget* parent) {
-                return new SafetyBanner(core.health, machine.texts, parent);
-            });
+            {.menuBar =
+                 [this](QWidget* parent) {
+                     return new CommandMenuBar(core.commands, machine.texts, CommandScope::project,
+                                               parent);
+                 },
+             .banner =
+                 [this](QWidget* parent) {
+                     return new SafetyBanner(core.health, machine.texts, parent);
+                 }});
         core.start();
     }
     ~Parts();
@@ -130,12 +139,16 @@ struct Application::Parts {
     Machine machine;
     QtWindowFactory windowFactory;
     CoreServices core{machine.platform, windowFactory};
-    KeyMonitor keyMonitor{[this] {
-                              Project* open = core.windows.project();
-                              return open ? &open->hotkeys : nullptr;
-                          },
-                          &keyPress};
-    QuitKeys quitKeys{machine.texts};
+    KeyRouter keyRouter{core.commands, [this] {
+                            Project* open = core.windows.project();
+                            return open ? &open->hotkeys : nullptr;
+                        }};
+    KeyMonitor keyMonitor{keyRouter, &keyPress};
+    ShellCommands shellCommands{core.commands, core.focus, machine.texts, [this] {
+                                    auto all = windowFactory.windows();
+                                    all.insert(all.begin(), listWindow.get());
+                                    return all;
+                                }};
     std::optional<VideosViewModel> videos;
     std::unique_ptr<QWidget> listWindow;
 };
@@ -163,10 +176,12 @@ void Application::Parts::makeListWindow() {
     auto* layout = new QVBoxLayout(listWindow.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->setMenuBar(makeMainMenu(machine.texts, listWindow.get()));
-    layout->addWidget(new VideosView(
-        *videos, {machine.texts, machine.locale, core.focus, machine.panels, machine.scheduler},
-        core.dataSync));
+    layout->setMenuBar(
+        new CommandMenuBar(core.commands, machine.texts, CommandScope::list, listWindow.get()));
+    layout->addWidget(new VideosView(*videos,
+                                     {machine.texts, machine.locale, core.focus, core.commands,
+                                      machine.panels, machine.scheduler},
+                                     core.dataSync));
     listWindow->resize(listSize);
 }
 

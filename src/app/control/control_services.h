@@ -2,6 +2,7 @@
 
 namespace tembrix {
 
+class Commands;
 class EventBus;
 struct ExportServices;
 class FocusStateManager;
@@ -30,6 +31,7 @@ struct ControlServices {
     UserDefaults& defaults;
     Scheduler& scheduler;
     EventBus& events;
+    Commands& commands;
     Panels& panels;
     const Texts& texts;
 };

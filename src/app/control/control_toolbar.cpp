@@ -7,6 +7,7 @@
 
 #include "base/published.h"
 
+#include "app/commands/command_button.h"
 #include "app/control/timelines_area.h"
 #include "app/playback/player_control_panel.h"
 #include "app/theme/theme.h"
@@ -14,6 +15,8 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/widgets/tabular_label.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/control/timeline_editing_model.h"
 #include "core/records/markup_mode.h"
 #include "core/timeline/timeline_history.h"
@@ -54,67 +57,57 @@ void ControlToolbar::addModes() {
     auto* add =
         makeButton(services_.texts, "fullControlButtonAddTimeline", ButtonLook::quiet, this);
     add->setIcon(theme::icon("list-add"));
+    bindButton(add, services_.commands, Command::addLine, services_.texts);
     row_->addWidget(add);
 
-    const auto show = [this, modes, add] {
+    const auto show = [this, modes] {
         modes->choose(*model_.markupMode == MarkupMode::standard ? 0 : 1);
-        add->setEnabled(model_.canAddLine());
     };
     show();
     subscriptions_.push_back(model_.markupMode.observe([show](const MarkupMode&) { show(); }));
     connect(modes, &SegmentedSwitch::chosenByUser, this, [this](int index) {
-        model_.setMode(index == 0 ? MarkupMode::standard : MarkupMode::tagBased);
+        services_.commands.run(index == 0 ? Command::standardMode : Command::tagBasedMode);
     });
-    connect(add, &QPushButton::clicked, this, &ControlToolbar::addLineRequested);
 }
 
 void ControlToolbar::addHistory() {
-    TimelineHistory& history = services_.history;
-    const auto add = [this](const char* key, const char* icon, const Observable<bool>& enabled,
-                            const Observable<std::optional<std::string>>& step, auto take) {
-        QToolButton* button = makeIconButton(services_.texts, key, icon, this);
+    const auto add = [this](Command command, const char* icon,
+                            const Observable<std::optional<std::string>>& step) {
+        QToolButton* button =
+            makeCommandButton(services_.commands, command, services_.texts, icon, this);
         row_->addWidget(button);
-        connect(button, &QToolButton::clicked, this, take);
-        // The tooltip names the edit that would be undone or redone. The accessible name does not
-        // change.
-        const auto show = [this, button, &enabled, &step, plain = button->toolTip()] {
-            button->setEnabled(*enabled && model_.canTakeBack());
+        // The help says what would be undone; the name of the button stays.
+        const auto show = [this, button, command, &step] {
+            const QString plain = commandHelp(services_.commands, command, services_.texts);
             button->setToolTip(*step ? plain + ": " + qtext(services_.texts.text(**step)) : plain);
             button->setAccessibleDescription(button->toolTip());
         };
         show();
-        const Observable<bool>& editing = model_.isEditorModeActive;
-        for (const Observable<bool>* gate : {&enabled, &editing})
-            subscriptions_.push_back(gate->observe([show](const bool&) { show(); }));
         subscriptions_.push_back(
             step.observe([show](const std::optional<std::string>&) { show(); }));
     };
-    add("fullControlUndo", "edit-undo", history.canUndo, history.undoName,
-        [&history] { history.undo(); });
-    add("fullControlRedo", "edit-redo", history.canRedo, history.redoName,
-        [&history] { history.redo(); });
+    add(Command::undo, "edit-undo", services_.history.undoName);
+    add(Command::redo, "edit-redo", services_.history.redoName);
 }
 
 void ControlToolbar::addTransport() {
-    row_->addWidget(makePlayerControlPanel(services_.player, services_.texts, this));
+    row_->addWidget(
+        makePlayerControlPanel(services_.player, services_.commands, services_.texts, this));
 }
 
 void ControlToolbar::addZoom() {
-    auto* zoomOut = makeIconButton(services_.texts, "fullControlZoomOut", "list-remove", this);
+    auto* zoomOut = makeCommandButton(services_.commands, Command::zoomOut, services_.texts,
+                                      "list-remove", this);
     auto* figure = new TabularLabel(this);
     nameControl(figure, services_.texts, "fullControlZoom");
-    auto* zoomIn = makeIconButton(services_.texts, "fullControlZoomIn", "list-add", this);
+    auto* zoomIn =
+        makeCommandButton(services_.commands, Command::zoomIn, services_.texts, "list-add", this);
     for (QWidget* part : {static_cast<QWidget*>(zoomOut), static_cast<QWidget*>(figure),
                           static_cast<QWidget*>(zoomIn)})
         row_->addWidget(part);
-    connect(zoomOut, &QToolButton::clicked, this, [this] { model_.zoomOut(); });
-    connect(zoomIn, &QToolButton::clicked, this, [this] { model_.zoomIn(); });
     zoomOut->setAutoRepeat(true);
     zoomIn->setAutoRepeat(true);
-    const auto show = [this, figure, zoomOut] {
-        figure->setText(qtext(model_.zoomText()));
-        zoomOut->setEnabled(*model_.timelineScale > TimelineEditingModel::smallestScale);
-    };
+    const auto show = [this, figure] { figure->setText(qtext(model_.zoomText())); };
     show();
     subscriptions_.push_back(model_.zoomChanged.observe(show));
 }

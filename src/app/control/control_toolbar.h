@@ -27,9 +27,6 @@ class ControlToolbar final : public QWidget {
     // Adds a group of controls at the right end.
     void addGroup(QWidget* group);
 
-  Q_SIGNALS:
-    void addLineRequested();
-
   private:
     void addModes();
     void addHistory();

@@ -1,27 +1,27 @@
 #include "app/control/full_control_view.h"
 
 #include <QApplication>
-#include <QContextMenuEvent>
-#include <QDialog>
-#include <QKeyEvent>
-#include <QShortcut>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/control/control_toolbar.h"
 #include "app/control/line_name_sheets.h"
+#include "app/control/line_names_view.h"
 #include "app/control/timelines_area.h"
 #include "app/export/export_controller.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
-#include "app/widgets/letter_keys.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/stamp_items_sheet.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/keyboard/hot_key_codes.h"
 #include "core/marking/stamp_items_selection.h"
 #include "core/playback/video_player_manager.h"
+#include "core/records/markup_mode.h"
 #include "core/timeline/timeline_history.h"
 
 namespace tembrix {
@@ -49,12 +49,11 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     column->addWidget(status_);
 
-    auto* exports =
-        new ExportController({services.timeline, services.tagLibrary, services.exports,
-                              services.focus, services.events, services.panels, services.texts},
-                             this);
+    auto* exports = new ExportController(
+        {services.timeline, services.tagLibrary, services.exports, services.focus, services.events,
+         services.commands, services.panels, services.texts},
+        this);
     toolbar_->addGroup(exports->makeMenuButton(toolbar_));
-    connect(toolbar_, &ControlToolbar::addLineRequested, this, &FullControlView::openAddLine);
     connect(area_, &TimelinesArea::editNameRequested, this, &FullControlView::openEditName);
     subscriptions_.push_back(model_.hoveredStampInfo.observe(
         [this](const std::optional<std::string>& text) { showHover(text); }));
@@ -63,7 +62,7 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
             if (type)
                 openStampEdit(*type);
         }));
-    addShortcuts();
+    bindCommands();
 }
 
 FullControlView::~FullControlView() {
@@ -74,32 +73,103 @@ FullControlView::~FullControlView() {
     delete toolbar_;
 }
 
-void FullControlView::addShortcuts() {
-    const auto add = [this](const QList<QKeySequence>& keys, auto action) {
-        auto* shortcut = new QShortcut(this);
-        shortcut->setKeys(keys);
-        connect(shortcut, &QShortcut::activated, this, action);
-        return shortcut;
+void FullControlView::bindCommands() {
+    const auto bind = [this](Command command, std::function<void()> run,
+                             std::function<bool()> enabled, std::function<bool()> checked = {}) {
+        subscriptions_.push_back(services_.commands.bind(
+            command, {std::move(run), std::move(enabled), std::move(checked)}));
     };
-    QShortcut* undo = add(letterKeys(Qt::ControlModifier, Qt::Key_Z), [this] {
-        model_.cancelGesture();
-        services_.history.undo();
-    });
-    QShortcut* redo = add(letterKeys(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_Z), [this] {
-        model_.cancelGesture();
-        services_.history.redo();
-    });
-    subscriptions_.push_back(model_.isEditorModeActive.observe([this, undo, redo](const bool&) {
-        for (QShortcut* shortcut : {undo, redo})
-            shortcut->setEnabled(model_.canTakeBack());
-    }));
-    add({QKeySequence("Ctrl++"), QKeySequence("Ctrl+=")}, [this] { model_.zoomIn(); });
-    add({QKeySequence("Ctrl+-")}, [this] { model_.zoomOut(); });
+    bind(
+        Command::undo,
+        [this] {
+            model_.cancelGesture();
+            services_.history.undo();
+        },
+        [this] { return *services_.history.canUndo && model_.canTakeBack(); });
+    bind(
+        Command::redo,
+        [this] {
+            model_.cancelGesture();
+            services_.history.redo();
+        },
+        [this] { return *services_.history.canRedo && model_.canTakeBack(); });
+    const auto enabled = [this] { return model_.timelinesEnabled(); };
+    bind(
+        Command::zoomIn, [this] { model_.zoomIn(); }, enabled);
+    bind(
+        Command::zoomOut, [this] { model_.zoomOut(); },
+        [this] {
+            return model_.timelinesEnabled() &&
+                   *model_.timelineScale > TimelineEditingModel::smallestScale;
+        });
+    bind(
+        Command::addLine, [this] { openAddLine(); }, [this] { return model_.canAddLine(); });
+    for (const auto& [command, mode] : {std::pair(Command::standardMode, MarkupMode::standard),
+                                        std::pair(Command::tagBasedMode, MarkupMode::tagBased)})
+        bind(
+            command, [this, mode = mode] { model_.setMode(mode); }, {},
+            [this, mode = mode] { return *model_.markupMode == mode; });
+    bindLineCommands();
+    bindStampCommands();
+
+    const auto refresh = [this](const auto&) { services_.commands.refresh(); };
+    subscriptions_.push_back(services_.history.canUndo.observe(refresh));
+    subscriptions_.push_back(services_.history.canRedo.observe(refresh));
+    subscriptions_.push_back(model_.markupMode.observe(refresh));
+    subscriptions_.push_back(model_.isEditorModeActive.observe(refresh));
+    subscriptions_.push_back(model_.isScreenshotDisplayActive.observe(refresh));
+    subscriptions_.push_back(model_.zoomChanged.observe([this] { services_.commands.refresh(); }));
+}
+
+void FullControlView::bindLineCommands() {
+    const auto bind = [this](Command command, LineMenuAction action,
+                             std::function<void(const Uuid&)> run) {
+        subscriptions_.push_back(services_.commands.bind(
+            command, {[this, run = std::move(run)] { run(*chosenLine()); },
+                      [this, action] { return chosenLine() && mayEdit(*chosenLine(), action); },
+                      {}}));
+    };
+    bind(Command::renameLine, LineMenuAction::editName,
+         [this](const Uuid& line) { openEditName(line); });
+    bind(Command::deleteLine, LineMenuAction::deleteTimeline,
+         [this](const Uuid& line) { services_.timeline.deleteLine(line); });
+}
+
+bool FullControlView::mayEdit(const Uuid& line, LineMenuAction action) const {
+    const auto items = lineMenu(line, *model_.markupMode, services_.texts);
+    return model_.timelinesEnabled() &&
+           std::any_of(items.begin(), items.end(), [action](const LineMenuItem& item) {
+               return item.action == action && item.enabled;
+           });
+}
+
+std::optional<Uuid> FullControlView::chosenLine() const {
+    const auto* names = area_->names();
+    return names->hasFocus() ? names->currentLine() : *services_.timeline.selectedLineID;
+}
+
+void FullControlView::bindStampCommands() {
+    const auto chosen = [this] {
+        return model_.timelinesEnabled() && *services_.timeline.selectedStampID;
+    };
+    const auto edit = [this](StampEditSheetType type) {
+        const Uuid stamp = **services_.timeline.selectedStampID;
+        if (const auto hit = model_.rows().findStamp(stamp))
+            model_.editing.request(model_.rows()[hit->row].line->id, stamp, type);
+    };
+    const auto bind = [&](Command command, std::function<void()> run) {
+        subscriptions_.push_back(services_.commands.bind(command, {std::move(run), chosen, {}}));
+    };
+    bind(Command::editLabels, [edit] { edit(StampEditSheetType::lables); });
+    bind(Command::editTimeEvents, [edit] { edit(StampEditSheetType::timeEvents); });
+    subscriptions_.push_back(services_.commands.bind(
+        Command::removeStamp, {[this] { model_.removeSelectedStamp(); },
+                               [this] { return model_.canRemoveSelectedStamp(); },
+                               {}}));
 }
 
 void FullControlView::showEvent(QShowEvent* event) {
     if (!event->spontaneous()) {
-        qApp->installEventFilter(this);
         model_.appear();
     }
     QWidget::showEvent(event);
@@ -107,37 +177,9 @@ void FullControlView::showEvent(QShowEvent* event) {
 
 void FullControlView::hideEvent(QHideEvent* event) {
     if (!event->spontaneous()) {
-        qApp->removeEventFilter(this);
         model_.disappear();
     }
     QWidget::hideEvent(event);
-}
-
-bool FullControlView::eventFilter(QObject* watched, QEvent* event) {
-    // The native window receives a key press before its widgets do; only that first event is
-    // handled. Backspace deletes the selected stamp. Popups and dialogs handle their own keys.
-    if (event->type() != QEvent::KeyPress || !watched->isWindowType() ||
-        QApplication::activePopupWidget() || qobject_cast<QDialog*>(QApplication::activeWindow()))
-        return false;
-    const auto* press = static_cast<QKeyEvent*>(event);
-    if (press->key() == Qt::Key_F10 && press->modifiers() == Qt::ShiftModifier)
-        return openMenuByKeyboard();
-    if (press->key() != Qt::Key_Backspace)
-        return false;
-    KeyPress translated{key::deleteKey, {}, {}};
-    translated.modifiers.option = press->modifiers() & Qt::AltModifier;
-    return model_.handleKeyDown(translated);
-}
-
-bool FullControlView::openMenuByKeyboard() {
-    // Qt opens context menus with the menu key only, which many keyboards lack.
-    QWidget* focus = QApplication::focusWidget();
-    if (!focus || !isAncestorOf(focus))
-        return false;
-    const QPoint middle = focus->rect().center();
-    QContextMenuEvent event(QContextMenuEvent::Keyboard, middle, focus->mapToGlobal(middle));
-    QApplication::sendEvent(focus, &event);
-    return true;
 }
 
 void FullControlView::openAddLine() {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QWidget>
+#include <optional>
 #include <vector>
 
 #include "base/uuid.h"
 
 #include "app/control/control_services.h"
 #include "core/control/timeline_editing_model.h"
+#include "core/control/timeline_texts.h"
 #include "core/records/timeline_records.h"
 
 namespace tembrix {
@@ -28,11 +30,14 @@ class FullControlView final : public QWidget {
   protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    void addShortcuts();
-    bool openMenuByKeyboard();
+    void bindCommands();
+    void bindLineCommands();
+    void bindStampCommands();
+    // The focused line of the name column, else the selected line.
+    std::optional<Uuid> chosenLine() const;
+    bool mayEdit(const Uuid& line, LineMenuAction action) const;
     void openAddLine();
     void openEditName(const Uuid& line);
     void openStampEdit(StampEditSheetType type);

@@ -157,11 +157,6 @@ void LineNamesView::moveCurrent(int step) {
 }
 
 void LineNamesView::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_F2 && event->modifiers() == Qt::NoModifier) {
-        if (const auto line = currentLine())
-            Q_EMIT renameRequested(*line);
-        return;
-    }
     const bool alt = event->modifiers() == Qt::AltModifier;
     if (alt && event->key() == Qt::Key_Up)
         return moveCurrent(-1);

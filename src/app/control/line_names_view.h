@@ -24,7 +24,6 @@ class LineNamesView final : public QListView {
 
   Q_SIGNALS:
     void lineMenuRequested(const tembrix::Uuid& line, const QPoint& globalPosition);
-    void renameRequested(const tembrix::Uuid& line);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -95,11 +95,6 @@ TimelinesArea::TimelinesArea(const ControlServices& services, TimelineEditingMod
     });
     connect(canvas_, &TimelineCanvas::stampMenuRequested, this, &TimelinesArea::openStampMenu);
     connect(names_, &LineNamesView::lineMenuRequested, this, &TimelinesArea::openLineMenu);
-    connect(names_, &LineNamesView::renameRequested, this, [this](const Uuid& line) {
-        for (const auto& item : lineMenu(line, *model_.markupMode, services_.texts))
-            if (item.action == LineMenuAction::editName && item.enabled)
-                Q_EMIT editNameRequested(line);
-    });
     const auto scroll = [this] { canvas_->setScroll(horizontal_->value(), vertical_->value()); };
     connect(horizontal_, &QScrollBar::valueChanged, this, scroll);
     connect(vertical_, &QScrollBar::valueChanged, this, scroll);

@@ -13,6 +13,8 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/sheet.h"
 #include "core/collections/tag_library_manager.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/export/cut_planning.h"
 #include "core/notifications/event_bus.h"
 #include "core/notifications/events.h"
@@ -30,6 +32,17 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
         [this](const float& progress) { waiting_->setProgress(progress); });
     connect(waiting_, &WaitingPanel::canceled, this,
             [this] { exportHelper_.cancelCurrentExport(); });
+    const auto bind = [this](Command command, void (ExportController::*start)()) {
+        // One run at a time.
+        commands_.push_back(services_.commands.bind(
+            command, {[this, start] { (this->*start)(); }, [this] { return !isExporting_; }, {}}));
+    };
+    bind(Command::exportTimeline, &ExportController::exportTimeline);
+    bind(Command::exportAll, &ExportController::exportAll);
+    bind(Command::exportDrawings, &ExportController::exportDrawings);
+    bind(Command::exportTags, &ExportController::exportTags);
+    bind(Command::exportLabels, &ExportController::exportLabels);
+    bind(Command::exportEvents, &ExportController::exportEvents);
 }
 
 ExportController::~ExportController() = default;
@@ -40,17 +53,14 @@ QToolButton* ExportController::makeMenuButton(QWidget* parent) {
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setPopupMode(QToolButton::InstantPopup);
     auto* menu = new QMenu(button);
-    const auto add = [&](const char* key, void (ExportController::*entry)()) {
-        auto* action = menu->addAction(qtext(services_.texts.text(key)));
-        action->setObjectName(key);
-        connect(action, &QAction::triggered, this, entry);
-    };
-    add("fullControlButtonExportTimeline", &ExportController::exportTimeline);
-    add("fullControlButtonExportAll", &ExportController::exportAll);
-    add("fullControlButtonExportDrawings", &ExportController::exportDrawings);
-    add("fullControlButtonExportTags", &ExportController::exportTags);
-    add("fullControlButtonExportLabels", &ExportController::exportLabels);
-    add("fullControlButtonExportEvents", &ExportController::exportEvents);
+    for (const CommandRow& row : commandTable()) {
+        if (row.menu != CommandMenu::exports)
+            continue;
+        auto* action = menu->addAction(qtext(services_.texts.text(row.textKey)));
+        action->setObjectName(row.textKey);
+        connect(action, &QAction::triggered, this,
+                [this, command = row.id] { services_.commands.run(command); });
+    }
     nameControl(menu, services_.texts, "fullControlExport");
     button->setMenu(menu);
     // One export runs at a time.
@@ -148,6 +158,7 @@ void ExportController::present(Sheet* sheet) {
 
 void ExportController::setExporting(bool exporting) {
     isExporting_ = exporting;
+    services_.commands.refresh();
     if (exporting)
         waiting_->appear();
     else

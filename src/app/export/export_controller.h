@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <optional>
+#include <vector>
 
 #include "app/export/export_window_services.h"
 #include "core/export/cut_records.h"
@@ -60,6 +61,7 @@ class ExportController final : public QObject {
     bool exportWithDrawings_ = false;
     bool isExporting_ = false;
     Subscription progress_;
+    std::vector<Subscription> commands_;
 };
 
 }  // namespace tembrix

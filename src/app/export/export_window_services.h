@@ -2,6 +2,7 @@
 
 namespace tembrix {
 
+class Commands;
 class EventBus;
 struct ExportServices;
 class FocusStateManager;
@@ -17,6 +18,7 @@ struct ExportWindowServices {
     ExportServices& exports;
     FocusStateManager& focus;
     EventBus& events;
+    Commands& commands;
     Panels& panels;
     const Texts& texts;
 };

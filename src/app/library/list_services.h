@@ -2,6 +2,7 @@
 
 namespace tembrix {
 
+class Commands;
 class FocusStateManager;
 class Locale;
 class Panels;
@@ -13,6 +14,7 @@ struct ListServices {
     const Texts& texts;
     const Locale& locale;
     FocusStateManager& focus;
+    Commands& commands;
     Panels& panels;
     Scheduler& scheduler;
 };

@@ -16,6 +16,7 @@
 
 #include "ports/texts.h"
 
+#include "app/commands/command_button.h"
 #include "app/library/data_management_sheet.h"
 #include "app/library/match_sheet.h"
 #include "app/library/safety_bar.h"
@@ -42,6 +43,7 @@ VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    bindCommands();
     layout->addWidget(makeTopBar());
     layout->addWidget(makeSeparator(Qt::Horizontal));
     layout->addWidget(new SafetyBar(services_.texts, dataSync_, this));
@@ -52,6 +54,44 @@ VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
 
     state_ = viewModel_.state.observe([this](const VideosState& state) { showState(state); });
     showState(*viewModel_.state);
+}
+
+void VideosView::bindCommands() {
+    const auto bind = [this](Command command, std::function<void()> run) {
+        commands_.push_back(services_.commands.bind(command, {std::move(run), {}, {}}));
+    };
+    bind(Command::addVideo, [this] { viewModel_.send(videos::OpenFiles{}); });
+    bind(Command::openGuide, [this] { viewModel_.send(videos::OpenGuide{}); });
+    bind(Command::showData,
+         [this] { (new DataManagementSheet(this, services_, dataSync_))->present(); });
+    bind(Command::searchVideos, [this] {
+        search_->setFocus(Qt::ShortcutFocusReason);
+        search_->selectAll();
+    });
+    bindOnCurrent(Command::openVideo, [this](const QModelIndex& index) { open(index); });
+    bindOnCurrent(Command::renameVideo, [this](const QModelIndex& index) {
+        viewModel_.send(videos::ShowRenameSheet{model_->file(index)});
+    });
+    bindOnCurrent(Command::toggleFavorite, [this](const QModelIndex& index) {
+        viewModel_.send(videos::ToggleFavorite{model_->file(index)});
+    });
+    bindOnCurrent(Command::rebindVideo, [this](const QModelIndex& index) {
+        viewModel_.send(videos::ShowRebindAlert{model_->file(index)});
+    });
+    bindOnCurrent(Command::deleteVideo, [this](const QModelIndex& index) {
+        viewModel_.send(videos::DeleteFile{model_->file(index)});
+    });
+}
+
+void VideosView::bindOnCurrent(Command command, std::function<void(const QModelIndex&)> run) {
+    commands_.push_back(services_.commands.bind(
+        command, {[this, run = std::move(run)] { run(list_->currentIndex()); },
+                  [this] { return list_ && list_->currentIndex().isValid(); },
+                  command == Command::toggleFavorite ? std::function<bool()>([this] {
+                      return list_ && list_->currentIndex().isValid() &&
+                             model_->file(list_->currentIndex()).videoData.isFavorite == true;
+                  })
+                                                     : nullptr}));
 }
 
 QWidget* VideosView::makeTopBar() {
@@ -78,16 +118,13 @@ QWidget* VideosView::makeTopBar() {
     row->addStretch(1);
 
     auto* guide = makeButton(texts, "openGuide");
-    connect(guide, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenGuide{}); });
+    bindButton(guide, services_.commands, Command::openGuide, texts);
     row->addWidget(guide);
     auto* manage = makeButton(texts, "dataManagementTitle");
-    connect(manage, &QPushButton::clicked, this, [this] {
-        auto* sheet = new DataManagementSheet(this, services_, dataSync_);
-        sheet->present();
-    });
+    bindButton(manage, services_.commands, Command::showData, texts);
     row->addWidget(manage);
     auto* add = makeButton(texts, "addVideoTitle", ButtonLook::accented);
-    connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
+    bindButton(add, services_.commands, Command::addVideo, texts);
     row->addWidget(add);
     return bar;
 }
@@ -129,7 +166,7 @@ QWidget* VideosView::makeEmptyPage() {
     column->addSpacing(theme::margin);
     auto* add = makeButton(services_.texts, "addVideoTitle", ButtonLook::accented);
     add->setObjectName(QStringLiteral("addVideoTitle.empty"));
-    connect(add, &QPushButton::clicked, this, [this] { viewModel_.send(videos::OpenFiles{}); });
+    bindButton(add, services_.commands, Command::addVideo, services_.texts);
     column->addWidget(add, 0, Qt::AlignCenter);
     column->addStretch();
     return page;
@@ -171,21 +208,23 @@ void VideosView::open(const QModelIndex& index) {
 }
 
 void VideosView::openMenu(const QModelIndex& index, const QPoint& globalPlace) {
-    const FilesFile file = model_->file(index);
-    const bool favorite = file.videoData.isFavorite == true;
+    list_->setCurrentIndex(index);
+    const bool favorite = model_->file(index).videoData.isFavorite == true;
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const auto add = [&](const char* key, VideosAction action) {
+    const auto add = [&](const char* key, Command command) {
         auto* item = menu->addAction(qtext(services_.texts.text(key)));
         item->setObjectName(QLatin1String(key));
         connect(item, &QAction::triggered, this,
-                [this, action = std::move(action)] { viewModel_.send(action); });
+                [this, command] { services_.commands.run(command); });
     };
-    add("rebindVideo", videos::ShowRebindAlert{file});
-    add(favorite ? "removeFromFavorites" : "addToFavorites", videos::ToggleFavorite{file});
-    add("renameButtonTitle", videos::ShowRenameSheet{file});
+    add("commandOpenVideo", Command::openVideo);
     menu->addSeparator();
-    add("deleteButtonTitle", videos::DeleteFile{file});
+    add("rebindVideo", Command::rebindVideo);
+    add(favorite ? "removeFromFavorites" : "addToFavorites", Command::toggleFavorite);
+    add("renameButtonTitle", Command::renameVideo);
+    menu->addSeparator();
+    add("deleteButtonTitle", Command::deleteVideo);
     menu->popup(globalPlace);
 }
 
@@ -195,10 +234,6 @@ bool VideosView::eventFilter(QObject* watched, QEvent* event) {
         const int pressed = static_cast<QKeyEvent*>(event)->key();
         if (pressed == Qt::Key_Return || pressed == Qt::Key_Enter) {
             open(current);
-            return true;
-        }
-        if (pressed == Qt::Key_F2) {
-            viewModel_.send(videos::ShowRenameSheet{model_->file(current)});
             return true;
         }
     }

@@ -2,8 +2,12 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <functional>
+#include <vector>
 
 #include "app/library/list_services.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 
@@ -37,6 +41,9 @@ class VideosView final : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void bindCommands();
+    // Binds a command that acts on the current video.
+    void bindOnCurrent(Command command, std::function<void(const QModelIndex&)> run);
     QWidget* makeTopBar();
     QWidget* makeGrid();
     QWidget* makeEmptyPage();
@@ -67,6 +74,7 @@ class VideosView final : public QWidget {
     int shownFilter_ = 0;
     QPointer<Sheet> sheet_;  // the open sheet; one at a time
     Subscription state_;
+    std::vector<Subscription> commands_;
 };
 
 }  // namespace tembrix

@@ -7,23 +7,21 @@
 #include "ports/texts.h"
 
 #include "app/playback/video_control_panel_view.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {
 
-namespace {
-
-constexpr double smallStep = 5.0;  // seconds
-constexpr double largeStep = 10.0;
-
-}  // namespace
-
-QWidget* makePlayerControlPanel(VideoPlayerManager& player, const Texts& texts, QWidget* parent) {
+QWidget* makePlayerControlPanel(VideoPlayerManager& player, Commands& commands, const Texts& texts,
+                                QWidget* parent) {
+    const auto run = [&commands](Command command) {
+        return [&commands, command] { commands.run(command); };
+    };
     auto* panel = new VideoControlPanelView(
         texts,
-        {[&player] { player.seekBy(-largeStep); }, [&player] { player.seekBy(-smallStep); },
-         [&player] { player.togglePlayPause(); }, [&player] { player.seekBy(smallStep); },
-         [&player] { player.seekBy(largeStep); },
+        {run(Command::seekBackward10), run(Command::seekBackward5), run(Command::playPause),
+         run(Command::seekForward5), run(Command::seekForward10),
          [&player](double speed) { player.setPlaybackSpeed(speed); }},
         parent);
 

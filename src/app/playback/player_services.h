@@ -6,6 +6,7 @@ class QWidget;
 
 namespace tembrix {
 
+class Commands;
 class Texts;
 class VideoPlayerManager;
 
@@ -15,6 +16,7 @@ using VideoSurfaceFactory = std::function<QWidget*(QWidget* parent)>;
 // What the player window uses.
 struct PlayerServices {
     const Texts& texts;
+    Commands& commands;
     VideoPlayerManager& player;
     VideoSurfaceFactory makeVideoSurface;
 };

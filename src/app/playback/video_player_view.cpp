@@ -54,7 +54,7 @@ VideoPlayerView::VideoPlayerView(const PlayerServices& services, QWidget* parent
     auto* row = new QHBoxLayout(bar);
     row->setContentsMargins(theme::margin, theme::unit, theme::margin, theme::unit);
     row->addStretch(1);
-    row->addWidget(makePlayerControlPanel(services.player, services.texts, bar));
+    row->addWidget(makePlayerControlPanel(services.player, services.commands, services.texts, bar));
     row->addStretch(1);
     column->addWidget(bar);
 

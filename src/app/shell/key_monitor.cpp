@@ -1,26 +1,54 @@
 #include "app/shell/key_monitor.h"
 
 #include <QAbstractButton>
+#include <QAbstractSpinBox>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
+#include <QPlainTextEdit>
+#include <QTextEdit>
 #include <QToolButton>
 #include <QWindow>
 #include <utility>
+
+#include "app/commands/command_menu_bar.h"
+#include "app/widgets/sheet.h"
 
 namespace tembrix {
 
 namespace {
 
-// In a sheet the space key and Shift with the arrow keys check a box or extend a selection.
-// Everywhere else they control the player, also while labels are chosen, because the user may want
-// to watch the moment again. There, Ctrl+Space checks a label.
-bool belongsToSheet(const KeyPress& press, bool choosesLabels) {
-    const bool space = press.code == key::space && !(choosesLabels && !press.modifiers.command);
-    const bool arrow = press.code == key::left || press.code == key::right;
-    const bool seek = press.modifiers.shift && arrow && !choosesLabels;
-    return (space || seek) && qobject_cast<QDialog*>(QApplication::activeWindow());
+bool isTextField(const QWidget* widget) {
+    if (const auto* line = qobject_cast<const QLineEdit*>(widget))
+        return !line->isReadOnly();
+    const auto* box = qobject_cast<const QComboBox*>(widget);
+    return qobject_cast<const QTextEdit*>(widget) || qobject_cast<const QPlainTextEdit*>(widget) ||
+           qobject_cast<const QAbstractSpinBox*>(widget) || (box && box->isEditable());
+}
+
+KeySituation situation(bool repeated) {
+    KeySituation now;
+    now.repeated = repeated;
+    now.menuOpen = QApplication::activePopupWidget() != nullptr;
+    now.textField = isTextField(QApplication::focusWidget());
+    for (const QWidget* widget = QApplication::activeWindow(); widget;
+         widget = widget->parentWidget()) {
+        const QWidget* window = widget->window();
+        if (qobject_cast<const QDialog*>(window) && now.sheet != KeySituation::Sheet::other) {
+            const auto* sheet = qobject_cast<const Sheet*>(window);
+            now.sheet = sheet && sheet->keepsHotkeys() ? KeySituation::Sheet::message
+                                                       : KeySituation::Sheet::other;
+        }
+        if (const CommandMenuBar* menus = CommandMenuBar::of(window)) {
+            now.window = menus->scope();
+            break;
+        }
+        widget = window;
+    }
+    return now;
 }
 
 // The space key controls the player in project windows, so Return presses the focused button there.
@@ -43,8 +71,8 @@ bool pressFocusedButton(const QKeyEvent& event) {
 
 }  // namespace
 
-KeyMonitor::KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate translate)
-    : hotkeys_(std::move(hotkeys)), translate_(std::move(translate)) {
+KeyMonitor::KeyMonitor(KeyRouter& router, Translate translate)
+    : router_(router), translate_(std::move(translate)) {
     qApp->installEventFilter(this);
 }
 
@@ -52,24 +80,22 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     // The native window receives a key press before its widgets do; only that first event is
     // handled.
     const bool asksForShortcuts = event->type() == QEvent::ShortcutOverride;
-    if ((!asksForShortcuts && event->type() != QEvent::KeyPress) || !watched->isWindowType() ||
-        QApplication::activePopupWidget())
+    if ((!asksForShortcuts && event->type() != QEvent::KeyPress) || !watched->isWindowType())
         return false;
     const auto& native = static_cast<const QKeyEvent&>(*event);
     const KeyPress press = translate_(native);
-    HotKeyManager* hotkeys = hotkeys_();
-    const bool sheets = belongsToSheet(press, hotkeys && *hotkeys->isLabelHotkeyMode);
+    const KeySituation now = situation(native.isAutoRepeat());
     if (asksForShortcuts) {
-        // Qt looks up shortcuts before it delivers the press. Hot keys have priority over
-        // shortcuts.
-        if (sheets || !hotkeys || !hotkeys->takes(press))
+        // The toolkit looks up its own shortcuts before the press itself arrives, unless the press
+        // is claimed here.
+        if (router_.decide(press, now).meaning == KeyRouter::Meaning::view)
             return false;
         event->accept();
         return true;
     }
-    if (!sheets && hotkeys && hotkeys->handleKeyDown(press))
+    if (router_.handle(press, now))
         return true;
-    return pressFocusedButton(native);
+    return !now.menuOpen && pressFocusedButton(native);
 }
 
 }  // namespace tembrix

@@ -3,29 +3,29 @@
 #include <QObject>
 #include <functional>
 
+#include "core/commands/key_router.h"
 #include "core/keyboard/hot_key_codes.h"
-#include "core/keyboard/hot_key_manager.h"
 
 class QKeyEvent;
 
 namespace tembrix {
 
-// Passes every key press of the program to the hot keys before any view receives it.
+// Receives every key press of the program before any view does and passes it to the key router. It
+// is the only filter of the whole application.
 class KeyMonitor final : public QObject {
     Q_OBJECT
 
   public:
-    // `translate` converts a native key event to a key press of the key tables.
+    // `translate` turns a native key event into the key tables' terms.
     using Translate = std::function<KeyPress(const QKeyEvent& event)>;
 
-    // `hotkeys` returns the hot keys of the open project, or null.
-    KeyMonitor(std::function<HotKeyManager*()> hotkeys, Translate translate);
+    KeyMonitor(KeyRouter& router, Translate translate);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    std::function<HotKeyManager*()> hotkeys_;
+    KeyRouter& router_;
     Translate translate_;
 };
 

@@ -16,8 +16,8 @@ QtWindowFactory::Makers windowMakers(CoreServices& core, VideoSurfaceFactory mak
         {WindowKind::video,
          [&core, makeVideoSurface = std::move(makeVideoSurface)](QWidget* parent) -> QWidget* {
              Project& project = *core.windows.project();
-             return new VideoPlayerView({core.platform.texts, project.player, makeVideoSurface},
-                                        parent);
+             return new VideoPlayerView(
+                 {core.platform.texts, core.commands, project.player, makeVideoSurface}, parent);
          }},
         {WindowKind::control,
          [&core](QWidget* parent) -> QWidget* {
@@ -25,7 +25,7 @@ QtWindowFactory::Makers windowMakers(CoreServices& core, VideoSurfaceFactory mak
              return new FullControlView(
                  {project.timeline, project.history, project.player, project.hotkeys,
                   project.markupModes, project.exports, core.tagLibrary, core.focus,
-                  core.platform.defaults, core.platform.scheduler, core.events,
+                  core.platform.defaults, core.platform.scheduler, core.events, core.commands,
                   core.platform.panels, core.platform.texts},
                  parent);
          }},

@@ -157,10 +157,22 @@ std::unique_ptr<ProjectWindow> QtWindowFactory::make(const WindowRow& row, const
     shell->setAccessibleName(shell->windowTitle());
     auto* layout = new QVBoxLayout(shell);
     layout->setContentsMargins(0, 0, 0, 0);
-    if (banner_)
-        layout->addWidget(banner_(shell));
+    if (frame_.menuBar)
+        layout->setMenuBar(frame_.menuBar(shell));
+    if (frame_.banner)
+        layout->addWidget(frame_.banner(shell));
     layout->addWidget(makers_.at(row.kind)(shell), 1);
+    std::erase_if(shells_, [](const QPointer<Shell>& open) { return open.isNull(); });
+    shells_.emplace_back(shell);
     return std::make_unique<Handle>(shell);
+}
+
+std::vector<QWidget*> QtWindowFactory::windows() const {
+    std::vector<QWidget*> open;
+    for (const auto& shell : shells_)
+        if (shell && shell->isVisible())
+            open.push_back(shell);
+    return open;
 }
 
 std::optional<Rect> QtWindowFactory::mainScreenFrame() const {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <utility>
+#include <vector>
 
 #include "base/geometry.h"
 
@@ -26,12 +27,19 @@ class QtWindowFactory final : public QObject, public WindowFactory {
 
     QtWindowFactory();
 
-    // Sets the makers of the window contents and of the optional banner that every window shows
-    // above its content. Called once, before the first window is created.
-    void setMakers(Makers makers, Maker banner = {}) {
+    // What every window shows above its content, each optional.
+    struct Frame {
+        Maker menuBar = {};
+        Maker banner = {};
+    };
+    // Called once, before the first window is created.
+    void setMakers(Makers makers, Frame frame) {
         makers_ = std::move(makers);
-        banner_ = std::move(banner);
+        frame_ = std::move(frame);
     }
+
+    // The open windows, in the order in which they were opened.
+    std::vector<QWidget*> windows() const;
 
     std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                         Callbacks callbacks) override;
@@ -43,7 +51,8 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     void followKeyboard(QWindow* focused);
 
     Makers makers_;
-    Maker banner_;
+    Frame frame_;
+    std::vector<QPointer<Shell>> shells_;
     QPointer<Shell> keyShell_;
 };
 

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "base/json.h"
+#include "base/json_style.h"
 #include "base/result.h"
 #include "base/utf8_text.h"
 

@@ -74,9 +74,9 @@ struct CommandRow {
     std::array<const char*, 2> keys{};
     // A key that another part handles already, shown with the command but never looked up here.
     const char* fixedKey = nullptr;
-    bool repeats = false;       // while its key is held down
+    bool repeats = false;        // while its key is held down
     bool worksInSheets = false;  // also while a sheet or a panel is open
-    bool startsGroup = false;   // the menu has a separator above it
+    bool startsGroup = false;    // the menu has a separator above it
 };
 
 // In the order of the menus and of the entries in each menu.

@@ -9,7 +9,8 @@ Subscription Commands::bind(Command command, Action action) {
     bindings_[command].push_back({id, std::move(action)});
     refresh();
     return Subscription([this, command, id] {
-        std::erase_if(bindings_[command], [id](const Binding& binding) { return binding.id == id; });
+        std::erase_if(bindings_[command],
+                      [id](const Binding& binding) { return binding.id == id; });
         refresh();
     });
 }

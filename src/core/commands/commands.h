@@ -13,8 +13,8 @@
 namespace tembrix {
 
 // What the commands do at the moment. Whoever can carry out a command binds it, for as long as it
-// can: the open project binds undo, the control window binds zoom. Menus, buttons, keys, the search,
-// the tour and the tests all run commands here. Main thread only.
+// can: the open project binds undo, the control window binds zoom. Menus, buttons, keys, the
+// search, the tour and the tests all run commands here. Main thread only.
 class Commands {
   public:
     struct Action {

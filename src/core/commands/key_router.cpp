@@ -30,8 +30,8 @@ bool isFunctionKey(int code) {
 }
 
 bool movesOrDeletes(int code) {
-    constexpr std::array codes{key::left, key::right,     key::up, key::down, 115, 116, 119, 121,
-                               117,       key::deleteKey, key::help};
+    constexpr std::array codes{key::left, key::right, key::up, key::down,      115,      116,
+                               119,       121,        117,     key::deleteKey, key::help};
     return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
 
@@ -57,8 +57,8 @@ KeyRouter::Decision KeyRouter::decide(const KeyPress& press, const KeySituation&
     if (at.textField && isTextKey(press))
         return {};
     // Windows without a scope have the commands of all windows, such as quitting.
-    const auto command = commands_.keys().commandFor(
-        keyString(press), at.window.value_or(CommandScope::everywhere));
+    const auto command =
+        commands_.keys().commandFor(keyString(press), at.window.value_or(CommandScope::everywhere));
     if (!command || !commands_.isEnabled(*command))
         return {};
     const CommandRow& row = commandRow(*command);

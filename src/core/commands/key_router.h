@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 
+#include "core/commands/command_table.h"
 #include "core/commands/commands.h"
 #include "core/keyboard/hot_key_codes.h"
 
@@ -20,7 +21,7 @@ struct KeySituation {
     Sheet sheet = Sheet::none;  // a message leaves the hot keys of its window working
     bool menuOpen = false;      // or another popup
     bool textField = false;
-    bool repeated = false;      // the key is held down
+    bool repeated = false;  // the key is held down
 };
 
 // The one place that decides what a key press does. First come menus, sheets and text fields, which

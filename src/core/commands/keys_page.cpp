@@ -71,8 +71,8 @@ std::string keysPage(const CommandKeys& keys, const Texts& texts, const std::str
     for (const KeySection& section : keySections(keys, texts)) {
         page += "<h2>" + escaped(section.title) + "</h2>\n<table>\n";
         for (const KeyLine& line : section.lines)
-            page += "<tr><td>" + escaped(line.keys) + "</td><td>" + escaped(line.text) +
-                    "</td></tr>\n";
+            page +=
+                "<tr><td>" + escaped(line.keys) + "</td><td>" + escaped(line.text) + "</td></tr>\n";
         page += "</table>\n";
     }
     return page + "</body>\n</html>\n";

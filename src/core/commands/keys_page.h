@@ -6,6 +6,7 @@
 #include "ports/texts.h"
 
 #include "core/commands/command_keys.h"
+#include "core/commands/command_table.h"
 
 namespace tembrix {
 

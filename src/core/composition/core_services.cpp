@@ -18,7 +18,9 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
       previews(p.media, p.images, p.scheduler, p.directories),
       collections{storage, index, p.bookmarks, p.scheduler, events, p.texts, p.log},
       tagLibrary(collections, p.resources / "collections", p.locale),
-      projectServices{platform, events, focus, storage, library, collections, tagLibrary},
+      commandKeys(p.defaults, p.log),
+      commands(commandKeys),
+      projectServices{platform, events, focus, storage, library, collections, tagLibrary, commands},
       windows(projectServices, windowFactory),
       startUp(dataSync, library, tagLibrary) {
     storage.setCollectionIndex(&index);

@@ -5,6 +5,8 @@
 #include "core/collections/collections_bookmarks_manager.h"
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/tag_library_manager.h"
+#include "core/commands/command_keys.h"
+#include "core/commands/commands.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/safety/data_sync_manager.h"
@@ -43,6 +45,8 @@ class CoreServices {
     VideosPreviewManager previews;
     CollectionServices collections;
     TagLibraryManager tagLibrary;
+    CommandKeys commandKeys;
+    Commands commands;
     const ProjectServices projectServices;
     WindowsManager windows;
     StartUp startUp;

@@ -268,16 +268,16 @@ std::optional<std::string> TimelineEditingModel::hoverText() const {
     return stampHoverText(line, *line.stamps[*hit->stamp], tagLibrary_);
 }
 
-bool TimelineEditingModel::handleKeyDown(const KeyPress& press) {
-    if (!onScreen_ || *focus_.isAnyTextFieldFocused)
-        return false;
-    if (press.code != key::deleteKey || !press.modifiers.option || !*timeline_.selectedStampID)
-        return false;
-    if (const auto hit = rows_.findStamp(**timeline_.selectedStampID)) {
-        const Uuid line = rows_[hit->row].line->id;
-        timeline_.removeStamp(line, **timeline_.selectedStampID);
-    }
-    return true;
+bool TimelineEditingModel::canRemoveSelectedStamp() const {
+    return onScreen_ && !*focus_.isAnyTextFieldFocused && *timeline_.selectedStampID;
+}
+
+void TimelineEditingModel::removeSelectedStamp() {
+    if (!canRemoveSelectedStamp())
+        return;
+    const Uuid stamp = **timeline_.selectedStampID;
+    if (const auto hit = rows_.findStamp(stamp))
+        timeline_.removeStamp(rows_[hit->row].line->id, stamp);
 }
 
 void TimelineEditingModel::moveCursorAcross(int step) {

@@ -21,8 +21,6 @@
 #include "core/control/timeline_cursor.h"
 #include "core/control/timeline_rows.h"
 #include "core/control/timeline_texts.h"
-#include "core/keyboard/hot_key_codes.h"
-#include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/playback/playhead.h"
@@ -112,8 +110,9 @@ class TimelineEditingModel {
     void hover(double timestamp, double x, double fromTop, const TimelineAxis& axis);
     void hoverEnded();
 
-    // Handles Option+Delete. Returns true if the press was handled.
-    bool handleKeyDown(const KeyPress& press);
+    // The stamp may have been removed meanwhile; it stays selected until another one is.
+    bool canRemoveSelectedStamp() const;
+    void removeSelectedStamp();
 
     void moveCursorAcross(int step);
     void moveCursorAlong(int step);

@@ -7,6 +7,7 @@
 
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/tag_library_manager.h"
+#include "core/commands/commands.h"
 #include "core/export/export_services.h"
 #include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/key_windows.h"
@@ -14,6 +15,7 @@
 #include "core/marking/field_map_question.h"
 #include "core/marking/marking_flow.h"
 #include "core/notifications/event_bus.h"
+#include "core/playback/playback_commands.h"
 #include "core/playback/video_player_manager.h"
 #include "core/records/video_records.h"
 #include "core/storage/in_memory_storage_manager.h"
@@ -33,6 +35,7 @@ struct ProjectServices {
     VideoFilesManager& library;
     CollectionServices& collections;
     TagLibraryManager& tagLibrary;
+    Commands& commands;
 };
 
 // An open video with everything that belongs to it: timelines, undo history, player, hot keys and
@@ -57,6 +60,7 @@ class Project {
     HotKeyManager hotkeys;
     MarkingFlow marking;
     ExportServices exports;
+    PlaybackCommands playbackCommands;
 
   private:
     std::string videoId_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/commands/command_table.h"
 #include "core/notifications/events.h"
 #include "core/records/video_records.h"
 
@@ -25,6 +26,11 @@ void WindowsManager::openProject(const std::string& videoId) {
         return;
     project_ = std::make_unique<Project>(services_, *this, *this);
     project_->open(*video, *file);
+    // The command may come from a button or a menu of a window that closes with the project.
+    closeCommand_ = services_.commands.bind(
+        Command::closeProject, {[this] {
+            services_.platform.scheduler.onMain(lifetime_.guard([this] { closeByCommand(); }));
+        }});
     for (const WindowRow& row : windowTable())
         if (row.opensWithProject)
             openWindow(row);
@@ -71,11 +77,17 @@ void WindowsManager::windowWillClose(int id) {
         closeWindows([id](const OpenWindow& open) { return open.id == id; });
 }
 
+void WindowsManager::closeByCommand() {
+    if (project_ && mayClose(windowRow(WindowKind::video)))
+        closeAll();
+}
+
 // The windows use the project, so it is destroyed after them.
 void WindowsManager::closeAll() {
     const auto closing = std::move(project_);
     if (!closing)
         return;
+    closeCommand_.reset();
     closing->marking.disappear();
     services_.events.post(events::StopViewerPlayer{});
     closeWindows([](const OpenWindow& open) { return open.row->belongsToProject; });

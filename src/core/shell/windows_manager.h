@@ -8,7 +8,9 @@
 
 #include "base/bytes.h"
 #include "base/geometry.h"
+#include "base/signal.h"
 
+#include "core/background/lifetime.h"
 #include "core/keyboard/key_windows.h"
 #include "core/marking/field_map_question.h"
 #include "core/records/annotation_records.h"
@@ -54,6 +56,9 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
 
     void openProject(const std::string& videoId);
     void closeAll();
+    // Closes the project as the close button of its video window does: an open drawing editor is
+    // closed first and alone.
+    void closeByCommand();
     // Handles a change of the list of videos. The timelines of the open project are stored under
     // the id of its entry: if the entry was bound to another file, the project follows it; if the
     // entry was removed, the project is closed.
@@ -94,6 +99,8 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     int lastId_ = 0;
     std::optional<int> activeWindow_;
     KeyState keyState_ = KeyState::none;
+    Subscription closeCommand_;
+    Lifetime lifetime_;
 };
 
 }  // namespace tembrix

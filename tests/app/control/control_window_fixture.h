@@ -8,20 +8,22 @@
 #include <QToolButton>
 #include <QWindow>
 #include <gtest/gtest.h>
+#include <optional>
 
 #include "app/control/control_project.h"
 #include "app/control/full_control_view.h"
 #include "app/control/line_names_view.h"
 #include "app/control/timeline_canvas.h"
 #include "app/widgets/qt_text.h"
+#include "app/window_keys.h"
 #include "app/window_tests.h"
 
 namespace tembrix {
 
 inline ControlServices controlServices(AppProject& app) {
-    return {app.timeline, app.history,    app.player, app.hotkeys,  app.markupModes,
-            app.exports,  app.tagLibrary, app.focus,  app.defaults, app.scheduler,
-            app.events,   app.panels,     app.texts};
+    return {app.timeline, app.history,       app.player, app.hotkeys,  app.markupModes,
+            app.exports,  app.tagLibrary,    app.focus,  app.defaults, app.scheduler,
+            app.events,   app.core.commands, app.panels, app.texts};
 }
 
 // The control window with two lines, and functions for user input.
@@ -31,6 +33,9 @@ class ControlWindowTest : public testing::Test {
         a = app.addLine("Attack");
         b = app.addLine("Defence");
         view = std::make_unique<FullControlView>(controlServices(app));
+        windowKeys.emplace(app.core.commands, app.focus, app.texts,
+                           [this] { return &app.hotkeys; });
+        WindowKeys::giveMenus(*view, app.core.commands, app.texts, CommandScope::project);
         view->resize(1280, 430);
         view->show();
         view->activateWindow();
@@ -130,6 +135,7 @@ class ControlWindowTest : public testing::Test {
     ControlProject app;
     Uuid a;
     Uuid b;
+    std::optional<WindowKeys> windowKeys;
     std::unique_ptr<FullControlView> view;
     TimelineCanvas* canvas = nullptr;
     LineNamesView* names = nullptr;

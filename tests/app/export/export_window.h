@@ -39,10 +39,10 @@ struct ExportWindow : MatchRecords {
             return Result<ProcessOutcome>(ProcessOutcome{});
         };
         window.resize(1280, 430);
-        exports =
-            new ExportController({project.timeline, project.tagLibrary, project.exports,
-                                  project.focus, project.events, project.panels, project.texts},
-                                 &window);
+        exports = new ExportController(
+            {project.timeline, project.tagLibrary, project.exports, project.focus, project.events,
+             project.core.commands, project.panels, project.texts},
+            &window);
         window.show();
         window.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));

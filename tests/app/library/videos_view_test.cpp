@@ -10,6 +10,7 @@
 #include "app/library/videos_list_model.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
+#include "app/window_keys.h"
 #include "app/window_tests.h"
 #include "fakes/core_project.h"
 
@@ -22,12 +23,15 @@ struct VideosViewTest : testing::Test {
     WindowsManager& windows = project.core.windows;
     VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
                           project.scheduler, project.texts,         project.locale, "/guides"};
-    VideosView view{
-        model,
-        {project.texts, project.locale, project.focus, project.panels, project.scheduler},
-        sync};
+    VideosView view{model,
+                    {project.texts, project.locale, project.focus, project.core.commands,
+                     project.panels, project.scheduler},
+                    sync};
+
+    WindowKeys keys{project.core.commands, project.focus, project.texts};
 
     void show() {
+        WindowKeys::giveMenus(view, project.core.commands, project.texts, CommandScope::list);
         view.resize(1000, 640);
         view.show();
         view.activateWindow();  // without a window manager, no window is activated automatically
@@ -111,7 +115,7 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
     project.addVideo("raw.mp4");
     show();
     list()->setFocus();
-    QTest::keyClick(list(), Qt::Key_F2);
+    QTest::keyClick(view.windowHandle(), Qt::Key_F2);
     ASSERT_TRUE(sheet());
     QTest::keyClicks(QApplication::focusWidget(), "Derby");
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
@@ -121,7 +125,7 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
     // A name of blanks is no name, so the file name is shown.
     QTest::qWait(0);
     ASSERT_FALSE(sheet());
-    QTest::keyClick(list(), Qt::Key_F2);
+    QTest::keyClick(view.windowHandle(), Qt::Key_F2);
     ASSERT_TRUE(sheet());
     QTest::keyClicks(QApplication::focusWidget(), "   ");
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);

@@ -22,7 +22,7 @@ class VideoPlayerViewTest : public testing::Test {
     VideoPlayerViewTest() {
         project.openVideo();
         view = std::make_unique<VideoPlayerView>(
-            PlayerServices{project.texts, project.player,
+            PlayerServices{project.texts, project.core.commands, project.player,
                            [](QWidget* parent) -> QWidget* { return new QLabel(parent); }});
         view->resize(853, 440);
         view->show();

@@ -1,16 +1,16 @@
-#include "app/shell/key_monitor.h"
-
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QMenu>
 #include <QPushButton>
-#include <QShortcut>
 #include <QTest>
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
-#include <map>
 
+#include "app/window_keys.h"
+#include "fakes/captured_log.h"
+#include "fakes/fake_texts.h"
+#include "fakes/memory_user_defaults.h"
 #include "fakes/virtual_scheduler.h"
 
 namespace tembrix {
@@ -30,19 +30,6 @@ struct CountingPlayer final : KeyTransport {
     double soughtTo = 0;
 };
 
-// The virtual key codes of the keys in this test.
-KeyPress translate(const QKeyEvent& event) {
-    const std::map<int, int> codes{{Qt::Key_Z, key::z},
-                                   {Qt::Key_K, 40},
-                                   {Qt::Key_Space, key::space},
-                                   {Qt::Key_Right, key::right}};
-    const auto found = codes.find(event.key());
-    KeyModifiers modifiers;
-    modifiers.command = event.modifiers() & Qt::ControlModifier;
-    modifiers.shift = event.modifiers() & Qt::ShiftModifier;
-    return {found == codes.end() ? -1 : found->second, modifiers, ""};
-}
-
 struct KeyMonitorTest : testing::Test {
     ProjectHasTheKeyboard windows;
     CountingPlayer player;
@@ -50,11 +37,17 @@ struct KeyMonitorTest : testing::Test {
     VirtualScheduler scheduler;
     FocusStateManager focus;
     HotKeyManager hotkeys{events, scheduler, focus, player};
-    KeyMonitor monitor{[this] { return &hotkeys; }, &translate};
+    MemoryUserDefaults defaults;
+    CapturedLog log;
+    CommandKeys stored{defaults, log};
+    Commands commands{stored};
+    FakeTexts texts;
+    WindowKeys keys{commands, focus, texts, [this] { return &hotkeys; }};
     QWidget window;
     QPushButton* button = new QPushButton("Button", &window);
     int undone = 0;
-    int zoomed = 0;
+    int found = 0;
+    std::vector<Subscription> bound;
     int clicked = 0;
     std::vector<std::string> tags;
     Subscription struck = events.observe<events::ShowLabelSheet>(
@@ -68,10 +61,9 @@ struct KeyMonitorTest : testing::Test {
         hotkeys.setKeyWindows(&windows);
         (new QVBoxLayout(&window))->addWidget(button);
         const auto count = [](int& times) { return [&times] { ++times; }; };
-        QObject::connect(new QShortcut(QKeySequence("Ctrl+Z"), &window), &QShortcut::activated,
-                         &window, count(undone));
-        QObject::connect(new QShortcut(QKeySequence("Ctrl+K"), &window), &QShortcut::activated,
-                         &window, count(zoomed));
+        bound.push_back(commands.bind(Command::undo, {count(undone), {}, {}}));
+        bound.push_back(commands.bind(Command::findCommand, {count(found), {}, {}}));
+        WindowKeys::giveMenus(window, commands, texts, CommandScope::project);
         QObject::connect(button, &QPushButton::clicked, &window, count(clicked));
         show(window);
     }
@@ -87,12 +79,12 @@ struct KeyMonitorTest : testing::Test {
     }
 };
 
-TEST_F(KeyMonitorTest, AHotKeyHasPriorityOverAShortcut) {
+TEST_F(KeyMonitorTest, AHotKeyGoesBeforeACommandAndLeavesTheOthers) {
     strike(window, Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(tags, std::vector<std::string>{"tag"});
     EXPECT_EQ(undone, 0);
     strike(window, Qt::Key_K, Qt::ControlModifier);
-    EXPECT_EQ(zoomed, 1);
+    EXPECT_EQ(found, 1);
     hotkeys.clearHotkeys();
     strike(window, Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(undone, 1);

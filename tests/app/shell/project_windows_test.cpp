@@ -11,29 +11,30 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "app/shell/key_monitor.h"
+#include "app/window_keys.h"
 #include "app/window_tests.h"
 #include "fakes/core_project.h"
 
 namespace tembrix {
 namespace {
 
-KeyPress translate(const QKeyEvent& event) {
-    return event.key() == Qt::Key_N ? KeyPress{45, {}, "n"} : KeyPress{};
-}
-
-// The real windows of a project, with a core on fakes.
+// The real windows of a project over a core on fakes.
 struct ProjectWindowsTest : testing::Test {
     QtWindowFactory factory;
     CoreProgram program{factory};
     WindowsManager& windows = program.core.windows;
-    KeyMonitor monitor{[this] { return windows.project() ? &windows.project()->hotkeys : nullptr; },
-                       &translate};
+    WindowKeys keys{program.core.commands, program.focus, program.texts,
+                    [this] { return windows.project() ? &windows.project()->hotkeys : nullptr; }};
     std::string video = program.addVideo();
 
     ProjectWindowsTest() {
-        factory.setMakers(windowMakers(
-            program.core, [](QWidget* parent) -> QWidget* { return new QLabel(parent); }));
+        factory.setMakers(
+            windowMakers(program.core,
+                         [](QWidget* parent) -> QWidget* { return new QLabel(parent); }),
+            {.menuBar = [this](QWidget* parent) {
+                return new CommandMenuBar(program.core.commands, program.texts,
+                                          CommandScope::project, parent);
+            }});
     }
     static QWidget* window(const char* name) {
         for (QWidget* top : QApplication::topLevelWidgets())

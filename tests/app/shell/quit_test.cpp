@@ -6,9 +6,11 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include "app/shell/main_menu.h"
+#include "app/window_keys.h"
 #include "app/window_tests.h"
+#include "fakes/captured_log.h"
 #include "fakes/fake_texts.h"
+#include "fakes/memory_user_defaults.h"
 
 namespace tembrix {
 namespace {
@@ -26,8 +28,13 @@ class Busy final : public QDialog {
 };
 
 TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
+    MemoryUserDefaults defaults;
+    CapturedLog log;
+    CommandKeys stored(defaults, log);
+    Commands commands(stored);
     FakeTexts texts;
-    const QuitKeys keys(texts);
+    FocusStateManager focus;
+    const WindowKeys keys(commands, focus, texts);
     Stubborn window;
     window.show();
     QDialog sheet(&window);
@@ -41,7 +48,7 @@ TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
         bool pressed = false;
         QTimer::singleShot(0, focus, [&] {
             pressed = true;
-            QTest::keyClick(focus, Qt::Key_Q, Qt::ControlModifier);
+            QTest::keyClick(modal->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
         });
         QTimer::singleShot(5000, &window, [] { QApplication::exit(1); });
         EXPECT_EQ(QApplication::exec(), 0);

@@ -344,23 +344,21 @@ TEST_F(TimelineEditingModelTest, HoverShowsTheFirstStampAtTheTimeAtMostTenTimesA
                 testing::HasSubstr("\n" + project.tagLibrary.labelById(label)->name + "\n"));
 }
 
-TEST_F(TimelineEditingModelTest, OptionDeleteIsTakenOnlyWithASelectionAndNoTextField) {
+TEST_F(TimelineEditingModelTest, TheSelectedStampIsRemovedOnlyOnScreenAndOutsideTextFields) {
     const Uuid line = addLine("A");
     const Uuid id = addStamp(line, 1, 2);
-    KeyPress press{key::deleteKey, {}, ""};
-    press.modifiers.option = true;
-    EXPECT_FALSE(model.handleKeyDown(press));
+    EXPECT_FALSE(model.canRemoveSelectedStamp());
     project.timeline.selectStamp(id);
     project.focus.setTextFieldFocused(true);
-    EXPECT_FALSE(model.handleKeyDown(press));
-    project.focus.setTextFieldFocused(false);
-    EXPECT_FALSE(model.handleKeyDown({key::deleteKey, {}, ""}));
+    model.removeSelectedStamp();
     EXPECT_TRUE(project.timeline.findStamp(id));
-    EXPECT_TRUE(model.handleKeyDown(press));
+    project.focus.setTextFieldFocused(false);
+    model.removeSelectedStamp();
     EXPECT_FALSE(project.timeline.findStamp(id));
-    EXPECT_TRUE(model.handleKeyDown(press));  // the selected stamp was removed
+    EXPECT_TRUE(model.canRemoveSelectedStamp()) << "the key is taken though the stamp is gone";
+    model.removeSelectedStamp();
     model.disappear();
-    EXPECT_FALSE(model.handleKeyDown(press));
+    EXPECT_FALSE(model.canRemoveSelectedStamp());
 }
 
 TEST_F(TimelineEditingModelTest, MenusTellAndOfferByModeAndStamp) {

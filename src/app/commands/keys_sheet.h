@@ -1,0 +1,18 @@
+#pragma once
+
+#include "ports/texts.h"
+
+#include "app/widgets/sheet.h"
+#include "core/commands/command_keys.h"
+#include "core/commands/command_table.h"
+
+namespace tembrix {
+
+// Lists the keys of a window.
+class KeysSheet final : public Sheet {
+    Q_OBJECT
+  public:
+    KeysSheet(QWidget* window, const CommandKeys& keys, CommandScope scope, const Texts& texts);
+};
+
+}  // namespace tembrix

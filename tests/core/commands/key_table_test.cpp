@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/commands/key_router.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/notifications/events.h"
+#include "fakes/captured_log.h"
+#include "fakes/memory_user_defaults.h"
+#include "fakes/virtual_scheduler.h"
+
+namespace tembrix {
+namespace {
+
+struct Windows final : KeyWindows {
+    bool isControlOrLibraryKey() const override { return panel; }
+    bool isProjectWindowActive() const override { return project; }
+    bool isViewerActive() const override { return false; }
+    bool panel = false;
+    bool project = false;
+};
+
+struct NoPlayer final : KeyTransport {
+    void togglePlayPause() override {}
+    double transportTime() const override { return 0; }
+    void seek(double) override {}
+};
+
+// Where a key is pressed, as a user would say it.
+enum Place {
+    list,
+    searchField,
+    listSheet,
+    video,
+    panel,
+    panelField,
+    message,
+    labelSheet,
+    nameSheet,
+    editor,
+    menu
+};
+
+struct KeyTableTest : testing::Test {
+    MemoryUserDefaults defaults;
+    CapturedLog log;
+    CommandKeys keys{defaults, log};
+    Commands commands{keys};
+    EventBus events;
+    VirtualScheduler scheduler;
+    FocusStateManager focus;
+    NoPlayer player;
+    Windows windows;
+    HotKeyManager hotkeys{events, scheduler, focus, player};
+    KeyRouter router{commands, [this] { return windows.project ? &hotkeys : nullptr; }};
+    std::vector<Subscription> bound;
+
+    void SetUp() override {
+        hotkeys.setKeyWindows(&windows);
+        Tag tag;
+        tag.id = "tag";
+        tag.hotkey = "A";
+        tag.labelHotkeys.emplace()["label"] = "b";
+        Tag control;
+        control.id = "control";
+        control.hotkey = "⌘+T";  // also the key of a command
+        hotkeys.registerHotkeys({tag, control}, TagCollection::standard());
+        for (const CommandRow& row : commandTable())
+            bound.push_back(commands.bind(row.id, {[] {}, {}, {}}));
+    }
+
+    // What the key does there: "view", "hot key", "nothing" or the name of a command.
+    std::string meaning(Place place, const KeyPress& press, bool repeated = false) {
+        windows = {};
+        windows.project = place >= video && place != menu;
+        windows.panel = place >= panel && place != menu;
+        const bool sheet = place == nameSheet || place == listSheet;
+        KeySituation at;
+        at.window = place <= listSheet ? CommandScope::list : CommandScope::project;
+        at.sheet = place == message               ? KeySituation::Sheet::message
+                   : sheet || place == labelSheet ? KeySituation::Sheet::other
+                                                  : KeySituation::Sheet::none;
+        at.textField = place == searchField || place == panelField || sheet;
+        at.menuOpen = place == menu;
+        at.repeated = repeated;
+        focus.setTextFieldFocused(at.textField);
+        if (place == nameSheet)
+            events.post(events::AddLineSheetAppeared{});
+        if (place == labelSheet)
+            hotkeys.beginLabelChoice({});
+        events.post(events::EditorModeChanged{place == editor});
+        const auto decision = router.decide(press, at);
+        events.post(events::SheetDismissed{});
+        hotkeys.endLabelChoice();
+        switch (decision.meaning) {
+            case KeyRouter::Meaning::view:
+                return "view";
+            case KeyRouter::Meaning::hotKey:
+                return "hot key";
+            case KeyRouter::Meaning::nothing:
+                return "nothing";
+            case KeyRouter::Meaning::command:
+                return commandRow(*decision.command).name;
+        }
+        return {};
+    }
+};
+
+constexpr KeyModifiers none{}, shift{.shift = true}, ctrl{.command = true}, alt{.option = true},
+    ctrlShift{.shift = true, .command = true};
+
+KeyPress press(int code, KeyModifiers modifiers = {}) {
+    return {code, modifiers, ""};
+}
+
+// What each key does in each place. This table is the agreement; the router follows it.
+TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
+    constexpr int a = 0, b = 11, f = 3, k = 40, o = 31, q = 12, t = 17, f1 = 122, f2 = 120, f6 = 97,
+                  del = 117;
+    struct Row {
+        const char* name;
+        KeyPress press;
+        std::vector<const char*> meanings;  // by place
+    };
+    // clang-format off
+    const std::vector<Row> table{
+        //                               list           search field   list sheet video         panel         panel field    message    label sheet name sheet editor       menu
+        {"A",      press(a),            {"view",        "view",        "view",    "hot key",    "hot key",    "view",        "hot key", "view",     "view",    "view",       "view"}},
+        {"B",      press(b),            {"view",        "view",        "view",    "view",       "view",       "view",        "view",    "hot key",  "view",    "view",       "view"}},
+        {"Space",  press(key::space),   {"view",        "view",        "view",    "hot key",    "hot key",    "hot key",     "view",    "hot key",  "view",    "hot key",    "view"}},
+        {"Shift+→",press(key::right, shift),
+                                        {"view",        "view",        "view",    "hot key",    "hot key",    "view",        "view",    "hot key",  "view",    "view",       "view"}},
+        {"Return", press(key::returnKey),
+                                        {"view",        "view",        "view",    "view",       "view",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
+        {"Ctrl+Z", press(key::z, ctrl), {"view",        "view",        "view",    "undo",       "undo",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
+        {"Ctrl+Shift+Z", press(key::z, ctrlShift),
+                                        {"view",        "view",        "view",    "redo",       "redo",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
+        {"Ctrl+T", press(t, ctrl),      {"view",        "view",        "view",    "hot key",    "hot key",    "addLine",     "hot key", "view",     "view",    "addLine",    "view"}},
+        {"Ctrl+C", press(key::c, ctrl), {"view",        "view",        "view",    "view",       "view",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
+        {"Ctrl+F", press(f, ctrl),      {"searchVideos","searchVideos","view",    "view",       "view",       "view",        "view",    "view",     "view",    "view",       "view"}},
+        {"Ctrl+O", press(o, ctrl),      {"addVideo",    "addVideo",    "view",    "addVideo",   "addVideo",   "addVideo",    "view",    "view",     "view",    "addVideo",   "view"}},
+        {"Ctrl+K", press(k, ctrl),      {"findCommand", "findCommand", "view",    "findCommand","findCommand","findCommand", "view",    "view",     "view",    "findCommand","view"}},
+        {"Ctrl+Q", press(q, ctrl),      {"quit",        "quit",        "quit",    "quit",       "quit",       "quit",        "quit",    "quit",     "quit",    "quit",       "view"}},
+        {"F1",     press(f1),           {"showKeys",    "showKeys",    "view",    "showKeys",   "showKeys",   "showKeys",    "view",    "view",     "view",    "showKeys",   "view"}},
+        {"F2",     press(f2),           {"renameVideo", "renameVideo", "view",    "renameLine", "renameLine", "renameLine",  "view",    "view",     "view",    "renameLine", "view"}},
+        {"F6",     press(f6),           {"nextWindow",  "nextWindow",  "view",    "nextWindow", "nextWindow", "nextWindow",  "view",    "view",     "view",    "nextWindow", "view"}},
+        {"Delete", press(del),          {"deleteVideo", "view",        "view",    "view",       "view",       "view",        "view",    "view",     "view",    "view",       "view"}},
+        {"Alt+Backspace", press(key::deleteKey, alt),
+                                        {"view",        "view",        "view",    "removeStamp","removeStamp","view",        "view",    "view",     "view",    "removeStamp","view"}},
+    };
+    // clang-format on
+    for (const Row& row : table)
+        for (std::size_t place = 0; place < row.meanings.size(); ++place)
+            EXPECT_EQ(meaning(static_cast<Place>(place), row.press), row.meanings[place])
+                << row.name << " at place " << place;
+}
+
+TEST_F(KeyTableTest, AHeldKeyRepeatsOnlyWhatIsMeantToRepeat) {
+    EXPECT_EQ(meaning(video, press(key::z, ctrl), true), "undo");
+    EXPECT_EQ(meaning(video, press(97), true), "nothing");
+    EXPECT_EQ(meaning(video, press(0), true), "hot key");
+}
+
+TEST_F(KeyTableTest, ACommandThatIsNotEnabledLeavesItsKeyToTheView) {
+    bound.clear();
+    EXPECT_EQ(meaning(video, press(key::z, ctrl)), "view");
+    EXPECT_FALSE(router.handle(press(key::z, ctrl), {.window = CommandScope::project}));
+}
+
+}  // namespace
+}  // namespace tembrix
