@@ -159,8 +159,8 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     contextMenu(names->viewport(), cell(2));
     choose("timelineButtonDeleteTimeline");
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));
-    EXPECT_EQ(find("fullControlUndo")->toolTip(), "Undo: delete a timeline");
-    app.events.post(events::EditorModeChanged{true});  // now undo belongs to the drawing editor
+    EXPECT_EQ(find("fullControlUndo")->toolTip(), "Undo (Ctrl+Z): delete a timeline");
+    app.events.post(events::EditorModeChanged{true});  // now undo is the editor's
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(find("fullControlUndo")->isEnabled());
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));

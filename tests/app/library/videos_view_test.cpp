@@ -142,8 +142,8 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
         if (!action->isSeparator())
             entries << action->objectName();
     }
-    EXPECT_EQ(entries, (QStringList{"rebindVideo", "addToFavorites", "renameButtonTitle",
-                                    "deleteButtonTitle"}));
+    EXPECT_EQ(entries, (QStringList{"commandOpenVideo", "rebindVideo", "addToFavorites",
+                                    "renameButtonTitle", "deleteButtonTitle"}));
     menu->actions().back()->trigger();
     menu->close();
     EXPECT_TRUE(project.library.files().empty());

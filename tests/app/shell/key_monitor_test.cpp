@@ -8,6 +8,12 @@
 #include <gtest/gtest.h>
 
 #include "app/window_keys.h"
+#include "core/keyboard/hot_key_manager.h"
+#include "core/keyboard/key_transport.h"
+#include "core/keyboard/key_windows.h"
+#include "core/keyboard/text_focus.h"
+#include "core/notifications/event_bus.h"
+#include "core/notifications/events.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_texts.h"
 #include "fakes/memory_user_defaults.h"

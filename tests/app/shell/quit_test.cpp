@@ -8,6 +8,7 @@
 
 #include "app/window_keys.h"
 #include "app/window_tests.h"
+#include "core/keyboard/text_focus.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_texts.h"
 #include "fakes/memory_user_defaults.h"
@@ -44,9 +45,10 @@ TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
         modal->setWindowModality(Qt::WindowModal);
         modal->open();
         ASSERT_TRUE(activate(*modal));
-        QWidget* focus = modal == &sheet ? field : static_cast<QWidget*>(modal);
+        if (modal == &sheet)
+            field->setFocus();
         bool pressed = false;
-        QTimer::singleShot(0, focus, [&] {
+        QTimer::singleShot(0, modal, [&] {
             pressed = true;
             QTest::keyClick(modal->windowHandle(), Qt::Key_Q, Qt::ControlModifier);
         });

@@ -27,7 +27,7 @@ TEST(SafetyBanner, EveryProjectWindowSaysThatMarksAreNotSafeUntilTheyAre) {
     QtWindowFactory factory;
     factory.setMakers(
         {{WindowKind::video, empty}, {WindowKind::control, empty}, {WindowKind::tagLibrary, empty}},
-        [&](QWidget* parent) { return new SafetyBanner(health, texts, parent); });
+        {.banner = [&](QWidget* parent) { return new SafetyBanner(health, texts, parent); }});
     std::vector<std::unique_ptr<ProjectWindow>> windows;
     for (const auto kind : {WindowKind::video, WindowKind::control, WindowKind::tagLibrary})
         windows.push_back(factory.make(windowRow(kind), "title", {}));

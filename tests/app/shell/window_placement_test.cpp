@@ -41,8 +41,8 @@ TEST_F(WindowPlacement, WindowsOfAProjectFillTheirFramesWithTheirDecoration) {
     QtWindowFactory::Makers makers;
     for (const WindowRow& row : windowTable())
         makers[row.kind] = [](QWidget* parent) { return new QWidget(parent); };
-    factory.setMakers(makers);
-    // With the decoration of the visible list window, and without any.
+    factory.setMakers(makers, {});
+    // With the decoration of the list window to go by, and without.
     for (const bool listShows : {true, false}) {
         list.setVisible(listShows);
         std::vector<std::unique_ptr<ProjectWindow>> windows;
