@@ -371,16 +371,18 @@ Result<void> DataSyncManager::writeRecord(const OrphanedTimeline& record) const 
         backupTimelinesFolder() / pathFromText(record.videoId + layout::recordExtension), *bytes);
 }
 
-void DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
-                                                 const TimelineLines& timelines) {
+Result<void> DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
+                                                         const TimelineLines& timelines) {
     if (timelines.empty())
-        return;
+        return {};
     makeBackupFolders();
     const std::lock_guard lock(records_);
-    if (const auto done = writeRecord(recordOf(video, timelines)); done)
+    const auto done = writeRecord(recordOf(video, timelines));
+    if (done)
         log("💾 DataSync: Video timeline " + video.id + " saved to backup before deletion");
     else
         log("❌ DataSync: Error saving timeline before deletion - " + done.error().text);
+    return done;
 }
 
 void DataSyncManager::backupCollectionsBookmarks() {

@@ -89,8 +89,8 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     void restoreFromBackup();
     void deleteAllData();
     void deleteBackupTimelines();
-    void saveTimelineBeforeDeletion(const VideosData& video,
-                                    const TimelineLines& timelines) override;
+    Result<void> saveTimelineBeforeDeletion(const VideosData& video,
+                                            const TimelineLines& timelines) override;
 
     // The states that restores have replaced, the newest first.
     std::vector<ReplacedData::State> replacedStates() const { return replaced_.states(); }

@@ -51,7 +51,7 @@ void VideosViewModel::send(VideosAction action) {
     std::visit(
         Overloaded{
             [&](const videos::OpenVideo& a) { openVideo(a.id); },
-            [&](const videos::DeleteFile& a) { files_.deleteVideo(a.file); },
+            [&](const videos::DeleteFile& a) { deleteVideo(a.file); },
             [&](const videos::ShowError& a) { showError(a.title); },
             [&](const videos::DismissError&) {
                 change([](VideosState& s) { s.showError = false; });
@@ -69,23 +69,25 @@ void VideosViewModel::send(VideosAction action) {
             },
             [&](const videos::RenameVideo& a) {
                 const VideoMetadata match{a.team1, a.team2, a.score, scheduler_.now(), {}};
-                files_.renameVideo(a.file, videoName(match));
+                rename(a.file, videoName(match));
                 change([](VideosState& s) { s.showRenameSheet = false; });
             },
             [&](const videos::RenameSimpleVideo& a) {
-                files_.renameVideo(a.file, a.name);
+                rename(a.file, a.name);
                 change([](VideosState& s) { s.showRenameSheet = false; });
             },
             [&](const videos::CancelRename&) {
                 change([](VideosState& s) { s.showRenameSheet = false; });
             },
-            [&](const videos::ToggleFavorite& a) { files_.toggleFavorite(a.file.videoData.id); },
+            [&](const videos::ToggleFavorite& a) {
+                whenReady([this, id = a.file.videoData.id] { files_.toggleFavorite(id); });
+            },
             [&](const videos::ShowRebindAlert& a) { showRebindAlert(a.file); },
             [&](const videos::CancelRebind&) {
                 change([](VideosState& s) { s.showRebindAlert = false; });
             },
             [&](const videos::PickRebindFile&) { pickRebindFile(); },
-            [&](const videos::RebindVideo& a) { rebind(a.file, a.url); },
+            [&](const videos::RebindVideo& a) { whenReady([this, a] { rebind(a.file, a.url); }); },
             [&](const videos::OpenFiles&) { pickVideo(); },
             [&](const videos::OpenGuide&) { openGuide(); },
             [&](const videos::RefreshFiles&) {
@@ -111,12 +113,32 @@ void VideosViewModel::openVideo(const std::string& videoId) {
 }
 
 void VideosViewModel::openProject(const std::string& videoId) {
-    files_.noteOpening(videoId, scheduler_.now());
-    auto open = lifetime_.guard([this, videoId] { windows_.openProject(videoId); });
+    whenReady([this, videoId] {
+        const bool anotherIsOpen = windows_.project();
+        windows_.openProject(videoId);
+        if (windows_.project() && !anotherIsOpen)
+            files_.noteOpening(videoId, scheduler_.now());
+    });
+}
+
+template <class Task>
+void VideosViewModel::whenReady(Task task) {
+    auto guarded = lifetime_.guard(std::move(task));
     if (whenReady_)
-        whenReady_(std::move(open));
+        whenReady_(std::move(guarded));
     else
-        open();
+        guarded();
+}
+
+void VideosViewModel::deleteVideo(const FilesFile& file) {
+    whenReady([this, file] {
+        if (!files_.deleteVideo(file))
+            showError(texts_.text("videoNotDeleted"));
+    });
+}
+
+void VideosViewModel::rename(const FilesFile& file, const std::string& name) {
+    whenReady([this, file, name] { files_.renameVideo(file, name); });
 }
 
 void VideosViewModel::showError(const std::string& title) {
@@ -165,12 +187,12 @@ void VideosViewModel::saveMatch(const videos::SaveVideoMetadata& action) {
     }
     const VideoMetadata match{action.team1, action.team2, action.score, action.date,
                               fileUrl(*action.url)};
-    const auto added = files_.addVideoNamed(*action.url, videoName(match));
-    if (!added) {
-        showError(texts_.text("alertsFileErrorTitle"));
-        return;
-    }
-    makePreview(added->videoData.id);
+    whenReady([this, file = *action.url, name = videoName(match)] {
+        if (const auto added = files_.addVideoNamed(file, name))
+            makePreview(added->videoData.id);
+        else
+            showError(texts_.text("alertsFileErrorTitle"));
+    });
 }
 
 void VideosViewModel::makePreview(const std::string& videoId) {
@@ -206,6 +228,10 @@ void VideosViewModel::pickRebindFile() {
 
 void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path& url) {
     const std::string id = file.videoData.id;
+    if (const VideosData* other = files_.findByFile(url, id)) {
+        showError(texts_.format("videoIsOfAnotherEntry", {files_.displayName({*other, nullptr})}));
+        return;
+    }
     if (!files_.rebindVideo(id, url)) {
         showError("Не удалось перепривязать видео");
         return;

@@ -106,8 +106,9 @@ class VideosViewModel {
                     const Texts& texts, const Locale& locale, std::filesystem::path guides);
     ~VideosViewModel();
 
-    // Projects are opened by this function, which runs a task once timelines and collections may be
-    // read. Without it, they are opened immediately.
+    // Projects are opened and the list is changed by this function, which runs a task once the
+    // launch work has ended, because that may replace what the task reads or writes. Without it,
+    // tasks run immediately.
     void setWhenReady(std::function<void(std::function<void()>)> whenReady) {
         whenReady_ = std::move(whenReady);
     }
@@ -129,6 +130,10 @@ class VideosViewModel {
   private:
     void openVideo(const std::string& videoId);
     void openProject(const std::string& videoId);
+    template <class Task>
+    void whenReady(Task task);
+    void deleteVideo(const FilesFile& file);
+    void rename(const FilesFile& file, const std::string& name);
     void showError(const std::string& title);
     void showRebindAlert(const FilesFile& file);
     void pickVideo();

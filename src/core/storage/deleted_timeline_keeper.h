@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/result.h"
+
 #include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
 
@@ -9,8 +11,8 @@ namespace tembrix {
 class DeletedTimelineKeeper {
   public:
     virtual ~DeletedTimelineKeeper() = default;
-    virtual void saveTimelineBeforeDeletion(const VideosData& video,
-                                            const TimelineLines& timelines) = 0;
+    virtual Result<void> saveTimelineBeforeDeletion(const VideosData& video,
+                                                    const TimelineLines& timelines) = 0;
 };
 
 }  // namespace tembrix

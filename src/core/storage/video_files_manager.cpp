@@ -109,8 +109,7 @@ bool VideoFilesManager::loadVideosData() {
         if (!video.isFavorite)
             video.isFavorite = false;
     }
-    videosData_ = withoutDuplicates(list);
-    keepTimelinesOfDropped(list);
+    videosData_ = cleaned(list);
     if (videosData_ != *decoded)
         saveVideosData();
     return true;
@@ -167,10 +166,9 @@ void VideoFilesManager::rebuildFiles() {
 }
 
 void VideoFilesManager::saveVideosData() {
-    auto unique = withoutDuplicates(videosData_);
+    auto unique = cleaned(videosData_);
     if (unique.size() != videosData_.size()) {
-        const auto before = std::exchange(videosData_, std::move(unique));
-        keepTimelinesOfDropped(before);
+        videosData_ = std::move(unique);
         rebuildFiles();
     }
     const auto encoded = encode(videosData_);
@@ -187,22 +185,14 @@ std::optional<FilesFile> VideoFilesManager::addVideo(const std::filesystem::path
     const auto bookmark = bookmarks_.make(file);
     if (!bookmark)
         return std::nullopt;
-    if (const auto known = fileWith(hasBookmark(*bookmark)))
-        return known;
+    if (const VideosData* known = findByFile(file))
+        return fileWith(hasId(known->id));
     const VideosData video{*bookmark, replaced(freshId(), "-", ""), std::nullopt, false};
     videosData_.push_back(video);
     files_.push_back({video, nullptr});
     saveVideosData();
     publish();
-    if (const auto added = fileWith(hasId(video.id)))
-        return added;
-    // The new entry was dropped as a duplicate, because an earlier entry has this file under
-    // another name.
-    const auto path = resolveVideoURL(*bookmark);
-    return fileWith([&](const VideosData& known) {
-        return bookmarks_.areOfOneFile(known.bookmark, *bookmark) &&
-               resolveVideoURL(known.bookmark) == path;
-    });
+    return fileWith(hasId(video.id));
 }
 
 std::optional<FilesFile> VideoFilesManager::addVideoNamed(const std::filesystem::path& file,
@@ -228,12 +218,13 @@ std::vector<FilesFile> VideoFilesManager::reloadFiles() {
     return files_;
 }
 
-void VideoFilesManager::deleteVideo(const FilesFile& file) {
+Result<void> VideoFilesManager::deleteVideo(const FilesFile& file) {
     const VideosData* found = findById(file.videoData.id);
     if (!found)
-        return;
+        return {};
     const VideosData video = *found;
-    keepTimeline(video);
+    if (auto kept = keepTimeline(video); !kept)
+        return kept;
     storage_.userDefaults().remove(layout::timelineKey(video.id));
     storage_.userDefaults().remove(layout::lastOpenedKey(video.id));
     storage_.deleteTimelineFile(video.id);
@@ -241,22 +232,26 @@ void VideoFilesManager::deleteVideo(const FilesFile& file) {
     rebuildFiles();
     saveVideosData();
     publish();
+    return {};
 }
 
-// Entries that were dropped because their id occurs twice lose nothing.
-void VideoFilesManager::keepTimelinesOfDropped(const std::vector<VideosData>& before) {
-    for (const auto& video : before) {
-        if (!findById(video.id))
-            keepTimeline(video);
+// The list without duplicates. A duplicate whose timeline cannot be kept stays in the list.
+// Entries that are dropped because their id occurs twice lose nothing.
+std::vector<VideosData> VideoFilesManager::cleaned(const std::vector<VideosData>& list) {
+    VideoList kept = withoutDuplicates(list);
+    for (const auto& video : list) {
+        if (std::none_of(kept.begin(), kept.end(), hasId(video.id)) && !keepTimeline(video))
+            kept.push_back(video);
     }
+    return kept;
 }
 
-void VideoFilesManager::keepTimeline(const VideosData& video) {
+Result<void> VideoFilesManager::keepTimeline(const VideosData& video) {
     if (!keeper_)
-        return;
+        return {};
     const auto timelines = storage_.loadTimeline(video.id);
-    if (!timelines.empty())
-        keeper_->saveTimelineBeforeDeletion(video, timelines);
+    return timelines.empty() ? Result<void>()
+                             : keeper_->saveTimelineBeforeDeletion(video, timelines);
 }
 
 void VideoFilesManager::renameVideo(const FilesFile& file, const std::string& name) {
@@ -279,7 +274,7 @@ std::optional<Date> VideoFilesManager::lastOpening(const std::string& videoId) c
 
 bool VideoFilesManager::rebindVideo(const std::string& videoId, const std::filesystem::path& file) {
     const auto bookmark = bookmarks_.make(file);
-    return bookmark &&
+    return bookmark && !findByFile(file, videoId) &&
            change(hasId(videoId), [&](VideosData& video) { video.bookmark = *bookmark; });
 }
 
@@ -326,24 +321,30 @@ const VideosData* VideoFilesManager::findByBookmark(const Bytes& bookmark,
     return found == videosData_.end() ? nullptr : &*found;
 }
 
-std::optional<std::filesystem::path> VideoFilesManager::resolveVideoURL(
-    const Bytes& bookmark) const {
-    const auto resolved = bookmarks_.resolve(bookmark);
-    if (!resolved || (resolved->replaced && belongsToAnotherEntry(resolved->path, bookmark)))
-        return std::nullopt;
-    return resolved->path;
+const VideosData* VideoFilesManager::findByFile(const std::filesystem::path& file,
+                                                const std::string& exceptId) const {
+    const auto bookmark = bookmarks_.make(file);
+    const auto path = bookmark ? resolveVideoURL(*bookmark) : std::nullopt;
+    if (!path)
+        return nullptr;
+    const auto findIf = [&](const auto& matches) {
+        const auto found = std::find_if(
+            videosData_.begin(), videosData_.end(),
+            [&](const VideosData& video) { return video.id != exceptId && matches(video); });
+        return found == videosData_.end() ? nullptr : &*found;
+    };
+    if (const VideosData* video = findIf(hasBookmark(*bookmark)))
+        return video;
+    return findIf([&](const VideosData& video) { return resolveVideoURL(video.bookmark) == path; });
 }
 
-// Whether the file at the path is the video of an entry with another bookmark. Marks of one match
-// must not be shown on the video of another.
-bool VideoFilesManager::belongsToAnotherEntry(const std::filesystem::path& file,
-                                              const Bytes& bookmark) const {
-    const auto current = bookmarks_.make(file);
-    return current &&
-           std::any_of(videosData_.begin(), videosData_.end(), [&](const VideosData& video) {
-               return video.bookmark != bookmark &&
-                      bookmarks_.areOfOneFile(video.bookmark, *current);
-           });
+// The marks of one match must not be shown on the video of another.
+std::optional<std::filesystem::path> VideoFilesManager::resolveVideoURL(
+    const Bytes& bookmark) const {
+    auto resolved = bookmarks_.resolve(bookmark);
+    if (!resolved || resolved->replaced)
+        return std::nullopt;
+    return std::move(resolved->path);
 }
 
 std::string VideoFilesManager::displayName(const FilesFile& file) const {

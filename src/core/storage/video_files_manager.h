@@ -11,6 +11,7 @@
 #include "base/date.h"
 #include "base/image.h"
 #include "base/log.h"
+#include "base/result.h"
 
 #include "ports/bookmarks.h"
 #include "ports/directories.h"
@@ -48,9 +49,12 @@ class VideoFilesManager {
                                            const std::string& name);
     void appendFile(const FilesFile& file);
     std::vector<FilesFile> reloadFiles();
-    void deleteVideo(const FilesFile& file);
+    // Deletes the entry and its timelines. If these cannot be kept in the backup, nothing is
+    // deleted.
+    Result<void> deleteVideo(const FilesFile& file);
     void renameVideo(const FilesFile& file, const std::string& name);
     void toggleFavorite(const std::string& videoId);
+    // Fails if there is no such file or if it is the video of another entry.
     bool rebindVideo(const std::string& videoId, const std::filesystem::path& file);
     void saveVideosData();
     // Stores when the video was opened as a project. File systems rarely update access times.
@@ -63,8 +67,10 @@ class VideoFilesManager {
     // preferred id is returned.
     const VideosData* findByBookmark(const Bytes& bookmark,
                                      const std::string& preferredId = {}) const;
-    // Absent if the file does not exist, or if another file has its name now and is the video of
-    // another entry.
+    // The entry whose video is this file, other than the excepted one; null if there is none.
+    const VideosData* findByFile(const std::filesystem::path& file,
+                                 const std::string& exceptId = {}) const;
+    // Absent if the file does not exist or another file is at its place.
     std::optional<std::filesystem::path> resolveVideoURL(const Bytes& bookmark) const;
     std::string displayName(const FilesFile& file) const;
 
@@ -73,10 +79,8 @@ class VideoFilesManager {
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();
-    bool belongsToAnotherEntry(const std::filesystem::path& file, const Bytes& bookmark) const;
-    // Saves the timelines of entries that are in `before` but no longer in the list.
-    void keepTimelinesOfDropped(const std::vector<VideosData>& before);
-    void keepTimeline(const VideosData& video);
+    std::vector<VideosData> cleaned(const std::vector<VideosData>& list);
+    Result<void> keepTimeline(const VideosData& video);
     void publish();
     // Edits the matching entries of both lists, saves and publishes. Returns false if there are
     // none.

@@ -1,6 +1,11 @@
 #include <chrono>
+#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
+
+#include "base/file_dates.h"
 
 #include "adapters/qt/file_bookmarks.h"
 #include "fakes/fake_bookmarks.h"
@@ -12,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct FakeKit {
+    static constexpr bool hasIdentities = true;
     FakeBookmarks bookmarks;
     fs::path create(const std::string& name) {
         const fs::path file = "/videos/" + name;
@@ -23,11 +29,25 @@ struct FakeKit {
 };
 
 struct FileKit {
+    static constexpr bool hasIdentities = true;
     TempFolder folder;
     FileBookmarks bookmarks;
-    fs::path create(const std::string& name) { return folder.write(name, "video " + name); }
+    int created = 0;
+    fs::path create(const std::string& name) {
+        return folder.write(name, "video " + std::to_string(++created));
+    }
     void rename(const fs::path& from, const fs::path& to) { fs::rename(from, to); }
     void remove(const fs::path& file) { fs::remove(file); }
+};
+
+FileBookmarks withoutIdentities() {
+    return FileBookmarks([](const fs::path&) { return std::nullopt; });
+}
+
+// As on the file systems of memory cards.
+struct CardKit : FileKit {
+    static constexpr bool hasIdentities = false;
+    CardKit() { bookmarks = withoutIdentities(); }
 };
 
 template <class Kit>
@@ -36,7 +56,7 @@ class BookmarksContract : public testing::Test {
     Kit kit;
     const Bookmarks& bookmarks = kit.bookmarks;
 };
-using Kits = testing::Types<FakeKit, FileKit>;
+using Kits = testing::Types<FakeKit, FileKit, CardKit>;
 TYPED_TEST_SUITE(BookmarksContract, Kits);
 
 TYPED_TEST(BookmarksContract, LeadBackToTheFileWhateverItsName) {
@@ -86,7 +106,8 @@ TYPED_TEST(BookmarksContract, LeadToAnotherFileOfTheNameOnlyWithoutTheirOwn) {
     EXPECT_EQ(found->path, renamed);
     EXPECT_TRUE(found->stale);
     EXPECT_FALSE(found->replaced);
-    EXPECT_TRUE(this->bookmarks.areOfOneFile(*this->bookmarks.make(renamed), bookmark));
+    EXPECT_EQ(this->bookmarks.areOfOneFile(*this->bookmarks.make(renamed), bookmark),
+              TypeParam::hasIdentities);
 
     this->kit.remove(renamed);
     EXPECT_EQ(this->bookmarks.resolve(bookmark)->path, file);
@@ -100,7 +121,8 @@ TYPED_TEST(BookmarksContract, AreAbsentWithoutAFileOrWithoutSense) {
     this->kit.remove(file);
     EXPECT_FALSE(this->bookmarks.resolve(bookmark));
     EXPECT_FALSE(this->bookmarks.make(file));
-    for (const std::string text : {"", "TSB1", "TSB1 1 2", "TSB1 x 2\n/tmp", "TSB1 1 2\n", "\xFF"})
+    for (const std::string text : {"", "TSB1", "TSB1 1 2", "TSB1 x 2\n/tmp", "TSB1 1 2\n", "\xFF",
+                                   "TSB2 1 2 3 4 5\n/tmp", "TSB2 1 2 3 4 5 6\n"})
         EXPECT_FALSE(this->bookmarks.resolve(toBytes(text)));
 }
 
@@ -138,9 +160,96 @@ TEST_F(FileBookmarksTest, TheSameFileGivesTheSameBytesByAnySpellingOfItsPath) {
     EXPECT_EQ(bookmarks.make(folder.path() / "a" / ".." / "a" / "." / "video.mp4"), bookmark);
     EXPECT_TRUE(bookmarks.resolve(*bookmarks.make(folder.path() / "a")));  // folders as well
     EXPECT_FALSE(bookmarks.make({}));
-    // Writing to a file does not change its identity.
-    folder.write("a/video.mp4", "longer content");
-    EXPECT_EQ(bookmarks.make(file), bookmark);
+}
+
+enum class Found { itself, another, nothing };
+
+Found found(const Bookmarks& bookmarks, const Bytes& bookmark) {
+    const auto resolved = bookmarks.resolve(bookmark);
+    if (!resolved)
+        return Found::nothing;
+    return resolved->replaced ? Found::another : Found::itself;
+}
+
+// What a camera records, larger than the samples of it that are kept.
+std::string film(char picture) {
+    return std::string(300'000, picture);
+}
+
+TEST_F(FileBookmarksTest, AFileThatWasWrittenOverIsAnotherAndOneThatGrowsIsNot) {
+    const FileBookmarks onCard = withoutIdentities();
+    for (const Bookmarks* kind :
+         {static_cast<const Bookmarks*>(&bookmarks), static_cast<const Bookmarks*>(&onCard)}) {
+        for (const std::string& start : {std::string("match one"), film('1')}) {
+            const auto file = folder.write("recording.mp4", start);
+            const auto bookmark = kind->make(file).value();
+            std::ofstream(file, std::ios::binary | std::ios::app) << " goes on";
+            EXPECT_EQ(found(*kind, bookmark), Found::itself);
+            folder.write("recording.mp4", start);  // written anew, with the same content
+            EXPECT_EQ(found(*kind, bookmark), Found::itself);
+            EXPECT_TRUE(kind->areOfOneFile(bookmark, *kind->make(file)));
+
+            for (const std::string& next :
+                 {"match two" + film('2'), film('2'), std::string("short")}) {
+                folder.write("recording.mp4", next);
+                EXPECT_EQ(found(*kind, bookmark), Found::another);
+                EXPECT_FALSE(kind->areOfOneFile(bookmark, *kind->make(file)));
+            }
+        }
+    }
+}
+
+TEST_F(FileBookmarksTest, ARecordingIsTheSameFileWhenTheRecorderFinishesIt) {
+    const auto file = folder.write("recording.mp4", film('1'));
+    const auto bookmark = bookmarks.make(file).value();
+    std::fstream recorder(file, std::ios::binary | std::ios::in | std::ios::out);
+    recorder.seekp(40) << "length";
+    recorder.seekp(0, std::ios::end) << film('i');
+    recorder.close();
+    EXPECT_EQ(found(bookmarks, bookmark), Found::itself);
+}
+
+TEST_F(FileBookmarksTest, ACopyAtThePlaceOfTheFileIsAsGood) {
+    const auto file = folder.write("match.mp4", film('1'));
+    const auto bookmark = bookmarks.make(file).value();
+    fs::copy_file(file, folder.path() / "saved.mp4");
+    fs::remove(file);
+    fs::rename(folder.path() / "saved.mp4", file);
+    EXPECT_EQ(found(bookmarks, bookmark), Found::itself);
+}
+
+TEST_F(FileBookmarksTest, ALargeFileThatWasOnlyTouchedIsTheSame) {
+    const auto file = folder.write("match.mp4", std::string(2'000'000, '1'));
+    for (const FileBookmarks& kind : {bookmarks, withoutIdentities()}) {
+        const auto bookmark = kind.make(file).value();
+        fs::last_write_time(file, fs::last_write_time(file) + std::chrono::hours(1));
+        EXPECT_EQ(found(kind, bookmark), Found::itself);
+        EXPECT_TRUE(kind.areOfOneFile(bookmark, *kind.make(file)));
+        folder.write("match.mp4", std::string(2'000'000, '2'));
+        EXPECT_EQ(found(kind, bookmark), Found::another);
+        folder.write("match.mp4", std::string(2'000'000, '1'));
+    }
+}
+
+TEST_F(FileBookmarksTest, ReadingTheContentDoesNotCountAsAnAccess) {
+    const auto file = folder.write("match.mp4", film('1'));
+    const timespec times[2]{{1577836800, 0}, {1577836800, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    EXPECT_TRUE(bookmarks.resolve(*bookmarks.make(file)));
+    EXPECT_EQ(lastAccessDate(file), Date{1577836800});
+}
+
+TEST_F(FileBookmarksTest, BookmarksOfEarlierVersionsAreRead) {
+    const auto file = folder.write("match.mp4", "content");
+    const auto identity = fileIdentity(file).value();
+    const auto old = [&](FileIdentity known) {
+        return toBytes("TSB1 " + std::to_string(known.number) + " " +
+                       std::to_string(known.birthTime) + "\n" + file.string());
+    };
+    EXPECT_EQ(found(bookmarks, old(identity)), Found::itself);
+    EXPECT_EQ(found(bookmarks, old({})), Found::itself);
+    EXPECT_EQ(found(bookmarks, old({identity.number, 1})), Found::another);
+    EXPECT_TRUE(bookmarks.areOfOneFile(old(identity), *bookmarks.make(file)));
 }
 
 TEST_F(FileBookmarksTest, ALargeFolderIsSearchedQuickly) {

@@ -1,3 +1,4 @@
+#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -19,20 +20,24 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Rescued final : DeletedTimelineKeeper {
-    void saveTimelineBeforeDeletion(const VideosData& video, const TimelineLines& lines) override {
+    Result<void> saveTimelineBeforeDeletion(const VideosData& video,
+                                            const TimelineLines& lines) override {
         timelines.emplace_back(video.id, lines);
+        return {};
     }
     std::vector<std::pair<std::string, TimelineLines>> timelines;
 };
 
-// The library with real files from a recorder that gives every match the same name.
-struct ReusedNames : testing::Test {
+// The library with real files from a recorder that gives every match the same name, on a file
+// system that numbers files and on one that does not.
+struct ReusedNames : testing::TestWithParam<bool> {
     TempFolder folder;
     MemoryUserDefaults defaults;
     VirtualScheduler scheduler;
     CapturedLog log;
     FakeTexts texts;
-    FileBookmarks bookmarks;
+    FileBookmarks bookmarks =
+        GetParam() ? FileBookmarks() : FileBookmarks([](const fs::path&) { return std::nullopt; });
     Rescued rescued;
     InMemoryStorageManager storage{defaults, scheduler, folder.directories(), log};
     std::unique_ptr<VideoFilesManager> library = launched();
@@ -45,16 +50,19 @@ struct ReusedNames : testing::Test {
         return started;
     }
     fs::path at(const std::string& name) const { return folder.path() / name; }
+    int recordings = 0;
     std::string record(const std::string& name) {
-        return library->addVideo(folder.write(name, "film"))->videoData.id;
+        const auto file = folder.write(name, "film " + std::to_string(++recordings));
+        return library->addVideo(file)->videoData.id;
     }
     std::optional<fs::path> fileOf(const std::string& id) const {
         const VideosData* video = library->findById(id);
         return video ? library->resolveVideoURL(video->bookmark) : std::nullopt;
     }
 };
+INSTANTIATE_TEST_SUITE_P(FileSystems, ReusedNames, testing::Bool());
 
-TEST_F(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
+TEST_P(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
     const auto first = record("recording.mp4");
     fs::rename(at("recording.mp4"), at("game1.mp4"));
     const auto second = record("recording.mp4");
@@ -68,7 +76,7 @@ TEST_F(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
     EXPECT_EQ(library->files().size(), 2u);
 }
 
-TEST_F(ReusedNames, ALaunchFollowsNamesThatWereRotated) {
+TEST_P(ReusedNames, ALaunchFollowsNamesThatWereRotated) {
     std::map<std::string, std::string> ids;
     for (const std::string name : {"1.mp4", "2.mp4", "3.mp4"})
         ids[name] = record(name);
@@ -82,15 +90,13 @@ TEST_F(ReusedNames, ALaunchFollowsNamesThatWereRotated) {
     EXPECT_EQ(fileOf(ids["3.mp4"]), at("1.mp4"));
 }
 
-TEST_F(ReusedNames, AVideoThatWasMovedAwayDoesNotTakeTheFileOfAnother) {
+TEST_P(ReusedNames, AVideoThatWasMovedAwayDoesNotTakeTheFileOfAnother) {
     const auto first = record("recording.mp4");
     fs::create_directory(at("archive"));
     fs::rename(at("recording.mp4"), at("archive/game1.mp4"));
     EXPECT_FALSE(fileOf(first));
-    // Another file at its path, such as a repaired copy, is used unless it belongs to another
-    // video.
     folder.write("recording.mp4", "another");
-    EXPECT_EQ(fileOf(first), at("recording.mp4"));
+    EXPECT_FALSE(fileOf(first)) << "also while no other video has the file";
     const auto second = record("recording.mp4");
     for (int launches = 0; launches < 2; ++launches, library = launched()) {
         EXPECT_NE(first, second);
@@ -101,7 +107,30 @@ TEST_F(ReusedNames, AVideoThatWasMovedAwayDoesNotTakeTheFileOfAnother) {
     EXPECT_EQ(fileOf(first), at("archive/game1.mp4"));
 }
 
-TEST_F(ReusedNames, ADuplicateThatALaunchDropsLeavesItsMarks) {
+TEST_P(ReusedNames, ARecordingOverAnOldOneIsAnotherVideoAndOneThatGrowsIsNot) {
+    const auto first = record("recording.mp4");
+    std::ofstream(at("recording.mp4"), std::ios::app) << " goes on";
+    EXPECT_EQ(library->addVideo(at("recording.mp4"))->videoData.id, first);
+    const auto second = record("recording.mp4");
+    for (int launches = 0; launches < 2; ++launches, library = launched()) {
+        EXPECT_NE(first, second);
+        EXPECT_FALSE(fileOf(first));
+        EXPECT_EQ(fileOf(second), at("recording.mp4"));
+    }
+}
+
+TEST_P(ReusedNames, EqualCopiesAreVideosOfTheirOwnAlsoWhenOneIsDeleted) {
+    const auto first = record("one.mp4");
+    fs::copy_file(at("one.mp4"), at("two.mp4"));
+    const auto second = library->addVideo(at("two.mp4"))->videoData.id;
+    fs::remove(at("one.mp4"));
+    library = launched();
+    EXPECT_NE(first, second);
+    EXPECT_TRUE(library->findById(first));
+    EXPECT_EQ(fileOf(second), at("two.mp4"));
+}
+
+TEST_P(ReusedNames, ADuplicateThatALaunchDropsLeavesItsMarks) {
     const auto first = record("match.mp4");
     const VideosData twin{*bookmarks.make(at("match.mp4")), "TWIN", {}, false};
     const TimelineLines marks{TimelineLine{Uuid::random(), "Shots", {}, ""}};

@@ -112,7 +112,7 @@ TEST_F(DataSyncTest, ADeletedVideosTimelineOutlastsTheNextBackups) {
     const auto id = project.addVideo();
     project.library.setDeletedTimelineKeeper(&sync);
     project.storage.saveTimeline(oneLine("Attack"), id);
-    project.library.deleteVideo(project.library.files().front());
+    ASSERT_TRUE(project.library.deleteVideo(project.library.files().front()));
     sync.backUpNow();
     const auto file = readFile(sync.backupTimelinesFolder() / (id + ".json"));
     ASSERT_TRUE(file.ok());

@@ -249,7 +249,7 @@ class TwoLives {
         if (!video || below(2) == 0)
             return;
         did("delete a video");
-        program_->library.deleteVideo(*video);
+        ASSERT_TRUE(program_->library.deleteVideo(*video));
         model_.deleteVideo(video->videoData.id);
     }
 

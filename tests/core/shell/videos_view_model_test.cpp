@@ -1,11 +1,15 @@
 #include "core/shell/videos_view_model.h"
 
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <vector>
 
 #include "base/file_url.h"
+#include "base/files.h"
 
+#include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
 
 namespace tembrix {
@@ -117,6 +121,70 @@ TEST_F(VideosViewModelTest, AProjectOpensOnceTimelinesMayBeRead) {
     EXPECT_FALSE(windows.isClosing());
 }
 
+TEST_F(VideosViewModelTest, AnotherFileUnderTheNameOfAVideoIsNotOpenedWithItsMarks) {
+    const auto id = project.addVideo("recording.mp4");
+    const auto file = project.folder.path() / "recording.mp4";
+    project.bookmarks.rename(file, project.folder.path() / "archive" / "game1.mp4");
+    project.bookmarks.add(file);
+    model.send(videos::OpenVideo{id});
+    EXPECT_TRUE(windows.isClosing());
+    EXPECT_TRUE(model.state->showRebindAlert);
+    EXPECT_FALSE(model.videoPath(model.state->files.front()));
+
+    project.media.add(file, 10);
+    model.send(videos::RebindVideo{model.state->files.front(), file});  // it is the right one
+    EXPECT_EQ(windows.currentVideoId(), id);
+    EXPECT_FALSE(windows.isClosing());
+}
+
+TEST_F(VideosViewModelTest, AVideoIsNotBoundToTheFileOfAnotherWhichIsNamed) {
+    project.addVideo("first.mp4");
+    project.addVideo("second.mp4");
+    project.texts.set("videoIsOfAnotherEntry", "is {0}");
+    const auto before = project.library.videosData();
+    model.send(videos::RebindVideo{model.state->files.back(), project.folder.path() / "first.mp4"});
+    EXPECT_EQ(model.state->errorTitle, "is first.mp4");
+    EXPECT_TRUE(model.state->showError);
+    EXPECT_TRUE(windows.isClosing());
+    EXPECT_EQ(project.library.videosData(), before);
+}
+
+TEST_F(VideosViewModelTest, AVideoWhoseMarksCannotBeKeptIsNotDeleted) {
+    const auto id = project.addVideo();
+    const TimelineLines marks{TimelineLine{Uuid::random(), "Shots", {}, ""}};
+    project.storage.saveTimeline(marks, id);
+    const auto records = project.core.dataSync.backupTimelinesFolder();
+    std::filesystem::remove_all(records);
+    ASSERT_TRUE(replaceFile(records, toBytes("no folder")));
+    model.send(videos::DeleteFile{model.state->files.front()});
+    EXPECT_EQ(model.state->errorTitle, "videoNotDeleted");
+    EXPECT_TRUE(model.state->showError);
+    EXPECT_EQ(model.state->files.size(), 1U);
+    EXPECT_EQ(project.storage.loadTimeline(id), marks);
+}
+
+TEST_F(VideosViewModelTest, EditsWaitForTheLaunchWorkWhichMayReplaceTheList) {
+    project.addVideo("old.mp4");
+    const Bytes saved = *project.defaults.data(layout::videosDataKey);
+    std::vector<std::function<void()>> waiting;
+    model.setWhenReady([&](std::function<void()> task) { waiting.push_back(std::move(task)); });
+    const FilesFile old = model.state->files.front();
+    model.send(videos::SaveVideoMetadata{project.folder.write("new.mp4", "bytes"), "Lions", "Foxes",
+                                         "", project.scheduler.now()});
+    model.send(videos::ToggleFavorite{old});
+    model.send(videos::RenameSimpleVideo{old, "Derby"});
+    EXPECT_FALSE(model.state->showMetadataSheet);
+
+    project.defaults.setData(layout::videosDataKey, saved);  // as a restore does
+    project.library.reloadFiles();
+    for (const auto& task : waiting)
+        task();
+    EXPECT_EQ(names("", VideoFilter::favorites), std::vector<std::string>{"Derby"});
+    EXPECT_EQ(names("Lions", VideoFilter::all).size(), 1U);
+    model.send(videos::DeleteFile{model.state->files.front()});
+    EXPECT_EQ(model.state->files.size(), 2U);
+}
+
 TEST_F(VideosViewModelTest, FiltersByFavoriteAndByLastAccess) {
     const auto a = project.addVideo("alpha.mp4");
     project.addVideo("beta.mp4");
@@ -144,6 +212,8 @@ TEST_F(VideosViewModelTest, TheLastOpeningCountsWhereAccessTimesDoNotMove) {
     model.send(videos::OpenVideo{opened});
     EXPECT_EQ(names("", VideoFilter::recent), (std::vector<std::string>{"opened.mp4", "read.mp4"}));
     EXPECT_EQ(model.lastAccess(model.state->files.front()), Date{1600000000});
+    model.send(videos::OpenVideo{read});  // refused while the other is open
+    EXPECT_FALSE(project.library.lastOpening(read));
     windows.closeAll();
     model.send(videos::DeleteFile{model.state->files.front()});
     EXPECT_FALSE(project.library.lastOpening(opened));

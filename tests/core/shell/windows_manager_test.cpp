@@ -150,9 +150,9 @@ TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
     ASSERT_TRUE(project.library.rebindVideo(id, project.folder.write("moved.mp4", "bytes")));
     open().timeline.addLine("Marked after the move");
     EXPECT_EQ(project.storage.loadTimeline(id).size(), 2U);
-    project.library.deleteVideo(project.library.files().back());
+    ASSERT_TRUE(project.library.deleteVideo(project.library.files().back()));
     EXPECT_FALSE(windows.isClosing());
-    project.library.deleteVideo(project.library.files().front());
+    ASSERT_TRUE(project.library.deleteVideo(project.library.files().front()));
     EXPECT_TRUE(windows.isClosing());
     EXPECT_TRUE(fake.open.empty());
 }

@@ -1,3 +1,5 @@
+#include <cerrno>
+
 #include "base/files.h"
 
 #include "core/storage/data_layout.h"
@@ -10,9 +12,14 @@ namespace tembrix {
 namespace {
 
 struct Keeper final : DeletedTimelineKeeper {
-    void saveTimelineBeforeDeletion(const VideosData& video, const TimelineLines& lines) override {
+    Result<void> saveTimelineBeforeDeletion(const VideosData& video,
+                                            const TimelineLines& lines) override {
+        if (isFull)
+            return Error{"file", ENOSPC, "No space left on device"};
         kept.emplace_back(video, lines);
+        return {};
     }
+    bool isFull = false;
     std::vector<std::pair<VideosData, TimelineLines>> kept;
 };
 
@@ -176,9 +183,14 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndRemovesBothOfItsForms) {
     const TimelineLines kept = lines();
     storage->saveTimeline(kept, marked.videoData.id);
     storage->flushNow();
-    library.deleteVideo(plain);
+    EXPECT_TRUE(library.deleteVideo(plain));
     EXPECT_TRUE(keeper.kept.empty());
-    library.deleteVideo(marked);
+    keeper.isFull = true;
+    EXPECT_FALSE(library.deleteVideo(marked));
+    EXPECT_EQ(storage->loadTimeline(marked.videoData.id), kept);
+    EXPECT_EQ(library.videosData(), std::vector{marked.videoData});
+    keeper.isFull = false;
+    EXPECT_TRUE(library.deleteVideo(marked));
     ASSERT_EQ(keeper.kept.size(), 1u);
     EXPECT_EQ(keeper.kept[0].first, marked.videoData);
     EXPECT_EQ(keeper.kept[0].second, kept);
@@ -187,7 +199,7 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndRemovesBothOfItsForms) {
     EXPECT_TRUE(library.files().empty());
     expectInStep();
     published = 0;
-    library.deleteVideo(marked);
+    EXPECT_TRUE(library.deleteVideo(marked));
     EXPECT_EQ(published, 0);
     scheduler.advance(30);
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
@@ -201,7 +213,7 @@ TEST_F(VideoFiles, EntriesWithEqualBookmarksAreDistinguishedByTheirIds) {
     storage->saveTimeline(lines(), "1");
     library.start();
     library.renameVideo(library.files()[1], "renamed");
-    library.deleteVideo(library.files()[2]);
+    EXPECT_TRUE(library.deleteVideo(library.files()[2]));
     EXPECT_TRUE(keeper.kept.empty());
     EXPECT_EQ(library.videosData(), (std::vector<VideosData>{{none, "1", "first", false},
                                                              {none, "2", "renamed", false}}));
@@ -210,20 +222,32 @@ TEST_F(VideoFiles, EntriesWithEqualBookmarksAreDistinguishedByTheirIds) {
     expectInStep();
 }
 
-TEST_F(VideoFiles, AnEntryBoundToTheFileOfAnotherIsRemovedButItsTimelineKept) {
-    Keeper keeper;
-    library.setDeletedTimelineKeeper(&keeper);
+TEST_F(VideoFiles, AnEntryIsNotBoundToTheFileOfAnother) {
     library.start();
     const auto first = *library.addVideo(video("a.mp4"));
     const auto second = *library.addVideo(video("b.mp4"));
-    const TimelineLines kept = lines();
-    storage->saveTimeline(kept, second.videoData.id);
-    EXPECT_TRUE(library.rebindVideo(second.videoData.id, "/videos/a.mp4"));
-    EXPECT_EQ(library.videosData(), std::vector{first.videoData});
-    ASSERT_EQ(keeper.kept.size(), 1u);
-    EXPECT_EQ(keeper.kept[0].second, kept);
-    EXPECT_EQ(storage->loadTimeline(second.videoData.id), kept);
+    bookmarks.rename("/videos/a.mp4", "/videos/renamed.mp4");
+    EXPECT_FALSE(library.rebindVideo(second.videoData.id, "/videos/renamed.mp4"));
+    EXPECT_EQ(library.findByFile("/videos/renamed.mp4", second.videoData.id)->id,
+              first.videoData.id);
+    EXPECT_EQ(library.videosData(), (std::vector{first.videoData, second.videoData}));
+    EXPECT_TRUE(library.rebindVideo(second.videoData.id, "/videos/b.mp4")) << "its own";
     expectInStep();
+}
+
+TEST_F(VideoFiles, ADuplicateStaysWhileItsTimelineCannotBeKept) {
+    Keeper keeper;
+    keeper.isFull = true;
+    library.setDeletedTimelineKeeper(&keeper);
+    const auto a = bookmarks.add("/videos/a.mp4");
+    store({{a, "1", {}, false}, {a, "2", {}, false}});
+    storage->saveTimeline(lines(), "2");
+    library.start();
+    EXPECT_EQ(library.files().size(), 2u);
+    keeper.isFull = false;
+    library.reloadFiles();
+    EXPECT_EQ(library.files().size(), 1u);
+    EXPECT_EQ(keeper.kept.size(), 1u);
 }
 
 TEST_F(VideoFiles, ReloadingFollowsTheStoreAndKeepsPreviews) {
