@@ -21,6 +21,8 @@ const char* textKey(SafetyNotice notice) {
     switch (notice) {
         case SafetyNotice::videoListRepaired:
             return "safetyVideoListRepaired";
+        case SafetyNotice::videoListDoubtful:
+            return "safetyVideoListDoubtful";
         case SafetyNotice::videoListUnreadable:
             return "safetyVideoListUnreadable";
         case SafetyNotice::restored:

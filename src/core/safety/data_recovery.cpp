@@ -79,16 +79,25 @@ std::optional<std::map<std::string, Bytes>> DataSyncManager::savedDefaults(
 }
 
 // If there is no date of the last backup, all defaults are lost, and the launch work restores them.
+// A list that can be read but does not match its checksum is replaced only by one that does,
+// because the checksum itself may be damaged.
 void DataSyncManager::repairVideoList() {
     const auto stored = services_.defaults.data(layout::videosDataKey);
-    if (stored ? isVideoList(*stored) : !services_.defaults.date(layout::lastSyncDateKey))
+    const auto check = services_.defaults.text(layout::videosCheckKey);
+    const bool canBeRead = stored && isVideoList(*stored);
+    if (canBeRead ? matchesCheck(check, *stored)
+                  : !stored && !services_.defaults.date(layout::lastSyncDateKey))
         return;
+    const auto saved = savedVideoList();
+    if (canBeRead && saved == stored)
+        return storeVideoList(services_.defaults, *stored);
+    if (canBeRead && (!saved || !matchesCheck(check, *saved)))
+        return notify(SafetyNotice::videoListDoubtful);
     if (stored)
         setAside(services_.defaults, services_.log, layout::videosDataKey, *stored);
-    const auto saved = savedVideoList();
     if (saved) {
         storeVideoList(services_.defaults, *saved);
-        log("⚠️ DataSync: The list of videos could not be read, the backup's is used");
+        log("⚠️ DataSync: The list of videos was damaged, the backup's is used");
         notify(SafetyNotice::videoListRepaired);
     } else if (stored) {
         services_.defaults.setBoolean(layout::unreadableKey(layout::videosDataKey), true);

@@ -54,7 +54,8 @@ void DataSyncManager::makeBackupFolders() const {
 
 void DataSyncManager::prepare() {
     finishInterrupted();
-    secondCopy_.repairDefaults();
+    if (secondCopy_.repairDefaults())
+        notify(SafetyNotice::videoListRepaired);
     repairVideoList();
     recoverIndex();
 }

@@ -48,7 +48,8 @@ struct DataSyncServices {
 
 // A problem with the user's data and its solution.
 enum class SafetyNotice {
-    videoListRepaired,    // the list was damaged; the backup's is used
+    videoListRepaired,    // the list was damaged; a copy is used
+    videoListDoubtful,    // the list does not match its checksum, and no copy does
     videoListUnreadable,  // the list was damaged, and there is no copy
     restored,             // the data was restored from the backup at launch
     timelineFromBackup,   // a timeline could not be read; the backup's is used

@@ -72,15 +72,15 @@ void SecondCopy::write() {
         log_.line("❌ DataSync: Error writing the second copy - " + written.error().text);
 }
 
-void SecondCopy::repairDefaults() {
+bool SecondCopy::repairDefaults() {
     const auto content = readFile(file_);
     if (!content)
-        return;
+        return false;
     const auto values = propertyLists_.decode(*content);
-    const auto check = values ? values->find(checkKey) : Values::const_iterator();
-    if (!values || check == values->end() || asText(check->second) != checkOfAll(*values)) {
+    const auto total = values ? values->find(checkKey) : Values::const_iterator();
+    if (!values || total == values->end() || asText(total->second) != checkOfAll(*values)) {
         log_.line("⚠️ DataSync: The second copy is damaged and is not used");
-        return;
+        return false;
     }
     const auto date = values->find(layout::lastSyncDateKey);
     if (date != values->end() && !defaults_.date(layout::lastSyncDateKey)) {
@@ -91,16 +91,22 @@ void SecondCopy::repairDefaults() {
     }
     const auto list = values->find(layout::videosDataKey);
     if (list == values->end())
-        return;
+        return false;
     const auto stored = defaults_.data(layout::videosDataKey);
-    const auto expected = defaults_.text(layout::videosCheckKey);
-    if (stored &&
-        (!expected || *expected == checkOf(*stored) || *expected != checkOf(list->second)))
-        return;
+    const auto check = defaults_.text(layout::videosCheckKey);
+    if (stored && matchesCheck(check, *stored))
+        return false;
+    if (stored == list->second) {  // the check is damaged
+        storeVideoList(defaults_, *stored);
+        return false;
+    }
+    if (stored && !matchesCheck(check, list->second))
+        return false;
     if (stored)
         setAside(defaults_, log_, layout::videosDataKey, *stored);
     storeVideoList(defaults_, list->second);
     log_.line("⚠️ DataSync: The list of videos was lost or damaged, its copy is used");
+    return true;
 }
 
 }  // namespace tembrix

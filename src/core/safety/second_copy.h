@@ -21,8 +21,8 @@ class SecondCopy {
     // Writes the current values of the defaults.
     void write();
     // Restores values that are missing in the defaults or do not match their checksum. A damaged
-    // value is set aside.
-    void repairDefaults();
+    // value is set aside. Returns whether the list of videos was replaced.
+    bool repairDefaults();
 
   private:
     const std::filesystem::path file_;

@@ -9,7 +9,7 @@ namespace tembrix::layout {
 
 // Keys of the user defaults.
 inline constexpr const char* videosDataKey = "videosData";
-inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksum of the list of videos
+inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksums of the list of videos
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "base/bytes.h"
@@ -21,10 +22,23 @@ inline std::string checkOf(BytesView value) {
     return std::to_string(hash);
 }
 
-// Stores the encoded list of videos and its checksum. The checksum is written first: if the process
-// is killed in between, the older list does not match it, but is as good as its second copy.
+// Whether a list matches the stored checksums. If none are stored, any list does.
+inline bool matchesCheck(const std::optional<std::string>& check, BytesView list) {
+    if (!check)
+        return true;
+    const std::string of = checkOf(list);
+    const auto end = check->find(' ');
+    return check->substr(0, end) == of ||
+           (end != std::string::npos && check->substr(end + 1) == of);
+}
+
+// Stores the encoded list of videos after its checksum, which is followed by the checksum of the
+// list that it replaces: if the process is killed in between, that list still matches.
 inline void storeVideoList(UserDefaults& defaults, BytesView list) {
-    defaults.setText(layout::videosCheckKey, checkOf(list));
+    const auto before = defaults.text(layout::videosCheckKey);
+    const std::string check = checkOf(list);
+    defaults.setText(layout::videosCheckKey,
+                     before ? check + " " + before->substr(0, before->find(' ')) : check);
     defaults.setData(layout::videosDataKey, list);
 }
 

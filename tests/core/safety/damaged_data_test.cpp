@@ -51,7 +51,53 @@ TEST_F(DamagedData, AFlippedByteInTheListOfVideosLosesNothing) {
         for (const auto& key : machine.defaults->keys(layout::damagedPrefix))
             kept = kept || machine.defaults->data(key) == damaged;
         EXPECT_TRUE(kept);
+        EXPECT_TRUE(notified(SafetyNotice::videoListRepaired));
     }
+}
+
+// Most of these lists can still be read, with a changed name or bookmark.
+TEST_F(DamagedData, AFlippedByteInTheListOfVideosIsFoundWithTheBackupAlone) {
+    program->scheduler.run();
+    const Bytes good = *machine.defaults->data(layout::videosDataKey);
+    for (int i = 0; i < 25; ++i) {
+        program.reset();
+        fs::remove(machine.secondCopy());
+        machine.defaults->setData(layout::videosDataKey, flipped(good));
+        restart();
+        expectAllThere();
+        EXPECT_EQ(machine.defaults->data(layout::videosDataKey), good);
+        EXPECT_TRUE(notified(SafetyNotice::videoListRepaired));
+    }
+}
+
+TEST_F(DamagedData, AGoodListOfVideosStaysWhateverItsCheckSays) {
+    const auto rename = [&](const std::string& name) {
+        program->library.renameVideo(program->library.files().front(), name);
+        program->scheduler.run();  // no time passes, so that there is no backup
+        return *machine.defaults->data(layout::videosDataKey);
+    };
+    const auto noticesOfNextStart = [&] {
+        restart();
+        EXPECT_EQ(program->library.videosData().front().customName, "Newer");
+        EXPECT_FALSE(machine.defaults->data(layout::damagedKey(layout::videosDataKey)));
+        return program->sync.notices();
+    };
+    const std::vector<SafetyNotice> none;
+    const Bytes newer = rename("Newer");
+    machine.defaults->setText(layout::videosCheckKey, "damaged");
+    EXPECT_EQ(noticesOfNextStart(), none);
+    machine.defaults->setText(layout::videosCheckKey, "damaged");
+    fs::remove(machine.secondCopy());
+    EXPECT_EQ(noticesOfNextStart(), std::vector{SafetyNotice::videoListDoubtful});
+    machine.defaults->remove(layout::videosCheckKey);
+    EXPECT_EQ(noticesOfNextStart(), none);
+
+    // The process was killed between writing the check of a list and the list.
+    rename("Newer");
+    rename("Newest");
+    fs::remove(machine.secondCopy());
+    machine.defaults->setData(layout::videosDataKey, newer);
+    EXPECT_EQ(noticesOfNextStart(), none);
 }
 
 TEST_F(DamagedData, AnUnreadableListOfVideosIsTakenFromTheBackupWhichStaysGood) {
