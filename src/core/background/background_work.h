@@ -15,7 +15,8 @@
 
 namespace tembrix {
 
-// Runs background work for one object, which has this as its last member. Main thread only.
+// Runs background work for one object, which has this as its last member. It is canceled and
+// destroyed on the main thread; work and callbacks may be started on any thread.
 //
 // Work is a function that uses only copies. It must not use its owner, unless the owner calls
 // cancelAndWait() in its destructor. It may accept a std::stop_token and end early when stop is
@@ -32,6 +33,10 @@ class BackgroundWork {
     template <class Work, class Done>
     void run(Priority priority, Work work, Done done) {
         scheduler_.background(priority, task(std::move(work), std::move(done)));
+    }
+    template <class Work>
+    void run(Priority priority, Work work) {
+        run(priority, std::move(work), [] {});
     }
     template <class Work, class Done>
     void run(SerialQueue& queue, Work work, Done done) {

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <mutex>
 #include <stop_token>
 #include <utility>
 
 namespace tembrix {
 
 // Lets callbacks and background work check whether the object that started them still needs them.
-// The object has this as its last member. Main thread only; tokens can be checked on any thread.
+// The object has this as its last member. It is canceled and destroyed on the main thread, where
+// the callbacks run; the rest may be called on any thread.
 class Lifetime {
   public:
     Lifetime() = default;
@@ -15,13 +17,22 @@ class Lifetime {
     ~Lifetime() { source_.request_stop(); }
 
     // Stop is requested when the lifetime ends or is canceled.
-    std::stop_token token() const { return source_.get_token(); }
+    std::stop_token token() const {
+        const std::lock_guard lock(mutex_);
+        return source_.get_token();
+    }
 
     // Cancels everything started so far. Callbacks created afterwards are not affected.
-    void cancel() { std::exchange(source_, {}).request_stop(); }
+    void cancel() {
+        std::stop_source ended;
+        {
+            const std::lock_guard lock(mutex_);
+            std::swap(ended, source_);
+        }
+        ended.request_stop();
+    }
 
-    // Wraps a callback so that it does nothing after cancellation. It must be called on the main
-    // thread.
+    // Wraps a callback so that it does nothing after cancellation.
     template <class Call>
     auto guard(Call call) const {
         return [token = token(), call = std::move(call)]<class... Args>(Args&&... args) mutable {
@@ -31,6 +42,7 @@ class Lifetime {
     }
 
   private:
+    mutable std::mutex mutex_;
     std::stop_source source_;
 };
 

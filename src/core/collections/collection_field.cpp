@@ -99,22 +99,20 @@ void CustomCollectionManager::removeField() {
     const auto name = pathFromText(playField_->imagePath).filename();
     const auto image = name.empty() || isPictureOfAnother(pathText(name)) ? std::filesystem::path{}
                                                                           : fieldFolder() / name;
-    services_.scheduler.background(
+    work_.run(
         Priority::userInitiated,
-        [this, image, &scheduler = services_.scheduler, alive = std::weak_ptr(alive_)] {
+        [image] {
             std::error_code ignored;
             if (!image.empty())
                 std::filesystem::remove(image, ignored);
-            scheduler.onMain([this, alive] {
-                if (alive.expired())
-                    return;
-                for (auto& tag : lists_.tags)
-                    if (tag.mapEnabled == true)
-                        tag.mapEnabled = false;
-                playField_.reset();
-                changed_.emit();
-                saveCollection();
-            });
+        },
+        [this] {
+            for (auto& tag : lists_.tags)
+                if (tag.mapEnabled == true)
+                    tag.mapEnabled = false;
+            playField_.reset();
+            changed_.emit();
+            saveCollection();
         });
 }
 

@@ -115,10 +115,10 @@ void CollectionsBookmarksManager::changed() {
     if (scheduler_.isMain())
         armTimer();
     else
-        scheduler_.onMain([this, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired() && pendingSave_)
+        scheduler_.onMain(lifetime_.guard([this] {
+            if (pendingSave_)
                 armTimer();
-        });
+        }));
 }
 
 void CollectionsBookmarksManager::armTimer() {

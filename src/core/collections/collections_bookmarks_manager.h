@@ -16,6 +16,7 @@
 #include "ports/keychain.h"
 #include "ports/scheduler.h"
 
+#include "core/background/lifetime.h"
 #include "core/notifications/event_bus.h"
 #include "core/records/annotation_records.h"
 #include "core/storage/collection_index_storage.h"
@@ -82,7 +83,7 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     std::shared_ptr<CollectionIndexList> index_;  // shared with background writes
     std::atomic<bool> pendingSave_ = false;
     std::unique_ptr<Timer> saveTimer_;  // main thread only
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    Lifetime lifetime_;
 };
 
 }  // namespace tembrix

@@ -48,7 +48,8 @@ std::vector<std::string> ownMembers(const std::vector<Group>& groups, const std:
 CustomCollectionManager::CustomCollectionManager(CollectionServices& services)
     : services_(services),
       collectionName_(services.texts.text("myCollection")),
-      collectionID_(freshId()) {}
+      collectionID_(freshId()),
+      work_(services.scheduler) {}
 
 CustomCollectionManager::CustomCollectionManager(CollectionServices& services,
                                                  const CollectionBookmark& existing)
@@ -56,7 +57,8 @@ CustomCollectionManager::CustomCollectionManager(CollectionServices& services,
       collectionName_(existing.name),
       collectionID_(existing.id),
       originalName_(existing.name),
-      isEditingExisting_(true) {
+      isEditingExisting_(true),
+      work_(services.scheduler) {
     loadCollection(existing.name);
 }
 

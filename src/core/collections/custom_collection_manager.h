@@ -14,6 +14,7 @@
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 
+#include "core/background/background_work.h"
 #include "core/collections/collections_bookmarks_manager.h"
 #include "core/notifications/event_bus.h"
 #include "core/records/annotation_records.h"
@@ -122,7 +123,7 @@ class CustomCollectionManager {
     bool isEditingExisting_ = false;
     std::vector<ChangedTag> changedTags_;
     Signal<> changed_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

@@ -1,24 +1,18 @@
 #include "core/collections/tag_library_manager.h"
 
 #include <algorithm>
-#include <atomic>
 #include <mutex>
-#include <shared_mutex>
 #include <utility>
 
 #include "core/storage/data_layout.h"
 
 namespace tembrix {
 
-namespace {}  // namespace
-
 struct TagLibraryManager::Shared {
     std::mutex cacheLock;
     std::map<std::string, CollectionLists> cache;  // by display name
     std::size_t drops = 0;                         // number of entries dropped so far
     std::vector<std::string> deleted;              // ids, in the order of their deletion
-    std::shared_mutex running;  // locked by each load; the destructor waits for it
-    std::atomic<bool> stopped = false;
 
     std::optional<CollectionLists> cached(const std::string& name) {
         const std::lock_guard lock(cacheLock);
@@ -67,7 +61,8 @@ TagLibraryManager::TagLibraryManager(CollectionServices& services,
       resources_(resources),
       locale_(locale),
       shared_(std::make_shared<Shared>()),
-      collectionLoadingQueue_(services.scheduler.serialQueue("com.tembrix.collectionLoading")) {}
+      collectionLoadingQueue_(services.scheduler.serialQueue("com.tembrix.collectionLoading")),
+      work_(services.scheduler) {}
 
 void TagLibraryManager::start() {
     auto localization = locale_.preferredLocalization();
@@ -84,8 +79,7 @@ void TagLibraryManager::start() {
 }
 
 TagLibraryManager::~TagLibraryManager() {
-    shared_->stopped = true;
-    const std::lock_guard wait(shared_->running);
+    work_.cancelAndWait();
 }
 
 void TagLibraryManager::setHotkeyRegistry(HotkeyRegistry* registry) {
@@ -154,21 +148,11 @@ void TagLibraryManager::selectUserCollection(const std::string& name) {
         switchToUserCollection(name, *lists);
         return;
     }
-    services_.scheduler.background(
-        Priority::userInitiated, [this, name, choice = switches_, shared = shared_,
-                                  &services = services_, alive = std::weak_ptr(alive_)] {
-            const std::shared_lock running(shared->running);
-            if (shared->stopped)
-                return;
-            const auto before = shared->beforeReading();
-            CustomCollectionManager collection(services);
-            if (!collection.loadCollection(name))
-                return;
-            shared->store(name, collection.lists(), before);
-            services.scheduler.onMain([this, name, choice, alive, lists = collection.lists()] {
-                if (!alive.expired() && choice == switches_)
-                    switchToUserCollection(name, lists);
-            });
+    work_.run(
+        Priority::userInitiated, [this, name] { return collectionData(name); },
+        [this, name, choice = switches_](const std::optional<CollectionLists>& lists) {
+            if (lists && choice == switches_)
+                switchToUserCollection(name, *lists);
         });
 }
 
@@ -215,69 +199,64 @@ std::optional<CollectionLists> TagLibraryManager::collectionData(const std::stri
     return collection.lists();
 }
 
-void TagLibraryManager::loadAllCollections() {
-    collectionLoadingQueue_->async([this, shared = shared_, &services = services_,
-                                    standard = *standardCollections, saves = activeSaves_,
-                                    alive = std::weak_ptr(alive_)] {
-        const std::shared_lock running(shared->running);
-        if (shared->stopped)
-            return;
-        const std::string subject = "TagLibraryManager: ";
-        const auto deletions = shared->deletions();
-        const auto infos = services.index.collections();
-        services.log.line("📚 " + subject + "Loading " + std::to_string(infos.size()) +
-                          " user collections");
-        CollectionLists all;
-        RecordPlaces places;
-        for (const auto& info : infos) {
-            if (shared->stopped)
-                return;
-            services.log.line("📚 " + subject + "Loading collection '" + info.name +
-                              "' (id: " + info.id + ")");
-            const auto before = shared->beforeReading();
-            const auto data = services.storage.loadCollection(info.id);
-            if (shared->wasDeletedSince(deletions, info.id)) {
-                // Its folder still exists, and loading it has stored a working copy again.
-                services.scheduler.onMain([alive, &services, id = info.id] {
-                    if (!alive.expired())
-                        services.storage.deleteCollection(id);
-                });
-                continue;
-            }
-            if (!data) {
-                services.log.line("❌ " + subject + "Failed to load collection '" + info.name + "'");
-                continue;
-            }
-            services.log.line("✅ " + subject + "Successfully loaded collection '" + info.name +
-                              "' - tags: " + std::to_string(data->tags.size()) +
-                              ", tagGroups: " + std::to_string(data->tagGroups.size()));
-            const auto lists = data->lists();
-            shared->store(info.name, lists, before);
-            addCollection(all, places, lists);
+TagLibraryManager::Merged TagLibraryManager::readAll(
+    const std::vector<StandardCollection>& standard, const std::stop_token& stop) {
+    const std::string subject = "TagLibraryManager: ";
+    const auto deletions = shared_->deletions();
+    const auto infos = services_.index.collections();
+    services_.log.line("📚 " + subject + "Loading " + std::to_string(infos.size()) +
+                       " user collections");
+    Merged all;
+    for (const auto& info : infos) {
+        if (stop.stop_requested())
+            return all;
+        services_.log.line("📚 " + subject + "Loading collection '" + info.name +
+                           "' (id: " + info.id + ")");
+        const auto before = shared_->beforeReading();
+        const auto data = services_.storage.loadCollection(info.id);
+        if (shared_->wasDeletedSince(deletions, info.id)) {
+            // Its folder still exists, and loading it has stored a working copy again.
+            work_.onMain([this, id = info.id] { services_.storage.deleteCollection(id); });
+            continue;
         }
-        for (const auto& collection : standard)
-            addCollection(all, places, collection.lists);
-        services.scheduler.onMain(
-            [this, alive, saves, all = std::move(all), places = std::move(places)]() mutable {
-                if (alive.expired())
-                    return;
-                if (saves != activeSaves_)  // the load may have read the old lists
-                    putCollection(all, places, *active);
-                places_ = std::move(places);
-                merged.set(std::move(all));
-                if (std::exchange(changedWhileReloading_, false)) {
-                    loadAllCollections();
-                    return;
-                }
-                isReloadingCollections_ = false;
-                services_.log.line(
-                    "✅ TagLibraryManager: Finished loading all collections - total "
-                    "tags: " +
-                    std::to_string(merged->tags.size()) +
-                    ", tagGroups: " + std::to_string(merged->tagGroups.size()));
-                services_.events.post(events::CollectionsLoadingFinished{});
-            });
-    });
+        if (!data) {
+            services_.log.line("❌ " + subject + "Failed to load collection '" + info.name + "'");
+            continue;
+        }
+        services_.log.line("✅ " + subject + "Successfully loaded collection '" + info.name +
+                           "' - tags: " + std::to_string(data->tags.size()) +
+                           ", tagGroups: " + std::to_string(data->tagGroups.size()));
+        const auto lists = data->lists();
+        shared_->store(info.name, lists, before);
+        addCollection(all.lists, all.places, lists);
+    }
+    for (const auto& collection : standard)
+        addCollection(all.lists, all.places, collection.lists);
+    return all;
+}
+
+void TagLibraryManager::loadAllCollections() {
+    work_.run(
+        *collectionLoadingQueue_,
+        [this, standard = *standardCollections](const std::stop_token& stop) {
+            return readAll(standard, stop);
+        },
+        [this, saves = activeSaves_](Merged all) {
+            if (saves != activeSaves_)  // the load may have read the old lists
+                putCollection(all.lists, all.places, *active);
+            places_ = std::move(all.places);
+            merged.set(std::move(all.lists));
+            if (std::exchange(changedWhileReloading_, false)) {
+                loadAllCollections();
+                return;
+            }
+            isReloadingCollections_ = false;
+            services_.log.line(
+                "✅ TagLibraryManager: Finished loading all collections - total tags: " +
+                std::to_string(merged->tags.size()) +
+                ", tagGroups: " + std::to_string(merged->tagGroups.size()));
+            services_.events.post(events::CollectionsLoadingFinished{});
+        });
 }
 
 void TagLibraryManager::handleTagUpdated(const events::TagUpdated& event) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 
+#include "core/background/background_work.h"
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/merged_lists.h"
 #include "core/collections/standard_collections.h"
@@ -66,6 +68,10 @@ class TagLibraryManager {
     std::vector<Label> labelsForTag(const Tag& tag) const;
 
   private:
+    struct Merged {
+        CollectionLists lists;
+        RecordPlaces places;
+    };
     struct Shared;  // data shared by the background load and collectionData()
 
     void handleTagUpdated(const events::TagUpdated& event);
@@ -79,6 +85,7 @@ class TagLibraryManager {
     void followIndex();
     void refreshMerged();
     void loadAllCollections();
+    Merged readAll(const std::vector<StandardCollection>& standard, const std::stop_token& stop);
 
     CollectionServices& services_;
     const std::filesystem::path resources_;
@@ -94,7 +101,7 @@ class TagLibraryManager {
     int switches_ = 0;     // choices so far; data read for an earlier choice is not activated
     Subscription tagUpdated_;
     Subscription collectionDataChanged_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

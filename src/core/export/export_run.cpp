@@ -70,8 +70,7 @@ ExportRun::~ExportRun() {
     stop_.request_stop();
     // The files may be large. The main thread does not wait until they are removed.
     if (folder_)
-        services_.scheduler.background(Priority::utility,
-                                       [folder = std::move(folder_)]() mutable { folder.reset(); });
+        work_.release(std::move(folder_));
 }
 
 void ExportRun::exportCuts(ExportSnapshot snapshot) {

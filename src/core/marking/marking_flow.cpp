@@ -35,7 +35,8 @@ MarkingFlow::MarkingFlow(TimelineDataManager& timeline, TagLibraryManager& tagLi
       playhead_(playhead),
       fieldMap_(fieldMap),
       scheduler_(scheduler),
-      events_(events) {}
+      events_(events),
+      work_(scheduler) {}
 
 MarkingFlow::~MarkingFlow() = default;
 
@@ -148,10 +149,7 @@ void MarkingFlow::press(const Tag& tag, bool fromMouse) {
     selectedTag.set(tag);
     showLabelSheet.set(false);
     if (fromMouse)
-        scheduler_.onMain([this, id, tag, times, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired())
-                closeInterval(id, tag, times);
-        });
+        work_.onMain([this, id, tag, times] { closeInterval(id, tag, times); });
     else
         closeInterval(id, tag, times);
 }
@@ -266,20 +264,17 @@ void MarkingFlow::processTag(const Tag& tag, const std::vector<std::string>& lab
 
 void MarkingFlow::loadPlayField(const std::string& name,
                                 std::function<void(std::optional<PlayField>)> done) {
-    // The services outlive the panel. The panel itself is used on the main thread only.
-    scheduler_.background(
+    // The services outlive the panel.
+    work_.run(
         Priority::userInitiated,
-        [&collections = collections_, name, done = std::move(done), alive = std::weak_ptr(alive_)] {
-            std::optional<PlayField> field;
+        [&collections = collections_, name]() -> std::optional<PlayField> {
             CustomCollectionManager collection(collections);
             if (collection.loadCollection(name) && collection.playField() &&
                 collection.playField()->imageBookmark)
-                field = collection.playField();
-            collections.scheduler.onMain([done, field, alive] {
-                if (!alive.expired())
-                    done(field);
-            });
-        });
+                return collection.playField();
+            return std::nullopt;
+        },
+        std::move(done));
 }
 
 void MarkingFlow::askForPlace(const Tag& tag, const std::vector<std::string>& labels,
@@ -289,13 +284,11 @@ void MarkingFlow::askForPlace(const Tag& tag, const std::vector<std::string>& la
         return;
     }
     const Bytes bookmark = *cachedPlayField_->second.imageBookmark;
-    fieldMap_.openFieldMapSelection(
-        tag, bookmark, [this, tag, labels, times, alive = std::weak_ptr(alive_)](Point point) {
-            if (alive.expired())
-                return;
-            createStamp(tag, labels, times, point);
-            resumeSoon();
-        });
+    fieldMap_.openFieldMapSelection(tag, bookmark,
+                                    work_.guard([this, tag, labels, times](Point point) {
+                                        createStamp(tag, labels, times, point);
+                                        resumeSoon();
+                                    }));
 }
 
 void MarkingFlow::createStamp(const Tag& tag, const std::vector<std::string>& labels,
@@ -320,10 +313,7 @@ void MarkingFlow::createStamp(const Tag& tag, const std::vector<std::string>& la
     stamp.timeFinishSeconds = times->finish;
     addStamp(tag, std::move(stamp));
 
-    scheduler_.onMain([this, alive = std::weak_ptr(alive_)] {
-        if (!alive.expired())
-            refreshTagCounts();
-    });
+    work_.onMain([this] { refreshTagCounts(); });
     if (!tag.mapEnabled.value_or(false))
         resumeSoon();
 }

@@ -14,6 +14,7 @@
 
 #include "ports/scheduler.h"
 
+#include "core/background/background_work.h"
 #include "core/collections/custom_collection_manager.h"
 #include "core/collections/tag_library_manager.h"
 #include "core/marking/field_map_question.h"
@@ -127,7 +128,7 @@ class MarkingFlow {
     std::unique_ptr<Timer> resumeTimer_;
     std::unique_ptr<Timer> hideSheetTimer_;
     std::vector<Subscription> subscriptions_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

@@ -27,11 +27,16 @@ DataSyncManager::DataSyncManager(DataSyncServices services)
       replaced_(services_.storage.dataFolder() / layout::replacedFolder, services_.scheduler),
       secondCopy_(
           services_.directories.applicationSupport / layout::programFolder / layout::secondCopyFile,
-          services_.defaults, services_.propertyLists, services_.log) {
+          services_.defaults, services_.propertyLists, services_.log),
+      work_(services_.scheduler) {
     makeBackupFolders();
 }
 
-DataSyncManager::~DataSyncManager() = default;
+DataSyncManager::~DataSyncManager() {
+    // A restore waits for the main thread. None is running any more, because the program drains the
+    // scheduler before it destroys its services.
+    work_.cancelAndWait();
+}
 
 fs::path DataSyncManager::backupRoot() const {
     return services_.directories.applicationSupport / layout::backupFolder;
@@ -63,16 +68,11 @@ void DataSyncManager::prepare() {
 void DataSyncManager::syncOnLaunch(std::function<void()> ended) {
     log("🔄 DataSync: Starting synchronization on app launch");
     // Checked now, because the library stores a list when it is loaded, even an empty one.
-    services_.scheduler.background(
-        Priority::utility, [this, hadData = hasData(), ended = std::move(ended),
-                            &scheduler = services_.scheduler, weak = std::weak_ptr(alive_)] {
-            if (const auto alive = weak.lock())
-                runLaunchWork(hadData);
+    work_.run(
+        Priority::utility, [this, hadData = hasData()] { runLaunchWork(hadData); },
+        [ended = std::move(ended)] {
             if (ended)
-                scheduler.onMain([ended, weak] {
-                    if (!weak.expired())
-                        ended();
-                });
+                ended();
         });
 }
 
@@ -105,8 +105,8 @@ void DataSyncManager::runLaunchWork(bool hadData) {
 }
 
 void DataSyncManager::notify(SafetyNotice notice) {
-    services_.scheduler.onMain([this, notice, weak = std::weak_ptr(alive_)] {
-        if (weak.expired() || std::find(notices_.begin(), notices_.end(), notice) != notices_.end())
+    work_.onMain([this, notice] {
+        if (std::find(notices_.begin(), notices_.end(), notice) != notices_.end())
             return;
         notices_.push_back(notice);
         noticesChanged_.emit();
@@ -134,10 +134,7 @@ void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
 }
 
 void DataSyncManager::keepSecondCopy() {
-    services_.scheduler.background(Priority::utility, [this, weak = std::weak_ptr(alive_)] {
-        if (const auto alive = weak.lock())
-            secondCopy_.write();
-    });
+    work_.run(Priority::utility, [this] { secondCopy_.write(); });
 }
 
 bool DataSyncManager::hasData() const {
@@ -169,16 +166,11 @@ std::optional<double> DataSyncManager::backupMoment() const {
 
 void DataSyncManager::scheduleBackup() {
     pendingBackup_ = true;
-    services_.scheduler.onMain([this, weak = std::weak_ptr(alive_)] {
-        if (weak.expired())
-            return;
-        backupTimer_ = services_.scheduler.after(backupDelay, [this, weak] {
+    work_.onMain([this] {
+        backupTimer_ = services_.scheduler.after(backupDelay, [this] {
             // The timer runs on the main thread. The files are copied in the background, so that no
             // window has to wait.
-            services_.scheduler.background(Priority::utility, [this, weak] {
-                if (const auto alive = weak.lock())
-                    performBackup();
-            });
+            work_.run(Priority::utility, [this] { performBackup(); });
         });
     });
 }

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -20,6 +19,7 @@
 #include "ports/scheduler.h"
 #include "ports/user_defaults.h"
 
+#include "core/background/background_work.h"
 #include "core/collections/collections_bookmarks_manager.h"
 #include "core/records/annotation_records.h"
 #include "core/records/orphaned_timeline.h"
@@ -159,7 +159,7 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     std::mutex records_;    // held from reading a timeline until its record is written
     std::atomic<bool> pendingBackup_ = false;
     std::unique_ptr<Timer> backupTimer_;  // main thread only
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

@@ -16,10 +16,7 @@ void StartUp::run() {
     stage_ = Stage::repairing;
     dataSync_.prepare();
     stage_ = Stage::synchronizing;
-    dataSync_.syncOnLaunch([this, alive = std::weak_ptr(alive_)] {
-        if (!alive.expired())
-            becomeReady();
-    });
+    dataSync_.syncOnLaunch(lifetime_.guard([this] { becomeReady(); }));
     library_.start();
 }
 

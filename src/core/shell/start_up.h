@@ -1,8 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <vector>
+
+#include "core/background/lifetime.h"
 
 namespace tembrix {
 
@@ -39,7 +40,7 @@ class StartUp {
     TagLibraryManager& tagLibrary_;
     Stage stage_ = Stage::waiting;
     std::vector<std::function<void()>> waiting_;
-    std::shared_ptr<int> alive_ = std::make_shared<int>();
+    Lifetime lifetime_;
 };
 
 }  // namespace tembrix

@@ -41,12 +41,6 @@ bool fileHolds(const std::filesystem::path& file, BytesView content) {
 
 }  // namespace
 
-// Allows one flush at a time, and none after the storage was destroyed.
-struct InMemoryStorageManager::Gate {
-    std::mutex mutex;
-    bool open = true;
-};
-
 InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler& scheduler,
                                                Directories directories, Log& log)
     : defaults_(defaults),
@@ -55,7 +49,8 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       log_(log),
       written_(dataFolder() / layout::writtenValuesFile),
       encoder_(std::make_shared<TimelineEncoder>()),
-      gate_(std::make_shared<Gate>()) {
+      writing_(scheduler),
+      preparing_(scheduler) {
     // If the database cannot be read now, values stored in this run must count as newer than its
     // values.
     defaults_.continueNumbers(written_.storedIdentity(), written_.lastNumber());
@@ -64,12 +59,11 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
 }
 
 InMemoryStorageManager::~InMemoryStorageManager() {
-    const std::lock_guard lock(gate_->mutex);
-    gate_->open = false;
+    writing_.cancelAndWait();
 }
 
 void InMemoryStorageManager::setCollectionIndex(CollectionIndexStorage* index) {
-    const std::lock_guard lock(gate_->mutex);
+    const std::lock_guard lock(flush_);
     index_ = index;
 }
 
@@ -78,7 +72,7 @@ void InMemoryStorageManager::setSavedCopies(SavedCopies* copies) {
 }
 
 void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
-    ++encodings_;
+    preparing_.cancel();
     if (const auto encoded = encoder_->encode(lines); !encoded) {
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
         return;
@@ -90,24 +84,24 @@ void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std:
     }
     // Released in the background. No other thread uses these lines any more.
     if (auto released = encoder_->takeReleased(); !released.empty())
-        scheduler_.background(Priority::utility, [released = std::move(released)] {});
+        preparing_.release(std::move(released));
     scheduleSaveToDisk();
 }
 
 void InMemoryStorageManager::prepareToSave(TimelineLines lines) {
     // The lines are released on the main thread only, because their owner checks there whether they
     // are shared.
-    scheduler_.background(
+    const auto opened = std::make_shared<TimelineLines>(std::move(lines));
+    preparing_.cancel();
+    preparing_.run(
         Priority::userInitiated,
-        [this, &scheduler = scheduler_, number = ++encodings_, weak = std::weak_ptr(gate_),
-         encoder = std::make_shared<TimelineEncoder>(),
-         opened = std::make_shared<TimelineLines>(std::move(lines))]() mutable {
+        [opened] {
+            auto encoder = std::make_shared<TimelineEncoder>();
             (void)encoder->encode(*opened);
-            scheduler.onMain([this, number, weak, encoder = std::move(encoder),
-                              opened = std::move(opened)]() mutable {
-                if (!weak.expired() && number == encodings_)
-                    encoder_ = std::move(encoder);
-            });
+            return encoder;
+        },
+        [this, opened](std::shared_ptr<TimelineEncoder> encoder) {
+            encoder_ = std::move(encoder);
         });
 }
 
@@ -246,20 +240,16 @@ void InMemoryStorageManager::flush() {
     if (!pendingSave_)
         return;
     pendingSave_ = false;
-    scheduler_.background(Priority::utility, [this, gate = gate_] {
-        const std::lock_guard lock(gate->mutex);
-        if (gate->open)
-            writeAll();
-    });
+    writing_.run(Priority::utility, [this] { flushNow(); });
 }
 
 void InMemoryStorageManager::flushNow() {
-    const std::lock_guard lock(gate_->mutex);
+    const std::lock_guard lock(flush_);
     writeAll();
 }
 
 std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
-    return std::unique_lock(gate_->mutex);
+    return std::unique_lock(flush_);
 }
 
 void InMemoryStorageManager::forgetWritten() {

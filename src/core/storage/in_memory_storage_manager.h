@@ -17,6 +17,7 @@
 #include "ports/scheduler.h"
 #include "ports/user_defaults.h"
 
+#include "core/background/background_work.h"
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/collection_index_storage.h"
@@ -84,8 +85,6 @@ class InMemoryStorageManager {
     std::filesystem::path screenshotsFolder(const std::string& videoId) const;
 
   private:
-    struct Gate;
-
     // Returns false if the working copy has changed since `before` was read.
     bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
                          BytesView value);
@@ -109,16 +108,17 @@ class InMemoryStorageManager {
     Scheduler& scheduler_;
     Directories directories_;
     Log& log_;
-    CollectionIndexStorage* index_ = nullptr;  // guarded by the gate
-    WrittenValues written_;                    // guarded by the gate
+    CollectionIndexStorage* index_ = nullptr;  // guarded by flush_
+    WrittenValues written_;                    // guarded by flush_
     std::shared_ptr<TimelineEncoder> encoder_;
-    int encodings_ = 0;  // number of encodings started; the encoder of the last one is kept
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
     mutable std::mutex workingCopies_;  // held while a working copy is replaced
     std::set<std::string> unreadable_;  // ids of timelines; guarded by the same mutex
     SavedCopies* savedCopies_ = nullptr;
-    std::shared_ptr<Gate> gate_;
+    std::mutex flush_;          // allows one flush at a time
+    BackgroundWork writing_;    // flushes
+    BackgroundWork preparing_;  // the encoder of the timeline that was opened
 };
 
 }  // namespace tembrix

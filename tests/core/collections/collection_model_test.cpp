@@ -6,9 +6,9 @@ namespace {
 
 struct Model : CollectionsFixture {
     CustomCollectionManager reload(const std::string& name) {
-        CustomCollectionManager collection(*services);
-        EXPECT_TRUE(collection.loadCollection(name));
-        return collection;
+        CollectionBookmark saved;
+        saved.name = name;
+        return {*services, saved};
     }
     static TagFormData form(const std::string& name, std::optional<std::string> hotkey = {}) {
         TagFormData data;

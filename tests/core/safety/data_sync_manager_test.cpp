@@ -1,6 +1,8 @@
 #include "core/safety/data_sync_manager.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <memory>
 
 #include "base/files.h"
 
@@ -154,6 +156,44 @@ TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFolders
     EXPECT_TRUE(project.defaults.data(layout::timelineKey(id)));  // not touched
     sync.backUpNow();
     EXPECT_TRUE(fs::exists(sync.backupTimelinesFolder()));
+}
+
+// Counts the files that are encoded.
+struct CountingPropertyList final : PropertyList {
+    FakePropertyList list;
+    mutable std::atomic<int> encoded = 0;
+    Result<Bytes> encode(const std::map<std::string, Bytes>& values) const override {
+        ++encoded;
+        return list.encode(values);
+    }
+    Result<std::map<std::string, Bytes>> decode(BytesView file) const override {
+        return list.decode(file);
+    }
+};
+
+TEST(DataSyncEnd, WorkThatHasBegunEndsBeforeTheManagerAndNoOtherBegins) {
+    int endedByWaiting = 0;
+    for (unsigned seed = 0; seed < 8; ++seed) {
+        SCOPED_TRACE(seed);
+        CountingPropertyList propertyLists;
+        CoreProject project;
+        auto sync = std::make_unique<DataSyncManager>(DataSyncServices{
+            project.defaults, project.storage, project.index, project.bookmarks, propertyLists,
+            project.scheduler, project.folder.directories(), project.log});
+        project.scheduler.interleave(seed);
+        for (int i = 0; i < 3; ++i)
+            sync->keepSecondCopy();
+        for (unsigned steps = 0; steps < 3 + seed; ++steps)
+            project.scheduler.step();
+        const int before = propertyLists.encoded;
+        sync.reset();
+        const int atItsEnd = propertyLists.encoded;
+        endedByWaiting += atItsEnd - before;
+        project.scheduler.run();
+        project.scheduler.runWhole();
+        EXPECT_EQ(propertyLists.encoded, atItsEnd);
+    }
+    EXPECT_GT(endedByWaiting, 0);
 }
 
 }  // namespace
