@@ -14,11 +14,40 @@
 #include <mutex>
 #include <utility>
 
+#ifdef __SANITIZE_THREAD__
+#include <sanitizer/tsan_interface.h>
+#endif
+
 namespace tembrix {
 
 namespace {
 constexpr double patience = 2.0;  // seconds for which the destructor waits for running work
+
+// Qt's pools and event loop hand a task from one thread to another under a lock that the thread
+// sanitizer does not see, because Qt is not built for it. These two name the lock to it.
+#ifdef __SANITIZE_THREAD__
+char handoverLock;
+void beforeHandover() {
+    __tsan_release(&handoverLock);
 }
+void afterHandover() {
+    __tsan_acquire(&handoverLock);
+}
+#else
+void beforeHandover() {}
+void afterHandover() {}
+#endif
+
+// For a task that is about to be given to Qt.
+Scheduler::Task handedOver(Scheduler::Task task) {
+    beforeHandover();
+    return [task = std::move(task)] {
+        afterHandover();
+        task();
+        beforeHandover();
+    };
+}
+}  // namespace
 
 struct QtScheduler::Pools {
     QThreadPool userInitiated;
@@ -36,8 +65,10 @@ struct QtScheduler::Pools {
         serial.setMaxThreadCount(64);
     }
     bool waitForDone(int milliseconds) {
-        return userInitiated.waitForDone(milliseconds) && utility.waitForDone(0) &&
-               serial.waitForDone(0);
+        const bool done = userInitiated.waitForDone(milliseconds) && utility.waitForDone(0) &&
+                          serial.waitForDone(0);
+        afterHandover();
+        return done;
     }
     void close() {
         closed = true;
@@ -60,7 +91,8 @@ class QtScheduler::Queue final : public SerialQueue {
         const std::lock_guard lock(state_->mutex);
         state_->tasks.push_back(std::move(task));
         if (!std::exchange(state_->running, true))
-            pools->serial.start([state = state_, pools = pools_] { work(*state, pools); });
+            pools->serial.start(
+                handedOver([state = state_, pools = pools_] { work(*state, pools); }));
     }
 
   private:
@@ -155,7 +187,7 @@ bool QtScheduler::isMain() const {
 
 void QtScheduler::onMain(Task task) {
     ++handedOver_;
-    QMetaObject::invokeMethod(&main_, std::move(task), Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&main_, handedOver(std::move(task)), Qt::QueuedConnection);
 }
 
 void QtScheduler::onMainAndWait(Task task) {
@@ -180,7 +212,7 @@ void QtScheduler::background(Priority priority, Task task) {
     if (pools_->closed)
         return;
     auto& pool = priority == Priority::utility ? pools_->utility : pools_->userInitiated;
-    pool.start(std::move(task));
+    pool.start(handedOver(std::move(task)));
 }
 
 std::shared_ptr<SerialQueue> QtScheduler::serialQueue(const std::string&) {
