@@ -40,12 +40,13 @@ void afterHandover() {}
 
 // For a task that is about to be given to Qt.
 Scheduler::Task handedOver(Scheduler::Task task) {
-    beforeHandover();
-    return [task = std::move(task)] {
+    Scheduler::Task whole = [task = std::move(task)] {
         afterHandover();
         task();
         beforeHandover();
     };
+    beforeHandover();
+    return whole;
 }
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "core/shell/start_up.h"
 
+#include <atomic>
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -159,7 +160,7 @@ TEST(Interleaving, LetsTheOwnerOfALockGoOn) {
     VirtualScheduler scheduler;
     MemoryUserDefaults defaults;
     std::mutex mutex;
-    int entered = 0;
+    std::atomic<int> entered = 0;
     scheduler.interleave(3);
     const auto enter = [&] {
         const std::lock_guard lock(mutex);
