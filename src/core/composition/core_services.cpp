@@ -1,5 +1,7 @@
 #include "core/composition/core_services.h"
 
+#include <string>
+
 #include "ports/scheduler.h"
 
 #include "core/export/run_folder.h"
@@ -27,6 +29,10 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
     storage.setSavedCopies(&dataSync);
     library.setDeletedTimelineKeeper(&dataSync);
     library.setListStored([this] { dataSync.keepSecondCopy(); });
+    dataSync.setReplacingTimeline([this](const std::string& videoId) {
+        if (windows.project() && windows.project()->videoId() == videoId)
+            windows.closeAll();
+    });
     dataSync.setRestored([this] {
         library.reloadFiles();
         events.post(events::CollectionDataChanged{});

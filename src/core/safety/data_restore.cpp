@@ -245,18 +245,28 @@ void DataSyncManager::bringBack(const std::string& replacedState) {
 }
 
 // The document has already been replaced. The working copy, which has priority over it, is moved to
-// the kept state.
+// the kept state, including whatever was marked until the turn in which it is replaced.
 void DataSyncManager::putTimelineInForce(const fs::path& document, const fs::path& kept) {
     if (document.extension() != layout::recordExtension || !readTimelineDocument(document))
         return;
     const std::string id = pathText(document.stem());
-    const auto working = services_.defaults.data(layout::timelineKey(id));
-    if (working && decode<TimelineLines>(*working)) {
-        const fs::path folder = kept / layout::timelinesFolder;
-        if (!makeFolder(folder) || !replaceFile(folder / document.filename(), *working))
-            return;
+    const std::string key = layout::timelineKey(id);
+    for (bool replaced = false; !replaced;) {
+        const auto working = services_.defaults.data(key);
+        if (working && decode<TimelineLines>(*working)) {
+            const fs::path folder = kept / layout::timelinesFolder;
+            if (!makeFolder(folder) || !replaceFile(folder / document.filename(), *working))
+                return;
+        }
+        services_.scheduler.onMainAndWait([&] {
+            replaced = services_.defaults.data(key) == working;
+            if (!replaced)
+                return;
+            if (replacingTimeline_)
+                replacingTimeline_(id);
+            services_.defaults.remove(key);
+        });
     }
-    services_.defaults.remove(layout::timelineKey(id));
     (void)services_.storage.loadTimeline(id);
 }
 

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
@@ -72,6 +73,11 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     // Sets a function that is called on the main thread, in the same turn, after a restore or a
     // deletion has replaced the files and the defaults, so that data in memory is updated.
     void setRestored(std::function<void()> restored) { restored_ = std::move(restored); }
+    // Sets a function that is called on the main thread, in the same turn, before the working copy
+    // of a timeline is replaced, so that an open project cannot store its state over the new one.
+    void setReplacingTimeline(std::function<void(const std::string& videoId)> replacing) {
+        replacingTimeline_ = std::move(replacing);
+    }
     // Messages for the user, each kind at most once. Main thread only.
     const std::vector<SafetyNotice>& notices() const { return notices_; }
     void dismissNotices();
@@ -153,6 +159,7 @@ class DataSyncManager final : public DeletedTimelineKeeper, public SavedCopies {
     ReplacedData replaced_;
     SecondCopy secondCopy_;
     std::function<void()> restored_;
+    std::function<void(const std::string&)> replacingTimeline_;
     std::vector<SafetyNotice> notices_;
     Signal<> noticesChanged_;
     std::mutex operation_;  // held during each operation

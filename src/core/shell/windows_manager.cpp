@@ -110,10 +110,19 @@ void WindowsManager::closeWindows(const std::function<bool(const OpenWindow&)>& 
 void WindowsManager::libraryChanged() {
     if (!project_)
         return;
-    if (const VideosData* video = services_.library.findById(project_->videoId()))
-        project_->timeline.setBookmark(video->bookmark);
-    else
-        closeAll();
+    const std::string id = project_->videoId();
+    const VideosData* video = services_.library.findById(id);
+    if (!video)
+        return closeAll();
+    const auto& bookmark = project_->timeline.currentBookmark.get();
+    if (bookmark && services_.platform.bookmarks.areOfOneFile(*bookmark, video->bookmark))
+        return project_->timeline.setBookmark(video->bookmark);
+    // The player shows the old file. What is marked on it must not be stored for the new one.
+    closeAll();
+    services_.platform.scheduler.onMain(lifetime_.guard([this, id] {
+        if (!project_)
+            openProject(id);
+    }));
 }
 
 // Any window that loses the focus resets the state. The window that gets the focus reports it

@@ -60,8 +60,8 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     // closed first and alone.
     void closeByCommand();
     // Handles a change of the list of videos. The timelines of the open project are stored under
-    // the id of its entry: if the entry was bound to another file, the project follows it; if the
-    // entry was removed, the project is closed.
+    // the id of its entry, so the project is closed if the entry was removed, and opened again on
+    // the new file if the entry was bound to another one.
     void libraryChanged();
 
     Project* project() const { return project_.get(); }  // null if none is open

@@ -141,15 +141,63 @@ TEST_F(WindowsManagerTest, TheVideoWindowEndsTheDrawingEditorFirst) {
     EXPECT_TRUE(windows.isClosing());
 }
 
-TEST_F(WindowsManagerTest, TheProjectFollowsItsVideosEntryAndClosesWithIt) {
+TEST_F(WindowsManagerTest, AProjectWhoseEntryIsBoundToAnotherFileOpensAgainOnThatFile) {
     const auto id = project.addVideo();
     const auto other = project.addVideo("other.mp4");
     project.library.setUpdateFiles([&](const auto&) { windows.libraryChanged(); });
     windows.openProject(id);
+    open().timeline.addLine("Marked on the old file");
     windows.openProject(other);  // rejected; the id of the open project is still the first one
-    ASSERT_TRUE(project.library.rebindVideo(id, project.folder.write("moved.mp4", "bytes")));
-    open().timeline.addLine("Marked after the move");
-    EXPECT_EQ(project.storage.loadTimeline(id).size(), 2U);
+    project.library.toggleFavorite(id);
+    EXPECT_FALSE(windows.isClosing()) << "the same file";
+
+    const auto moved = project.folder.write("moved.mp4", "bytes");
+    ASSERT_TRUE(project.library.rebindVideo(id, moved));
+    EXPECT_TRUE(windows.isClosing()) << "nothing can be marked on the old film any more";
+    EXPECT_TRUE(fake.open.empty());
+    project.scheduler.run();
+    ASSERT_FALSE(windows.isClosing());
+    EXPECT_EQ(open().videoId(), id);
+    EXPECT_EQ(open().player.currentVideoURL(), moved);
+    open().timeline.addLine("Marked on the new file");
+    EXPECT_EQ(project.storage.loadTimeline(id).size(), 3U);
+}
+
+TEST_F(WindowsManagerTest, AnEarlierStateThatIsBroughtBackIsNotUndoneByTheOpenProject) {
+    const auto id = project.addVideo();
+    const auto lineCount = [&] { return project.storage.loadTimeline(id).size(); };
+    windows.openProject(id);
+    open().timeline.addLine("Worth a season");
+    project.core.dataSync.backUpNow();
+    project.core.dataSync.restoreFromBackup();
+    project.scheduler.run();
+    const auto bringBack = [&] {
+        project.scheduler.advance(5);  // a state is named by its second
+        project.scheduler.background(Priority::utility, [&] {
+            auto& sync = project.core.dataSync;
+            sync.bringBack(sync.replacedStates().front().name);
+        });
+        project.scheduler.advance(5);
+    };
+    open().timeline.deleteLine(open().timeline.lines->back()->id);
+    ASSERT_EQ(lineCount(), 1U);
+    const auto other = project.addVideo("other.mp4");
+    bringBack();
+    EXPECT_EQ(lineCount(), 2U);
+    EXPECT_TRUE(windows.isClosing());
+
+    // The timelines of another project are not in that state, and it stays open.
+    windows.openProject(other);
+    bringBack();
+    EXPECT_EQ(lineCount(), 1U) << "what was replaced, given back";
+    EXPECT_FALSE(windows.isClosing());
+}
+
+TEST_F(WindowsManagerTest, AProjectClosesWithItsEntry) {
+    const auto id = project.addVideo();
+    project.addVideo("other.mp4");
+    project.library.setUpdateFiles([&](const auto&) { windows.libraryChanged(); });
+    windows.openProject(id);
     ASSERT_TRUE(project.library.deleteVideo(project.library.files().back()));
     EXPECT_FALSE(windows.isClosing());
     ASSERT_TRUE(project.library.deleteVideo(project.library.files().front()));
