@@ -34,7 +34,7 @@ void MarkingSheets::open() {
         case MarkingFlow::SheetContent::noTimeline:
             sheet_ = makeMessage("tagLibraryNoTimeline");
             sheet_->addAcceptButton("closeButtonTitle");
-            sheet_->setKeepsHotkeys();
+            sheet_->setHotkeys(Sheet::Hotkeys::ofWindow);
             // The message offers no choice, so each way of closing it cancels.
             connect(sheet_, &QDialog::finished, this, [this] {
                 sheet_.clear();

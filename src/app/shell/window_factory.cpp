@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 #include <QWindow>
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -27,9 +28,18 @@ QMargins usualDecoration() {
     return {};
 }
 
-bool keepsHotkeys(const QWidget& window) {
+// What the hot keys of a window can do while this sheet or panel over it has the focus.
+KeyState keysUnder(const QWidget& window) {
     const auto* sheet = qobject_cast<const Sheet*>(&window);
-    return sheet && sheet->keepsHotkeys();
+    switch (sheet ? sheet->hotkeys() : Sheet::Hotkeys::none) {
+        case Sheet::Hotkeys::ofWindow:
+            return KeyState::window;
+        case Sheet::Hotkeys::ofLabels:
+            return KeyState::labelSheet;
+        case Sheet::Hotkeys::none:
+            break;
+    }
+    return KeyState::sheet;
 }
 
 }  // namespace
@@ -193,8 +203,8 @@ void QtWindowFactory::followKeyboard(QWindow* focused) {
         state = KeyState::window;
         for (QWidget* widget = top; widget && !shell; widget = widget->parentWidget()) {
             shell = dynamic_cast<Shell*>(widget->window());
-            if (!shell && !keepsHotkeys(*widget))
-                state = KeyState::sheet;
+            if (!shell)
+                state = std::max(state, keysUnder(*widget->window()));
         }
         break;
     }

@@ -44,9 +44,12 @@ class Sheet : public QDialog {
     // Adds a button on the left that does not close the sheet.
     QPushButton* addSideButton(std::string_view key, ButtonLook look = ButtonLook::quiet);
 
-    // For messages: the hot keys of the window work while the sheet is open.
-    void setKeepsHotkeys() { keepsHotkeys_ = true; }
-    bool keepsHotkeys() const { return keepsHotkeys_; }
+    // Which hot keys work while the sheet has the focus: none, those of the window under it, which
+    // suits messages, or those of the labels that it offers.
+    enum class Hotkeys { none, ofWindow, ofLabels };
+    void setHotkeys(Hotkeys hotkeys) { hotkeys_ = hotkeys; }
+    Hotkeys hotkeys() const { return hotkeys_; }
+    bool keepsHotkeys() const { return hotkeys_ == Hotkeys::ofWindow; }
 
     // Shows the sheet. It is deleted after it has been closed.
     void present();
@@ -64,7 +67,7 @@ class Sheet : public QDialog {
     QVBoxLayout* content_;
     QHBoxLayout* buttons_;
     int sideButtons_ = 0;
-    bool keepsHotkeys_ = false;
+    Hotkeys hotkeys_ = Hotkeys::none;
 };
 
 }  // namespace tembrix

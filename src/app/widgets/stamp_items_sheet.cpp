@@ -29,6 +29,7 @@ const char* titleKey(StampEditSheetType type) {
 StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditSheetType type,
                                  std::unique_ptr<StampItemsSelection> selection)
     : Sheet(parent, texts, titleKey(type)), selection_(std::move(selection)) {
+    setHotkeys(Hotkeys::ofLabels);
     setTitle(qtext(texts.text(titleKey(type))) + ": " + qtext(shortened(selection_->stampName())));
 
     auto* scroll = new QScrollArea(this);

@@ -143,11 +143,12 @@ bool WindowsManager::isControlOrLibraryKey() const {
     return row && keyState_ == KeyState::window && row->spaceAlwaysPlays;
 }
 
-// Sheets handle their keys themselves, but labels are chosen by hot keys.
+// Sheets handle their keys themselves. Only the sheet with the labels has hot keys.
 bool WindowsManager::isProjectWindowActive() const {
     const WindowRow* row = activeRow();
     return project_ && row && row->takesTagKeys &&
-           (keyState_ == KeyState::window || *project_->hotkeys.isLabelHotkeyMode);
+           (keyState_ == KeyState::window ||
+            (keyState_ == KeyState::labelSheet && *project_->hotkeys.isLabelHotkeyMode));
 }
 
 void WindowsManager::openFieldMapSelection(const Tag&, const Bytes&, std::function<void(Point)>) {}

@@ -19,8 +19,10 @@
 
 namespace tembrix {
 
-// Whether a window has the keyboard focus, itself or in one of its sheets.
-enum class KeyState { none, window, sheet };
+// Whether a window has the keyboard focus: itself, in a sheet whose labels have hot keys, or in
+// another sheet or panel over it, which keeps its keys. The later ones need more keys for
+// themselves.
+enum class KeyState { none, window, labelSheet, sheet };
 
 // Controls one open window. Destroying it closes the window without asking and destroys its
 // content.

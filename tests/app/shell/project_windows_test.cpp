@@ -5,8 +5,10 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QTest>
 #include <QWindow>
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <vector>
@@ -102,6 +104,49 @@ TEST_F(ProjectWindowsTest, AProjectThatIsClosedUnderASheetLeavesTheNextOneItsKey
         settle();
         EXPECT_FALSE(windows.project());
     }
+}
+
+TEST_F(ProjectWindowsTest, OnlyTheLabelSheetHasTheKeysOfItsLabels) {
+    open();
+    auto& project = *windows.project();
+    project.timeline.addLine("Moments");
+    const auto& tags = program.tagLibrary.active->tags;
+    const auto asks = std::find_if(tags.begin(), tags.end(), [&](const Tag& tag) {
+        return project.marking.asksForLabels(tag) && !tag.isInterval.value_or(false);
+    });
+    ASSERT_NE(asks, tags.end());
+    Tag tag = *asks;
+    const auto& group = *std::find_if(
+        program.tagLibrary.active->labelGroups.begin(),
+        program.tagLibrary.active->labelGroups.end(),
+        [&](const auto& candidate) { return candidate.id == tag.lablesGroup.front(); });
+    tag.labelHotkeys = {{group.lables.front(), "n"}};
+    project.hotkeys.registerHotkeys({tag}, {});
+    project.marking.handleTagHotkey(tag);
+    QDialog* labels = sheet();
+    ASSERT_TRUE(labels);
+    ASSERT_TRUE(activate(*labels));
+    int chosen = 0;
+    const auto observed = program.events.observe<events::LabelHotkeyPressed>(
+        [&](const events::LabelHotkeyPressed&) { ++chosen; });
+    QTest::keyClick(QApplication::focusWindow(), Qt::Key_N);
+    EXPECT_EQ(chosen, 1);
+
+    // Such as the panel of an export that was started before.
+    for (QWidget* owner : {static_cast<QWidget*>(labels), window("timelines")}) {
+        QDialog panel(owner);
+        auto* name = new QLineEdit(&panel);
+        panel.setWindowModality(Qt::WindowModal);
+        panel.open();
+        ASSERT_TRUE(activate(panel));
+        QTest::keyClick(QApplication::focusWindow(), Qt::Key_N, Qt::NoModifier);
+        EXPECT_EQ(chosen, 1);
+        EXPECT_FALSE(name->text().isEmpty());
+    }
+    ASSERT_TRUE(activate(*labels));
+    QTest::keyClick(QApplication::focusWindow(), Qt::Key_N);
+    EXPECT_EQ(chosen, 2);
+    windows.closeAll();
 }
 
 }  // namespace
