@@ -61,6 +61,7 @@ void MarkingFlow::subscribe() {
     };
     on(std::function([this](const events::MarkupModeChanged& event) {
         markupMode.set(event.mode ? *event.mode : markupModes_.currentMarkupMode());
+        dismissNeedlessMessage();
     }));
     on(std::function([this](const events::CollectionDataChanged&) {
         playFieldIsStale_ = true;
@@ -80,6 +81,10 @@ void MarkingFlow::subscribe() {
         [this](const events::CollectionsLoadingStarted&) { isLoadingCollections.set(true); }));
     on(std::function(
         [this](const events::CollectionsLoadingFinished&) { isLoadingCollections.set(false); }));
+    subscriptions_.push_back(
+        timeline_.lines.observe([this](const TimelineLines&) { dismissNeedlessMessage(); }));
+    subscriptions_.push_back(timeline_.selectedLineID.observe(
+        [this](const std::optional<Uuid>&) { dismissNeedlessMessage(); }));
     // Switching the collection replaces the active lists, immediately or after a load.
     subscriptions_.push_back(
         tagLibrary_.active.observe([this](const CollectionLists&) { expandNewGroups(); }));
@@ -170,12 +175,23 @@ void MarkingFlow::closeInterval(const std::string& entryId, const Tag& tag,
 
 void MarkingFlow::openSheet() {
     hideSheetTimer_.reset();  // the timer of an earlier sheet must not close this one
+    sheetContent_ = contentFor(selectedTag.get());
     showLabelSheet.set(true);
+}
+
+// Playback continues as after closing the message. An open interval is kept, so that the next press
+// of its tag makes the stamp.
+void MarkingFlow::dismissNeedlessMessage() {
+    if (!*showLabelSheet || sheetContent_ != SheetContent::noTimeline ||
+        contentFor(selectedTag.get()) == SheetContent::noTimeline)
+        return;
+    showLabelSheet.set(false);
+    playhead_.play();
 }
 
 bool MarkingFlow::isSheetAwaited() const {
     // The message that no timeline is selected needs no answer.
-    return *showLabelSheet && !hideSheetTimer_ && sheetContent() != SheetContent::noTimeline;
+    return *showLabelSheet && !hideSheetTimer_ && sheetContent_ != SheetContent::noTimeline;
 }
 
 void MarkingFlow::pausePlayer() {
@@ -183,10 +199,10 @@ void MarkingFlow::pausePlayer() {
     playhead_.pause();
 }
 
-MarkingFlow::SheetContent MarkingFlow::sheetContent() const {
+MarkingFlow::SheetContent MarkingFlow::contentFor(const std::optional<Tag>& tag) const {
     if (markupMode.get() == MarkupMode::standard && !isSelectedLineKnown())
         return SheetContent::noTimeline;
-    if (!selectedTag.get() || !asksForLabels(*selectedTag.get()))
+    if (!tag || !asksForLabels(*tag))
         return SheetContent::addingTag;
     return SheetContent::selection;
 }

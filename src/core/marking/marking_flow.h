@@ -78,9 +78,10 @@ class MarkingFlow {
     void handleTimeEventTap(const std::string& id);
     void toggleGroup(const std::string& id);  // folds or unfolds it
 
-    // The content of the label sheet, determined when it is shown.
+    // The content of the label sheet, determined when it is shown. The message that no timeline is
+    // selected closes by itself once one is selected.
     enum class SheetContent { noTimeline, addingTag, selection };
-    SheetContent sheetContent() const;
+    SheetContent sheetContent() const { return sheetContent_; }
     void completeSheet(const std::vector<std::string>& labels);
     void cancelSheet();
 
@@ -97,6 +98,8 @@ class MarkingFlow {
     void press(const Tag& tag, bool fromMouse);
     void closeInterval(const std::string& entryId, const Tag& tag, const StampTimes& times);
     void openSheet();
+    SheetContent contentFor(const std::optional<Tag>& tag) const;
+    void dismissNeedlessMessage();
     bool isSheetAwaited() const;  // the sheet was neither completed nor canceled yet
     void pausePlayer();
     void dropIntervals(const std::string& tagId);
@@ -122,6 +125,7 @@ class MarkingFlow {
     Scheduler& scheduler_;
     EventBus& events_;
     std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
+    SheetContent sheetContent_ = SheetContent::addingTag;  // of the last sheet
     bool playFieldIsStale_ = false;  // a collection was changed after the field was loaded
     std::set<std::string> knownGroups_;
     TimelineLines countedLines_;  // the lines for which tagCounts was computed

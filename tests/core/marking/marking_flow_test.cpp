@@ -116,11 +116,34 @@ TEST_F(MarkingFlowTest, WithoutASelectedLineNothingIsMarkedAndTheVideoResumes) {
     flow.handleTagHotkey(project.known("phase"));
     EXPECT_TRUE(flow.isIntervalOpen("phase"));
     flow.cancelSheet();
-    press("goal");
     project.timeline.selectLine(Uuid::random());
+    press("goal");
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
-    project.addLine("Attack");
+}
+
+TEST_F(MarkingFlowTest, ALineThatBecomesSelectedTakesTheMessageAwayAndTheNextPressMarks) {
+    flow.handleTagHotkey(project.known("phase"));
+    for (const bool adds : {true, false}) {
+        project.timeline.selectLine(Uuid::random());  // an unknown one
+        flow.handleTagHotkey(project.known("goal"));
+        ASSERT_TRUE(flow.showLabelSheet.get());
+        ASSERT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::noTimeline);
+        if (adds)
+            project.addLine("Attack");
+        else
+            project.timeline.selectLine(project.timeline.lines->back()->id);
+        EXPECT_FALSE(flow.showLabelSheet.get());
+        EXPECT_TRUE(playhead.playing);
+        const auto before = project.stamps().size();
+        flow.handleTagHotkey(project.known("pass"));
+        EXPECT_EQ(project.stamps().size(), before + 1);
+    }
+    flow.handleTagHotkey(project.known("goal"));
+    EXPECT_TRUE(flow.showLabelSheet.get());
     EXPECT_EQ(flow.sheetContent(), MarkingFlow::SheetContent::selection);
+    project.addLine("Defence");
+    EXPECT_TRUE(flow.showLabelSheet.get()) << "a question is not a message";
+    EXPECT_TRUE(flow.isIntervalOpen("phase"));
 }
 
 TEST_F(MarkingFlowTest, TagBasedModeMakesALinePerTagAndLeavesTheSelection) {
