@@ -54,6 +54,11 @@ bool writeAll(int descriptor, BytesView content) {
 
 constexpr std::string_view unfinishedPrefix = ".new-";
 
+bool isUnfinished(const std::filesystem::path& file) {
+    const std::string name = file.filename().string();
+    return name.starts_with(unfinishedPrefix) && Uuid::parse(name.substr(unfinishedPrefix.size()));
+}
+
 // Makes a rename in the folder durable, if the file system supports it.
 void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor descriptor(
@@ -65,9 +70,12 @@ void syncFolder(const std::filesystem::path& folder) {
 // Writes a new file next to the path with `fill` and then renames it to the path. `fill` returns
 // false with errno set if it fails.
 Result<void> replaceThrough(const std::filesystem::path& path,
-                            const std::function<bool(int descriptor)>& fill) {
+                            const std::function<bool(int descriptor)>& fill,
+                            const std::function<void(const std::filesystem::path&)>& begins = {}) {
     // The temporary name is short and unrelated to the file's, which may have the maximum length.
     const auto beside = path.parent_path() / (std::string(unfinishedPrefix) + freshId());
+    if (begins)
+        begins(beside);
     FileDescriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.open())
         return fileError(errno, path);
@@ -120,14 +128,15 @@ Result<void> replaceFile(const std::filesystem::path& path, BytesView content) {
 
 Result<void> replaceFileByCopy(const std::filesystem::path& path,
                                const std::filesystem::path& source,
-                               const std::function<bool()>& goOn) {
+                               const std::function<bool()>& goOn,
+                               const std::function<void(const std::filesystem::path&)>& begins) {
     const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     if (!original.open())
         return fileError(errno, source);
     std::error_code ignored;
     if (std::filesystem::equivalent(path, source, ignored))
         return {};
-    return replaceThrough(path, [&](int descriptor) {
+    const auto copy = [&](int descriptor) {
         Bytes chunk(std::size_t{4} << 20);
         for (;;) {
             if (goOn && !goOn()) {
@@ -142,7 +151,13 @@ Result<void> replaceFileByCopy(const std::filesystem::path& path,
             if (!writeAll(descriptor, {chunk.data(), static_cast<std::size_t>(count)}))
                 return false;
         }
-    });
+    };
+    return replaceThrough(path, copy, begins);
+}
+
+void removeUnfinishedReplacement(const std::filesystem::path& file) {
+    if (isUnfinished(file))
+        ::unlink(file.c_str());
 }
 
 void removeUnfinishedReplacements(const std::filesystem::path& folder) {
@@ -150,8 +165,7 @@ void removeUnfinishedReplacements(const std::filesystem::path& folder) {
     std::vector<std::filesystem::path> left;
     for (std::filesystem::directory_iterator entry(folder, failure), end; !failure && entry != end;
          entry.increment(failure)) {
-        const std::string name = entry->path().filename().string();
-        if (name.starts_with(unfinishedPrefix) && Uuid::parse(name.substr(unfinishedPrefix.size())))
+        if (isUnfinished(entry->path()))
             left.push_back(entry->path());
     }
     for (const auto& file : left)

@@ -23,10 +23,16 @@ Result<void> replaceFile(const std::filesystem::path& path, BytesView content);
 
 // Replaces a file atomically by a copy of another, which may be too large for memory. `goOn` is
 // called every few megabytes; if it returns false, copying ends with the code ECANCELED. On failure
-// the old file is kept and the new one removed. A copy onto itself changes nothing.
-Result<void> replaceFileByCopy(const std::filesystem::path& path,
-                               const std::filesystem::path& source,
-                               const std::function<bool()>& goOn = {});
+// the old file is kept and the new one removed. `begins` is called with the path of the new file
+// before that file exists, so that it can be removed if the process is killed. A copy onto itself
+// changes nothing.
+Result<void> replaceFileByCopy(
+    const std::filesystem::path& path, const std::filesystem::path& source,
+    const std::function<bool()>& goOn = {},
+    const std::function<void(const std::filesystem::path&)>& begins = {});
+
+// Removes the temporary file of one interrupted replacement. Files of other names are left alone.
+void removeUnfinishedReplacement(const std::filesystem::path& file);
 
 // Removes the temporary files of replacements that were interrupted in this folder. Must not be
 // called while this process writes there.

@@ -1,6 +1,7 @@
 #include "main/application.h"
 
 #include <QApplication>
+#include <QEventLoopLocker>
 #include <QFile>
 #include <QIcon>
 #include <QKeyEvent>
@@ -16,6 +17,7 @@
 
 #include "base/files.h"
 #include "base/log.h"
+#include "base/signal.h"
 
 #include "ports/directories.h"
 #include "ports/platform.h"
@@ -47,6 +49,7 @@
 #include "core/commands/command_table.h"
 #include "core/commands/key_router.h"
 #include "core/composition/core_services.h"
+#include "core/export/unsaved_products.h"
 #include "core/keyboard/hot_key_codes.h"
 #include "core/shell/project.h"
 #include "core/shell/videos_view_model.h"
@@ -130,11 +133,14 @@ struct Application::Parts {
                  [this](QWidget* parent) {
                      return new SafetyBanner(core.health, machine.texts, parent);
                  }});
+        stayForProducts();
         core.start();
     }
     ~Parts();
 
     void makeListWindow();
+    // Closing the last window must not end the program while a product can still be saved.
+    void stayForProducts();
 
     Machine machine;
     QtWindowFactory windowFactory;
@@ -151,6 +157,8 @@ struct Application::Parts {
                                 }};
     std::optional<VideosViewModel> videos;
     std::unique_ptr<QWidget> listWindow;
+    std::optional<QEventLoopLocker> staying;
+    Subscription anyProducts;
 };
 
 Application::Parts::~Parts() {
@@ -164,13 +172,22 @@ Application::Parts::~Parts() {
         std::_Exit(0);
 }
 
+void Application::Parts::stayForProducts() {
+    anyProducts = core.products.any.observe([this](bool any) {
+        if (!any)
+            staying.reset();
+        else if (!staying)
+            staying.emplace();
+    });
+}
+
 void Application::Parts::makeListWindow() {
     videos.emplace(core.library, core.previews, core.windows, machine.panels, machine.scheduler,
                    machine.texts, machine.locale, machine.resources / "guides");
     videos->setWhenReady(
         [this](std::function<void()> task) { core.startUp.whenReady(std::move(task)); });
     listWindow = std::make_unique<QWidget>();
-    listWindow->setObjectName(QStringLiteral("list"));
+    listWindow->setObjectName(QString::fromLatin1(UnsavedProducts::homeWindow));
     listWindow->setWindowTitle(QStringLiteral("Tembrix Stat"));
     listWindow->setAccessibleName(listWindow->windowTitle());
     auto* layout = new QVBoxLayout(listWindow.get());

@@ -20,11 +20,13 @@ struct OpenPanelRequest {
 struct SavePanelRequest {
     std::string title;
     std::string defaultName;
-    std::string extension;  // without dot; appended if the user types none
+    std::string extension;    // without dot; appended if the user types none
+    std::string window = {};  // the name of the window that it belongs to; empty: the active one
 };
 
 // Asks the user questions. A call returns immediately. Its answer is delivered later on the main
-// thread, exactly once. If the user cancels, the answer is empty.
+// thread, exactly once. If the user cancels or the window of the question closes, the answer is
+// empty.
 class Panels {
   public:
     virtual ~Panels() = default;
@@ -33,7 +35,7 @@ class Panels {
     virtual void save(const SavePanelRequest& request,
                       std::function<void(std::optional<std::filesystem::path>)> answer) = 0;
     virtual void alert(const std::string& title, const std::string& message,
-                       std::function<void()> closed = {}) = 0;
+                       std::function<void()> closed = {}, const std::string& window = {}) = 0;
     virtual void confirm(const std::string& title, const std::string& message,
                          const std::string& confirmText, std::function<void(bool)> answer) = 0;
     // Shows a folder in the system's file browser, or a page in the web browser.

@@ -33,8 +33,8 @@ class FakePanels final : public Panels {
               std::function<void(std::optional<std::filesystem::path>)> answer) override {
         saves.push_back({request, std::move(answer)});
     }
-    void alert(const std::string& title, const std::string& message,
-               std::function<void()> closed) override {
+    void alert(const std::string& title, const std::string& message, std::function<void()> closed,
+               const std::string&) override {
         alerts.push_back({{title, message, {}}, std::move(closed)});
     }
     void confirm(const std::string& title, const std::string& message,

@@ -22,6 +22,16 @@ QString qtext(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+// Null if the named window is not open. The panel is a window of its own then.
+QWidget* openWindow(const std::string& name) {
+    if (name.empty())
+        return QApplication::activeWindow();
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->objectName() == qtext(name))
+            return window;
+    return nullptr;
+}
+
 std::vector<std::filesystem::path> chosenFiles(const QFileDialog& dialog) {
     std::vector<std::filesystem::path> files;
     for (const auto& name : dialog.selectedFiles())
@@ -29,11 +39,11 @@ std::vector<std::filesystem::path> chosenFiles(const QFileDialog& dialog) {
     return files;
 }
 
-QFileDialog* makeFileDialog(const std::string& title, const std::string& message,
-                            const char* name) {
+QFileDialog* makeFileDialog(const std::string& title, const std::string& message, const char* name,
+                            const std::string& window = {}) {
     const auto caption =
         title.empty() || message.empty() ? title + message : title + " \u2013 " + message;
-    auto* dialog = new QFileDialog(QApplication::activeWindow(), qtext(caption));
+    auto* dialog = new QFileDialog(openWindow(window), qtext(caption));
     dialog->setObjectName(name);
     dialog->setOption(QFileDialog::DontUseNativeDialog,
                       QApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
@@ -91,7 +101,7 @@ void QtPanels::open(const OpenPanelRequest& request,
 
 void QtPanels::save(const SavePanelRequest& request,
                     std::function<void(std::optional<std::filesystem::path>)> answer) {
-    auto* dialog = makeFileDialog(request.title, {}, "savePanel");
+    auto* dialog = makeFileDialog(request.title, {}, "savePanel", request.window);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     if (!request.extension.empty()) {
@@ -109,8 +119,8 @@ void QtPanels::save(const SavePanelRequest& request,
 }
 
 void QtPanels::alert(const std::string& title, const std::string& message,
-                     std::function<void()> closed) {
-    auto* panel = new MessagePanel(QApplication::activeWindow(), "alertPanel", title, message);
+                     std::function<void()> closed, const std::string& window) {
+    auto* panel = new MessagePanel(openWindow(window), "alertPanel", title, message);
     auto* ok = panel->addButton("okButtonTitle", texts_.text("okButtonTitle"), "accented");
     ok->setDefault(true);
     QObject::connect(ok, &QPushButton::clicked, panel, &QDialog::accept);

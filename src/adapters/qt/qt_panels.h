@@ -9,7 +9,8 @@ class QDialog;
 
 namespace tembrix {
 
-// Shows questions as dialogs that block the active window only. The file dialogs are those of the
+// Shows questions as dialogs that block one window only: the one of the object name that the
+// question gives, or the active one. The file dialogs are those of the
 // system unless the application attribute AA_DontUseNativeDialogs is set. The object names of the
 // dialogs are "openPanel", "savePanel", "alertPanel" and "confirmPanel". A dialog that is destroyed
 // with its window counts as canceled. After the panels are destroyed, no answer is delivered.
@@ -22,7 +23,7 @@ class QtPanels final : public Panels {
     void save(const SavePanelRequest& request,
               std::function<void(std::optional<std::filesystem::path>)> answer) override;
     void alert(const std::string& title, const std::string& message,
-               std::function<void()> closed = {}) override;
+               std::function<void()> closed = {}, const std::string& window = {}) override;
     void confirm(const std::string& title, const std::string& message,
                  const std::string& confirmText, std::function<void(bool)> answer) override;
     void reveal(const std::filesystem::path& folder) override;

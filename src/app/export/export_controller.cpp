@@ -26,7 +26,7 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
     : QObject(window),
       services_(services),
       window_(window),
-      exportHelper_(services.exports),
+      exportHelper_(services.exports, utf8Text(window->window()->objectName())),
       waiting_(new WaitingPanel(services.texts, window)) {
     progress_ = exportHelper_.progress.observe(
         [this](const float& progress) { waiting_->setProgress(progress); });
@@ -138,14 +138,14 @@ void ExportController::run(ExportMode mode) {
     if (isExporting_)
         return;
     setExporting(true);
-    exportHelper_.startExport(selectedExportType_, mode == ExportMode::playlist,
-                              exportWithDrawings_, [this](const std::optional<Error>& error) {
-                                  setExporting(false);
-                                  if (error)
-                                      services_.panels.alert(
-                                          services_.texts.text("fullControlExportErrorTitle"),
-                                          error->text);
-                              });
+    exportHelper_.startExport(
+        selectedExportType_, mode == ExportMode::playlist, exportWithDrawings_,
+        [this](const std::optional<Error>& error) {
+            setExporting(false);
+            if (error)
+                services_.panels.alert(services_.texts.text("fullControlExportErrorTitle"),
+                                       error->text, {}, utf8Text(window_->window()->objectName()));
+        });
 }
 
 // Hot keys are blocked while a sheet is open.

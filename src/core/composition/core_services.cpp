@@ -18,11 +18,12 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
                 p.directories, p.log}),
       library(storage, p.bookmarks, p.directories, p.texts, p.log),
       previews(p.media, p.images, p.scheduler, p.directories),
+      products(p.panels, p.scheduler, p.texts, p.log, library),
       collections{storage, index, p.bookmarks, p.scheduler, events, p.texts, p.log},
       tagLibrary(collections, p.resources / "collections", p.locale),
       commandKeys(p.defaults, p.log),
       commands(commandKeys),
-      projectServices{platform, events, focus, storage, library, collections, tagLibrary, commands},
+      projectServices{platform, events, focus, storage, library, collections, tagLibrary, commands, products},
       windows(projectServices, windowFactory),
       startUp(dataSync, library, tagLibrary) {
     storage.setCollectionIndex(&index);

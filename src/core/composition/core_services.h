@@ -7,6 +7,7 @@
 #include "core/collections/tag_library_manager.h"
 #include "core/commands/command_keys.h"
 #include "core/commands/commands.h"
+#include "core/export/unsaved_products.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/safety/data_sync_manager.h"
@@ -43,6 +44,7 @@ class CoreServices {
     DataSyncManager dataSync;
     VideoFilesManager library;
     VideosPreviewManager previews;
+    UnsavedProducts products;
     CollectionServices collections;
     TagLibraryManager tagLibrary;
     CommandKeys commandKeys;

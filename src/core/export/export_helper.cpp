@@ -11,7 +11,8 @@
 
 namespace tembrix {
 
-ExportHelper::ExportHelper(ExportServices& services) : services_(services) {}
+ExportHelper::ExportHelper(ExportServices& services, std::string window)
+    : services_(services), window_(std::move(window)) {}
 
 ExportHelper::~ExportHelper() {
     cancelCurrentExport();
@@ -101,7 +102,7 @@ ProductWords ExportHelper::wordsForDrawings() const {
 
 ExportRun& ExportHelper::makeRun(ProductWords words, Completion completion) {
     run_ = std::make_unique<ExportRun>(
-        services_, std::move(words), [this](float value) { progress.set(value); },
+        services_, std::move(words), window_, [this](float value) { progress.set(value); },
         [this, completion = std::move(completion)](std::optional<Error> error) {
             processedSegments_ = run_->processedSegments();
             run_.reset();

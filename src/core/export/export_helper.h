@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "base/published.h"
@@ -23,8 +24,9 @@ class ExportHelper {
   public:
     using Completion = ExportRun::Completion;
 
-    explicit ExportHelper(ExportServices& services);
-    // Ends a run without calling its completion.
+    // `window` is the name of the window over which the runs ask.
+    explicit ExportHelper(ExportServices& services, std::string window = {});
+    // Ends a run without calling its completion. A finished product is still offered for saving.
     ~ExportHelper();
     ExportHelper(const ExportHelper&) = delete;
     ExportHelper& operator=(const ExportHelper&) = delete;
@@ -49,6 +51,7 @@ class ExportHelper {
     void completeLater(Completion completion, std::optional<Error> error);
 
     ExportServices& services_;
+    const std::string window_;
     int processedSegments_ = 0;  // of the last run
     std::unique_ptr<ExportRun> run_;
     Lifetime lifetime_;

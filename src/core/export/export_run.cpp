@@ -15,6 +15,9 @@
 #include "core/export/archive.h"
 #include "core/export/drawings_archive.h"
 #include "core/export/export_errors.h"
+#include "core/export/product_saving.h"
+#include "core/export/unsaved_products.h"
+#include "core/playback/video_player_manager.h"
 
 namespace tembrix {
 
@@ -56,18 +59,21 @@ struct ExportRun::Prepared {
     std::vector<MovieJob> jobs;
 };
 
-ExportRun::ExportRun(ExportServices& services, ProductWords words,
+ExportRun::ExportRun(ExportServices& services, ProductWords words, std::string window,
                      std::function<void(float)> progressed, Completion completion)
     : services_(services),
       words_(std::move(words)),
+      window_(std::move(window)),
+      source_(services.videoManager.currentVideoURL()),
       progressed_(std::move(progressed)),
       completion_(std::move(completion)),
       queue_(services.renderer, services.scheduler),
-      saving_(services.panels, services.scheduler, services.texts),
       work_(services.scheduler) {}
 
 ExportRun::~ExportRun() {
     stop_.request_stop();
+    if (product_)
+        services_.products.leaveWindow(*product_);
     // The files may be large. The main thread does not wait until they are removed.
     if (folder_)
         work_.release(std::move(folder_));
@@ -190,27 +196,30 @@ void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
 void ExportRun::save(const fs::path& product) {
     state_ = ExportState::saving;
     const auto& texts = services_.texts;
-    const auto copy = copyOf(product, texts.text("exportErrorProductMissing"));
-    saving_.begin(
-        {[copy, folder = folder_->path()](const fs::path& target,
-                                          const Product::GoOn& goOn) -> Result<void> {
-             // The run's own folder is removed at its end, so nothing can be saved there.
-             std::error_code ignored;
-             if (fs::equivalent(target.parent_path(), folder, ignored))
-                 return Error{"file", EACCES, pathText(target)};
-             return copy(target, goOn);
-         },
-         {words_.panelTitle, words_.defaultName, words_.extension},
-         [prefix = words_.savingFailed](const std::string& reason) { return prefix + reason; }},
-        [this](const Result<std::optional<fs::path>>& place) {
-            if (!place)
-                return end(plainError(words_.savingFailed + place.error().text));
-            if (*place)
-                services_.log.line(words_.saved + pathText(**place));
-            else
-                folder_->keep();
-            end(std::nullopt);
-        });
+    const fs::path folder = folder_->path();
+    const auto copy =
+        copyOf(product, texts.text("exportErrorProductMissing"),
+               [folder](const fs::path& unfinished) { noteUnfinishedCopy(folder, unfinished); });
+    Product finished{
+        [copy, folder](const fs::path& target, const Product::GoOn& goOn) -> Result<void> {
+            // The run's own folder is removed at its end, so nothing can be saved
+            // there.
+            std::error_code ignored;
+            if (fs::equivalent(target.parent_path(), folder, ignored))
+                return Error{"file", EACCES, pathText(target)};
+            auto saved = copy(target, goOn);
+            forgetUnfinishedCopy(folder);
+            return saved;
+        },
+        {words_.panelTitle, words_.defaultName, words_.extension, window_},
+        [prefix = words_.savingFailed](const std::string& reason) { return prefix + reason; }};
+    product_ = services_.products.add(
+        {std::move(finished), std::move(folder_), source_, words_.saved},
+        work_.guard([this](const Result<std::optional<fs::path>>& place) {
+            product_.reset();
+            end(place ? std::nullopt
+                      : std::optional(plainError(words_.savingFailed + place.error().text)));
+        }));
 }
 
 void ExportRun::advance(float progress) {
@@ -236,7 +245,8 @@ void ExportRun::end(std::optional<Error> error) {
 void ExportRun::cancel() {
     stop_.request_stop();
     queue_.cancel();
-    saving_.cancel();
+    if (product_)
+        services_.products.stopWriting(*product_);
     progressTimer_.reset();
 }
 

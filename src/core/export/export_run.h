@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,7 +17,6 @@
 #include "core/export/cut_records.h"
 #include "core/export/export_drawings.h"
 #include "core/export/export_services.h"
-#include "core/export/product_saving.h"
 #include "core/export/render_queue.h"
 #include "core/export/run_folder.h"
 
@@ -38,7 +38,7 @@ struct ProductWords {
 // clips into an archive, and saves the product where the user chooses. Each step starts on the main
 // thread and first checks whether the run was canceled. Each run has its own temporary folder, so
 // that runs of different windows do not interfere. Main thread only. Destroying a run ends it
-// without a completion.
+// without a completion; a finished product is then still offered for saving.
 class ExportRun {
   public:
     // Called exactly once, on the main thread, after the call that started the run has returned.
@@ -47,8 +47,9 @@ class ExportRun {
 
     static constexpr double progressInterval = 0.1;  // seconds
 
-    ExportRun(ExportServices& services, ProductWords words, std::function<void(float)> progressed,
-              Completion completion);
+    // `window` is the name of the window over which the run asks.
+    ExportRun(ExportServices& services, ProductWords words, std::string window,
+              std::function<void(float)> progressed, Completion completion);
     ~ExportRun();
     ExportRun(const ExportRun&) = delete;
     ExportRun& operator=(const ExportRun&) = delete;
@@ -57,6 +58,8 @@ class ExportRun {
     void exportCuts(ExportSnapshot snapshot);
     void exportDrawings(std::vector<ExportDrawing> drawings,
                         std::optional<std::filesystem::path> drawingsFolder);
+    // While the product is being saved, this only stops the writing: the run asks again, and the
+    // user gives the product up by closing that panel.
     void cancel();
 
     ExportState state() const { return state_; }
@@ -78,6 +81,8 @@ class ExportRun {
 
     ExportServices& services_;
     const ProductWords words_;
+    const std::string window_;
+    const std::optional<std::filesystem::path> source_;
     std::function<void(float)> progressed_;
     Completion completion_;
     ExportState state_ = ExportState::preparing;
@@ -88,7 +93,7 @@ class ExportRun {
     std::shared_ptr<RunFolder> folder_;
     RenderQueue queue_;
     std::unique_ptr<Timer> progressTimer_;
-    ProductSaving saving_;
+    std::optional<int> product_;  // its number among the unsaved products
     BackgroundWork work_;
 };
 

@@ -17,6 +17,7 @@ namespace tembrix {
 
 class TagLibraryManager;
 class TimelineDataManager;
+class UnsavedProducts;
 class VideoPlayerManager;
 
 // The services that the exports of a project use. Background work uses a copy, because it may
@@ -36,6 +37,7 @@ struct ExportServices {
     Directories directories;
     const Texts& texts;
     Log& log;
+    UnsavedProducts& products;
     ExportDrawings* drawings = nullptr;  // without it, exports show no drawings
 };
 

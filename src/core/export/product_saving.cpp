@@ -11,15 +11,16 @@ namespace tembrix {
 
 namespace fs = std::filesystem;
 
-std::function<Result<void>(const fs::path&, const Product::GoOn&)> copyOf(fs::path file,
-                                                                          std::string missingText) {
-    return [file = std::move(file), missingText = std::move(missingText)](
-               const fs::path& target, const Product::GoOn& goOn) -> Result<void> {
-        std::error_code failure;
-        if (!fs::exists(file, failure))
-            return Error{"product", 1, missingText};
-        return replaceFileByCopy(target, file, goOn);
-    };
+std::function<Result<void>(const fs::path&, const Product::GoOn&)> copyOf(
+    fs::path file, std::string missingText, std::function<void(const fs::path&)> begins) {
+    return
+        [file = std::move(file), missingText = std::move(missingText), begins = std::move(begins)](
+            const fs::path& target, const Product::GoOn& goOn) -> Result<void> {
+            std::error_code failure;
+            if (!fs::exists(file, failure))
+                return Error{"product", 1, missingText};
+            return replaceFileByCopy(target, file, goOn, begins);
+        };
 }
 
 ProductSaving::ProductSaving(Panels& panels, Scheduler& scheduler, const Texts& texts)
@@ -31,46 +32,64 @@ void ProductSaving::begin(Product product, Completion completion) {
     ask();
 }
 
-void ProductSaving::cancel() {
-    canceled_ = true;
-    writing_.request_stop();
+void ProductSaving::stopWriting() {
+    if (writing_)
+        writing_->request_stop();
+}
+
+void ProductSaving::moveTo(const std::string& window) {
+    product_.panel.window = window;
+    if (writing_)
+        return;
+    // The panel or the message closes with its window, which is no answer of the user.
+    work_.cancel();
+    work_.onMain([this] { ask(); });
 }
 
 void ProductSaving::ask() {
-    if (canceled_)
-        return end(std::optional<fs::path>());
     panels_.save(product_.panel, work_.guard([this](const std::optional<fs::path>& target) {
-        if (!target || canceled_)
-            return end(std::optional<fs::path>());
-        write(*target);
+        if (target)
+            write(*target);
+        else
+            end(std::optional<fs::path>());
     }));
 }
 
 void ProductSaving::write(const fs::path& target) {
+    if (const auto refusal = product_.refusal ? product_.refusal(target) : std::nullopt)
+        return explain(target, *refusal);
+    writing_.emplace();
     work_.run(
         Priority::userInitiated,
-        // cancel() stops the writing but still reports its end; the destructor stops it without a
-        // report.
+        // stopWriting() stops the writing but still reports its end; the destructor stops it
+        // without a report.
         [writer = product_.write, target,
-         canceled = writing_.get_token()](const std::stop_token& stop) {
+         stopped = writing_->get_token()](const std::stop_token& stop) {
             return writer(target,
-                          [&] { return !canceled.stop_requested() && !stop.stop_requested(); });
+                          [&] { return !stopped.stop_requested() && !stop.stop_requested(); });
         },
         [this, target](const Result<void>& result) { written(target, result); });
 }
 
 void ProductSaving::written(const fs::path& target, const Result<void>& result) {
+    const bool stopped = writing_->stop_requested();
+    writing_.reset();
     if (result)
         return end(std::optional(target));
-    if (canceled_)
-        return end(std::optional<fs::path>());
     if (result.error().domain == "product")
         return end(result.error());
+    if (!stopped)
+        return explain(target, result.error());
+    product_.panel.defaultName = pathText(target.filename());
+    ask();
+}
+
+void ProductSaving::explain(const fs::path& target, const Error& error) {
     product_.panel.defaultName = pathText(target.filename());
     panels_.alert(texts_.text("exportNotSavedTitle"),
-                  product_.failureText(describeSaving(result.error(), texts_)) + "\n\n" +
+                  product_.failureText(describeSaving(error, texts_)) + "\n\n" +
                       texts_.text("exportNotSavedHint"),
-                  work_.guard([this] { ask(); }));
+                  work_.guard([this] { ask(); }), product_.panel.window);
 }
 
 // The completion may destroy this object.

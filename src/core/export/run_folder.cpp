@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/files.h"
 #include "base/uuid.h"
 
@@ -15,6 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* lockExtension = ".lock";
+constexpr const char* unfinishedNote = ".unfinished";
 
 // The folder of all run folders.
 fs::path runsFolder(const fs::path& temporary) {
@@ -63,6 +65,15 @@ RunFolder::~RunFolder() {
     fs::remove(lockFile(path_), ignored);
 }
 
+void noteUnfinishedCopy(const fs::path& runFolder, const fs::path& file) {
+    (void)replaceFile(runFolder / unfinishedNote, toBytes(pathText(fs::absolute(file))));
+}
+
+void forgetUnfinishedCopy(const fs::path& runFolder) {
+    std::error_code ignored;
+    fs::remove(runFolder / unfinishedNote, ignored);
+}
+
 void removeAbandonedRunFolders(const fs::path& temporary) {
     std::set<fs::path> folders;
     std::error_code failure;
@@ -78,6 +89,8 @@ void removeAbandonedRunFolders(const fs::path& temporary) {
         const auto lock = FileLock::tryLock(lockFile(folder));
         if (!lock)
             continue;
+        if (const auto note = readFile(folder / unfinishedNote))
+            removeUnfinishedReplacement(pathFromText(asText(*note)));
         std::error_code ignored;
         fs::remove_all(folder, ignored);
         fs::remove(lockFile(folder), ignored);

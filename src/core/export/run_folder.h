@@ -33,6 +33,11 @@ class RunFolder {
     std::atomic<bool> kept_ = false;
 };
 
+// Notes in a run's folder the temporary file of the copy that saves its product, so that the file
+// is removed with the folder if the process is killed meanwhile.
+void noteUnfinishedCopy(const std::filesystem::path& runFolder, const std::filesystem::path& file);
+void forgetUnfinishedCopy(const std::filesystem::path& runFolder);
+
 // Removes the folders of runs that have ended or whose process was killed. Folders of running
 // exports, in this or another process, are kept.
 void removeAbandonedRunFolders(const std::filesystem::path& temporary);

@@ -26,7 +26,8 @@ Project::Project(const ProjectServices& s, const KeyWindows& windows, FieldMapQu
               s.platform.scheduler,
               s.platform.directories,
               s.platform.texts,
-              s.platform.log},
+              s.platform.log,
+              s.products},
       playbackCommands(s.commands, player) {
     hotkeys.setKeyWindows(&windows);
     s.tagLibrary.setHotkeyRegistry(&hotkeys);

@@ -9,6 +9,7 @@
 #include "core/collections/tag_library_manager.h"
 #include "core/commands/commands.h"
 #include "core/export/export_services.h"
+#include "core/export/unsaved_products.h"
 #include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/key_windows.h"
 #include "core/keyboard/text_focus.h"
@@ -36,6 +37,7 @@ struct ProjectServices {
     CollectionServices& collections;
     TagLibraryManager& tagLibrary;
     Commands& commands;
+    UnsavedProducts& products;
 };
 
 // An open video with everything that belongs to it: timelines, undo history, player, hot keys and

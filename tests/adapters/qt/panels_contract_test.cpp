@@ -150,6 +150,34 @@ TEST(QtPanels, ADialogDestroyedWithItsWindowIsCanceled) {
     EXPECT_FALSE(yes);
 }
 
+TEST(QtPanels, APanelBelongsToTheWindowItNamesAndClosesWithIt) {
+    FakeTexts texts;
+    QtPanels panels(texts);
+    auto owner = std::make_unique<QWidget>();
+    owner->setObjectName("timelines");
+    owner->show();
+    QWidget active;
+    active.show();
+    active.activateWindow();
+    ASSERT_TRUE(runUntil([&] { return QApplication::activeWindow() == &active; }));
+    std::vector<std::optional<fs::path>> answers;
+    const auto answer = [&](std::optional<fs::path> file) { answers.push_back(std::move(file)); };
+    panels.save({"Save", "film.mp4", "mp4", "timelines"}, answer);
+    ASSERT_NE(panel("savePanel"), nullptr);
+    EXPECT_EQ(panel("savePanel")->parentWidget(), owner.get());
+    owner.reset();
+    EXPECT_EQ(panel("savePanel"), nullptr);
+    runUntil([&] { return !answers.empty(); }, 1000);
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_FALSE(answers[0]);
+
+    panels.save({"Save", "film.mp4", "mp4", "timelines"}, answer);
+    ASSERT_NE(panel("savePanel"), nullptr);
+    EXPECT_EQ(panel("savePanel")->parentWidget(), nullptr) << "no such window is open";
+    panel("savePanel")->reject();
+    runUntil([&] { return answers.size() == 2; }, 1000);
+}
+
 TEST(QtPanels, NoAnswerComesAfterTheEnd) {
     FakeTexts texts;
     int answers = 0;

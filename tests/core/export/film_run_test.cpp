@@ -187,23 +187,21 @@ TEST_F(FilmRun, CancelSaysNothingAtAnyStage) {
     project.scheduler.run();
     EXPECT_TRUE(endedWell());
 
-    // Canceled while the panel is open, and while the film is copied.
+    // Canceled while the panel is open, and while the film is copied: only the panel gives it up.
     start(cuts::CurrentTimeline{});
     succeed(3);
     cancel();
     EXPECT_EQ(completions, 0) << "the panel is still open";
-    answerSave(saved / "film.mp4");
-    EXPECT_TRUE(endedWell());
-    start(cuts::CurrentTimeline{});
-    succeed(4);
     project.panels.answerSave(saved / "film.mp4");
     cancel();
-    EXPECT_TRUE(endedWell());
+    EXPECT_EQ(completions, 0);
     EXPECT_FALSE(fs::exists(saved / "film.mp4"));
+    answerSave(std::nullopt);
+    EXPECT_TRUE(endedWell());
 
     // A later run is not affected.
     start(cuts::CurrentTimeline{});
-    succeed(5);
+    succeed(4);
     answerSave(saved / "film.mp4");
     EXPECT_TRUE(endedWell());
     EXPECT_TRUE(fs::exists(saved / "film.mp4"));
@@ -228,14 +226,67 @@ TEST_F(FilmRun, DestroyingTheHelperEndsItsRun) {
     EXPECT_TRUE(session().canceled());
     project.scheduler.run();
     EXPECT_EQ(completions, 0);
+}
 
-    helper = std::make_unique<ExportHelper>(services);
+TEST_F(FilmRun, AFinishedFilmIsStillOfferedWhenItsWindowIsClosed) {
+    const auto& any = project.core.products.any;
+    helper = std::make_unique<ExportHelper>(services, "timelines");
     start(cuts::CurrentTimeline{});
-    succeed(1);
+    succeed();
+    EXPECT_EQ(project.panels.saves[0].request.window, "timelines");
+    EXPECT_TRUE(*any);
     helper.reset();
+    project.scheduler.run();
+    answerSave(std::nullopt);  // the panel is closed with its window
+    ASSERT_EQ(project.panels.saves.size(), 1U);
+    EXPECT_EQ(project.panels.saves[0].request.window, "list");
+    EXPECT_TRUE(*any);
     answerSave(saved / "film.mp4");
     EXPECT_EQ(completions, 0);
-    EXPECT_FALSE(fs::exists(saved / "film.mp4"));
+    EXPECT_EQ(fileText(saved / "film.mp4"), "film");
+    EXPECT_TRUE(project.log.has("fullControlExportFilmSuccess " + (saved / "film.mp4").string()));
+    EXPECT_FALSE(*any);
+    EXPECT_THAT(leftovers(), IsEmpty());
+
+    // The window is closed while the film is copied.
+    helper = std::make_unique<ExportHelper>(services, "timelines");
+    start(cuts::CurrentTimeline{});
+    succeed(1);
+    project.panels.answerSave(saved / "second.mp4");
+    helper.reset();
+    project.scheduler.run();
+    EXPECT_EQ(fileText(saved / "second.mp4"), "film");
+    EXPECT_THAT(project.panels.saves, IsEmpty());
+
+    // The film is gone, which somebody has to be told.
+    helper = std::make_unique<ExportHelper>(services, "timelines");
+    start(cuts::CurrentTimeline{});
+    succeed(2);
+    helper.reset();
+    project.scheduler.run();
+    answerSave(std::nullopt);
+    fs::remove(session(2).job.target);
+    answerSave(saved / "third.mp4");
+    EXPECT_EQ(closeAlert(), "exportErrorProductMissing");
+}
+
+TEST_F(FilmRun, NoVideoOfTheLibraryIsReplacedByAFilm) {
+    const auto other = project.folder.write("other.mp4", "another match");
+    project.library.addVideoNamed(other, "Other");
+    const auto before = fileText(source);
+    start(cuts::CurrentTimeline{});
+    succeed();
+    fs::create_symlink(other, saved / "link.mp4");
+    for (const auto& video : {source, other, saved / "link.mp4"}) {
+        answerSave(video);
+        EXPECT_EQ(completions, 0);
+        EXPECT_THAT(closeAlert(), testing::HasSubstr("exportSaveOverVideo"));
+    }
+    EXPECT_EQ(fileText(source), before);
+    EXPECT_EQ(fileText(other), "another match");
+    project.folder.write("saved/older.mp4", "an older film");
+    answerSave(saved / "older.mp4");
+    EXPECT_TRUE(endedWell());
 }
 
 TEST_F(FilmRun, DrawingsComeByTheSwitchOrWithTheirTimeline) {

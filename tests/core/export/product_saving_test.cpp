@@ -124,29 +124,45 @@ TEST_F(Saving, AMissingProductIsAnError) {
     EXPECT_EQ(fileText(target), "an older film");
 }
 
-TEST_F(Saving, CancelStopsTheWritingAndAsksNoMore) {
+TEST_F(Saving, StoppingTheWritingAsksAgainAndLosesNothing) {
     begin();
+    saving->stopWriting();  // only the panel is open
     panels.answerSave(target);
-    saving->cancel();
+    saving->stopWriting();
     scheduler.run();
-    EXPECT_EQ(ends, 1);
-    EXPECT_FALSE(saved);
+    EXPECT_EQ(ends, 0);
     EXPECT_EQ(fileText(target), "an older film");
+    ASSERT_EQ(panels.saves.size(), 1U);
+    EXPECT_EQ(panels.saves[0].request.defaultName, "mine.mp4");
+    EXPECT_TRUE(panels.alerts.empty());
+    expectSaved();
+}
 
-    saving = std::make_unique<ProductSaving>(panels, scheduler, texts);
+TEST_F(Saving, ItMovesToAnotherWindowAtAnyStage) {
     begin();
+    saving->moveTo("list");
+    scheduler.run();
+    panels.answerSave(std::nullopt);  // the panel closes with its window
+    EXPECT_EQ(ends, 0);
+    ASSERT_EQ(panels.saves.size(), 1U);
+    EXPECT_EQ(panels.saves[0].request.window, "list");
     answer(folder.path() / "unplugged" / "film.mp4");
-    saving->cancel();
+    saving->moveTo("other");
     panels.closeAlert();
-    EXPECT_EQ(ends, 2);
+    scheduler.run();
+    ASSERT_EQ(panels.saves.size(), 1U);
+    EXPECT_EQ(panels.saves[0].request.window, "other");
+    panels.answerSave(target);
+    saving->moveTo("list");  // it is being written
+    scheduler.run();
+    EXPECT_EQ(saved, target);
     EXPECT_TRUE(panels.saves.empty());
 
     saving = std::make_unique<ProductSaving>(panels, scheduler, texts);
     begin();
-    saving.reset();  // its window is closed
+    saving.reset();
     answer(target);
-    EXPECT_EQ(ends, 2);
-    EXPECT_EQ(fileText(target), "an older film");
+    EXPECT_EQ(ends, 1);
 }
 
 TEST_F(Saving, ProductsNeedNotBeFiles) {

@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/files.h"
+
 #include "fakes/temp_folder.h"
 
 namespace tembrix {
@@ -63,6 +65,42 @@ TEST_F(RunFolders, OfAKilledProcessAreRemovedButNotThoseOfALivingOne) {
     kill(other, SIGKILL);
     waitpid(other, nullptr, 0);
     removeAbandonedRunFolders(temporary.path());
+    EXPECT_TRUE(fs::is_empty(runs));
+}
+
+TEST_F(RunFolders, TheCopyThatAKilledProcessWasWritingIsRemovedFromItsTarget) {
+    const TempFolder user;
+    user.write("film.mp4", "an older film");
+    user.write(".new-0123", "a file of the user's");
+    temporary.write("big.mp4", std::string(100, 'f'));
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t other = fork();
+    if (other == 0) {
+        const auto folder = make();
+        (void)replaceFileByCopy(
+            user.path() / "film.mp4", temporary.path() / "big.mp4",
+            [&] {
+                const bool told = write(ready[1], "x", 1) == 1;
+                while (told)
+                    pause();
+                return false;
+            },
+            [&](const fs::path& unfinished) { noteUnfinishedCopy(folder->path(), unfinished); });
+        _exit(1);
+    }
+    char told = 0;
+    ASSERT_EQ(read(ready[0], &told, 1), 1);
+    close(ready[0]);
+    close(ready[1]);
+    EXPECT_EQ(std::distance(fs::directory_iterator(user.path()), {}), 3);
+    removeAbandonedRunFolders(temporary.path());
+    EXPECT_EQ(std::distance(fs::directory_iterator(user.path()), {}), 3) << "it is still running";
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
+    removeAbandonedRunFolders(temporary.path());
+    EXPECT_EQ(std::distance(fs::directory_iterator(user.path()), {}), 2);
+    EXPECT_EQ(fileText(user.path() / "film.mp4"), "an older film");
     EXPECT_TRUE(fs::is_empty(runs));
 }
 
