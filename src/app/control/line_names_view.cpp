@@ -1,9 +1,12 @@
 #include "app/control/line_names_view.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <QTimer>
 #include <algorithm>
 
 #include "app/theme/theme.h"
@@ -97,6 +100,33 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
         if (kept_)
             setCurrentIndex(names_.indexOf(*kept_));
     });
+}
+
+LineNamesView::~LineNamesView() {
+    if (drag_)
+        QDrag::cancel();
+}
+
+// A drag runs an event loop, in which the project may be closed and this view destroyed. Therefore
+// it is not started in an event of the view, is no child of the view, and uses nothing of the view
+// when it ends.
+void LineNamesView::startDrag(Qt::DropActions actions) {
+    QTimer::singleShot(0, qApp, [view = QPointer(this), actions] {
+        if (view && QGuiApplication::mouseButtons().testFlag(Qt::LeftButton))
+            view->drag(actions);
+    });
+}
+
+void LineNamesView::drag(Qt::DropActions actions) {
+    const QModelIndex index = currentIndex();
+    if (!index.flags().testFlag(Qt::ItemIsDragEnabled))
+        return;
+    const QRect cell = visualRect(index);
+    drag_ = new QDrag(qApp);
+    drag_->setMimeData(names_.mimeData({index}));
+    drag_->setPixmap(viewport()->grab(cell));
+    drag_->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - cell.topLeft());
+    drag_->exec(actions, Qt::MoveAction);
 }
 
 void LineNamesView::dragMoveEvent(QDragMoveEvent* event) {

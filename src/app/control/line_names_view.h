@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QDrag>
 #include <QListView>
+#include <QPointer>
 
 #include "base/uuid.h"
 
@@ -19,6 +21,7 @@ class LineNamesView final : public QListView {
   public:
     LineNamesView(TimelineEditingModel& model, LineNamesModel& names, const Texts& texts,
                   QWidget* parent = nullptr);
+    ~LineNamesView() override;
 
     std::optional<Uuid> currentLine() const { return names_.lineAt(currentIndex()); }
 
@@ -28,12 +31,14 @@ class LineNamesView final : public QListView {
   protected:
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void drag(Qt::DropActions actions);
     void moveCurrent(int step);
     void showGap(std::optional<int> row);
     QRect gapArea(int row) const;
@@ -41,7 +46,8 @@ class LineNamesView final : public QListView {
     TimelineEditingModel& model_;
     LineNamesModel& names_;
     std::optional<Uuid> kept_;  // the current line while the rows are replaced
-    std::optional<int> gap_;    // the row above which a dragged line would be inserted
+    QPointer<QDrag> drag_;
+    std::optional<int> gap_;  // the row above which a dragged line would be inserted
 };
 
 }  // namespace tembrix

@@ -1,4 +1,7 @@
+#include <QDrag>
+#include <QElapsedTimer>
 #include <QMimeData>
+#include <QTimer>
 #include <gmock/gmock.h>
 
 #include "app/control/control_window_fixture.h"
@@ -174,6 +177,27 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     EXPECT_TRUE(find("fullControlRedo")->isEnabled());
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));
+}
+
+TEST_F(FullControlViewTest, ClosingTheWindowEndsTheDragOfALine) {
+    const auto center = names->viewport()->mapTo(
+        view.get(), names->visualRect(names->model()->index(1, 0)).center());
+    QWindow* window = view->windowHandle();
+    bool dragged = false;
+    QTimer::singleShot(300, qApp, [&] {
+        dragged = names->findChild<QDrag*>() || qApp->findChild<QDrag*>();
+        view.reset();
+    });
+    QTimer::singleShot(4000, qApp, [] { QDrag::cancel(); });
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTest::mousePress(window, Qt::LeftButton, {}, center);
+    for (const int y : {5, 15, 30})
+        QTest::mouseMove(window, center + QPoint(0, y));
+    QTest::qWait(500);
+    EXPECT_TRUE(dragged);
+    EXPECT_FALSE(view);
+    EXPECT_LT(elapsed.elapsed(), 3000) << "the drag went on without its window";
 }
 
 TEST_F(FullControlViewTest, LinesAreReorderedByDropAndByKeyboard) {
