@@ -12,8 +12,6 @@ class DrawingLinks {
     virtual ~DrawingLinks() = default;
     virtual void deleteDrawingFiles(const std::string& drawingName) = 0;
     virtual void checkLinksAfterResize(const Uuid& stampId, double start, double finish) = 0;
-    // Whether the files of the drawing exist, so that its stamp may be restored.
-    virtual bool drawingExists(const std::string&) const { return false; }
 };
 
 }  // namespace tembrix

@@ -65,6 +65,7 @@ void TimelineDataManager::openTimeline(const Bytes& bookmark, TimelineLines load
     selectedLineID.set(selects ? std::optional(lines->front()->id) : std::nullopt);
     storage_.prepareToSave(*lines);
     ensureDrawingsTimeline();
+    deletedDrawings_.clear();
     replaced.emit();
 }
 
@@ -76,6 +77,7 @@ void TimelineDataManager::replaceLines(TimelineLines replacement) {
     if (edit.selectedLine() && !lineIndex(edit.lines(), *edit.selectedLine()))
         edit.selectLine(std::nullopt);
     commit(edit);
+    deletedDrawings_.clear();
     replaced.emit();
     events_.post(events::StampCountsChanged{});
 }
@@ -175,11 +177,13 @@ void TimelineDataManager::removeStamp(const Uuid& line, const Uuid& stamp) {
     if (!found)
         return;
     bool filesRemoved = false;
-    if (const auto index = stampIndex(*found, stamp); index && line == drawingsLineId()) {
+    if (const auto index = stampIndex(*found, stamp);
+        index && line == drawingsLineId() && drawingLinks_) {
         const TimelineStamp& removed = *found->stamps[*index];
         filesRemoved = isDrawingStamp(removed);
-        if (drawingLinks_)
-            drawingLinks_->deleteDrawingFiles(std::string(removed.label));
+        if (filesRemoved)
+            deletedDrawings_.insert(removed.idTag);
+        drawingLinks_->deleteDrawingFiles(std::string(removed.label));
     }
     auto edit = begin();
     edit.makeIfPossible(RemoveStamp{line, stamp});
@@ -265,7 +269,7 @@ std::string TimelineDataManager::drawingsName() const {
 
 TimelineStep TimelineDataManager::undoStep(const TimelineStep& step) {
     auto edit = begin();
-    for (const TimelineChange& change : withDrawingsThatExist(step.changes))
+    for (const TimelineChange& change : withoutDeletedDrawings(step.changes))
         edit.makeIfPossible(change);
     TimelineStep again{step.name, edit.inverses(), step.selectionAfter, step.selectionBefore};
     if (again.changes.empty())
@@ -290,20 +294,29 @@ TimelineStep TimelineDataManager::undoStep(const TimelineStep& step) {
     return again;
 }
 
-std::vector<TimelineChange> TimelineDataManager::withDrawingsThatExist(
+std::vector<TimelineChange> TimelineDataManager::withoutDeletedDrawings(
     std::vector<TimelineChange> changes) const {
-    const auto isGone = [this](const Cow<TimelineStamp>& stamp) {
-        return isDrawingStamp(*stamp) &&
-               !(drawingLinks_ && drawingLinks_->drawingExists(stamp->label));
+    const auto isDeleted = [this](const Cow<TimelineStamp>& stamp) {
+        return deletedDrawings_.contains(stamp->idTag);
     };
-    std::erase_if(changes, [&](const TimelineChange& made) {
-        const auto* insert = std::get_if<InsertStamp>(&made);
-        return insert && isGone(insert->stamp);
+    std::set<std::string> leftOut;
+    for (const TimelineChange& change : changes)
+        if (const auto* insert = std::get_if<InsertStamp>(&change);
+            insert && isDeleted(insert->stamp))
+            leftOut.insert(insert->stamp->idTag);
+    std::erase_if(changes, [&](const TimelineChange& change) {
+        if (const auto* insert = std::get_if<InsertStamp>(&change))
+            return leftOut.contains(insert->stamp->idTag);
+        // A move inserts a copy and removes the stamp. Without the copy the stamp must remain.
+        const auto* remove = std::get_if<RemoveStamp>(&change);
+        const auto found = remove ? findStamp(remove->stamp) : std::nullopt;
+        return found && leftOut.contains(found->stamp->idTag);
     });
-    for (TimelineChange& made : changes)
-        if (auto* insert = std::get_if<InsertLine>(&made);
-            insert && std::any_of(insert->line->stamps.begin(), insert->line->stamps.end(), isGone))
-            std::erase_if(insert->line.write().stamps, isGone);
+    for (TimelineChange& change : changes)
+        if (auto* insert = std::get_if<InsertLine>(&change);
+            insert &&
+            std::any_of(insert->line->stamps.begin(), insert->line->stamps.end(), isDeleted))
+            std::erase_if(insert->line.write().stamps, isDeleted);
     return changes;
 }
 

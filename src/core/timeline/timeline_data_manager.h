@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -91,8 +92,8 @@ class TimelineDataManager {
     void saveLines();
     Uuid ensureDrawingsTimeline();
 
-    // Undoes a step and saves. Returns the step that redoes it. Stamps of drawings are restored
-    // only if their drawing exists. The result is empty if nothing could be undone.
+    // Undoes a step and saves. Returns the step that redoes it. The stamp of a drawing that was
+    // deleted since is not restored. The result is empty if nothing could be undone.
     TimelineStep undoStep(const TimelineStep& step);
 
     // Null for an unknown id; valid until the lines change.
@@ -108,7 +109,7 @@ class TimelineDataManager {
     void save(const TimelineLines& lines);
     const VideosData* openVideo() const;  // null if the library does not know it
     std::string drawingsName() const;
-    std::vector<TimelineChange> withDrawingsThatExist(std::vector<TimelineChange> changes) const;
+    std::vector<TimelineChange> withoutDeletedDrawings(std::vector<TimelineChange> changes) const;
 
     InMemoryStorageManager& storage_;
     VideoFilesManager& library_;
@@ -117,6 +118,7 @@ class TimelineDataManager {
     EventBus& events_;
     const Texts& texts_;
     DrawingLinks* drawingLinks_ = nullptr;
+    std::set<std::string> deletedDrawings_;  // idTag of the drawings whose files were deleted
     std::string currentVideoId_;
     std::uint64_t revision_ = 0;  // counts the changes of `lines`
     mutable std::unordered_map<Uuid, std::pair<std::size_t, std::size_t>> stampPlaces_;

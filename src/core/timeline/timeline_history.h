@@ -17,10 +17,10 @@ namespace tembrix {
 // the history.
 //
 // A drawing consists of a stamp on the drawings timeline and two files. Saving and deleting a
-// drawing cannot be undone, because the files would not be restored; neither adds a step. A step
-// that restores the stamp of a drawing, on any line, does so only if the drawing exists; the rest
-// of the step is still undone. When undo changes the times of a stamp, the links of drawings to it
-// are checked again; lost links are not restored.
+// drawing cannot be undone, because the files would not be restored; neither adds a step. No step
+// restores the stamp of a deleted drawing, on any line; the rest of the step is still undone. When
+// undo changes the times of a stamp, the links of drawings to it are checked again; lost links are
+// not restored.
 //
 // Renaming a tag does not add a step. Instead, the new name is entered into all steps, so that
 // restored stamps and lines have it. Main thread only.

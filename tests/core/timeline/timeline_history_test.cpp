@@ -22,7 +22,6 @@ struct DrawingFolder final : DrawingLinks {
     void checkLinksAfterResize(const Uuid& stamp, double, double) override {
         checked.push_back(stamp);
     }
-    bool drawingExists(const std::string& name) const override { return files.contains(name); }
 };
 
 class TimelineHistoryTest : public testing::Test {
@@ -134,7 +133,7 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     store.updateStampTimes(drawingsLineId(), gone.id, std::nullopt, 9.0);
     EXPECT_EQ(history.undoName.get(), "timelineStepResizeTag");
     store.removeStamp(drawingsLineId(), gone.id);
-    EXPECT_FALSE(drawings.drawingExists("Gone"));
+    EXPECT_THAT(drawings.files, ElementsAre("Kept"));
     history.undo();
     EXPECT_FALSE(store.findStamp(gone.id));
     EXPECT_FALSE(store.findStamp(pass.id));
@@ -143,8 +142,7 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     EXPECT_FALSE(history.canRedo.get());
     EXPECT_THAT(store.lines->front()->stamps, SizeIs(1));
 
-    // If the stamp of a drawing was moved to another line and deleted with it, it is restored while
-    // the drawing exists.
+    // If the stamp of a drawing was moved to another line and deleted with it, it is restored.
     store.moveStamp({drawingsLineId(), kept.id}, line);
     store.deleteLine(line);
     history.undo();
@@ -152,13 +150,57 @@ TEST_F(TimelineHistoryTest, DrawingsAreNeverBroughtBackWithoutTheirFiles) {
     history.undo();
     EXPECT_EQ(*store.findStamp(kept.id)->stamp, kept);
     EXPECT_EQ(store.findStamp(kept.id)->line->id, drawingsLineId());
-    history.redo();
-    history.redo();
-    drawings.files.clear();
-    history.undo();
-    EXPECT_THAT(store.findLine(line)->stamps, SizeIs(1));  // only the pass
-    EXPECT_TRUE(store.findStamp(pass.id));
     EXPECT_EQ(stored(), *store.lines);
+}
+
+TEST_F(TimelineHistoryTest, AMoveIsNotUndoneByHalfAfterItsDrawingWasDeleted) {
+    const Uuid line = project.addLine("A");
+    const TimelineStamp pass = addStamp(line);
+    const TimelineStamp moved = addDrawing("Corner");
+    TimelineStamp twin = moved;  // as an imported document may repeat it
+    twin.id = Uuid::random();
+    store.appendStamp(drawingsLineId(), twin);
+    store.moveStamp({drawingsLineId(), moved.id}, line);
+    const Uuid copy = store.findLine(line)->stamps.back()->id;
+    store.removeStamp(drawingsLineId(), twin.id);
+    const TimelineLines before = *store.lines;
+
+    // The move cannot be undone any more, so the press goes to the mark before it.
+    history.undo();
+    EXPECT_FALSE(store.findStamp(pass.id));
+    ASSERT_TRUE(store.findStamp(copy));
+    history.redo();
+    EXPECT_EQ(*store.lines, before);
+
+    store.deleteLine(line);
+    history.undo();
+    ASSERT_THAT(store.findLine(line)->stamps, SizeIs(1));
+    EXPECT_EQ(store.findLine(line)->stamps[0]->id, pass.id);
+}
+
+// Nothing deletes the files of drawings here: such stamps come with imported documents.
+TEST_F(TimelineHistoryTest, StampsOfDrawingsWhoseFilesRemainAreUndoneLikeOthers) {
+    store.setDrawingLinks(nullptr);
+    const Uuid line = project.addLine("A");
+    const TimelineStamp drawing = addDrawing("Corner");
+    const TimelineLines drawn = *store.lines;
+    store.moveStamp({drawingsLineId(), drawing.id}, line);
+    const TimelineLines moved = *store.lines;
+    store.deleteLine(line);
+    history.undo();
+    EXPECT_EQ(*store.lines, moved);
+    history.undo();
+    EXPECT_EQ(*store.lines, drawn);
+    EXPECT_EQ(stored(), drawn);
+    history.redo();
+    EXPECT_EQ(*store.lines, moved);
+    store.removeStamp(line, store.findLine(line)->stamps[0]->id);
+    history.undo();
+    EXPECT_EQ(*store.lines, moved);
+    history.undo();
+    store.removeStamp(drawingsLineId(), drawing.id);
+    history.undo();
+    EXPECT_EQ(*store.lines, drawn);
 }
 
 TEST_F(TimelineHistoryTest, LinksAreCheckedAgainWhenTimesGoBack) {
