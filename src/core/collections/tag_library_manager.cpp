@@ -349,6 +349,13 @@ const Tag* TagLibraryManager::tagById(const std::string& id) const {
     return found == places_.tags.end() ? nullptr : &merged->tags[found->second];
 }
 
+const Tag* TagLibraryManager::presentTagById(const std::string& id) const {
+    for (const Tag& tag : active->tags)
+        if (tag.id == id)
+            return &tag;
+    return tagById(id);
+}
+
 const Label* TagLibraryManager::labelById(const std::string& id) const {
     const auto found = places_.labels.find(id);
     return found == places_.labels.end() ? nullptr : &merged->labels[found->second];

@@ -63,6 +63,9 @@ class TagLibraryManager {
     void addTransientTagGroup(const TagGroup& group);
 
     const Tag* tagById(const std::string& id) const;  // valid until the merged lists change
+    // The tag as the user can mark with it now: a save changes the active lists before the merged
+    // ones. Valid until either changes.
+    const Tag* presentTagById(const std::string& id) const;
     const Label* labelById(const std::string& id) const;
     const LabelGroupData* labelGroupContaining(const std::string& labelId) const;
     std::vector<Label> labelsForTag(const Tag& tag) const;

@@ -39,7 +39,7 @@ std::optional<StampItemsSelection::Arguments> StampEditing::arguments(
     const TimelineStamp& stamp = *found->stamp;
     StampItemsSelection::Arguments arguments;
     arguments.sheetType = type;
-    if (const Tag* tag = tagLibrary_.tagById(stamp.idTag)) {
+    if (const Tag* tag = tagLibrary_.presentTagById(stamp.idTag)) {
         arguments.stampName = tag->name;
         arguments.tag = *tag;
     } else {

@@ -340,7 +340,7 @@ void MarkingFlow::addStamp(const Tag& tag, TimelineStamp stamp) {
         if (!selected || !timeline_.appendStamp(*selected, std::move(stamp)))
             return;
     } else {
-        if (const Tag* known = tagLibrary_.tagById(tag.id))
+        if (const Tag* known = tagLibrary_.presentTagById(tag.id))
             timeline_.appendStampForTag(*known, std::move(stamp));
         else
             timeline_.saveLines();

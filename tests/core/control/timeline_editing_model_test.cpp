@@ -411,6 +411,18 @@ TEST_F(TimelineEditingModelTest, EditingUsesTheStoredIdsAfterADelay) {
     EXPECT_THAT(stamp(id).timeEvents, ElementsAre("e1"));
     EXPECT_THAT(stamp(id).labels, ElementsAre("l2", "l3"));
 
+    // The sheet offers what the tag has now, also before the other collections are read again.
+    CollectionLists lists;
+    lists.tags.resize(1);
+    lists.tags[0].id = stamp(id).idTag;
+    project.useCollection("Mine", lists);
+    CollectionData changed = *project.storage.loadCollection("Mine");
+    changed.tags[0].lablesGroup = {"team"};
+    project.storage.saveCollection(changed);
+    project.events.post(events::CollectionDataChanged{"Mine"});
+    EXPECT_THAT(model.editing.arguments(StampEditSheetType::lables)->tag->lablesGroup,
+                ElementsAre("team"));
+
     // A missing stamp gives no arguments, for any reason.
     project.timeline.removeStamp(line, id);
     EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));

@@ -165,6 +165,16 @@ TEST_F(MarkingFlowTest, TagBasedModeMakesALinePerTagAndLeavesTheSelection) {
     flow.handleTagTap(MarkingProject::tag("unknown"));
     EXPECT_THAT(*project.timeline.lines, SizeIs(4));
     EXPECT_THAT(project.stamps(), SizeIs(3));
+
+    // A tag that was just added to the collection has, before the other collections are read again.
+    CollectionData changed = *project.storage.loadCollection("MINE");
+    changed.tags.push_back(MarkingProject::tag("new"));
+    project.storage.saveCollection(changed);
+    project.events.post(events::CollectionDataChanged{MarkingProject::collectionName});
+    ASSERT_FALSE(project.tagLibrary.tagById("new"));
+    flow.handleTagTap(project.tagLibrary.active->tags.back());
+    EXPECT_EQ(project.timeline.lines->back()->name, "Tag new");
+    EXPECT_THAT(project.timeline.lines->back()->stamps, SizeIs(1));
 }
 
 TEST_F(MarkingFlowTest, LabelsAreAskedForBeforeTheStampAndCancellingLeavesNone) {
