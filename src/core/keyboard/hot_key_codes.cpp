@@ -145,7 +145,7 @@ std::string canonicalKey(const std::string& name) {
     if (int code = 0; name.starts_with("key(") && name.ends_with(')') &&
                       std::from_chars(name.data() + 4, name.data() + name.size() - 1, code).ptr ==
                           name.data() + name.size() - 1)
-        return lookupKey(code);
+        return code < 0 ? std::string() : lookupKey(code);
     return name;
 }
 
@@ -220,7 +220,7 @@ std::string capturedKeyName(const KeyPress& press) {
     // On some layouts a key types the character that names another key. Then the key's own name is
     // recorded, so that the same key is found later.
     const auto typed = canonicalKey(lowerCased(press.characters));
-    if (isLookupKey(typed)) {
+    if (press.code >= 0 && isLookupKey(typed)) {
         const auto place = textOf(lookupKeys, press.code);
         if (place && typed != *place)
             return std::string(*place);
@@ -233,7 +233,7 @@ std::string capturedKeyName(const KeyPress& press) {
 }  // namespace
 
 std::string keyString(const KeyPress& press) {
-    return lookupForm(press.modifiers, lookupKey(press.code));
+    return press.code < 0 ? std::string() : lookupForm(press.modifiers, lookupKey(press.code));
 }
 
 std::string capturedModifiers(const KeyModifiers& modifiers) {
@@ -252,6 +252,8 @@ std::string capturedModifiers(const KeyModifiers& modifiers) {
 }
 
 std::string capturedForm(const KeyPress& press) {
+    if (press.code < 0 && press.characters.empty())
+        return {};
     const auto modifiers = capturedModifiers(press.modifiers);
     const auto key = capturedKeyName(press);
     return modifiers.empty() ? key : modifiers + "+" + key;

@@ -26,14 +26,14 @@ struct KeyModifiers {
 };
 
 struct KeyPress {
-    int code = -1;  // -1 for a key outside every table
+    int code = -1;  // -1 for a key without a code, which is identified by its characters
     KeyModifiers modifiers;
     std::string characters;  // ignoring modifiers, UTF-8
     bool operator==(const KeyPress&) const = default;
 };
 
 // The lookup form of a press: the held modifiers in the order "ctrl+alt+shift+cmd+", then the key,
-// e.g. "shift+a".
+// e.g. "shift+a". Empty for a key without a code.
 std::string keyString(const KeyPress& press);
 
 // The form in which a hot key is recorded, e.g. "⌘+A". Empty if the press cannot be recorded.

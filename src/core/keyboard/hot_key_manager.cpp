@@ -10,7 +10,7 @@ namespace tembrix {
 namespace {
 
 // Finds the value by the place of the key. Keys outside the tables are also found by their recorded
-// form.
+// form. No value is registered for a press that has neither.
 template <class Value>
 std::optional<Value> find(const std::map<std::string, Value>& registered, const KeyPress& press) {
     auto found = registered.find(keyString(press));
@@ -46,14 +46,14 @@ void HotKeyManager::registerHotkeys(const std::vector<Tag>& tags, const TagColle
     clearHotkeys();
     activeCollection_ = collection;
     for (const auto& tag : tags) {
-        if (tag.hotkey && !tag.hotkey->empty())
-            registeredHotkeys_.insert_or_assign(canonicalHotkey(*tag.hotkey), tag);
+        if (const auto text = canonicalHotkey(tag.hotkey.value_or("")); !text.empty())
+            registeredHotkeys_.insert_or_assign(text, tag);
         if (!tag.labelHotkeys)
             continue;
         for (const auto& [labelId, hotkey] : *tag.labelHotkeys) {
-            if (hotkey.empty())
-                continue;
             const auto text = canonicalHotkey(hotkey);
+            if (text.empty())
+                continue;
             registeredLabelHotkeys_.insert_or_assign(text, LabelHotkey{labelId, tag.id});
             labelHotkeysOfTags_[tag.id].insert_or_assign(text, labelId);
         }
@@ -66,15 +66,20 @@ void HotKeyManager::clearHotkeys() {
     labelHotkeysOfTags_.clear();
 }
 
-void HotKeyManager::beginLabelChoice(std::optional<std::string> tagId) {
-    labelHotkeyTag_ = std::move(tagId);
+HotKeyManager::LabelChoice HotKeyManager::beginLabelChoice(std::optional<std::string> tagId) {
+    labelChoices_.emplace(++lastLabelChoice_, std::move(tagId));
     isLabelHotkeyMode.set(true);
+    return lastLabelChoice_;
 }
 
-void HotKeyManager::endLabelChoice() {
-    labelHotkeyTag_.reset();
-    isLabelHotkeyMode.set(false);
+void HotKeyManager::endLabelChoice(LabelChoice choice) {
+    labelChoices_.erase(choice);
+    isLabelHotkeyMode.set(!labelChoices_.empty());
     hotKeySelectedLabelId.set(std::nullopt);
+}
+
+bool HotKeyManager::hasLabelKeys(LabelChoice choice) const {
+    return !labelChoices_.empty() && labelChoices_.rbegin()->first == choice;
 }
 
 bool HotKeyManager::handleKeyDown(const KeyPress& press) {
@@ -157,11 +162,12 @@ HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
 }
 
 std::optional<HotKeyManager::LabelHotkey> HotKeyManager::labelFor(const KeyPress& press) const {
-    if (labelHotkeyTag_) {
-        const auto own = labelHotkeysOfTags_.find(*labelHotkeyTag_);
+    const auto tag = labelChoices_.empty() ? std::nullopt : labelChoices_.rbegin()->second;
+    if (tag) {
+        const auto own = labelHotkeysOfTags_.find(*tag);
         if (own != labelHotkeysOfTags_.end())
             if (const auto label = find(own->second, press))
-                return LabelHotkey{*label, *labelHotkeyTag_};
+                return LabelHotkey{*label, *tag};
     }
     return find(registeredLabelHotkeys_, press);
 }

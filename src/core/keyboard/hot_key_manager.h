@@ -44,9 +44,12 @@ class HotKeyManager final : public HotkeyRegistry {
     void clearHotkeys();
 
     // While labels are chosen, keys choose labels instead of tags. The label hot keys of the given
-    // tag have priority over those of other tags, which may use the same keys.
-    void beginLabelChoice(std::optional<std::string> tagId);
-    void endLabelChoice();
+    // tag have priority over those of other tags, which may use the same keys. Of several choices
+    // at once the one that began last has the keys.
+    using LabelChoice = int;
+    LabelChoice beginLabelChoice(std::optional<std::string> tagId);
+    void endLabelChoice(LabelChoice choice);
+    bool hasLabelKeys(LabelChoice choice) const;
 
     // Handles a press. Returns true if it was handled, false if views should receive it.
     bool handleKeyDown(const KeyPress& press);
@@ -83,7 +86,8 @@ class HotKeyManager final : public HotkeyRegistry {
     std::map<std::string, Tag> registeredHotkeys_;
     std::map<std::string, LabelHotkey> registeredLabelHotkeys_;
     std::map<std::string, std::map<std::string, std::string>> labelHotkeysOfTags_;  // key to label
-    std::optional<std::string> labelHotkeyTag_;
+    std::map<LabelChoice, std::optional<std::string>> labelChoices_;  // to the tag of each
+    LabelChoice lastLabelChoice_ = 0;
     std::vector<Subscription> subscriptions_;
     Lifetime lifetime_;
 };

@@ -42,9 +42,11 @@ StampItemsSelection::Section labelSection(const LabelGroupData& group,
                                           const std::optional<Tag>& tag,
                                           const TagLibraryManager& library) {
     StampItemsSelection::Section section{group.name, {}};
+    // The labels of a group are in its collection, or they are gone.
+    const bool isActive = byId(library.active->labelGroups, group.id) != nullptr;
     for (const std::string& id : group.lables) {
         const Label* label = byId(library.active->labels, id);
-        if (!label)
+        if (!label && !isActive)
             label = library.labelById(id);
         if (!label)
             continue;
@@ -72,17 +74,19 @@ StampItemsSelection::StampItemsSelection(Arguments arguments, const TagLibraryMa
             section.items.push_back({event.id, event.name, std::nullopt});
         sections_.push_back(std::move(section));
     }
-    hotkeys_.beginLabelChoice(arguments_.tag ? std::optional(arguments_.tag->id) : std::nullopt);
+    choice_ = hotkeys_.beginLabelChoice(arguments_.tag ? std::optional(arguments_.tag->id)
+                                                       : std::nullopt);
     labelHotkeyPressed_ =
         events.observe<events::LabelHotkeyPressed>([this](const events::LabelHotkeyPressed& event) {
-            if (arguments_.sheetType == StampEditSheetType::lables && arguments_.tag &&
+            if (hotkeys_.hasLabelKeys(choice_) &&
+                arguments_.sheetType == StampEditSheetType::lables && arguments_.tag &&
                 arguments_.tag->id == event.tagId)
                 toggle(event.labelId);
         });
 }
 
 StampItemsSelection::~StampItemsSelection() {
-    hotkeys_.endLabelChoice();
+    hotkeys_.endLabelChoice(choice_);
 }
 
 void StampItemsSelection::toggle(const std::string& id) {

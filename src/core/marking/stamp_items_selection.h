@@ -36,7 +36,8 @@ class StampItemsSelection {
         std::vector<TimeEvent> timeEvents;
     };
 
-    // Enables the label hot key mode for the lifetime of the object.
+    // Enables the label hot key mode for the lifetime of the object. If there are several objects,
+    // the label hot keys work in the newest one.
     StampItemsSelection(Arguments arguments, const TagLibraryManager& tagLibrary,
                         HotKeyManager& hotkeys, EventBus& events);
     ~StampItemsSelection();
@@ -51,6 +52,7 @@ class StampItemsSelection {
   private:
     Arguments arguments_;
     HotKeyManager& hotkeys_;
+    HotKeyManager::LabelChoice choice_ = 0;
     std::vector<Section> sections_;
     Subscription labelHotkeyPressed_;
 };

@@ -115,7 +115,7 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_EQ(player.toggles, 0);
 
     // While labels are chosen, the user can replay the moment.
-    hotkeys.beginLabelChoice({});
+    const auto choice = hotkeys.beginLabelChoice({});
     strike(sheet, Qt::Key_Space);
     strike(sheet, Qt::Key_Right, Qt::ShiftModifier);
     EXPECT_TRUE(box->isChecked());
@@ -123,7 +123,7 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_EQ(player.soughtTo, 13);
     strike(sheet, Qt::Key_Space, Qt::ControlModifier);
     EXPECT_FALSE(box->isChecked());
-    hotkeys.endLabelChoice();
+    hotkeys.endLabelChoice(choice);
     sheet.close();
 
     QMenu menu(&window);

@@ -134,6 +134,25 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
     EXPECT_EQ(pressed(press(0)), "");
 }
 
+TEST_F(HotKeys, AKeyWithoutACodeIsNotEveryKeyWithoutACode) {
+    EXPECT_EQ(capturedForm(press(-1)), "");
+    EXPECT_EQ(capturedForm(press(-1, command)), "");
+    const std::string slash = capturedForm(press(-1, {}, "/"));
+    EXPECT_EQ(hotkeyCaption(slash), "/");
+    auto own = makeTag("own", "own");
+    own.labelHotkeys = {{"any", "Key(-1)"}};  // as it was recorded once, of no particular key
+    hotkeys.registerHotkeys({makeTag("slash", "slash", slash), makeTag("yen", "yen", "¥"),
+                             makeTag("any", "any", "Key(-1)"), own},
+                            TagCollection::standard());
+    EXPECT_EQ(pressed(press(-1, {}, "/")), "slash");
+    EXPECT_EQ(pressed(press(-1, {}, "¥")), "yen");
+    EXPECT_EQ(pressed(press(-1, shift, "¥")), "");
+    EXPECT_EQ(pressed(press(-1, {}, "ÿ")), "");
+    EXPECT_EQ(pressed(press(-1)), "") << "a volume key";
+    hotkeys.beginLabelChoice("own");
+    EXPECT_EQ(pressed(press(-1)), "");
+}
+
 TEST_F(HotKeys, GatesHoldKeysBack) {
     hotkeys.registerHotkeys({makeTag("1", "tag", "a")}, TagCollection::standard());
     const auto silent = [&](const char* why) { EXPECT_EQ(pressed(press(0)), "") << why; };
@@ -209,17 +228,21 @@ TEST_F(HotKeys, LabelModeGivesTheTagInHandItsOwnKeys) {
     pass.labelHotkeys = {{"long", "1"}, {"unused", ""}};
     hotkeys.registerHotkeys({shot, pass}, TagCollection::standard());
     const auto labels = record<events::LabelHotkeyPressed>();
-    hotkeys.beginLabelChoice({});
+    const auto any = hotkeys.beginLabelChoice({});
     EXPECT_EQ(pressed(press(0)), "") << "tag keys stay silent";
     EXPECT_TRUE(hotkeys.handleKeyDown(press(4, shift)));
     EXPECT_EQ(*hotkeys.hotKeySelectedLabelId, "head");
     EXPECT_TRUE(hotkeys.handleKeyDown(press(18)));
     EXPECT_EQ(labels->back().tagId, "pass") << "the later tag has a shared key";
-    hotkeys.beginLabelChoice("shot");
+    const auto ofShot = hotkeys.beginLabelChoice("shot");
     EXPECT_TRUE(hotkeys.handleKeyDown(press(18)));
     EXPECT_EQ(labels->back().labelId, "own");
     EXPECT_EQ(labels->back().tagId, "shot");
-    hotkeys.endLabelChoice();
+    hotkeys.endLabelChoice(ofShot);
+    EXPECT_TRUE(hotkeys.hasLabelKeys(any)) << "the choice that is left has them again";
+    EXPECT_TRUE(hotkeys.handleKeyDown(press(18)));
+    EXPECT_EQ(labels->back().tagId, "pass");
+    hotkeys.endLabelChoice(any);
     EXPECT_FALSE(hotkeys.handleKeyDown(press(18)));
 }
 

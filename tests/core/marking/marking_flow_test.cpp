@@ -431,9 +431,10 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
     }
     EXPECT_FALSE(project.hotkeys.isLabelHotkeyMode.get());
 
-    // A group missing in the tag's own collection is not replaced by a group of another collection.
+    // A group or label missing in the tag's own collection is not replaced by that of another one.
     CollectionLists other;
-    other.labelGroups = {{"elsewhere", "Elsewhere", {}}};
+    other.labelGroups = {{"elsewhere", "Elsewhere", {"gone"}}};
+    other.labels = {{"gone", "Another collection's", ""}};
     project.addCollection("Other", other);
     for (const bool isActive : {true, false}) {
         StampItemsSelection::Arguments arguments;
@@ -443,12 +444,31 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
             arguments.tag->id = "of another collection";
         const StampItemsSelection sheet(arguments, project.tagLibrary, project.hotkeys,
                                         project.events);
-        EXPECT_THAT(sheet.sections(), SizeIs(isActive ? 0 : 1));
+        ASSERT_THAT(sheet.sections(), SizeIs(isActive ? 0 : 1));
+        if (!isActive)
+            EXPECT_EQ(sheet.sections()[0].items.at(0).name, "Another collection's");
     }
 
     StampItemsSelection all({}, project.tagLibrary, project.hotkeys, project.events);
     ASSERT_THAT(all.sections(), SizeIs(2));
     EXPECT_EQ(all.sections()[0].title, "Team");  // sorted by name
+    EXPECT_THAT(all.sections()[0].items, SizeIs(2));
+}
+
+TEST(StampItemsSelectionTest, OfTwoSheetsTheNewerOneHasTheKeys) {
+    MarkingProject project;
+    StampItemsSelection::Arguments arguments;
+    arguments.tag = project.known("goal");
+    StampItemsSelection first(arguments, project.tagLibrary, project.hotkeys, project.events);
+    {
+        StampItemsSelection second(arguments, project.tagLibrary, project.hotkeys, project.events);
+        project.events.post(events::LabelHotkeyPressed{"own", "goal"});
+        EXPECT_THAT(first.ids(), IsEmpty());
+        EXPECT_THAT(second.ids(), ElementsAre("own"));
+    }
+    EXPECT_TRUE(project.hotkeys.isLabelHotkeyMode.get());
+    project.events.post(events::LabelHotkeyPressed{"away", "goal"});
+    EXPECT_THAT(first.ids(), ElementsAre("away"));
 }
 
 }  // namespace
