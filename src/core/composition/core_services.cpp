@@ -23,7 +23,8 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
       tagLibrary(collections, p.resources / "collections", p.locale),
       commandKeys(p.defaults, p.log),
       commands(commandKeys),
-      projectServices{platform, events, focus, storage, library, collections, tagLibrary, commands, products},
+      projectServices{platform,    events,     focus,    storage, library,
+                      collections, tagLibrary, commands, products},
       windows(projectServices, windowFactory),
       startUp(dataSync, library, tagLibrary) {
     storage.setCollectionIndex(&index);

@@ -87,12 +87,14 @@ struct KeyTableTest : testing::Test {
         focus.setTextFieldFocused(at.textField);
         if (place == nameSheet)
             events.post(events::AddLineSheetAppeared{});
+        std::optional<HotKeyManager::LabelChoice> labels;
         if (place == labelSheet)
-            hotkeys.beginLabelChoice({});
+            labels = hotkeys.beginLabelChoice({});
         events.post(events::EditorModeChanged{place == editor});
         const auto decision = router.decide(press, at);
         events.post(events::SheetDismissed{});
-        hotkeys.endLabelChoice();
+        if (labels)
+            hotkeys.endLabelChoice(*labels);
         switch (decision.meaning) {
             case KeyRouter::Meaning::view:
                 return "view";

@@ -140,7 +140,7 @@ TEST_F(HotKeys, AKeyWithoutACodeIsNotEveryKeyWithoutACode) {
     const std::string slash = capturedForm(press(-1, {}, "/"));
     EXPECT_EQ(hotkeyCaption(slash), "/");
     auto own = makeTag("own", "own");
-    own.labelHotkeys = {{"any", "Key(-1)"}};  // as it was recorded once, of no particular key
+    own.labelHotkeys.emplace()["any"] = "Key(-1)";  // as it was recorded once, of no particular key
     hotkeys.registerHotkeys({makeTag("slash", "slash", slash), makeTag("yen", "yen", "¥"),
                              makeTag("any", "any", "Key(-1)"), own},
                             TagCollection::standard());

@@ -445,8 +445,9 @@ TEST(StampItemsSelectionTest, OffersTheGroupsOfTheTagAndFollowsItsHotKeys) {
         const StampItemsSelection sheet(arguments, project.tagLibrary, project.hotkeys,
                                         project.events);
         ASSERT_THAT(sheet.sections(), SizeIs(isActive ? 0 : 1));
-        if (!isActive)
+        if (!isActive) {
             EXPECT_EQ(sheet.sections()[0].items.at(0).name, "Another collection's");
+        }
     }
 
     StampItemsSelection all({}, project.tagLibrary, project.hotkeys, project.events);

@@ -219,13 +219,13 @@ TEST_F(WindowsManagerTest, FollowsWhichWindowHasTheKeyboard) {
     EXPECT_TRUE(windows.isControlOrLibraryKey());
     say(WindowKind::tagLibrary, KeyState::sheet);
     EXPECT_FALSE(windows.isProjectWindowActive());
-    open().hotkeys.beginLabelChoice({});
+    const auto choice = open().hotkeys.beginLabelChoice({});
     EXPECT_FALSE(windows.isProjectWindowActive()) << "a panel keeps its keys";
     // Label keys work, the space key is the sheet's.
     say(WindowKind::tagLibrary, KeyState::labelSheet);
     EXPECT_TRUE(windows.isProjectWindowActive());
     EXPECT_FALSE(windows.isControlOrLibraryKey());
-    open().hotkeys.endLabelChoice();
+    open().hotkeys.endLabelChoice(choice);
     EXPECT_FALSE(windows.isProjectWindowActive());
 }
 
