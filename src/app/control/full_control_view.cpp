@@ -66,6 +66,8 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
 }
 
 FullControlView::~FullControlView() {
+    // The rules of the commands ask the parts.
+    subscriptions_.clear();
     // The child views use the model in their destructors and when they lose the focus, so they are
     // destroyed before it.
     hide();

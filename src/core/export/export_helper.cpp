@@ -15,6 +15,8 @@ ExportHelper::ExportHelper(ExportServices& services, std::string window)
     : services_(services), window_(std::move(window)) {}
 
 ExportHelper::~ExportHelper() {
+    if (run_)
+        run_->leaveProduct();
     cancelCurrentExport();
 }
 

@@ -72,11 +72,15 @@ ExportRun::ExportRun(ExportServices& services, ProductWords words, std::string w
 
 ExportRun::~ExportRun() {
     stop_.request_stop();
-    if (product_)
-        services_.products.leaveWindow(*product_);
+    leaveProduct();
     // The files may be large. The main thread does not wait until they are removed.
     if (folder_)
         work_.release(std::move(folder_));
+}
+
+void ExportRun::leaveProduct() {
+    if (product_)
+        services_.products.leaveWindow(*std::exchange(product_, std::nullopt));
 }
 
 void ExportRun::exportCuts(ExportSnapshot snapshot) {

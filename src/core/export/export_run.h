@@ -61,6 +61,9 @@ class ExportRun {
     // While the product is being saved, this only stops the writing: the run asks again, and the
     // user gives the product up by closing that panel.
     void cancel();
+    // The window of the run closes. A finished product is still offered for saving, and a copy that
+    // has begun goes on.
+    void leaveProduct();
 
     ExportState state() const { return state_; }
     float progress() const { return progress_; }  // 0 to 1; never decreases
