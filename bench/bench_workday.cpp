@@ -341,7 +341,7 @@ void Workday::deleteOne(int row) {
     --expected_;
     until(
         "the deletion", [&] { return count_ == expected_; },
-        [] { key(Qt::Key_Delete, Qt::AltModifier); });
+        [] { key(Qt::Key_Backspace, Qt::AltModifier); });
 }
 
 // Moves the video to the current time: three seconds on by key, unless a click has moved it.

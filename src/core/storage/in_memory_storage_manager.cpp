@@ -71,9 +71,10 @@ void InMemoryStorageManager::setSavedCopies(SavedCopies* copies) {
     savedCopies_ = copies;
 }
 
-void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId) {
+void InMemoryStorageManager::saveTimeline(const TimelineLines& lines, const std::string& videoId,
+                                          const EditedLines& edits) {
     preparing_.cancel();
-    if (const auto encoded = encoder_->encode(lines); !encoded) {
+    if (const auto encoded = encoder_->encode(lines, edits); !encoded) {
         log_.line("❌ Storage: Error encoding timeline " + videoId + " - " + encoded.error().text);
         return;
     }

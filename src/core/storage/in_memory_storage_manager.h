@@ -21,6 +21,7 @@
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/collection_index_storage.h"
+#include "core/storage/edited_line.h"
 #include "core/storage/written_values.h"
 
 namespace tembrix {
@@ -46,7 +47,9 @@ class InMemoryStorageManager {
     // Sets where to look for copies that cannot be read here. Set before anything is loaded.
     void setSavedCopies(SavedCopies* copies);
 
-    void saveTimeline(const TimelineLines& lines, const std::string& videoId);
+    // Known edits since the last save spare the comparison of long lines.
+    void saveTimeline(const TimelineLines& lines, const std::string& videoId,
+                      const EditedLines& edits = {});
     // Encodes an opened timeline in the background, so that the first save is as fast as later
     // ones.
     void prepareToSave(TimelineLines lines);

@@ -1,6 +1,7 @@
 #include "core/storage/timeline_encoder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,6 +28,42 @@ bool endsPiece(const Cow<TimelineStamp>& stamp) {
 
 std::ptrdiff_t offset(std::size_t index) {
     return static_cast<std::ptrdiff_t>(index);
+}
+
+// How many stamps at the front and at the back are the same objects.
+struct Common {
+    std::size_t front = 0;
+    std::size_t back = 0;
+};
+Common commonStamps(const Stamps& old, const Stamps& now) {
+    const std::size_t both = std::min(old.size(), now.size());
+    Common common;
+    while (common.front < both && old[common.front].sharesWith(now[common.front]))
+        ++common.front;
+    while (common.back < both - common.front &&
+           old[old.size() - 1 - common.back].sharesWith(now[now.size() - 1 - common.back]))
+        ++common.back;
+    return common;
+}
+
+[[maybe_unused]] bool isTrue(const EditedLine& edit) {
+    const Stamps& old = edit.before->stamps;
+    const Stamps& now = edit.after->stamps;
+    const auto same = [](const auto& a, const auto& b) { return a.sharesWith(b); };
+    return edit.front + edit.back <= std::min(old.size(), now.size()) &&
+           std::equal(old.begin(), old.begin() + offset(edit.front), now.begin(), same) &&
+           std::equal(old.end() - offset(edit.back), old.end(), now.end() - offset(edit.back),
+                      same);
+}
+
+Common commonStamps(const Cow<TimelineLine>& old, const Cow<TimelineLine>& now,
+                    const EditedLines& edits) {
+    for (const auto& edit : edits)
+        if (edit.before.sharesWith(old) && edit.after.sharesWith(now)) {
+            assert(isTrue(edit));
+            return {edit.front, edit.back};
+        }
+    return commonStamps(old->stamps, now->stamps);
 }
 
 }  // namespace
@@ -67,8 +104,8 @@ void write(TimelineEncoder::Writer& writer, const Stamps&) {
     writer.skipStamps();
 }
 
-Result<void> TimelineEncoder::encode(const TimelineLines& lines) {
-    return isAligned(lines) ? update(lines) : rebuild(lines);
+Result<void> TimelineEncoder::encode(const TimelineLines& lines, const EditedLines& edits) {
+    return isAligned(lines) ? update(lines, edits) : rebuild(lines, edits);
 }
 
 bool TimelineEncoder::isAligned(const TimelineLines& lines) const {
@@ -80,7 +117,7 @@ bool TimelineEncoder::isAligned(const TimelineLines& lines) const {
 }
 
 // Updates the lists in place if no line was added, removed or moved.
-Result<void> TimelineEncoder::update(const TimelineLines& lines) {
+Result<void> TimelineEncoder::update(const TimelineLines& lines, const EditedLines& edited) {
     struct Edit {
         std::size_t line;
         std::size_t firstPiece;
@@ -90,7 +127,7 @@ Result<void> TimelineEncoder::update(const TimelineLines& lines) {
     std::size_t piece = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!lines[i].sharesWith(lines_[i].line)) {
-            auto change = changeOf(&lines_[i], lines[i], i == 0);
+            auto change = changeOf(&lines_[i], lines[i], i == 0, edited);
             if (!change)
                 return change.error();
             edits.push_back({i, piece, std::move(change).value()});
@@ -112,7 +149,7 @@ Result<void> TimelineEncoder::update(const TimelineLines& lines) {
     return {};
 }
 
-Result<void> TimelineEncoder::rebuild(const TimelineLines& lines) {
+Result<void> TimelineEncoder::rebuild(const TimelineLines& lines, const EditedLines& edits) {
     struct Known {
         const Line* line;
         std::size_t firstPiece;
@@ -128,7 +165,7 @@ Result<void> TimelineEncoder::rebuild(const TimelineLines& lines) {
     for (const auto& line : lines) {
         const auto found = known.find(line->id);
         const Line* before = found == known.end() ? nullptr : found->second.line;
-        auto change = changeOf(before, line, newLines.empty());
+        auto change = changeOf(before, line, newLines.empty(), edits);
         if (!change)
             return change.error();
         Line after{line, newLines.empty(), {}};
@@ -155,8 +192,8 @@ Result<void> TimelineEncoder::rebuild(const TimelineLines& lines) {
 }
 
 Result<TimelineEncoder::Change> TimelineEncoder::changeOf(const Line* before,
-                                                          const Cow<TimelineLine>& line,
-                                                          bool first) {
+                                                          const Cow<TimelineLine>& line, bool first,
+                                                          const EditedLines& edits) {
     Change change;
     const Stamps& now = line->stamps;
     change.lastStamp = now.size();
@@ -169,15 +206,7 @@ Result<TimelineEncoder::Change> TimelineEncoder::changeOf(const Line* before,
             change.front = runs.size();
             return change;
         }
-        const Stamps& old = before->line->stamps;
-        const std::size_t both = std::min(old.size(), now.size());
-        std::size_t prefix = 0;
-        while (prefix < both && old[prefix].sharesWith(now[prefix]))
-            ++prefix;
-        std::size_t suffix = 0;
-        while (suffix < both - prefix &&
-               old[old.size() - 1 - suffix].sharesWith(now[now.size() - 1 - suffix]))
-            ++suffix;
+        const auto [prefix, suffix] = commonStamps(before->line, line, edits);
         // The last piece contains the end of the line, so it is never kept at the front.
         std::size_t inFront = 0;
         while (change.front + 1 < runs.size() && inFront + runs[change.front] <= prefix)

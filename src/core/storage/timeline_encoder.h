@@ -11,6 +11,7 @@
 #include "ports/user_defaults.h"
 
 #include "core/records/timeline_records.h"
+#include "core/storage/edited_line.h"
 
 namespace tembrix {
 
@@ -21,9 +22,10 @@ namespace tembrix {
 // it was stored.
 class TimelineEncoder {
   public:
-    // Fails if a number is not finite; then the pieces of the last successful call are kept.
-    // Errors: domain "json".
-    Result<void> encode(const TimelineLines& lines);
+    // Of an edited line whose version before is the one encoded last, only the stamps in between
+    // are compared; of other lines that changed, all are. Fails if a number is not finite; then the
+    // pieces of the last successful call are kept. Errors: domain "json".
+    Result<void> encode(const TimelineLines& lines, const EditedLines& edits = {});
 
     // The document after the last successful call.
     const ValuePieces& pieces() const { return pieces_; }
@@ -42,9 +44,10 @@ class TimelineEncoder {
     friend void write(Writer& writer, const Stamps& stamps);
 
     bool isAligned(const TimelineLines& lines) const;
-    Result<void> update(const TimelineLines& lines);
-    Result<void> rebuild(const TimelineLines& lines);
-    static Result<Change> changeOf(const Line* before, const Cow<TimelineLine>& line, bool first);
+    Result<void> update(const TimelineLines& lines, const EditedLines& edits);
+    Result<void> rebuild(const TimelineLines& lines, const EditedLines& edits);
+    static Result<Change> changeOf(const Line* before, const Cow<TimelineLine>& line, bool first,
+                                   const EditedLines& edits);
     static Result<void> encodeRuns(const TimelineLine& line, bool first, bool last, Change& change);
 
     std::vector<Line> lines_;

@@ -20,6 +20,10 @@ struct StampPlace {
     std::size_t index;
     const TimelineStamp& read() const { return *(*line)->stamps[index]; }
     TimelineStamp& write() const { return line->write().stamps[index].write(); }
+    // If only this stamp is changed or removed.
+    UntouchedStamps untouched() const {
+        return {(*line)->id, index, (*line)->stamps.size() - index - 1};
+    }
 };
 std::optional<StampPlace> findPlace(TimelineLines& lines, const Uuid& line, const Uuid& stamp) {
     const auto row = lineIndex(lines, line);
@@ -76,19 +80,22 @@ AppliedChange apply(TimelineLines& lines, const InsertStamp& change) {
     if (!row || stampIndex(*lines[*row], change.stamp->id))
         return impossible;
     Stamps& stamps = lines[*row].write().stamps;
-    stamps.insert(stamps.begin() + place(change.index, stamps.size()), change.stamp);
-    return {true, RemoveStamp{change.line, change.stamp->id}};
+    const std::size_t index = std::min(change.index, stamps.size());
+    const UntouchedStamps untouched{change.line, index, stamps.size() - index};
+    stamps.insert(stamps.begin() + place(index, stamps.size()), change.stamp);
+    return {true, RemoveStamp{change.line, change.stamp->id}, untouched};
 }
 
 AppliedChange apply(TimelineLines& lines, const RemoveStamp& change) {
     const auto found = findPlace(lines, change.line, change.stamp);
     if (!found)
         return impossible;
+    const UntouchedStamps untouched = found->untouched();
     Stamps& stamps = found->line->write().stamps;
     const auto at = stamps.begin() + static_cast<std::ptrdiff_t>(found->index);
     InsertStamp inverse{change.line, found->index, std::move(*at)};
     stamps.erase(at);
-    return {true, std::move(inverse)};
+    return {true, std::move(inverse), untouched};
 }
 
 AppliedChange apply(TimelineLines& lines, const SetStampTimes& change) {
@@ -99,9 +106,11 @@ AppliedChange apply(TimelineLines& lines, const SetStampTimes& change) {
         found->read().timeFinishSeconds == change.finish)
         return unchanged;
     TimelineStamp& stamp = found->write();
-    return {true, SetStampTimes{change.line, change.stamp,
-                                std::exchange(stamp.timeStartSeconds, change.start),
-                                std::exchange(stamp.timeFinishSeconds, change.finish)}};
+    return {true,
+            SetStampTimes{change.line, change.stamp,
+                          std::exchange(stamp.timeStartSeconds, change.start),
+                          std::exchange(stamp.timeFinishSeconds, change.finish)},
+            found->untouched()};
 }
 
 AppliedChange apply(TimelineLines& lines, const SetStampLabels& change) {
@@ -110,8 +119,10 @@ AppliedChange apply(TimelineLines& lines, const SetStampLabels& change) {
         return impossible;
     if (found->read().labels == change.labels)
         return unchanged;
-    return {true, SetStampLabels{change.line, change.stamp,
-                                 std::exchange(found->write().labels, change.labels)}};
+    return {true,
+            SetStampLabels{change.line, change.stamp,
+                           std::exchange(found->write().labels, change.labels)},
+            found->untouched()};
 }
 
 AppliedChange apply(TimelineLines& lines, const SetStampTimeEvents& change) {
@@ -120,8 +131,10 @@ AppliedChange apply(TimelineLines& lines, const SetStampTimeEvents& change) {
         return impossible;
     if (found->read().timeEvents == change.events)
         return unchanged;
-    return {true, SetStampTimeEvents{change.line, change.stamp,
-                                     std::exchange(found->write().timeEvents, change.events)}};
+    return {true,
+            SetStampTimeEvents{change.line, change.stamp,
+                               std::exchange(found->write().timeEvents, change.events)},
+            found->untouched()};
 }
 
 bool renameStamp(Cow<TimelineStamp>& stamp, const std::string& tagId, const std::string& name) {

@@ -63,11 +63,20 @@ struct SetStampTimeEvents {
 using TimelineChange = std::variant<InsertLine, RemoveLine, MoveLine, RenameLine, InsertStamp,
                                     RemoveStamp, SetStampTimes, SetStampLabels, SetStampTimeEvents>;
 
+// The stamps of a line that a change left as they were: this many at its front and at its back.
+struct UntouchedStamps {
+    Uuid line;
+    std::size_t front = 0;
+    std::size_t back = 0;
+};
+
 // A change is impossible if the line or the stamp that it names does not exist, or if what it
-// inserts exists already. It has an inverse if it changed something.
+// inserts exists already. It has an inverse if it changed something. If it changed the stamps of a
+// line and nothing else, the untouched ones are known.
 struct AppliedChange {
     bool possible = false;
     std::optional<TimelineChange> inverse;
+    std::optional<UntouchedStamps> untouched{};
 };
 AppliedChange applyChange(TimelineLines& lines, const TimelineChange& change);
 

@@ -91,7 +91,7 @@ bool TimelineDataManager::commit(const TimelineTransaction& edit, std::string_vi
     if (edit.failed() || edit.revision() != revision_)
         return false;
     if (saving == Saving::now)
-        save(edit.lines());
+        save(edit.lines(), edit.editedLines(*lines));
     // Observers must never see a selected line that does not exist.
     const bool selects = edit.selectedLine() != selectedLineID.get();
     if (selects && !edit.selectedLine())
@@ -240,12 +240,12 @@ void TimelineDataManager::moveStamp(const StampDragInfo& drag, const Uuid& targe
 }
 
 void TimelineDataManager::saveLines() {
-    save(*lines);
+    save(*lines, {});
 }
 
-void TimelineDataManager::save(const TimelineLines& saved) {
+void TimelineDataManager::save(const TimelineLines& saved, const EditedLines& edits) {
     if (const VideosData* video = openVideo())
-        storage_.saveTimeline(saved, video->id);
+        storage_.saveTimeline(saved, video->id, edits);
 }
 
 const VideosData* TimelineDataManager::openVideo() const {

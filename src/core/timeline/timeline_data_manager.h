@@ -22,6 +22,7 @@
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/records/video_records.h"
+#include "core/storage/edited_line.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"
 #include "core/timeline/drawing_links.h"
@@ -106,7 +107,7 @@ class TimelineDataManager {
 
   private:
     void handleTagUpdated(const events::TagUpdated& event);
-    void save(const TimelineLines& lines);
+    void save(const TimelineLines& lines, const EditedLines& edits);
     const VideosData* openVideo() const;  // null if the library does not know it
     std::string drawingsName() const;
     std::vector<TimelineChange> withoutDeletedDrawings(std::vector<TimelineChange> changes) const;

@@ -11,6 +11,7 @@
 
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
+#include "core/storage/edited_line.h"
 #include "core/timeline/timeline_changes.h"
 
 namespace tembrix {
@@ -59,15 +60,22 @@ class TimelineTransaction {
     std::uint64_t revision() const { return revision_; }
     bool failed() const { return failed_; }
     bool changed() const { return changed_; }
+    // The lines of which this edit changed stamps, with their versions in the lines that it started
+    // from. Empty if it changed anything else.
+    EditedLines editedLines(const TimelineLines& before) const;
     // The changes that undo this edit, in the order in which to apply them.
     std::vector<TimelineChange> inverses() const { return {inverses_.rbegin(), inverses_.rend()}; }
 
   private:
+    void note(const std::optional<UntouchedStamps>& untouched);
+
     TimelineLines lines_;
     std::optional<Uuid> selectedBefore_;
     std::optional<Uuid> selected_;
     std::uint64_t revision_;
     std::vector<TimelineChange> inverses_;
+    std::vector<UntouchedStamps> untouched_;  // of each line with changed stamps
+    bool onlyStamps_ = true;                  // were changed
     bool failed_ = false;
     bool changed_ = false;
 };

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -228,6 +229,58 @@ TEST_F(TimelineEditsTest, ATransactionSucceedsAsAWholeOrChangesNothing) {
     history.undo();
     EXPECT_EQ(state(), before);
     EXPECT_FALSE(history.canUndo.get());
+}
+
+// Long lines are stored in pieces, and an edit reports which stamps it left alone. Each edit makes
+// a few changes near and far from each other, at the ends, on one line or two, or undoes an earlier
+// one.
+TEST_F(TimelineEditsTest, AnyChangesOfLongLinesAreStoredAsMade) {
+    std::mt19937 random(5);
+    const auto upTo = [&](std::size_t n) { return std::size_t(random() % (n + 1)); };
+    TimelineLines both(2);
+    for (auto& line : both) {
+        line.write().id = Uuid::random();
+        for (int i = 0; i < 150; ++i)
+            line.write().stamps.push_back(makeStamp(i));
+    }
+    store.replaceLines(both);
+    const auto anyChange = [&](const TimelineLines& lines) -> TimelineChange {
+        const TimelineLine& line = *lines[1 + upTo(1)];
+        const std::size_t count = line.stamps.size();
+        const std::size_t end = random() % 2 ? 0 : count - 1;
+        const std::size_t index = random() % 4 ? upTo(count - 1) : end;
+        const Uuid stamp = line.stamps[index]->id;
+        switch (random() % 5) {
+            case 0:
+                return SetStampTimes{line.id, stamp, double(upTo(90)), 100};
+            case 1:
+                return SetStampLabels{line.id, stamp, {std::to_string(upTo(3))}};
+            case 2:
+                return SetStampTimeEvents{line.id, stamp, {std::to_string(upTo(3))}};
+            case 3:
+                return RemoveStamp{line.id, stamp};
+            default:
+                return InsertStamp{line.id, random() % 3 ? index : atEnd, makeStamp(double(index))};
+        }
+    };
+    std::vector<TimelineChange> undoing;
+    for (int i = 0; i < 400; ++i) {
+        auto edit = store.begin();
+        if (random() % 5 == 0)
+            for (const auto& change : undoing)
+                edit.makeIfPossible(change);
+        else
+            for (std::size_t more = upTo(4) + 1; more > 0; --more)
+                edit.make(anyChange(edit.lines()));
+        if (random() % 20 == 0)
+            edit.make(RenameLine{edit.lines()[1]->id, std::to_string(i), {}});
+        if (random() % 20 == 0)
+            edit.renameTag("tag", std::to_string(i));
+        ASSERT_TRUE(store.commit(edit));
+        if (random() % 3)
+            undoing = edit.inverses();
+        ASSERT_EQ(stored(), *store.lines) << "edit " << i;
+    }
 }
 
 TEST_F(TimelineEditsTest, ReplacedLinesAreSavedAndPublishedOnce) {
