@@ -4,6 +4,7 @@
 #include <QNativeGestureEvent>
 #include <QPainter>
 #include <QPinchGesture>
+#include <algorithm>
 #include <cmath>
 
 #include "base/geometry.h"
@@ -38,7 +39,7 @@ TimelineCanvas::TimelineCanvas(TimelineEditingModel& model, TimelineDataManager&
                 Q_EMIT rowCountChanged();
             }
             for (const std::size_t row : rows)
-                redrawRow(row);
+                redrawChanged(row);
         }));
     subscriptions_.push_back(
         timeline.selectedLineID.observe([this](const std::optional<Uuid>&) { followSelection(); }));
@@ -178,8 +179,35 @@ void TimelineCanvas::announceCursor() {
 void TimelineCanvas::redrawRow(std::optional<std::size_t> row) {
     if (!row)
         return;
-    dirtyRows_.insert(*row);
-    update(rowArea(*row).toAlignedRect());
+    redraw(*row, rowArea(*row));
+}
+
+void TimelineCanvas::redrawChanged(std::size_t row) {
+    const auto& changed = model_.rows()[row].changed;
+    // A gesture paints a stamp elsewhere than its times say.
+    if (!changed || model_.resize() || model_.move())
+        redrawRow(row);
+    else
+        redraw(row, areaOf(*changed, row));
+}
+
+void TimelineCanvas::redraw(std::size_t row, const QRectF& part) {
+    dirtyRows_[row] |= part;
+    update(part.toAlignedRect());
+}
+
+// Whole points of the row that contain all stamps within the span, with shadows and grips: short
+// stamps are painted longer, and none is painted beyond the ends of the axis.
+QRectF TimelineCanvas::areaOf(const TimeSpan& span, std::size_t row) const {
+    constexpr double around = StampSprites::margin + TimelineMetrics::gripWidth;
+    const double from = axis_.x(span.start);
+    const double width = std::max(axis_.x(span.finish) - from, TimelineMetrics::smallestStampWidth);
+    const double left = std::min(std::max(from, 0.0), axis_.width - width);
+    const double right = std::max(from, 0.0) + width;
+    QRectF area = rowArea(row);
+    area.setLeft(std::floor(left - scrollX_ - around));
+    area.setRight(std::ceil(right - scrollX_ + around));
+    return area & rowArea(row);
 }
 
 void TimelineCanvas::redrawRowOf(const std::optional<Uuid>& stamp) {
@@ -196,13 +224,13 @@ void TimelineCanvas::redrawAll() {
     update();
 }
 
-void TimelineCanvas::renderRow(QPainter& painter, std::size_t row,
+void TimelineCanvas::renderRow(QPainter& painter, std::size_t row, const QRectF& part,
                                const StampsPainter::Marks& marks) {
-    const QRectF area = rowArea(row);
     const TimelineRow& shown = model_.rows()[row];
     const bool selected = *timeline_.selectedLineID == shown.line->id;
-    painter.drawPixmap(area.topLeft(), ground_[selected ? 1 : 0]);
-    StampsPainter::paint(painter, area, view(), shown, marks, sprites_);
+    painter.setClipRect(part & rowsArea());
+    painter.drawPixmap(rowArea(row).topLeft(), ground_[selected ? 1 : 0]);
+    StampsPainter::paint(painter, part, view(), shown, marks, sprites_);
 }
 
 void TimelineCanvas::renderLayer() {
@@ -229,15 +257,18 @@ void TimelineCanvas::renderLayer() {
         TimestampsHeaderPainter::paint(painter, headerArea(), shown);
     }
 
-    painter.setClipRect(rowsArea());
     const StampsPainter::Marks marks{*timeline_.selectedStampID,
                                      hasFocus() ? model_.cursor->stamp : std::nullopt,
                                      model_.resize(), model_.move()};
     const std::size_t count = model_.rows().size();
     const auto first = static_cast<std::size_t>(std::max(scrollY_, 0.0) / rowHeight);
     for (std::size_t row = first; row < count && rowArea(row).top() < height(); ++row)
-        if (allDirty_ || dirtyRows_.contains(row))
-            renderRow(painter, row, marks);
+        if (allDirty_)
+            renderRow(painter, row, rowArea(row), marks);
+        else if (const auto dirty = dirtyRows_.find(row);
+                 dirty != dirtyRows_.end() && !dirty->second.isEmpty())
+            renderRow(painter, row, dirty->second, marks);
+    painter.setClipRect(rowsArea());
     if (allDirty_) {
         const double bottom = std::max(rowArea(count).top(), headerHeight);
         const QRectF below(0, bottom, width(), height() - bottom);

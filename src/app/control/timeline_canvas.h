@@ -3,8 +3,8 @@
 #include <QBasicTimer>
 #include <QPixmap>
 #include <QWidget>
+#include <map>
 #include <optional>
-#include <set>
 #include <variant>
 
 #include "base/uuid.h"
@@ -109,10 +109,14 @@ class TimelineCanvas final : public QWidget {
     void followGesture();
     QRect movingArea() const;  // of the stamp being moved to another row, with its shadow
     void redrawRow(std::optional<std::size_t> row);
+    void redrawChanged(std::size_t row);
+    void redraw(std::size_t row, const QRectF& part);
+    QRectF areaOf(const TimeSpan& span, std::size_t row) const;
     void redrawRowOf(const std::optional<Uuid>& stamp);
     void redrawAll();
     void renderLayer();
-    void renderRow(QPainter& painter, std::size_t row, const StampsPainter::Marks& marks);
+    void renderRow(QPainter& painter, std::size_t row, const QRectF& part,
+                   const StampsPainter::Marks& marks);
 
     TimelineEditingModel& model_;
     TimelineDataManager& timeline_;
@@ -124,9 +128,9 @@ class TimelineCanvas final : public QWidget {
     QBasicTimer beyondTimer_;
     double pinch_ = 1;
 
-    QPixmap layer_;      // header and rows, without the playhead
-    QPixmap ground_[2];  // row backgrounds: plain, selected
-    std::set<std::size_t> dirtyRows_;
+    QPixmap layer_;                            // header and rows, without the playhead
+    QPixmap ground_[2];                        // row backgrounds: plain, selected
+    std::map<std::size_t, QRectF> dirtyRows_;  // with the part that is to be rendered
     bool allDirty_ = true;
     double shownPlayheadX_ = 0;
     StampSprites sprites_;

@@ -116,8 +116,10 @@ void RowGroundPainter::paint(QPainter& painter, const QRectF& rect, const AxisVi
 
 void StampsPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view,
                           const TimelineRow& row, const Marks& marks, StampSprites& sprites) {
-    const double from = view.scroll + rect.left() - StampSprites::margin;
-    const double to = from + rect.width() + 2 * StampSprites::margin;
+    // The grips of a short stamp are beside it.
+    constexpr double around = StampSprites::margin + TimelineMetrics::gripWidth;
+    const double from = view.scroll + rect.left() - around;
+    const double to = from + rect.width() + 2 * around;
     const double ratio = view.pixelRatio;
     std::optional<Rect> selectedRect;
     std::optional<Rect> cursorRect;

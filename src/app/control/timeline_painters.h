@@ -24,8 +24,8 @@ struct AxisView {
     double left(double x) const { return x - scroll; }
 };
 
-// The painters of the control window. Each paints one kind of element into a rectangle whose left
-// side is the left side of the view. They have no state.
+// The painters of the control window. Each paints one kind of element into a rectangle, which is in
+// the coordinates of the view: its left side is 0. They have no state.
 
 // Vertical lines of the time grid.
 class TimeGridPainter {

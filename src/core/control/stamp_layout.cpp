@@ -97,6 +97,22 @@ std::vector<int> overlapLevels(const Stamps& stamps) {
     return levels;
 }
 
+std::vector<int> overlapLevels(const Stamps& stamps, std::vector<int> first) {
+    constexpr std::size_t few = 8;
+    if (stamps.size() > first.size() + few)
+        return overlapLevels(stamps);
+    for (std::size_t i = first.size(); i < stamps.size(); ++i) {
+        const TimelineStamp& stamp = *stamps[i];
+        const auto overlaps = [&](const auto& earlier) {
+            return earlier->timeStartSeconds < stamp.timeFinishSeconds &&
+                   earlier->timeFinishSeconds > stamp.timeStartSeconds;
+        };
+        const auto end = stamps.begin() + static_cast<std::ptrdiff_t>(i);
+        first.push_back(static_cast<int>(std::count_if(stamps.begin(), end, overlaps)));
+    }
+    return first;
+}
+
 Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis) {
     return stampRect(axis.x(stamp.timeStartSeconds),
                      std::max(axis.x(stamp.length()), TimelineMetrics::smallestStampWidth), level,

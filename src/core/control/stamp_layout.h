@@ -11,6 +11,8 @@ namespace tembrix {
 
 // The number of earlier stamps in the line that each stamp overlaps. Runs in n log n.
 std::vector<int> overlapLevels(const Stamps& stamps);
+// The same for stamps of which the first ones have these levels already. Fast if few are left.
+std::vector<int> overlapLevels(const Stamps& stamps, std::vector<int> first);
 
 // The area of a stamp in its row; the top of the row is at 0.
 Rect stampRect(const TimelineStamp& stamp, int level, const TimelineAxis& axis);

@@ -1,7 +1,11 @@
 #include "core/control/timeline_rows.h"
 
 #include <algorithm>
+#include <limits>
 #include <unordered_map>
+#include <utility>
+
+#include "core/records/common_stamps.h"
 
 namespace tembrix {
 
@@ -23,6 +27,38 @@ GripRects gripRects(const Rect& stamp, const TimelineAxis& axis) {
     return grips;
 }
 
+namespace {
+
+// The next version of a row: only the stamps that are new, or were pushed to another level by them,
+// are looked at.
+TimelineRow nextRow(const TimelineRow& before, const Cow<TimelineLine>& line) {
+    const Stamps& old = before.line->stamps;
+    const Stamps& now = line->stamps;
+    auto [front, back] = commonStamps(old, now);
+    std::vector<int> kept(before.levels.begin(),
+                          before.levels.begin() + static_cast<std::ptrdiff_t>(front));
+    TimelineRow row{line, overlapLevels(now, std::move(kept)), std::nullopt};
+    std::size_t same = 0;
+    while (same < back && before.levels[old.size() - 1 - same] == row.levels[now.size() - 1 - same])
+        ++same;
+    constexpr double never = std::numeric_limits<double>::infinity();
+    TimeSpan changed{never, -never};
+    const auto add = [&](const Stamps& stamps) {
+        for (std::size_t i = front; i < stamps.size() - same; ++i) {
+            const auto [start, finish] =
+                std::minmax(stamps[i]->timeStartSeconds, stamps[i]->timeFinishSeconds);
+            changed = {std::min(changed.start, start), std::max(changed.finish, finish)};
+        }
+    };
+    add(old);
+    add(now);
+    if (changed.start <= changed.finish)
+        row.changed = changed;
+    return row;
+}
+
+}  // namespace
+
 std::vector<std::size_t> TimelineRows::update(const TimelineLines& lines) {
     // Lines that were only moved keep their levels.
     std::unordered_map<const TimelineLine*, std::vector<int>*> kept;
@@ -37,8 +73,13 @@ std::vector<std::size_t> TimelineRows::update(const TimelineLines& lines) {
         if (!same || lines.size() != rows_.size())
             changed.push_back(i);
         const auto found = kept.extract(&*lines[i]);
-        next.push_back(
-            {lines[i], found ? std::move(*found.mapped()) : overlapLevels(lines[i]->stamps)});
+        if (found)
+            next.push_back({lines[i], std::move(*found.mapped()), std::nullopt});
+        else if (i < rows_.size() && rows_[i].line->id == lines[i]->id &&
+                 rows_[i].levels.size() == rows_[i].line->stamps.size())
+            next.push_back(nextRow(rows_[i], lines[i]));
+        else
+            next.push_back({lines[i], overlapLevels(lines[i]->stamps), std::nullopt});
     }
     rows_ = std::move(next);
     return changed;

@@ -15,10 +15,18 @@ namespace tembrix {
 
 enum class ResizeEdge { left, right };
 
+// Seconds of the video.
+struct TimeSpan {
+    double start = 0;
+    double finish = 0;
+};
+
 // A line with the data that the control window computes for it.
 struct TimelineRow {
     Cow<TimelineLine> line;
     std::vector<int> levels;  // the overlap level of each stamp
+    // If the last update changed only stamps: the time that they took up before or take up now.
+    std::optional<TimeSpan> changed;
 
     std::optional<std::size_t> stampIndex(const Uuid& stamp) const;
 };

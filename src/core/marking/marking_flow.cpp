@@ -1,13 +1,12 @@
 #include "core/marking/marking_flow.h"
 
 #include <algorithm>
-#include <string_view>
-#include <unordered_map>
 
 #include "base/bytes.h"
 #include "base/uuid.h"
 
 #include "core/notifications/events.h"
+#include "core/records/common_stamps.h"
 
 namespace tembrix {
 
@@ -362,12 +361,25 @@ void MarkingFlow::refreshTagCounts() {
                    [](const auto& line, const auto& last) { return line.sharesWith(last); });
     if (isCounted)
         return;
+    auto counts = *tagCounts;
+    const auto add = [&](const Stamps& stamps, CommonStamps except, int number) {
+        for (std::size_t i = except.front; i + except.back < stamps.size(); ++i)
+            counts[stamps[i]->idTag] += number;
+    };
+    // Of lines in the same place, only the stamps that differ are counted.
+    for (std::size_t i = 0; i < std::max(lines.size(), countedLines_.size()); ++i) {
+        static const Stamps none;
+        const Stamps& old = i < countedLines_.size() ? countedLines_[i]->stamps : none;
+        const Stamps& now = i < lines.size() ? lines[i]->stamps : none;
+        if (&old == &now)
+            continue;
+        const CommonStamps common = commonStamps(old, now);
+        add(old, common, -1);
+        add(now, common, 1);
+    }
+    std::erase_if(counts, [](const auto& count) { return count.second == 0; });
     countedLines_ = lines;
-    std::unordered_map<std::string_view, int> counts;
-    for (const auto& line : lines)
-        for (const auto& stamp : line->stamps)
-            ++counts[stamp->idTag];
-    tagCounts.set({counts.begin(), counts.end()});
+    tagCounts.set(std::move(counts));
 }
 
 void MarkingFlow::switchToStandardCollection(const std::string& name) {

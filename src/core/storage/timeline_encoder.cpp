@@ -12,6 +12,7 @@
 #include "base/json.h"
 #include "base/uuid.h"
 
+#include "core/records/common_stamps.h"
 #include "core/records/record_fields.h"
 
 namespace tembrix {
@@ -30,22 +31,6 @@ std::ptrdiff_t offset(std::size_t index) {
     return static_cast<std::ptrdiff_t>(index);
 }
 
-// How many stamps at the front and at the back are the same objects.
-struct Common {
-    std::size_t front = 0;
-    std::size_t back = 0;
-};
-Common commonStamps(const Stamps& old, const Stamps& now) {
-    const std::size_t both = std::min(old.size(), now.size());
-    Common common;
-    while (common.front < both && old[common.front].sharesWith(now[common.front]))
-        ++common.front;
-    while (common.back < both - common.front &&
-           old[old.size() - 1 - common.back].sharesWith(now[now.size() - 1 - common.back]))
-        ++common.back;
-    return common;
-}
-
 [[maybe_unused]] bool isTrue(const EditedLine& edit) {
     const Stamps& old = edit.before->stamps;
     const Stamps& now = edit.after->stamps;
@@ -56,8 +41,8 @@ Common commonStamps(const Stamps& old, const Stamps& now) {
                       same);
 }
 
-Common commonStamps(const Cow<TimelineLine>& old, const Cow<TimelineLine>& now,
-                    const EditedLines& edits) {
+CommonStamps commonStamps(const Cow<TimelineLine>& old, const Cow<TimelineLine>& now,
+                          const EditedLines& edits) {
     for (const auto& edit : edits)
         if (edit.before.sharesWith(old) && edit.after.sharesWith(now)) {
             assert(isTrue(edit));

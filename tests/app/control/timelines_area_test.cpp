@@ -1,6 +1,7 @@
 // Display of the timelines: zoom, scrolling, hover text, dimming, repainted areas, accessibility.
 
 #include <QAccessible>
+#include <random>
 
 #include "app/control/control_window_fixture.h"
 #include "app/theme/theme.h"
@@ -157,6 +158,46 @@ TEST_F(TimelinesAreaTest, APlayheadMoveRepaintsItsStripAloneAndStampsTheirRow) {
     mouse(QEvent::MouseButtonRelease, from + QPointF(0, 2));
     app.settle();
     EXPECT_LE(watch.painted.boundingRect().height(), 75);
+}
+
+// Levels, shadows, grips and the least width make a change reach further than its own times.
+TEST_F(TimelinesAreaTest, APartRepaintedAfterAnEditLooksLikeTheWholeRepainted) {
+    std::mt19937 random(3);
+    const auto time = [&] { return static_cast<double>(random() % 1000) / 10; };
+    const auto anyStamp = [&](const Uuid& line) {
+        const auto& stamps = app.timeline.findLine(line)->stamps;
+        return stamps.empty() ? Uuid::random() : stamps[random() % stamps.size()]->id;
+    };
+    for (int i = 0; i < 120; ++i) {
+        const Uuid line = random() % 3 ? a : b;
+        const Uuid target = anyStamp(line);
+        switch (random() % 8) {
+            case 0:
+                app.timeline.removeStamp(line, target);
+                break;
+            case 1:
+                app.timeline.moveStamp({line, target}, a);
+                break;
+            case 2:
+                app.timeline.updateStampTimes(line, target, time(), std::nullopt);
+                break;
+            case 3:
+                app.timeline.selectStamp(target);
+                break;
+            case 4:
+                app.history.undo();
+                break;
+            default: {
+                const double start = time();
+                addStamp(line, start, start + (random() % 2 ? 0.5 : 12));
+            }
+        }
+        app.settle();
+        const QImage parts = canvas->grab().toImage();
+        canvas->setScroll(0, 1);
+        canvas->setScroll(0, 0);
+        ASSERT_EQ(parts, canvas->grab().toImage()) << "edit " << i;
+    }
 }
 
 TEST_F(TimelinesAreaTest, ScreenReadersFindLinesAndStamps) {

@@ -52,7 +52,10 @@ TEST(StampLayoutTest, LevelsAgreeWithTheDefinitionOnAnyIntervals) {
                 std::swap(start, finish);
         }
         const Stamps stamps = stampsOf(times);
-        ASSERT_EQ(overlapLevels(stamps), plainLevels(stamps)) << "round " << round;
+        const auto levels = overlapLevels(stamps);
+        ASSERT_EQ(levels, plainLevels(stamps)) << "round " << round;
+        const auto known = static_cast<std::ptrdiff_t>(random() % (stamps.size() + 1));
+        ASSERT_EQ(overlapLevels(stamps, {levels.begin(), levels.begin() + known}), levels);
     }
 }
 
