@@ -2,7 +2,6 @@
 // lines.
 
 #include <benchmark/benchmark.h>
-#include <fstream>
 #include <memory>
 #include <string>
 
@@ -73,55 +72,7 @@ void encodeOneChangedStamp(benchmark::State& state) {
 }
 BENCHMARK(encodeOneChangedStamp)->Arg(50)->Arg(1)->Unit(benchmark::kMillisecond);
 
-// The number of bytes that this process has written to disks so far.
-double bytesWritten() {
-    std::ifstream file("/proc/self/io");
-    std::string name;
-    double value = 0;
-    while (file >> name >> value)
-        if (name == "write_bytes:")
-            return value;
-    return 0;
-}
-
-// A press in the store, with the given numbers of stamps and lines: encoded and stored in the
-// database. The bytes written per press include the log, its copy to the database and all syncs,
-// but not the documents, which are written every 30 seconds.
-void saveOneStamp(benchmark::State& state) {
-    const int lineCount = static_cast<int>(state.range(1));
-    TempFolder folder;
-    CapturedLog log;
-    VirtualScheduler scheduler;
-    auto defaults = std::make_unique<SqliteUserDefaults>(folder.path() / "defaults.db", log);
-    InMemoryStorageManager storage(*defaults, scheduler, folder.directories(), log);
-    auto lines = timelines(lineCount, static_cast<int>(state.range(0)) / lineCount);
-    storage.saveTimeline(lines, "video");
-    defaults->makeDurable();
-    const double before = bytesWritten();
-    std::size_t press = 0;
-    for (auto _ : state) {
-        state.PauseTiming();
-        scheduler.run();  // background work of the save
-        auto& stamps = lines[++press * 7 % lines.size()].write().stamps;
-        auto stamp = *stamps.back();
-        stamp.id = Uuid::random();
-        stamps.push_back(stamp);
-        state.ResumeTiming();
-        storage.saveTimeline(lines, "video");
-    }
-    defaults->makeDurable();
-    state.counters["kBperPress"] =
-        (bytesWritten() - before) / 1000 / static_cast<double>(state.iterations());
-}
-BENCHMARK(saveOneStamp)
-    ->Args({10000, 50})
-    ->Args({10000, 1})
-    ->Args({100000, 50})
-    ->Args({100000, 1})
-    ->Iterations(1000)
-    ->Unit(benchmark::kMillisecond);
-
-// The same for a stamp that is changed in the middle of its line.
+// A press in the store that changes a stamp in the middle of its line.
 void saveOneChangedStamp(benchmark::State& state) {
     TempFolder folder;
     CapturedLog log;

@@ -27,14 +27,14 @@ TimelineStamp makeStamp(double start, double length, int color) {
     return stamp;
 }
 
-TimelineLines lines() {
+TimelineLines lines(int count) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> at(0, duration - 20);
     std::uniform_real_distribution<double> length(1, 15);
     TimelineLines result;
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < count; ++i) {
         TimelineLine line{Uuid::random(), "Line", {}, {}};
-        for (int k = 0; k < 200; ++k)
+        for (int k = 0; k < 10000 / count; ++k)
             line.stamps.push_back(makeStamp(at(random), length(random), i + k));
         result.push_back(line);
     }
@@ -48,11 +48,11 @@ struct Window {
                                project.scheduler, project.events};
     std::unique_ptr<TimelineCanvas> canvas;
 
-    Window() {
+    explicit Window(int lineCount = 50) {
         project.openVideo();
         project.player.pause();
         project.players.player()->setDuration(duration);
-        project.timeline.replaceLines(lines());
+        project.timeline.replaceLines(lines(lineCount));
         canvas = std::make_unique<TimelineCanvas>(model, project.timeline);
         canvas->resize(1920, 1080);
         canvas->show();
@@ -77,6 +77,21 @@ BENCHMARK(paintEverything)
     ->Arg(1)
     ->Arg(8)
     ->Unit(benchmark::kMillisecond);
+
+// What a press costs the window if all stamps are on one line.
+void stampAdded(benchmark::State& state) {
+    Window window(1);
+    TimelineDataManager& timeline = window.project.timeline;
+    const Uuid line = timeline.lines->back()->id;
+    int count = 0;
+    for (auto _ : state) {
+        auto edit = timeline.begin();
+        edit.make(InsertStamp{line, atEnd, makeStamp(++count * 7 % 5000, 8, count)});
+        timeline.commit(edit, {}, TimelineDataManager::Saving::withNextEdit);
+        QApplication::processEvents();
+    }
+}
+BENCHMARK(stampAdded)->Name("Stamp added to a line of 10,000")->Unit(benchmark::kMillisecond);
 
 void playheadMove(benchmark::State& state) {
     Window window;

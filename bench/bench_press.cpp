@@ -1,20 +1,27 @@
 // The cost of a key press, from the keyboard to the stamp in the database, and of undo, with 10,000
-// stamps on 50 lines and without windows; painting is measured separately. There are twenty presses
-// per second, many more than a user makes, so the database's own thread runs as usual. The last
-// column is the processor time of this thread, which is more stable on a busy machine.
+// stamps on 50 lines unless stated otherwise and without windows; painting is measured separately.
+// Also the part of a press that the store needs, and the bytes that it writes. There are twenty
+// presses per second, many more than a user makes, so the database's own thread runs as usual. The
+// last column is the processor time of this thread, which is more stable on a busy machine.
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <functional>
 #include <malloc.h>
+#include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "core/timeline/timeline_transaction.h"
+#include "fakes/captured_log.h"
 #include "fakes/pressing_project.h"
 #include "fakes/temp_folder.h"
+#include "fakes/virtual_scheduler.h"
 
 namespace tembrix {
 namespace {
@@ -77,36 +84,121 @@ struct Times {
     }
 };
 
-void fillLibrary(PressingProject& project, int videos) {
+void fillLibrary(PressingProject& project, int videos, int lines = 50) {
     // The library of a season: the other videos have timelines as well.
     for (int i = 1; i < videos; ++i) {
         const std::string id = project.addVideo("other" + std::to_string(i) + ".mp4");
         project.storage.saveTimeline(timelines(project.tagLibrary.active->tags, 10, 40), id);
     }
     const std::string match = project.addVideo("match.mp4");
-    project.storage.saveTimeline(timelines(project.tagLibrary.active->tags, 50, 200), match);
+    project.storage.saveTimeline(timelines(project.tagLibrary.active->tags, lines, 10000 / lines),
+                                 match);
     project.open(match);
 }
 
 // Alternates between a small and a large library, so that a busy machine affects both.
 void strikes() {
     struct Match {
-        explicit Match(int count) : videos(count) { fillLibrary(project, videos); }
-        int videos;
+        Match(std::string name, int videos, int lines) : what(std::move(name)) {
+            fillLibrary(project, videos, lines);
+        }
+        std::string what;
         TempFolder folder;
         PressingProject project{folder.path()};
         Times times;
     };
-    Match small(20);
-    Match large(200);
+    Match small("press to stored, 20 videos", 20, 50);
+    Match large("press to stored, 200 videos", 200, 50);
+    Match oneLine("press to stored, one line", 200, 1);
     for (int i = 0; i < presses; ++i)
-        for (Match* match : {&small, &large}) {
+        for (Match* match : {&small, &large, &oneLine}) {
             match->project.players.player()->advanceTo(i * 30.0);
             match->times.measure([&] { match->project.strike(); });
             match->project.scheduler.advance(0.2);
         }
-    for (Match* match : {&small, &large})
-        match->times.print("press to stored, " + std::to_string(match->videos) + " videos");
+    for (Match* match : {&small, &large, &oneLine})
+        match->times.print(match->what);
+}
+
+// The number of bytes that this process has written to disks so far.
+double bytesWritten() {
+    std::ifstream file("/proc/self/io");
+    std::string name;
+    double value = 0;
+    while (file >> name >> value)
+        if (name == "write_bytes:")
+            return value;
+    return 0;
+}
+
+// A stored match of so many stamps, and presses of which only the storing is measured.
+class StoredMatch {
+  public:
+    StoredMatch(int lineCount, int stamps) {
+        Tag tag;
+        tag.id = freshId();
+        tag.name = "Pass";
+        lines_ = timelines({tag}, lineCount, stamps / lineCount);
+        open();
+        storage_->saveTimeline(lines_, "match");
+        // Closing empties the log into the database, so that no later figure contains it.
+        close();
+        open();
+        storage_->saveTimeline(lines_, "match");
+    }
+    void open() {
+        defaults_ = std::make_unique<SqliteUserDefaults>(folder_.path() / "defaults.db", log_);
+        storage_ = std::make_unique<InMemoryStorageManager>(*defaults_, scheduler_,
+                                                            folder_.directories(), log_);
+    }
+    void close() {
+        storage_.reset();
+        defaults_.reset();
+    }
+    void press() {
+        TimelineTransaction edit(lines_, {}, 0);
+        const TimelineLine& line = *lines_[++presses_ * 7 % lines_.size()];
+        TimelineStamp stamp = *line.stamps.back();
+        stamp.id = Uuid::random();
+        edit.make(InsertStamp{line.id, atEnd, std::move(stamp)});
+        const auto edits = edit.editedLines(lines_);
+        times.measure([&] { storage_->saveTimeline(edit.lines(), "match", edits); });
+        lines_ = edit.lines();
+        scheduler_.run();  // what the store leaves to the background
+    }
+
+    Times times;
+
+  private:
+    TempFolder folder_;
+    CapturedLog log_;
+    VirtualScheduler scheduler_;
+    std::unique_ptr<SqliteUserDefaults> defaults_;
+    std::unique_ptr<InMemoryStorageManager> storage_;
+    TimelineLines lines_;
+    std::size_t presses_ = 0;
+};
+
+// The bytes include the log, its return into the database and all syncs; not the documents, which
+// are written every 30 seconds.
+void bytesOfPresses(int lineCount, const std::string& where) {
+    StoredMatch match(lineCount, 10000);
+    const double before = bytesWritten();
+    for (int i = 0; i < presses; ++i)
+        match.press();
+    match.close();
+    std::printf("%-44s %8.2f\n", ("kB written by a press, " + where).c_str(),
+                (bytesWritten() - before) / 1000 / presses);
+}
+
+void storing(int lineCount, const std::string& where) {
+    StoredMatch small(lineCount, 10000);
+    StoredMatch large(lineCount, 100000);
+    for (int i = 0; i < presses; ++i)
+        for (StoredMatch* match : {&small, &large})
+            match->press();
+    small.times.print("storing at 10,000 stamps, " + where);
+    large.times.print("storing at 100,000 stamps, " + where);
 }
 
 void undoSteps() {
@@ -169,5 +261,9 @@ int main() {
     std::printf("%-44s %8s %8s %8s %8s\n", "10,000 stamps on 50 lines, ms", "median", "95 %",
                 "worst", "95 % cpu");
     tembrix::strikes();
+    for (const auto& [lines, where] : {std::pair(50, "50 lines"), std::pair(1, "one line")}) {
+        tembrix::bytesOfPresses(lines, where);
+        tembrix::storing(lines, where);
+    }
     tembrix::undoSteps();
 }
