@@ -13,6 +13,7 @@ QTreeWidget* makeCommandRows(const Texts& texts, std::string_view nameKey) {
     rows->setHeaderHidden(true);
     rows->setRootIsDecorated(false);
     rows->setUniformRowHeights(true);
+    rows->setStyleSheet("QTreeView::item { padding: 4px; }");
     rows->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     rows->setMinimumSize(460, 320);
     rows->header()->setStretchLastSection(false);

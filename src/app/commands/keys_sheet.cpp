@@ -5,7 +5,7 @@
 #include "app/commands/command_rows.h"
 #include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
-#include "core/commands/keys_page.h"
+#include "core/commands/key_list.h"
 
 namespace tembrix {
 

@@ -78,9 +78,8 @@ void VideosView::bindCommands() {
     bindOnCurrent(Command::rebindVideo, [this](const QModelIndex& index) {
         viewModel_.send(videos::ShowRebindAlert{model_->file(index)});
     });
-    bindOnCurrent(Command::deleteVideo, [this](const QModelIndex& index) {
-        viewModel_.send(videos::DeleteFile{model_->file(index)});
-    });
+    bindOnCurrent(Command::deleteVideo,
+                  [this](const QModelIndex& index) { presentDeletion(model_->file(index)); });
 }
 
 void VideosView::bindOnCurrent(Command command, std::function<void(const QModelIndex&)> run) {
@@ -315,6 +314,19 @@ void VideosView::presentRenameSheet(const VideosState& state) {
             answer(videos::CancelRename{});
     });
     sheet_ = sheet;
+    sheet->present();
+}
+
+void VideosView::presentDeletion(const FilesFile& file) {
+    const std::string name = shortened(viewModel_.displayName(file));
+    auto* sheet = new Sheet(this, services_.texts, "deleteVideoTitle");
+    sheet->setTitle(qtext(services_.texts.format("deleteVideoTitle", {name})));
+    sheet->content()->addWidget(
+        makeLabel(services_.texts, "deleteVideoMessage", LabelLook::secondary));
+    sheet->addCancelButton("cancelButtonTitle");
+    sheet->addAcceptButton("deleteButtonTitle", ButtonLook::destructive);
+    connect(sheet, &QDialog::accepted, this,
+            [this, file] { viewModel_.send(videos::DeleteFile{file}); });
     sheet->present();
 }
 

@@ -8,6 +8,7 @@
 #include "app/library/list_services.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
+#include "core/records/video_records.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 
@@ -57,6 +58,7 @@ class VideosView final : public QWidget {
     void presentMatchSheet(const VideosState& state);
     void presentRenameSheet(const VideosState& state);
     void presentRebindAlert();
+    void presentDeletion(const FilesFile& file);  // asks first
     void presentError(const std::string& title);
 
     VideosViewModel& viewModel_;

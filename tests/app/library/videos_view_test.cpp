@@ -146,6 +146,10 @@ TEST_F(VideosViewTest, TheMenuOfACardRenamesAndDeletes) {
                                     "renameButtonTitle", "deleteButtonTitle"}));
     menu->actions().back()->trigger();
     menu->close();
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(sheet()->objectName(), "deleteVideoTitle");
+    EXPECT_FALSE(project.library.files().empty()) << "nothing is deleted before the answer";
+    QTest::mouseClick(child(*sheet(), "deleteButtonTitle"), Qt::LeftButton);
     EXPECT_TRUE(project.library.files().empty());
 }
 

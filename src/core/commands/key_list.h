@@ -26,7 +26,4 @@ struct KeySection {
 std::vector<KeySection> keySections(const CommandKeys& keys, const Texts& texts,
                                     CommandScope window = CommandScope::everywhere);
 
-// The guide's page of keys, as HTML. `language` is that of the texts.
-std::string keysPage(const CommandKeys& keys, const Texts& texts, const std::string& language);
-
 }  // namespace tembrix
