@@ -12,10 +12,10 @@
 namespace tembrix {
 namespace {
 
-constexpr std::uint64_t sampleSize = 64 * 1024;
-constexpr std::uint64_t changingBegin = 16 * 1024;
+constexpr std::uint64_t sampleSize = std::uint64_t{64} * 1024;
+constexpr std::uint64_t changingBegin = std::uint64_t{16} * 1024;
 // A file of this size cannot be written anew within one tick of the file system's clock.
-constexpr std::uint64_t largeSize = 1024 * 1024;
+constexpr std::uint64_t largeSize = std::uint64_t{1024} * 1024;
 
 class OpenFile {
   public:
