@@ -92,7 +92,11 @@ class MemoryUserDefaults final : public UserDefaults {
         now_ = stored_;
         status_ = {};
     }
-    // Simulates a truncated log: restores an earlier value and change number.
+    // Simulates a truncated log: restores all values and change numbers of an earlier moment.
+    struct Moment;
+    Moment moment() const;
+    void goBackTo(const Moment& moment);
+    // The same for one value.
     void goBack(std::string_view key, BytesView value, std::uint64_t number) {
         const std::lock_guard lock(mutex_);
         now_[std::string(key)] =
@@ -152,5 +156,21 @@ class MemoryUserDefaults final : public UserDefaults {
     DefaultsStatus status_;
     std::function<void()> changed_;
 };
+
+struct MemoryUserDefaults::Moment {
+    Entries entries;
+    std::uint64_t lastNumber;
+};
+
+inline MemoryUserDefaults::Moment MemoryUserDefaults::moment() const {
+    const std::lock_guard lock(mutex_);
+    return {now_, lastNumber_};
+}
+
+inline void MemoryUserDefaults::goBackTo(const Moment& moment) {
+    const std::lock_guard lock(mutex_);
+    now_ = stored_ = moment.entries;
+    lastNumber_ = moment.lastNumber;
+}
 
 }  // namespace tembrix

@@ -48,14 +48,15 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& se
                   confirm("dataManagementRestoreConfirmationTitle",
                           "dataManagementRestoreConfirmationMessage",
                           "dataManagementRestoreFromBackup", ButtonLook::accented, [this] {
-                              process([&sync = dataSync_] { sync.restoreFromBackup(); },
-                                      "dataManagementRestoreSuccess");
+                              process([&sync = dataSync_] { return sync.restoreFromBackup(); },
+                                      "dataManagementRestoreSuccess",
+                                      "dataManagementRestoreFailed");
                           });
               });
     addAction("dataManagementCreateBackup", "dataManagementCreateBackupDescription",
               ButtonLook::quiet, [this] {
-                  process([&sync = dataSync_] { sync.backUpNow(); },
-                          "dataManagementBackupCreatedSuccess");
+                  process([&sync = dataSync_] { return sync.backUpNow(); },
+                          "dataManagementBackupCreatedSuccess", "dataManagementBackupFailed");
               });
     addAction("dataManagementDeleteAllData", "dataManagementDeleteAllDataDescription",
               ButtonLook::destructive, [this] {
@@ -64,10 +65,11 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& se
                           ButtonLook::destructive, [this] {
                               process(
                                   [&sync = dataSync_] {
-                                      sync.deleteAllData();
+                                      auto done = sync.deleteAllData();
                                       sync.deleteBackupTimelines();
+                                      return done;
                                   },
-                                  "dataManagementDeleteSuccess");
+                                  "dataManagementDeleteSuccess", "dataManagementDeleteFailed");
                           });
               });
 
@@ -161,8 +163,8 @@ void DataManagementSheet::addReplacedState(QVBoxLayout* column, const ReplacedDa
     button->setMinimumWidth(sheetWidth / 3);
     connect(button, &QPushButton::clicked, this, [this, name = state.name] {
         pressed_ = close_;  // the rows are created again
-        process([&sync = dataSync_, name] { sync.bringBack(name); },
-                "dataManagementBringBackSuccess");
+        process([&sync = dataSync_, name] { return sync.bringBack(name); },
+                "dataManagementBringBackSuccess", "dataManagementRestoreFailed");
     });
     row->addWidget(button);
     auto* label = new QLabel(moment);
@@ -187,12 +189,13 @@ void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
     question->present();
 }
 
-void DataManagementSheet::process(std::function<void()> work, const char* resultKey) {
+void DataManagementSheet::process(std::function<Result<void>()> work, const char* successKey,
+                                  const char* failureKey) {
     setProcessing(true);
     services_.scheduler.background(
         Priority::userInitiated, [&scheduler = services_.scheduler, self = QPointer(this),
-                                  work = std::move(work), resultKey] {
-            work();
+                                  work = std::move(work), successKey, failureKey] {
+            const char* resultKey = work() ? successKey : failureKey;
             scheduler.onMain([self, resultKey] {
                 if (!self)
                     return;

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "base/result.h"
+
 #include "app/library/list_services.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
@@ -30,7 +32,8 @@ class DataManagementSheet final : public Sheet {
     void addReplacedState(QVBoxLayout* column, const ReplacedData::State& state, int number);
     void confirm(const char* titleKey, const char* messageKey, const char* buttonKey,
                  ButtonLook look, std::function<void()> confirmed);
-    void process(std::function<void()> work, const char* resultKey);
+    void process(std::function<Result<void>()> work, const char* successKey,
+                 const char* failureKey);
     void setProcessing(bool processing);
 
     const ListServices services_;

@@ -25,8 +25,20 @@ const char* textKey(SafetyNotice notice) {
             return "safetyVideoListDoubtful";
         case SafetyNotice::videoListUnreadable:
             return "safetyVideoListUnreadable";
+        case SafetyNotice::newerCopiesUsed:
+            return "safetyNewerCopiesUsed";
         case SafetyNotice::restored:
             return "safetyRestored";
+        case SafetyNotice::restoredNewer:
+            return "safetyRestoredNewer";
+        case SafetyNotice::restoreFinished:
+            return "safetyRestoreFinished";
+        case SafetyNotice::restoreIncomplete:
+            return "safetyRestoreIncomplete";
+        case SafetyNotice::backupFailed:
+            return "safetyBackupFailed";
+        case SafetyNotice::damagedKept:
+            return "safetyDamagedKept";
         case SafetyNotice::timelineFromBackup:
             return "safetyTimelineFromBackup";
         case SafetyNotice::timelineUnreadable:

@@ -35,15 +35,21 @@ SafetyBanner::SafetyBanner(StorageHealth& health, const Texts& texts, QWidget* p
     setWordWrap(true);
     setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
     setLook(this, LabelLook::warning);
-    subscription_ = health_.observe([this](const DefaultsStatus&) { showStatus(); });
+    statusChanged_ = health_.observe([this](const DefaultsStatus&) { showStatus(); });
+    documentsChanged_ = health_.observeDocuments([this](bool) { showStatus(); });
     showStatus();
 }
 
 void SafetyBanner::showStatus() {
     const DefaultsStatus& status = health_.status();
-    setText(status.allStored ? QString() : qtext(texts_.text(textKey(status.fault))));
-    setAccessibleName(text());
-    setVisible(!status.allStored);
+    QString warning;
+    if (!status.allStored)
+        warning = qtext(texts_.text(textKey(status.fault)));
+    else if (!health_.documentsWritten())
+        warning = qtext(texts_.text("marksNotInDocuments"));
+    setText(warning);
+    setAccessibleName(warning);
+    setVisible(!warning.isEmpty());
 }
 
 }  // namespace tembrix

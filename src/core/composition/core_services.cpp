@@ -23,6 +23,7 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
       projectServices{platform, events, focus, storage, library, collections, tagLibrary, commands},
       windows(projectServices, windowFactory),
       startUp(dataSync, library, tagLibrary) {
+    storage.setFlushed([this](bool allWritten) { health.noteDocuments(allWritten); });
     storage.setCollectionIndex(&index);
     storage.setSavedCopies(&dataSync);
     library.setDeletedTimelineKeeper(&dataSync);

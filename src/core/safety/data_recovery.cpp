@@ -48,9 +48,8 @@ bool isVideoList(const Bytes& value) {
 
 }  // namespace
 
-void DataSyncManager::finishInterrupted() const {
+void DataSyncManager::finishInterrupted(const fs::path& kept) const {
     const fs::path copies = backupRoot() / layout::dataFolder;
-    const fs::path kept = replaced_.begin();
     finishReplacingIn(documentsFolder(), [&](const fs::path& target) {
         const fs::path name = target.filename();
         return name == layout::collectionsFolder || name == layout::playFieldsFolder

@@ -83,5 +83,7 @@ inline constexpr const char* defaultsFile = "defaults.sqlite";  // in the progra
 inline constexpr const char* writtenValuesFile = "WrittenValues.txt";
 inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
 inline constexpr const char* secondCopyFile = "second-copy.plist";
+inline constexpr const char* unfinishedRestoreFile =
+    "Unfinished.txt";  // in the folder of replaced data, while a restore is under way
 
 }  // namespace tembrix::layout

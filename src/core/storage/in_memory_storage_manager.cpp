@@ -120,6 +120,8 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
         return {};
     auto lines = stored ? decode<TimelineLines>(*stored) : Result<TimelineLines>(stored.error());
     if (lines) {
+        if (cached && savedCopies_)
+            savedCopies_->noteDamage();
         if (!fillWorkingCopy(key, cached, *stored))
             return loadTimeline(videoId);
         return std::move(lines).value();
@@ -193,6 +195,8 @@ std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::
     }
     auto collection = readCollectionFolder(id);
     if (collection) {
+        if (cached && savedCopies_)
+            savedCopies_->noteDamage();
         if (const auto encoded = encode(*collection);
             encoded && !fillWorkingCopy(key, cached, *encoded))
             return loadCollection(id);
@@ -211,8 +215,10 @@ std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(const
         log_.line("❌ Storage: Unreadable file of collection " + id + ": " + name);
     for (const auto& content : files.damagedContents())
         setAside(defaults_, log_, layout::collectionKey(id), content);
-    if (savedCopies_)
+    if (savedCopies_) {
         files.replaceDamaged(CollectionFiles(savedCopies_->savedCollectionFolder(id)));
+        savedCopies_->noteDamage();
+    }
     return files.collection(id);
 }
 
@@ -267,7 +273,7 @@ void InMemoryStorageManager::keepFromDocuments() {
 void InMemoryStorageManager::saveWritten() {
     const auto folder = makeFolder(dataFolder());
     if (const auto saved = folder ? written_.save() : folder; !saved)
-        log_.line("❌ Storage: Error writing the list of written values - " + saved.error().text);
+        notWritten("❌ Storage: Error writing the list of written values - ", saved.error());
 }
 
 // Returns true if a document contains a later change than the working copy. That happens if the end
@@ -275,20 +281,38 @@ void InMemoryStorageManager::saveWritten() {
 // by hand or by a restore differs from the one that was written and is ignored.
 bool InMemoryStorageManager::isOutdated(const std::string& key, std::uint64_t number) const {
     const auto entry = written_.find(key);
-    if (!entry || entry->number <= number)
-        return false;
-    const std::string id = key.substr(std::strlen(layout::timelinePrefix));
-    const auto document = isFileName(id) ? readFile(timelineFile(id)) : Result<Bytes>(Error{});
-    return document && contentHash(*document) == entry->hash;
+    return entry && entry->number > number && entry->hash != 0 && documentHash(key) == entry->hash;
+}
+
+// The hash of a timeline's document or of the record in a collection's files; 0 if they cannot be
+// read.
+std::uint64_t InMemoryStorageManager::documentHash(const std::string& key) const {
+    const bool isTimeline = key.starts_with(layout::timelinePrefix);
+    const std::string prefix = isTimeline ? layout::timelinePrefix : layout::collectionPrefix;
+    const std::string id = key.starts_with(prefix) ? key.substr(prefix.size()) : std::string();
+    if (!isFileName(id))
+        return 0;
+    if (isTimeline) {
+        const auto document = readFile(timelineFile(id));
+        return document ? contentHash(*document) : 0;
+    }
+    const CollectionFiles files(collectionsFolder() / pathFromText(id));
+    const auto collection = files.isWhole() ? files.collection(id) : std::nullopt;
+    const auto record = collection ? encode(*collection).optional() : std::nullopt;
+    return record ? contentHash(*record) : 0;
 }
 
 void InMemoryStorageManager::dropOutdatedWorkingCopies() {
-    for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
-        if (!isOutdated(key, defaults_.changeNumber(key)))
+    for (const auto& [key, entry] : written_.entries()) {
+        const auto number = defaults_.changeNumber(key);
+        if (entry.number <= number)
+            continue;
+        noteLostChanges();
+        const auto value = defaults_.data(key);
+        if (!value || !isOutdated(key, number))
             continue;
         log_.line("⚠️ Storage: Working copy " + key + " is older than its document, dropped");
-        if (const auto value = defaults_.data(key))
-            setAside(defaults_, log_, key, *value);
+        setAside(defaults_, log_, key, *value);
         defaults_.remove(key);
     }
 }
@@ -296,16 +320,26 @@ void InMemoryStorageManager::dropOutdatedWorkingCopies() {
 // The database is synced before the documents are written, so that after a power failure no
 // document is newer than its value.
 void InMemoryStorageManager::writeAll() {
+    allWritten_ = true;
     defaults_.makeDurable();
     written_.useFor(defaults_.identity());
     saveTimelinesToDisk();
     saveCollectionsToDisk();
     saveWritten();
+    if (flushed_)
+        flushed_(allWritten_);
+    if (!allWritten_)
+        writing_.onMain([this] { scheduleSaveToDisk(); });
+}
+
+void InMemoryStorageManager::notWritten(const std::string& what, const Error& error) {
+    log_.line(what + error.text);
+    allWritten_ = false;
 }
 
 void InMemoryStorageManager::saveTimelinesToDisk() {
     if (const auto made = makeFolder(timelinesFolder()); !made) {
-        log_.line("❌ Storage: Error making the timelines folder - " + made.error().text);
+        notWritten("❌ Storage: Error making the timelines folder - ", made.error());
         return;
     }
     for (const auto& key : defaults_.keys(layout::timelinePrefix))
@@ -331,7 +365,7 @@ void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
             return;
         }
         if (const auto written = replaceFile(timelineFile(id), *value); !written) {
-            log_.line("❌ Storage: Error writing timeline " + id + " - " + written.error().text);
+            notWritten("❌ Storage: Error writing timeline " + id + " - ", written.error());
             return;
         }
         // If the video was deleted meanwhile, its file was removed before this one was written.
@@ -351,7 +385,7 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
         const std::string key = layout::collectionKey(id);
         const auto number = defaults_.changeNumber(key);
         const auto entry = written_.find(key);
-        if (entry && number > 0 && entry->number == number)
+        if ((entry && number > 0 && entry->number == number) || isOutdated(key, number))
             continue;
         const auto value = defaults_.data(key);
         if (!value || !isFileName(id))
@@ -361,7 +395,7 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
             continue;
         collection->id = id;  // the key determines the name of the folder
         if (writeCollection(*collection))
-            written_.set(key, {number, 0});
+            written_.set(key, {number, documentHash(key)});
     }
 }
 
@@ -378,7 +412,7 @@ std::optional<std::vector<CollectionInfo>> InMemoryStorageManager::indexedCollec
 
 void InMemoryStorageManager::removeDeletedCollections(const std::vector<std::string>& cachedIds) {
     const auto listed = indexedCollections();
-    if (!listed)
+    if (!listed || lostChanges_)
         return;
     std::set<std::string> kept(cachedIds.begin(), cachedIds.end());
     for (const auto& collection : *listed)
@@ -407,14 +441,14 @@ bool InMemoryStorageManager::writeCollectionFile(const std::filesystem::path& fi
         return true;
     const auto written = replaceFile(file, *encoded);
     if (!written)
-        log_.line("❌ Storage: Error writing collection file - " + written.error().text);
+        notWritten("❌ Storage: Error writing collection file - ", written.error());
     return written.ok();
 }
 
 bool InMemoryStorageManager::writeCollection(const CollectionData& collection) {
     const auto folder = collectionsFolder() / pathFromText(collection.id);
     if (const auto made = makeFolder(folder); !made) {
-        log_.line("❌ Storage: Error making the collection folder - " + made.error().text);
+        notWritten("❌ Storage: Error making the collection folder - ", made.error());
         return false;
     }
     bool done =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -8,10 +9,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
 #include "base/log.h"
+#include "base/result.h"
 
 #include "ports/directories.h"
 #include "ports/scheduler.h"
@@ -46,6 +49,11 @@ class InMemoryStorageManager {
     // Sets where to look for copies that cannot be read here. Set before anything is loaded.
     void setSavedCopies(SavedCopies* copies);
 
+    // Sets a function that is called after each flush, on the thread that flushed, with whether all
+    // documents could be written. Those that could not are tried again after the usual delay. Set
+    // before anything is saved.
+    void setFlushed(std::function<void(bool allWritten)> flushed) { flushed_ = std::move(flushed); }
+
     void saveTimeline(const TimelineLines& lines, const std::string& videoId);
     // Encodes an opened timeline in the background, so that the first save is as fast as later
     // ones.
@@ -76,6 +84,12 @@ class InMemoryStorageManager {
     // that it puts in place.
     std::unique_lock<std::mutex> holdFlush();
 
+    // Whether the defaults lost changes that files contain, as after damage to the end of the
+    // database log. Until the next start no folder of a collection is removed then, because the
+    // index may be too old to list it.
+    bool hasLostChanges() const { return lostChanges_; }
+    void noteLostChanges() { lostChanges_ = true; }
+
     UserDefaults& userDefaults() { return defaults_; }
 
     std::filesystem::path dataFolder() const;  // Documents/Tembrix-Stat
@@ -93,12 +107,14 @@ class InMemoryStorageManager {
     void flush();
     void writeAll();
     void saveWritten();
+    void notWritten(const std::string& what, const Error& error);
     void saveTimelinesToDisk();
     void saveTimelineToDisk(const std::string& key);
     void saveCollectionsToDisk();
     void removeDeletedCollections(const std::vector<std::string>& cachedIds);
     std::optional<std::vector<CollectionInfo>> indexedCollections();
     bool writeCollection(const CollectionData& collection);
+    std::uint64_t documentHash(const std::string& key) const;
     template <class Record>
     bool writeCollectionFile(const std::filesystem::path& file, const Record& record);
     std::optional<CollectionData> readCollectionFolder(const std::string& id);
@@ -110,9 +126,12 @@ class InMemoryStorageManager {
     Log& log_;
     CollectionIndexStorage* index_ = nullptr;  // guarded by flush_
     WrittenValues written_;                    // guarded by flush_
+    bool allWritten_ = true;                   // by the last flush; guarded by flush_
+    std::function<void(bool)> flushed_;
     std::shared_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
+    std::atomic<bool> lostChanges_ = false;
     mutable std::mutex workingCopies_;  // held while a working copy is replaced
     std::set<std::string> unreadable_;  // ids of timelines; guarded by the same mutex
     SavedCopies* savedCopies_ = nullptr;

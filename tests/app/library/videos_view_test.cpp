@@ -164,10 +164,10 @@ TEST_F(VideosViewTest, TheDataSheetBacksUpAndSaysSo) {
 
 TEST_F(VideosViewTest, WhatARestoreReplacedIsListedAndBroughtBack) {
     project.addVideo("one.mp4");
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     project.library.renameVideo(project.library.files().front(), "Later");
     EXPECT_TRUE(sync.replacedStates().empty());
-    sync.restoreFromBackup();
+    EXPECT_TRUE(sync.restoreFromBackup());
     show();
     QTest::mouseClick(child(view, "dataManagementTitle"), Qt::LeftButton);
     ASSERT_TRUE(sheet());

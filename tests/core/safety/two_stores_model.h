@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/records/annotation_records.h"
@@ -34,6 +35,7 @@ struct TwoStoresModel {
     ById<TimelineLines> timelines;
     ById<CollectionData> collections;
     bool backupNoted = false;
+    bool unfinishedRestore = false;
     std::optional<std::vector<CollectionInfo>> unsavedIndex, indexCopy;
     // Durable copies.
     ById<TimelineLines> timelineFiles;
@@ -189,6 +191,7 @@ struct TwoStoresModel {
             if (backup.index || backup.collections.contains(id))
                 collections.erase(id);
         restoreFiles(4);
+        backupNoted = true;
     }
 
     void launch() {
@@ -204,6 +207,8 @@ struct TwoStoresModel {
             for (const auto& row : (indexCopy ? indexCopy : backup.index).value_or(index))
                 if (collection(row.id))
                     list(row);
+        if (std::exchange(unfinishedRestore, false))
+            restoreFiles(4);
         std::vector<std::string> filledTimelines, filledCollections;
         for (const auto& [id, lines] : timelineFiles)
             if (timelines.insert({id, lines}).second)
@@ -256,6 +261,7 @@ struct TwoStoresModel {
         timelineFiles.clear();
         folders.clear();
         indexFile.reset();
+        unfinishedRestore = false;
     }
 };
 
