@@ -135,7 +135,8 @@ class MemoryUserDefaults final : public UserDefaults {
         {
             const std::lock_guard lock(mutex_);
             const bool moved = status_.allStored != refusal_.empty();
-            status_ = {refusal_.empty(), refusal_};
+            status_.allStored = refusal_.empty();
+            status_.reason = refusal_;
             if (moved)
                 changed = changed_;
         }

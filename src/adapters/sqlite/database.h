@@ -16,7 +16,9 @@ namespace tembrix::sqlite {
 bool isDamage(int code);
 
 enum class Access {
-    readWrite,   // creates the file if it is missing
+    readWrite,  // creates the file if it is missing
+    alone,  // an existing file, with its log, for reading; nobody else may use it. Needs no room
+            // on the disk and leaves the log as it is.
     asItStands,  // reads a file that cannot be changed, in a folder that cannot be written
 };
 
@@ -28,6 +30,10 @@ class Database {
 
     // Runs statements without results. Returns SQLITE_OK or an error code.
     int run(const char* sql);
+    // Closing the connection will not copy the log into the database and delete it.
+    void leaveLog() {
+        sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
     std::string lastError() const { return sqlite3_errmsg(handle_.get()); }
     int lastCode() const { return sqlite3_errcode(handle_.get()); }
     sqlite3* handle() const { return handle_.get(); }

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "ports/user_defaults.h"
+
 // The names of everything that is stored: keys of the user defaults, folders and files. They are
 // defined only here. They are the format of the user's data and must not change.
 namespace tembrix::layout {
@@ -13,7 +15,7 @@ inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksums o
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";
-inline constexpr const char* damagedPrefix = "damaged_";  // followed by the key of a damaged value
+inline constexpr const char* damagedPrefix = setAsidePrefix;  // and the key of a damaged value
 // Followed by the id of a video whose timeline could not be read, until its backup has been
 // handled.
 inline constexpr const char* unreadablePrefix = "unreadable_";

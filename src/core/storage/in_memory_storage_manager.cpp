@@ -39,6 +39,22 @@ bool fileHolds(const std::filesystem::path& file, BytesView content) {
     return present && std::equal(present->begin(), present->end(), content.begin(), content.end());
 }
 
+// A document that was removed is written again, unless all data was deleted.
+bool isWritten(const std::optional<WrittenValues::Entry>& entry, std::uint64_t number,
+               const std::filesystem::path& document) {
+    std::error_code error;
+    return entry && number > 0 && entry->number == number &&
+           (entry->hash == 0 || std::filesystem::exists(document, error) || error);
+}
+
+// If the database cannot be read now, values stored in this run must count as newer than its
+// values.
+const WrittenValues::Entries& entriesFor(UserDefaults& defaults, WrittenValues& written) {
+    defaults.continueNumbers(written.storedIdentity(), written.lastNumber());
+    written.useFor(defaults.identity());
+    return written.entries();
+}
+
 }  // namespace
 
 InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler& scheduler,
@@ -48,13 +64,10 @@ InMemoryStorageManager::InMemoryStorageManager(UserDefaults& defaults, Scheduler
       directories_(std::move(directories)),
       log_(log),
       written_(dataFolder() / layout::writtenValuesFile),
+      atStart_(entriesFor(defaults_, written_)),
       encoder_(std::make_shared<TimelineEncoder>()),
       writing_(scheduler),
       preparing_(scheduler) {
-    // If the database cannot be read now, values stored in this run must count as newer than its
-    // values.
-    defaults_.continueNumbers(written_.storedIdentity(), written_.lastNumber());
-    written_.useFor(defaults_.identity());
     dropOutdatedWorkingCopies();
 }
 
@@ -110,8 +123,9 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
     const std::string key = layout::timelineKey(videoId);
     const auto cached = defaults_.data(key);
     if (cached) {
-        if (auto lines = decode<TimelineLines>(*cached))
+        if (auto lines = decode<TimelineLines>(*cached); lines && !isDamagedCopy(videoId, *cached))
             return std::move(lines).value();
+        const RepairScope repair;
         setAside(defaults_, log_, key, *cached);
     }
     if (!isFileName(videoId))
@@ -131,6 +145,27 @@ TimelineLines InMemoryStorageManager::loadTimeline(const std::string& videoId) {
     return loadSavedTimeline(videoId, cached);
 }
 
+// The database does not detect every damage of a small value. A working copy that was written to
+// its document must still be equal to it. If the document was replaced as well, both are kept and
+// the working copy is used.
+bool InMemoryStorageManager::isDamagedCopy(const std::string& videoId, BytesView value) const {
+    const std::string key = layout::timelineKey(videoId);
+    const auto entry = atStart_.find(key);
+    if (entry == atStart_.end() || entry->second.hash == 0 || !isFileName(videoId) ||
+        entry->second.number != defaults_.changeNumber(key) ||
+        entry->second.hash == contentHash(value))
+        return false;
+    const auto document = readFile(timelineFile(videoId));
+    if (document && contentHash(*document) == entry->second.hash) {
+        log_.line("⚠️ Storage: Working copy " + key + " is damaged, its document is used");
+        return true;
+    }
+    log_.line("⚠️ Storage: Working copy " + key + " differs from what was written");
+    if (document && !fileHolds(timelineFile(videoId), value))
+        setAside(defaults_, log_, key, *document);
+    return false;
+}
+
 // Loads a timeline from the backup if no other copy can be read.
 TimelineLines InMemoryStorageManager::loadSavedTimeline(const std::string& videoId,
                                                         const std::optional<Bytes>& cached) {
@@ -142,6 +177,7 @@ TimelineLines InMemoryStorageManager::loadSavedTimeline(const std::string& video
         log_.line("⚠️ Storage: Timeline " + videoId + " taken from the backup");
         return std::move(*saved);
     }
+    const RepairScope repair;
     defaults_.setBoolean(layout::unreadableKey(videoId), true);
     const std::lock_guard lock(workingCopies_);
     unreadable_.insert(videoId);
@@ -160,6 +196,7 @@ bool InMemoryStorageManager::fillWorkingCopy(const std::string& key,
     const std::lock_guard lock(workingCopies_);
     if (defaults_.data(key) != before)
         return false;
+    const RepairScope repair;
     defaults_.setData(key, value);
     return true;
 }
@@ -284,6 +321,7 @@ bool InMemoryStorageManager::isOutdated(const std::string& key, std::uint64_t nu
 }
 
 void InMemoryStorageManager::dropOutdatedWorkingCopies() {
+    const RepairScope repair;
     for (const auto& key : defaults_.keys(layout::timelinePrefix)) {
         if (!isOutdated(key, defaults_.changeNumber(key)))
             continue;
@@ -319,10 +357,10 @@ void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
     // missed.
     const auto number = defaults_.changeNumber(key);
     const auto entry = written_.find(key);
-    if ((entry && number > 0 && entry->number == number) || isOutdated(key, number))
+    if (!isFileName(id) || isWritten(entry, number, timelineFile(id)) || isOutdated(key, number))
         return;
     const auto value = defaults_.data(key);
-    if (!value || !isFileName(id))
+    if (!value)
         return;
     if (!fileHolds(timelineFile(id), *value)) {
         // A damaged working copy must not replace a good file, from which it can be repaired.
@@ -340,7 +378,9 @@ void InMemoryStorageManager::saveTimelineToDisk(const std::string& key) {
         if (still.empty() || still.front() != key)
             deleteTimelineFile(id);
     }
-    written_.set(key, {number, contentHash(*value)});
+    // A value without a number is a repair that is dropped when the database can be read again.
+    if (number > 0)
+        written_.set(key, {number, contentHash(*value)});
 }
 
 void InMemoryStorageManager::saveCollectionsToDisk() {
@@ -352,17 +392,17 @@ void InMemoryStorageManager::saveCollectionsToDisk() {
         const std::string key = layout::collectionKey(id);
         const auto number = defaults_.changeNumber(key);
         const auto entry = written_.find(key);
-        if (entry && number > 0 && entry->number == number)
+        if (!isFileName(id) || isWritten(entry, number, collectionsFolder() / pathFromText(id)))
             continue;
         const auto value = defaults_.data(key);
-        if (!value || !isFileName(id))
+        if (!value)
             continue;
         auto collection = decode<CollectionData>(*value).optional();
         if (!collection)
             continue;
         collection->id = id;  // the key determines the name of the folder
-        if (writeCollection(*collection))
-            written_.set(key, {number, 0});
+        if (writeCollection(*collection) && number > 0)
+            written_.set(key, {number, contentHash(*value)});
     }
 }
 

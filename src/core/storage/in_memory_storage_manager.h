@@ -91,6 +91,7 @@ class InMemoryStorageManager {
     // Returns false if the working copy has changed since `before` was read.
     bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
                          BytesView value);
+    bool isDamagedCopy(const std::string& videoId, BytesView value) const;
     void dropOutdatedWorkingCopies();
     bool isOutdated(const std::string& key, std::uint64_t number) const;
     void flush();
@@ -113,6 +114,7 @@ class InMemoryStorageManager {
     Log& log_;
     CollectionIndexStorage* index_ = nullptr;  // guarded by flush_
     WrittenValues written_;                    // guarded by flush_
+    const WrittenValues::Entries atStart_;     // the entries of the preceding run
     std::shared_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
