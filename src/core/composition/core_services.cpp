@@ -11,6 +11,7 @@ namespace tembrix {
 
 CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
     : platform(p),
+      settings(p.defaults, p.log),
       health(p.defaults, p.scheduler),
       storage(p.defaults, p.scheduler, p.directories, p.log),
       index(storage, p.bookmarks, p.keychain, p.scheduler, events, p.log),
@@ -23,8 +24,8 @@ CoreServices::CoreServices(const Platform& p, WindowFactory& windowFactory)
       tagLibrary(collections, p.resources / "collections", p.locale),
       commandKeys(p.defaults, p.log),
       commands(commandKeys),
-      projectServices{platform,    events,     focus,    storage, library,
-                      collections, tagLibrary, commands, products},
+      projectServices{platform, events,      settings,   focus,    storage,
+                      library,  collections, tagLibrary, commands, products},
       windows(projectServices, windowFactory),
       startUp(dataSync, library, tagLibrary) {
     storage.setCollectionIndex(&index);

@@ -11,6 +11,7 @@
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/safety/data_sync_manager.h"
+#include "core/settings/settings.h"
 #include "core/shell/project.h"
 #include "core/shell/start_up.h"
 #include "core/shell/windows_manager.h"
@@ -37,6 +38,7 @@ class CoreServices {
 
     const Platform platform;
     EventBus events;
+    Settings settings;
     FocusStateManager focus;
     StorageHealth health;
     InMemoryStorageManager storage;

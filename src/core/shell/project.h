@@ -19,6 +19,7 @@
 #include "core/playback/playback_commands.h"
 #include "core/playback/video_player_manager.h"
 #include "core/records/video_records.h"
+#include "core/settings/settings.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "core/storage/video_files_manager.h"
 #include "core/timeline/markup_mode_store.h"
@@ -31,6 +32,7 @@ namespace tembrix {
 struct ProjectServices {
     const Platform& platform;
     EventBus& events;
+    Settings& settings;
     FocusStateManager& focus;
     InMemoryStorageManager& storage;
     VideoFilesManager& library;

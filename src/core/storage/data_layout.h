@@ -32,6 +32,7 @@ inline constexpr const char* collectionsUnsavedKey = "collectionsUnsaved";
 inline constexpr const char* collectionsSecondCopyKey = "collectionsSecondCopy";
 inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 
+inline constexpr const char* settingsKey = "settings";          // what differs from the defaults
 inline constexpr const char* commandKeysKey = "commandKeys";    // what the user changed
 inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date, by the id of a video
 
