@@ -6,6 +6,7 @@
 #include <map>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "base/json.h"
@@ -26,7 +27,7 @@ struct Setting {
     const char* name;  // as stored
     SettingsPage page;
     Value SettingsValues::*member;
-    Value least{}, most{};  // of numbers
+    double least = 0, most = 0;  // of numbers
 };
 
 using enum SettingsPage;
@@ -85,7 +86,8 @@ void limit(SettingsValues& values, const Setting<Number>& setting) {
     if constexpr (std::is_floating_point_v<Number>)
         if (std::isnan(value))
             value = SettingsValues{}.*setting.member;
-    value = std::clamp(value, setting.least, setting.most);
+    value =
+        std::clamp(value, static_cast<Number>(setting.least), static_cast<Number>(setting.most));
 }
 void limit(SettingsValues&, const Setting<bool>&) {}
 void limit(SettingsValues&, const Setting<std::string>&) {}
