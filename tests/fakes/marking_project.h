@@ -45,6 +45,7 @@ struct AnsweredFieldMap final : FieldMapQuestion {
 // The tag panel of an open video with a small collection.
 struct MarkingProject : CoreProject {
     static constexpr const char* collectionName = "Mine";
+    static constexpr const char* collectionId = "MINE";
 
     StillPlayhead playhead;
     AnsweredFieldMap fieldMap;
@@ -55,7 +56,7 @@ struct MarkingProject : CoreProject {
         saveCollection(100);
         openVideo();
         flow.appear();
-        flow.switchToUserCollection(collectionName);
+        flow.switchToUserCollection(collectionId);
         events.post(
             tembrix::events::CollectionDataChanged{});  // adds a new collection to the merged lists
         scheduler.run();
@@ -63,7 +64,7 @@ struct MarkingProject : CoreProject {
 
     void saveCollection(double fieldWidth) {
         CollectionData data;
-        data.id = "MINE";
+        data.id = collectionId;
         data.tags = {tag("pass"), tag("map"), tag("phase"), tag("other"), tag("goal")};
         data.tags[1].mapEnabled = true;
         data.tags[2].isInterval = data.tags[3].isInterval = true;

@@ -23,7 +23,8 @@ namespace tembrix {
 namespace {
 
 constexpr int kindRole = Qt::UserRole;
-constexpr int nameRole = Qt::UserRole + 1;  // the full name; the displayed text may be shortened
+// The id of a user collection or the name of a standard one; the displayed text may be shortened.
+constexpr int keyRole = Qt::UserRole + 1;
 constexpr int standardKind = 1;
 constexpr int userKind = 2;
 
@@ -92,19 +93,19 @@ CollectionChooser::CollectionChooser(const TagPanelServices& services, MarkingFl
 
 void CollectionChooser::rebuild() {
     names_->clear();
-    const auto add = [&](const std::string& name, int kind) {
+    const auto add = [&](const std::string& name, int kind, const std::string& key) {
         names_->addItem(qtext(shortened(name)));
         names_->setItemData(names_->count() - 1, kind, kindRole);
-        names_->setItemData(names_->count() - 1, qtext(name), nameRole);
+        names_->setItemData(names_->count() - 1, qtext(key), keyRole);
     };
     for (const auto& collection : *services_.tagLibrary.standardCollections)
-        add(collection.name, standardKind);
+        add(collection.name, standardKind, collection.name);
     if (names_->count() > 0 && !flow_.userCollections->empty())
         names_->insertSeparator(names_->count());
     deletable_->clear();
     shown_ = *flow_.userCollections;
     for (const auto& collection : shown_) {
-        add(collection.name, userKind);
+        add(collection.name, userKind, collection.id);
         auto* action = deletable_->addAction(qtext(shortened(collection.name)).replace('&', "&&"));
         action->setObjectName(qtext(collection.id));
         connect(action, &QAction::triggered, this, [this, collection] { askToDelete(collection); });
@@ -115,8 +116,9 @@ void CollectionChooser::rebuild() {
 void CollectionChooser::refresh() {
     const auto& library = services_.tagLibrary;
     const auto& type = *library.currentCollectionType;
-    const QString name =
-        qtext(type.isUser() ? type.name : library.selectedStandardCollectionName->value_or(""));
+    const std::string name =
+        type.isUser() ? type.name : library.selectedStandardCollectionName->value_or("");
+    const QString key = qtext(type.isUser() ? type.id : name);
     // A standard collection cannot be chosen while an interval is open or a collection is loading:
     // open intervals belong to their collection, and loading replaces the lists.
     const bool standardAllowed = flow_.activeIntervalTags->empty() && !*flow_.isLoadingCollections;
@@ -127,10 +129,10 @@ void CollectionChooser::refresh() {
         if (kind == standardKind)
             model->item(i)->setEnabled(standardAllowed);
         if (kind == (type.isUser() ? userKind : standardKind) &&
-            names_->itemData(i, nameRole) == name)
+            names_->itemData(i, keyRole) == key)
             current = i;
     }
-    names_->setPlaceholderText(qtext(shortened(utf8Text(name))));
+    names_->setPlaceholderText(qtext(shortened(name)));
     names_->setCurrentIndex(current);
     names_->setEnabled(standardAllowed || !flow_.userCollections->empty());
     delete_->setVisible(!flow_.userCollections->empty());
@@ -138,11 +140,11 @@ void CollectionChooser::refresh() {
 }
 
 void CollectionChooser::choose(int index) {
-    const auto name = utf8Text(names_->itemData(index, nameRole).toString());
+    const auto key = utf8Text(names_->itemData(index, keyRole).toString());
     if (names_->itemData(index, kindRole).toInt() == userKind)
-        flow_.switchToUserCollection(name);
+        flow_.switchToUserCollection(key);
     else
-        flow_.switchToStandardCollection(name);
+        flow_.switchToStandardCollection(key);
     refresh();  // if the choice was rejected or is still loading, the active collection is shown
 }
 
@@ -152,7 +154,7 @@ void CollectionChooser::chooseToDelete() {
     const auto& list = *flow_.userCollections;
     const auto& type = *services_.tagLibrary.currentCollectionType;
     const auto found = std::find_if(list.begin(), list.end(), [&](const CollectionInfo& info) {
-        return type.isUser() && info.name == type.name;
+        return type.isUser() && info.id == type.id;
     });
     if (found != list.end())
         askToDelete(CollectionInfo(*found));

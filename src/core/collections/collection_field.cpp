@@ -48,10 +48,17 @@ bool CustomCollectionManager::isPictureOfAnother(const std::string& name) const 
     return false;
 }
 
-// The collection's name, with a number if another collection uses that picture.
+// The collection's name, with a number if there is such a picture already. Even if no collection
+// uses it, it may be about to be deleted. A collection replaces its own picture.
 std::string CustomCollectionManager::fieldFileStem() const {
+    const auto isTaken = [this](const std::string& name) {
+        std::error_code ignored;
+        const bool own = playField_ && playField_->imagePath == name;
+        return own ? isPictureOfAnother(name)
+                   : std::filesystem::exists(fieldFolder() / pathFromText(name), ignored);
+    };
     auto stem = fileStem(collectionName_);
-    for (int counter = 1; isPictureOfAnother(stem + ".png"); ++counter)
+    for (int counter = 1; isTaken(stem + ".png"); ++counter)
         stem = fileStem(collectionName_) + " (" + std::to_string(counter) + ")";
     return stem;
 }
@@ -99,21 +106,23 @@ void CustomCollectionManager::removeField() {
     const auto name = pathFromText(playField_->imagePath).filename();
     const auto image = name.empty() || isPictureOfAnother(pathText(name)) ? std::filesystem::path{}
                                                                           : fieldFolder() / name;
-    work_.run(
-        Priority::userInitiated,
-        [image] {
-            std::error_code ignored;
-            if (!image.empty())
-                std::filesystem::remove(image, ignored);
-        },
-        [this] {
-            for (auto& tag : lists_.tags)
-                if (tag.mapEnabled == true)
-                    tag.mapEnabled = false;
-            playField_.reset();
-            changed_.emit();
-            saveCollection();
-        });
+    for (auto& tag : lists_.tags)
+        if (tag.mapEnabled == true)
+            tag.mapEnabled = false;
+    playField_.reset();
+    changed_.emit();
+    saveCollection();
+    if (image.empty())
+        return;
+    // The picture is deleted last, and only if the collection was stored without it. This object
+    // may be destroyed meanwhile.
+    services_.scheduler.background(Priority::userInitiated,
+                                   [image, &defaults = services_.storage.userDefaults()] {
+                                       defaults.makeDurable();
+                                       std::error_code ignored;
+                                       if (defaults.status().allStored)
+                                           std::filesystem::remove(image, ignored);
+                                   });
 }
 
 void CustomCollectionManager::setFieldSize(double width, double height) {

@@ -59,7 +59,12 @@ CustomCollectionManager::CustomCollectionManager(CollectionServices& services,
       originalName_(existing.name),
       isEditingExisting_(true),
       work_(services.scheduler) {
-    loadCollection(existing.name);
+    const auto infos = services_.index.collections();
+    const auto info = std::find_if(infos.begin(), infos.end(), [&](const CollectionInfo& one) {
+        return one.id == existing.id;
+    });
+    if (info == infos.end() ? loadCollection(existing.name) : load(*info))
+        originalName_ = collectionName_;
 }
 
 Subscription CustomCollectionManager::observeChanges(std::function<void()> observer) {
@@ -74,17 +79,23 @@ bool CustomCollectionManager::loadCollection(const std::string& name) {
         services_.log.line("❌ CustomCollectionManager: Collection '" + name + "' not found");
         return false;
     }
-    auto data = services_.storage.loadCollection(info->id);
+    return load(*info);
+}
+
+bool CustomCollectionManager::load(const CollectionInfo& info) {
+    auto data = services_.storage.loadCollection(info.id);
     if (!data) {
-        services_.log.line("❌ CustomCollectionManager: Failed to load collection '" + name + "'");
+        services_.log.line("❌ CustomCollectionManager: Failed to load collection '" + info.name +
+                           "'");
         return false;
     }
-    collectionID_ = info->id;
-    collectionName_ = name;
+    collectionID_ = info.id;
+    collectionName_ = info.name;
     lists_ = data->lists();
     playField_ = std::move(data->playField);
     changed_.emit();
-    services_.log.line("✅ CustomCollectionManager: Successfully loaded collection '" + name + "'");
+    services_.log.line("✅ CustomCollectionManager: Successfully loaded collection '" + info.name +
+                       "'");
     return true;
 }
 

@@ -95,7 +95,7 @@ class CustomCollectionManager {
     // Copies the picture into the program's own folder and saves. Returns false if nothing has
     // changed.
     bool setFieldImage(const std::filesystem::path& image);
-    // Removes the picture in the background, then the field and the map flags, and saves.
+    // Removes the field and the map flags and saves, then deletes the picture in the background.
     void removeField();
     void setFieldSize(double width, double height);
 
@@ -105,6 +105,7 @@ class CustomCollectionManager {
         std::string newName;
     };
 
+    bool load(const CollectionInfo& info);
     std::string uniqueName(const std::string& wanted);
     void recordRename(const std::string& id, const std::string& name);
     void dropTag(const std::string& id);

@@ -10,13 +10,12 @@ namespace tembrix {
 
 struct TagLibraryManager::Shared {
     std::mutex cacheLock;
-    std::map<std::string, CollectionLists> cache;  // by display name
+    std::map<std::string, CollectionLists> cache;  // by id
     std::size_t drops = 0;                         // number of entries dropped so far
-    std::vector<std::string> deleted;              // ids, in the order of their deletion
 
-    std::optional<CollectionLists> cached(const std::string& name) {
+    std::optional<CollectionLists> cached(const std::string& id) {
         const std::lock_guard lock(cacheLock);
-        const auto found = cache.find(name);
+        const auto found = cache.find(id);
         return found == cache.end() ? std::nullopt : std::optional(found->second);
     }
     // The value to pass to store() after reading. If an entry is dropped in between, the data that
@@ -25,33 +24,20 @@ struct TagLibraryManager::Shared {
         const std::lock_guard lock(cacheLock);
         return drops;
     }
-    void store(const std::string& name, const CollectionLists& lists, std::size_t before) {
+    void store(const std::string& id, const CollectionLists& lists, std::size_t before) {
         const std::lock_guard lock(cacheLock);
         if (drops == before)
-            cache.insert_or_assign(name, lists);
+            cache.insert_or_assign(id, lists);
     }
-    void drop(const std::string& name) {
+    void drop(const std::string& id) {
         const std::lock_guard lock(cacheLock);
         ++drops;
-        cache.erase(name);
+        cache.erase(id);
     }
     void clear() {
         const std::lock_guard lock(cacheLock);
         ++drops;
         cache.clear();
-    }
-    void noteDeletion(const std::string& id) {
-        const std::lock_guard lock(cacheLock);
-        deleted.push_back(id);
-    }
-    std::size_t deletions() {
-        const std::lock_guard lock(cacheLock);
-        return deleted.size();
-    }
-    bool wasDeletedSince(std::size_t before, const std::string& id) {
-        const std::lock_guard lock(cacheLock);
-        return std::find(deleted.begin() + static_cast<std::ptrdiff_t>(before), deleted.end(),
-                         id) != deleted.end();
     }
 };
 
@@ -98,28 +84,63 @@ void TagLibraryManager::activate(const TagCollection& collection, const Collecti
     currentCollectionType.set(collection);
 }
 
+bool TagLibraryManager::isActive(const std::string& id) const {
+    return currentCollectionType->isUser() && currentCollectionType->id == id;
+}
+
+std::optional<CollectionInfo> TagLibraryManager::userCollection(const std::string& id) {
+    for (auto& info : services_.index.collections())
+        if (info.id == id)
+            return std::move(info);
+    return std::nullopt;
+}
+
+std::optional<CollectionInfo> TagLibraryManager::userCollectionNamed(const std::string& name) {
+    for (auto& info : services_.index.collections())
+        if (info.name == name)
+            return std::move(info);
+    return std::nullopt;
+}
+
+void TagLibraryManager::rememberSelection(const std::string& name, const std::string& id) {
+    auto& defaults = services_.storage.userDefaults();
+    defaults.setText(layout::lastSelectedCollectionKey, name);
+    if (id.empty())
+        defaults.remove(layout::lastSelectedCollectionIdKey);
+    else
+        defaults.setText(layout::lastSelectedCollectionIdKey, id);
+}
+
+// The name decides if the id was never stored, or if the launch work has replaced it by another.
+std::optional<CollectionInfo> TagLibraryManager::lastSelectedUserCollection() {
+    const auto& defaults = services_.storage.userDefaults();
+    if (const auto id = defaults.text(layout::lastSelectedCollectionIdKey))
+        if (auto info = userCollection(*id))
+            return info;
+    const auto name = defaults.text(layout::lastSelectedCollectionKey);
+    return name ? userCollectionNamed(*name) : std::nullopt;
+}
+
 void TagLibraryManager::restoreLastSelectedCollection() {
     ++switches_;
-    const auto name = services_.storage.userDefaults().text(layout::lastSelectedCollectionKey);
-    if (name) {
-        CustomCollectionManager collection(services_);
-        if (collection.loadCollection(*name)) {
-            activate(TagCollection::user(*name), collection.lists());
-            activeId_ = collection.collectionID();
-            rebuildHotkeys();
-            selectedStandardCollectionName.set(*name);
-            return;
-        }
+    const auto chosen = lastSelectedUserCollection();
+    if (const auto lists = chosen ? collectionDataById(chosen->id) : std::nullopt) {
+        activateUserCollection(*chosen, *lists);
+        return;
     }
     const auto& standard = *standardCollections;
-    const bool known = name && std::any_of(standard.begin(), standard.end(),
-                                           [&](const auto& one) { return one.name == *name; });
-    if (known)
-        selectStandardCollection(*name);
-    else if (!standard.empty())
-        selectStandardCollection(std::string(standard.front().name));
-    else
+    if (standard.empty()) {
         activateNothing();
+        return;
+    }
+    const auto name = services_.storage.userDefaults().text(layout::lastSelectedCollectionKey);
+    auto found = std::find_if(standard.begin(), standard.end(),
+                              [&](const auto& one) { return one.name == name; });
+    if (found == standard.end())
+        found = standard.begin();
+    if (!chosen)  // the user's collection may be readable at the next start
+        rememberSelection(found->name, {});
+    activateStandardCollection(*found);
 }
 
 // Shows no data of a deleted collection.
@@ -136,41 +157,46 @@ void TagLibraryManager::selectStandardCollection(const std::string& name) {
     if (found == standard.end())
         return;
     ++switches_;
-    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
-    activate(TagCollection::standard(), found->lists);
-    selectedStandardCollectionName.set(found->name);
+    rememberSelection(name, {});
+    activateStandardCollection(*found);
+}
+
+void TagLibraryManager::activateStandardCollection(const StandardCollection& collection) {
+    activate(TagCollection::standard(), collection.lists);
+    selectedStandardCollectionName.set(collection.name);
     refreshAllLists();
 }
 
-void TagLibraryManager::selectUserCollection(const std::string& name) {
+void TagLibraryManager::selectUserCollection(const std::string& id) {
     ++switches_;
-    if (const auto lists = shared_->cached(name)) {
-        switchToUserCollection(name, *lists);
-        return;
-    }
+    // The collection may be renamed or deleted while it is read.
+    const auto select = [this, id](const CollectionLists& lists) {
+        if (const auto info = userCollection(id))
+            activateUserCollection(*info, lists);
+    };
+    if (const auto lists = shared_->cached(id))
+        return select(*lists);
     work_.run(
-        Priority::userInitiated, [this, name] { return collectionData(name); },
-        [this, name, choice = switches_](const std::optional<CollectionLists>& lists) {
+        Priority::userInitiated, [this, id] { return collectionDataById(id); },
+        [this, select, choice = switches_](const std::optional<CollectionLists>& lists) {
             if (lists && choice == switches_)
-                switchToUserCollection(name, *lists);
+                select(*lists);
         });
 }
 
-void TagLibraryManager::switchToUserCollection(const std::string& name,
+void TagLibraryManager::activateUserCollection(const CollectionInfo& info,
                                                const CollectionLists& lists) {
-    activate(TagCollection::user(name), lists);
-    activeId_ = idOfUserCollection(name);
+    activate(TagCollection::user(info.name, info.id), lists);
     rebuildHotkeys();
-    selectedStandardCollectionName.set(name);
-    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
+    selectedStandardCollectionName.set(info.name);
+    rememberSelection(info.name, info.id);
 }
 
 void TagLibraryManager::deleteUserCollection(const CollectionInfo& collection) {
-    shared_->noteDeletion(collection.id);
     services_.storage.deleteCollection(collection.id);
     services_.index.removeCollection(collection.id);
-    shared_->drop(collection.name);
-    if (*currentCollectionType == TagCollection::user(collection.name)) {
+    shared_->drop(collection.id);
+    if (isActive(collection.id)) {
         restoreLastSelectedCollection();
         rebuildHotkeys();
     }
@@ -189,20 +215,25 @@ std::vector<CollectionInfo> TagLibraryManager::userCollections() {
 }
 
 std::optional<CollectionLists> TagLibraryManager::collectionData(const std::string& name) {
-    if (auto lists = shared_->cached(name))
+    const auto info = userCollectionNamed(name);
+    return info ? collectionDataById(info->id) : std::nullopt;
+}
+
+std::optional<CollectionLists> TagLibraryManager::collectionDataById(const std::string& id) {
+    if (auto lists = shared_->cached(id))
         return lists;
     const auto before = shared_->beforeReading();
-    CustomCollectionManager collection(services_);
-    if (!collection.loadCollection(name))
+    const auto data = services_.storage.loadCollection(id);
+    if (!data)
         return std::nullopt;
-    shared_->store(name, collection.lists(), before);
-    return collection.lists();
+    auto lists = data->lists();
+    shared_->store(id, lists, before);
+    return lists;
 }
 
 TagLibraryManager::Merged TagLibraryManager::readAll(
     const std::vector<StandardCollection>& standard, const std::stop_token& stop) {
     const std::string subject = "TagLibraryManager: ";
-    const auto deletions = shared_->deletions();
     const auto infos = services_.index.collections();
     services_.log.line("📚 " + subject + "Loading " + std::to_string(infos.size()) +
                        " user collections");
@@ -214,11 +245,6 @@ TagLibraryManager::Merged TagLibraryManager::readAll(
                            "' (id: " + info.id + ")");
         const auto before = shared_->beforeReading();
         const auto data = services_.storage.loadCollection(info.id);
-        if (shared_->wasDeletedSince(deletions, info.id)) {
-            // Its folder still exists, and loading it has stored a working copy again.
-            work_.onMain([this, id = info.id] { services_.storage.deleteCollection(id); });
-            continue;
-        }
         if (!data) {
             services_.log.line("❌ " + subject + "Failed to load collection '" + info.name + "'");
             continue;
@@ -227,7 +253,7 @@ TagLibraryManager::Merged TagLibraryManager::readAll(
                            "' - tags: " + std::to_string(data->tags.size()) +
                            ", tagGroups: " + std::to_string(data->tagGroups.size()));
         const auto lists = data->lists();
-        shared_->store(info.name, lists, before);
+        shared_->store(info.id, lists, before);
         addCollection(all.lists, all.places, lists);
     }
     for (const auto& collection : standard)
@@ -264,52 +290,35 @@ void TagLibraryManager::handleTagUpdated(const events::TagUpdated& event) {
         refreshAllLists();
 }
 
-std::string TagLibraryManager::idOfUserCollection(const std::string& name) {
-    for (const auto& info : services_.index.collections())
-        if (info.name == name)
-            return info.id;
-    return {};
-}
-
 void TagLibraryManager::followIndex() {
-    if (!currentCollectionType->isUser() || activeId_.empty())
+    if (!currentCollectionType->isUser())
         return;
-    const auto infos = services_.index.collections();
-    const auto found = std::find_if(infos.begin(), infos.end(), [&](const CollectionInfo& info) {
-        return info.id == activeId_;
-    });
-    if (found == infos.end()) {
+    const auto info = userCollection(currentCollectionType->id);
+    if (!info) {
         restoreLastSelectedCollection();
         return;
     }
-    const std::string name = found->name;
-    if (name == currentCollectionType->name)
+    if (info->name == currentCollectionType->name)
         return;
-    ++switches_;
-    shared_->drop(currentCollectionType->name);
-    services_.storage.userDefaults().setText(layout::lastSelectedCollectionKey, name);
-    currentCollectionType.set(TagCollection::user(name));
-    selectedStandardCollectionName.set(name);
+    rememberSelection(info->name, info->id);
+    currentCollectionType.set(TagCollection::user(info->name, info->id));
+    selectedStandardCollectionName.set(info->name);
 }
 
 void TagLibraryManager::handleCollectionDataChanged(const events::CollectionDataChanged& event) {
     followIndex();
     if (event.collectionName) {
-        const auto& name = *event.collectionName;
-        shared_->drop(name);
-        const auto lists = collectionData(name);
-        if (lists && *currentCollectionType == TagCollection::user(name))
-            refreshActiveCollection(name, *lists);
+        for (const auto& info : services_.index.collections())
+            if (info.name == *event.collectionName) {
+                shared_->drop(info.id);
+                refreshActiveCollection(info.id);
+            }
         // A running load may have read the data that this save replaced.
         changedWhileReloading_ = isReloadingCollections_;
         return;
     }
     shared_->clear();
-    if (currentCollectionType->isUser()) {
-        const auto name = currentCollectionType->name;
-        if (const auto lists = collectionData(name))
-            refreshActiveCollection(name, *lists);
-    }
+    refreshActiveCollection(currentCollectionType->id);
     if (isReloadingCollections_) {
         changedWhileReloading_ = true;
         return;
@@ -319,9 +328,13 @@ void TagLibraryManager::handleCollectionDataChanged(const events::CollectionData
     loadAllCollections();
 }
 
-void TagLibraryManager::refreshActiveCollection(const std::string& name,
-                                                const CollectionLists& lists) {
-    activate(TagCollection::user(name), lists);
+void TagLibraryManager::refreshActiveCollection(const std::string& id) {
+    if (!isActive(id))
+        return;
+    const auto lists = collectionDataById(id);
+    if (!lists)
+        return;
+    activate(*currentCollectionType, *lists);
     ++activeSaves_;
     rebuildHotkeys();
     services_.events.post(events::CurrentCollectionRefreshed{});

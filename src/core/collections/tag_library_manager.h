@@ -50,7 +50,7 @@ class TagLibraryManager {
 
     void selectStandardCollection(const std::string& name);
     // Selects the collection immediately if it was read before, otherwise once it has been read.
-    void selectUserCollection(const std::string& name);
+    void selectUserCollection(const std::string& id);
     void deleteUserCollection(const CollectionInfo& collection);
     void restoreLastSelectedCollection();
     void refreshAllLists();
@@ -80,12 +80,19 @@ class TagLibraryManager {
     void handleTagUpdated(const events::TagUpdated& event);
     void handleCollectionDataChanged(const events::CollectionDataChanged& event);
     void activate(const TagCollection& collection, const CollectionLists& lists);
-    void switchToUserCollection(const std::string& name, const CollectionLists& lists);
-    void refreshActiveCollection(const std::string& name, const CollectionLists& lists);
+    void activateUserCollection(const CollectionInfo& info, const CollectionLists& lists);
+    void activateStandardCollection(const StandardCollection& collection);
     void activateNothing();
-    std::string idOfUserCollection(const std::string& name);
+    bool isActive(const std::string& id) const;
+    std::optional<CollectionInfo> lastSelectedUserCollection();
+    void rememberSelection(const std::string& name, const std::string& id);
+    std::optional<CollectionInfo> userCollection(const std::string& id);
+    std::optional<CollectionInfo> userCollectionNamed(const std::string& name);
+    std::optional<CollectionLists> collectionDataById(const std::string& id);  // any thread
     // Handles a rename or the removal of the active collection.
     void followIndex();
+    // Reads the active collection again if it is the given one.
+    void refreshActiveCollection(const std::string& id);
     void refreshMerged();
     void loadAllCollections();
     Merged readAll(const std::vector<StandardCollection>& standard, const std::stop_token& stop);
@@ -99,7 +106,6 @@ class TagLibraryManager {
     RecordPlaces places_;  // indices into the merged lists
     bool isReloadingCollections_ = false;
     bool changedWhileReloading_ = false;  // the data being loaded is already outdated
-    std::string activeId_;                // id of the active user collection, if any
     int activeSaves_ = 0;  // how often the active collection was read again after a save
     int switches_ = 0;     // choices so far; data read for an earlier choice is not activated
     Subscription tagUpdated_;

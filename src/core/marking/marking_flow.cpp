@@ -389,9 +389,9 @@ void MarkingFlow::switchToStandardCollection(const std::string& name) {
     tagLibrary_.selectStandardCollection(name);
 }
 
-void MarkingFlow::switchToUserCollection(const std::string& name) {
+void MarkingFlow::switchToUserCollection(const std::string& id) {
     playFieldIsStale_ = true;
-    tagLibrary_.selectUserCollection(name);
+    tagLibrary_.selectUserCollection(id);
 }
 
 }  // namespace tembrix

@@ -91,7 +91,7 @@ class MarkingFlow {
 
     // The user switches the collection in the panel.
     void switchToStandardCollection(const std::string& name);
-    void switchToUserCollection(const std::string& name);
+    void switchToUserCollection(const std::string& id);
 
   private:
     void subscribe();

@@ -141,9 +141,12 @@ struct TagCollection {
     enum class Kind { standard, user };
     Kind kind = Kind::standard;
     std::string name;  // of a user collection
+    std::string id;    // of a user collection; unlike the name it never changes
 
     static TagCollection standard() { return {}; }
-    static TagCollection user(std::string name) { return {Kind::user, std::move(name)}; }
+    static TagCollection user(std::string name, std::string id) {
+        return {Kind::user, std::move(name), std::move(id)};
+    }
     bool isUser() const { return kind == Kind::user; }
     bool operator==(const TagCollection&) const = default;
 };

@@ -20,7 +20,9 @@ inline constexpr const char* unreadablePrefix = "unreadable_";
 inline constexpr const char* markupModeKey = "appMarkupMode";
 inline constexpr const char* editingLineKey = "editingStampLineID";
 inline constexpr const char* editingStampKey = "editingStampID";
-inline constexpr const char* lastSelectedCollectionKey = "lastSelectedCollection";
+inline constexpr const char* lastSelectedCollectionKey = "lastSelectedCollection";  // a name
+// Absent if that is the name of a standard collection.
+inline constexpr const char* lastSelectedCollectionIdKey = "lastSelectedCollectionID";
 inline constexpr const char* collectionsBookmarksKey = "collectionsBookmarks";
 inline constexpr const char* collectionsLoadedKey = "collectionsBookmarksLoaded";
 inline constexpr const char* savedCollectionsKey = "savedCollections";

@@ -158,7 +158,7 @@ bool InMemoryStorageManager::isTimelineUnreadable(const std::string& videoId) co
 bool InMemoryStorageManager::fillWorkingCopy(const std::string& key,
                                              const std::optional<Bytes>& before, BytesView value) {
     const std::lock_guard lock(workingCopies_);
-    if (defaults_.data(key) != before)
+    if (deletedCollections_.contains(key) || defaults_.data(key) != before)
         return false;
     defaults_.setData(key, value);
     return true;
@@ -179,6 +179,7 @@ void InMemoryStorageManager::saveCollection(const CollectionData& collection) {
     }
     {
         const std::lock_guard lock(workingCopies_);
+        deletedCollections_.erase(layout::collectionKey(collection.id));
         defaults_.setData(layout::collectionKey(collection.id), *encoded);
     }
     scheduleSaveToDisk();
@@ -186,6 +187,8 @@ void InMemoryStorageManager::saveCollection(const CollectionData& collection) {
 
 std::optional<CollectionData> InMemoryStorageManager::loadCollection(const std::string& id) {
     const std::string key = layout::collectionKey(id);
+    if (isDeletedCollection(key))
+        return std::nullopt;
     const auto cached = defaults_.data(key);
     if (cached) {
         if (auto collection = decode<CollectionData>(*cached))
@@ -218,8 +221,17 @@ std::optional<CollectionData> InMemoryStorageManager::readCollectionFolder(const
 }
 
 void InMemoryStorageManager::deleteCollection(const std::string& id) {
-    defaults_.remove(layout::collectionKey(id));
+    {
+        const std::lock_guard lock(workingCopies_);
+        deletedCollections_.insert(layout::collectionKey(id));
+        defaults_.remove(layout::collectionKey(id));
+    }
     scheduleSaveToDisk();
+}
+
+bool InMemoryStorageManager::isDeletedCollection(const std::string& key) const {
+    const std::lock_guard lock(workingCopies_);
+    return deletedCollections_.contains(key);
 }
 
 void InMemoryStorageManager::scheduleSaveToDisk() {
@@ -256,6 +268,8 @@ std::unique_lock<std::mutex> InMemoryStorageManager::holdFlush() {
 void InMemoryStorageManager::forgetWritten() {
     written_.clear();
     (void)written_.save();  // if the folder does not exist, nothing was written
+    const std::lock_guard lock(workingCopies_);
+    deletedCollections_.clear();
 }
 
 void InMemoryStorageManager::keepFromDocuments() {

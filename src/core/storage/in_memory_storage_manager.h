@@ -63,14 +63,16 @@ class InMemoryStorageManager {
 
     void saveCollection(const CollectionData& collection);
     std::optional<CollectionData> loadCollection(const std::string& id);  // any thread
-    void deleteCollection(const std::string& id);  // the folder is removed at the next flush
+    // The folder is removed at the next flush. Until then it is not read, not even by a load that
+    // is running.
+    void deleteCollection(const std::string& id);
 
     void scheduleSaveToDisk();
     void applicationWillTerminate();
     // Flushes on the calling thread even if nothing has changed; for the backup.
     void flushNow();
-    // Called by a restore while it holds the flush lock. Files in Documents were replaced, so the
-    // next flush writes all values again.
+    // Called by a restore while it holds the flush lock. Files in Documents are replaced, so the
+    // next flush writes all values again, and deleted collections may come back.
     void forgetWritten();
     // Called when all data is deleted, while the flush lock is held. Files are not written again
     // until their values change.
@@ -104,6 +106,7 @@ class InMemoryStorageManager {
     bool writeCollection(const CollectionData& collection);
     template <class Record>
     bool writeCollectionFile(const std::filesystem::path& file, const Record& record);
+    bool isDeletedCollection(const std::string& key) const;
     std::optional<CollectionData> readCollectionFolder(const std::string& id);
     TimelineLines loadSavedTimeline(const std::string& videoId, const std::optional<Bytes>& cached);
 
@@ -116,8 +119,9 @@ class InMemoryStorageManager {
     std::shared_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
-    mutable std::mutex workingCopies_;  // held while a working copy is replaced
-    std::set<std::string> unreadable_;  // ids of timelines; guarded by the same mutex
+    mutable std::mutex workingCopies_;          // held while a working copy is replaced
+    std::set<std::string> unreadable_;          // ids of timelines; guarded by the same mutex
+    std::set<std::string> deletedCollections_;  // keys; guarded by the same mutex
     SavedCopies* savedCopies_ = nullptr;
     std::mutex flush_;          // allows one flush at a time
     BackgroundWork writing_;    // flushes

@@ -53,6 +53,39 @@ TEST_F(Index, ABurstIsOneWriteTwoSecondsAfterItsFirstChange) {
     EXPECT_TRUE(log.has("⚠️ CollectionsBookmarks: Collection 3 not found in cache"));
 }
 
+TEST_F(Index, ARestartShowsTheNamesThatCountNow) {
+    const auto namesAfterRestart = [&] {
+        restart();
+        std::string names;
+        for (const auto& info : index->collections())
+            names += info.name + " ";
+        return names;
+    };
+    index->addOrUpdateCollection("1", "Hockey");
+    EXPECT_EQ(namesAfterRestart(), "Hockey ") << "killed before the file was written";
+    scheduler.advance(2);
+    index->addOrUpdateCollection("1", "Football");
+    index->removeCollection("1");
+    index->addOrUpdateCollection("2", "Chess");
+    EXPECT_EQ(namesAfterRestart(), "Chess ");
+    scheduler.advance(2);
+    // Nothing is unsaved, so another file in its place is read.
+    folder.write(index->indexFile(), R"([{"id": "3", "name": "From another machine"}])");
+    EXPECT_EQ(namesAfterRestart(), "From another machine ");
+    // A change is unsaved when a restore replaces the file.
+    index->addOrUpdateCollection("4", "Newer");
+    const auto restored = index->replaceIndexFile([&]() -> Result<void> {
+        folder.write(index->indexFile(), R"([{"id": "5", "name": "Restored"}])");
+        return {};
+    });
+    EXPECT_TRUE(restored.ok());
+    EXPECT_EQ(namesAfterRestart(), "Restored ");
+    EXPECT_EQ(index->secondCopy()->front().name, "Restored");
+    // The restored file is lost or damaged.
+    folder.write(index->indexFile(), "damaged");
+    EXPECT_EQ(namesAfterRestart(), "Restored ");
+}
+
 TEST_F(Index, TheLastRemovedCollectionStaysRemoved) {
     index->addOrUpdateCollection("1", "Hockey");
     scheduler.advance(2);

@@ -179,12 +179,46 @@ TEST_F(Model, TheFieldPictureIsCopiedAndIntervalTagsKeepTheirFlag) {
     EXPECT_EQ(reload("Renamed").playField()->imagePath, copy.filename());
 
     collection.removeField();
+    EXPECT_FALSE(reload("Renamed").playField().has_value()) << "saved at once";
+    EXPECT_TRUE(std::filesystem::exists(copy)) << "deleted after that";
     scheduler.run();
     EXPECT_FALSE(std::filesystem::exists(copy));
     EXPECT_FALSE(collection.playField().has_value());
     EXPECT_EQ(collection.lists().tags[0].mapEnabled, false);
     EXPECT_EQ(collection.lists().tags[0].isInterval, true);
     EXPECT_FALSE(reload("Renamed").playField().has_value());
+}
+
+TEST_F(Model, ARemovedPictureGoesOnlyWhenNothingNeedsIt) {
+    const auto picture = folder.write("pitch.png", "first");
+    const auto fields = storage->dataFolder() / layout::playFieldsFolder;
+    const auto removeFromEditor = [&](const std::string& name) {
+        CustomCollectionManager editor(*services);
+        editor.loadCollection(name);
+        editor.removeField();
+    };
+    for (const auto* name : {"One", "Two", "Three"}) {
+        CustomCollectionManager collection(*services);
+        collection.setCollectionName(name);
+        ASSERT_TRUE(collection.setFieldImage(picture));
+    }
+    removeFromEditor("One");  // the editor is closed at once
+    scheduler.run();
+    EXPECT_FALSE(std::filesystem::exists(fields / "One.png"));
+
+    // A new picture is set before the old one has been deleted.
+    removeFromEditor("Two");
+    CustomCollectionManager editor(*services);
+    editor.loadCollection("Two");
+    ASSERT_TRUE(editor.setFieldImage(picture));
+    scheduler.run();
+    EXPECT_TRUE(std::filesystem::exists(fields / reload("Two").playField()->imagePath));
+
+    // The removal cannot be stored, and the process is killed.
+    defaults.refuse("disk full");
+    removeFromEditor("Three");
+    scheduler.run();
+    EXPECT_TRUE(std::filesystem::exists(fields / "Three.png"));
 }
 
 }  // namespace

@@ -55,6 +55,15 @@ struct Library : CollectionsFixture {
         storage->saveCollection(data);
         index->addOrUpdateCollection(id, name);
     }
+    void rename(const std::string& id, const std::string& name, const std::string& newName) {
+        CollectionBookmark existing;
+        existing.id = id;
+        existing.name = name;
+        CustomCollectionManager editor(*services, existing);
+        editor.setCollectionName(newName);
+        editor.saveCollection();
+        scheduler.run();
+    }
     std::vector<std::string> activeTags() const {
         std::vector<std::string> ids;
         for (const auto& tag : library->active->tags)
@@ -94,14 +103,19 @@ TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
     storeUserCollection("1", "Mine", {makeTag("own", "Own")});
     start();
     scheduler.run();
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("1");
     EXPECT_EQ(activeTags(), Ids{"own"}) << "read before, so at once";
     EXPECT_EQ(defaults.text(layout::lastSelectedCollectionKey), "Mine");
     start();
-    EXPECT_EQ(*library->currentCollectionType, TagCollection::user("Mine"));
+    EXPECT_EQ(*library->currentCollectionType, TagCollection::user("Mine", "1"));
     EXPECT_EQ(*library->selectedStandardCollectionName, "Mine");
-    EXPECT_EQ(registry.collection, TagCollection::user("Mine"));
+    EXPECT_EQ(registry.collection, TagCollection::user("Mine", "1"));
 
+    // Earlier versions stored only the name.
+    defaults.remove(layout::lastSelectedCollectionIdKey);
+    start();
+    EXPECT_EQ(*library->currentCollectionType, TagCollection::user("Mine", "1"));
+    defaults.remove(layout::lastSelectedCollectionIdKey);
     defaults.setText(layout::lastSelectedCollectionKey, "Football");
     start();
     EXPECT_EQ(activeTags(), Ids{"goal"});
@@ -110,6 +124,7 @@ TEST_F(Library, RestoresTheLastChoiceAndFallsBack) {
     EXPECT_EQ(activeTags(), Ids{"mine"}) << "a user collection wins over a standard one";
 
     defaults.setText(layout::lastSelectedCollectionKey, "Deleted");
+    defaults.setText(layout::lastSelectedCollectionIdKey, "deleted");
     start();
     EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
     defaults.setBoolean(layout::lastSelectedCollectionKey, true);  // a value of another type
@@ -125,13 +140,13 @@ TEST_F(Library, AChoiceThatHadToBeReadGivesWayToALaterOne) {
     start();
     scheduler.run();
     storeUserCollection("1", "Mine", {makeTag("own", "Own")});
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("1");
     EXPECT_EQ(activeTags(), (Ids{"shot", "save"})) << "not read yet";
     library->selectStandardCollection("Football");
     scheduler.run();
     EXPECT_EQ(activeTags(), Ids{"goal"});
     events.post(events::CollectionDataChanged{});
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("1");
     scheduler.run();
     EXPECT_EQ(activeTags(), Ids{"own"});
     library->selectStandardCollection("No such collection");
@@ -142,7 +157,7 @@ TEST_F(Library, ANamedChangeRefreshesTheActiveListsOnly) {
     storeUserCollection("1", "Mine", {makeTag("own", "Own", "a")});
     start();
     scheduler.run();
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("1");
     for (const auto* id : {"half", "lead", "half"})
         library->toggleTimeEvent(id);
     EXPECT_EQ(*library->selectedTimeEvents, std::set<std::string>{"lead"});
@@ -182,20 +197,14 @@ TEST_F(Library, TheActiveCollectionFollowsARename) {
     storeUserCollection("id", "Old", {makeTag("tag", "Tag")});
     start();
     scheduler.run();
-    library->selectUserCollection("Old");
+    library->selectUserCollection("id");
     scheduler.run();
-    CollectionBookmark existing;
-    existing.id = "id";
-    existing.name = "Old";
-    CustomCollectionManager editor(*services, existing);
-    editor.setCollectionName("New");
-    editor.saveCollection();
-    scheduler.run();
+    rename("id", "Old", "New");
     for (int starts = 0; starts < 2; ++starts, start(), scheduler.run()) {
-        EXPECT_EQ(*library->currentCollectionType, TagCollection::user("New"));
+        EXPECT_EQ(*library->currentCollectionType, TagCollection::user("New", "id"));
         EXPECT_EQ(*library->selectedStandardCollectionName, "New");
         EXPECT_EQ(activeTags(), std::vector<std::string>{"tag"});
-        EXPECT_EQ(registry.collection, TagCollection::user("New"));
+        EXPECT_EQ(registry.collection, TagCollection::user("New", "id"));
     }
 
     // A collection that was removed from the index by other code is not active any more.
@@ -206,12 +215,71 @@ TEST_F(Library, TheActiveCollectionFollowsARename) {
     EXPECT_EQ(activeTags(), (std::vector<std::string>{"shot", "save"}));
 }
 
+TEST_F(Library, TheChosenCollectionStaysChosenWhateverHappensToNames) {
+    const auto expectChosen = [&](const std::string& name, const std::string& id, const Ids& tags) {
+        scheduler.run();
+        EXPECT_EQ(*library->currentCollectionType, TagCollection::user(name, id));
+        EXPECT_EQ(activeTags(), tags);
+        start();
+        EXPECT_EQ(*library->currentCollectionType, TagCollection::user(name, id)) << "restarted";
+        EXPECT_EQ(activeTags(), tags);
+    };
+    storeUserCollection("1", "First", {makeTag("one", "One")});
+    storeUserCollection("2", "Second", {makeTag("two", "Two")});
+    start();
+    scheduler.run();
+    library->selectUserCollection("2");
+    rename("1", "First", "Other");
+    rename("2", "Second", "First");
+    expectChosen("First", "2", {"two"});
+    index->addOrUpdateCollection("1", "First");  // two of one name
+    events.post(events::CollectionDataChanged{"First"});
+    expectChosen("First", "2", {"two"});
+    storeUserCollection("2", "Hockey", {makeTag("three", "Three")});
+    events.post(events::CollectionDataChanged{"Hockey"});
+    expectChosen("Hockey", "2", {"three"});
+    library->deleteUserCollection({"1", "First"});
+    expectChosen("Hockey", "2", {"three"});
+
+    // The program is killed before anything is notified of the rename.
+    index->addOrUpdateCollection("2", "Killed");
+    start();
+    expectChosen("Killed", "2", {"three"});
+
+    // Renamed and deleted while it is read.
+    library->selectStandardCollection("Hockey");
+    events.post(events::CollectionDataChanged{});
+    library->selectUserCollection("2");
+    index->addOrUpdateCollection("2", "Mine");
+    expectChosen("Mine", "2", {"three"});
+    library->selectStandardCollection("Football");
+    events.post(events::CollectionDataChanged{});
+    library->selectUserCollection("2");
+    library->deleteUserCollection({"2", "Mine"});
+    scheduler.run();
+    EXPECT_EQ(activeTags(), Ids{"goal"});
+}
+
+TEST_F(Library, ACollectionThatCannotBeReadForNowRemainsTheChosenOne) {
+    storeUserCollection("1", "Mine", {makeTag("own", "Own")});
+    start();
+    scheduler.run();
+    library->selectUserCollection("1");
+    const auto value = *defaults.data(layout::collectionKey("1"));
+    defaults.remove(layout::collectionKey("1"));
+    start();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Hockey");
+    defaults.setData(layout::collectionKey("1"), value);
+    start();
+    EXPECT_EQ(activeTags(), Ids{"own"});
+}
+
 TEST_F(Library, ASaveDuringALoadReachesTheMergedLists) {
     storeUserCollection("active", "Mine", {makeTag("known", "Known")});
     storeUserCollection("other", "Other", {});
     start();
     scheduler.run();
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("active");
     scheduler.run();
     events.post(events::CollectionDataChanged{});
     ASSERT_TRUE(library->isLoadingCollections());
@@ -242,7 +310,7 @@ TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
     const auto id = saveCollection("Mine", {"Own"});
     start();
     scheduler.run();
-    library->selectUserCollection("Mine");
+    library->selectUserCollection(id);
     const auto changed = record<events::CollectionDataChanged>();
     library->deleteUserCollection({id, "Mine"});
     EXPECT_EQ(changed->size(), 1u);
@@ -258,7 +326,7 @@ TEST_F(Library, DeletingTheActiveCollectionFallsBackAndLeavesNothing) {
     const auto last = saveCollection("Mine", {"Own"});
     folder.write("resources/names.json", "damaged");
     start();
-    library->selectUserCollection("Mine");
+    library->selectUserCollection(last);
     scheduler.run();
     library->deleteUserCollection({last, "Mine"});
     EXPECT_TRUE(activeTags().empty() && registry.tags.empty());
@@ -293,7 +361,7 @@ TEST_F(Library, ALoadUndoesNothingThatHappensMeanwhile) {
     EXPECT_FALSE(defaults.data(layout::collectionKey("1")).has_value());
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "1"));
     EXPECT_EQ(library->tagById("gone"), nullptr);
-    library->selectUserCollection("Mine");
+    library->selectUserCollection("2");
     EXPECT_EQ(activeTags(), Ids{"new"});
     library.reset();  // destroyed before its services
 }

@@ -108,7 +108,7 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
          makeTag("4", "return", "Return"), makeTag("5", "function", "Fn+F5"),
          makeTag("6", "lookup", "shift+z"), makeTag("7", "section", "§"), makeTag("8", "one", "1"),
          makeTag("9", "none", ""), makeTag("10", "key pad", capturedForm(press(84, {}, "2")))},
-        TagCollection::user("Mine"));
+        TagCollection::user("Mine", "1"));
     EXPECT_EQ(pressed(press(0)), "plain");
     EXPECT_EQ(pressed(press(0, command)), "command");
     EXPECT_EQ(pressed(press(36)), "return");
@@ -120,7 +120,7 @@ TEST_F(HotKeys, EveryStoredFormReachesItsTagAndTheLaterTagWins) {
     EXPECT_EQ(pressed(press(18, {}, "1")), "one");
     EXPECT_EQ(pressed(press(83, {}, "1")), "") << "the key pad is not the digit row";
     EXPECT_EQ(pressed(press(84, {}, "2")), "key pad") << "but answers to its own recording";
-    EXPECT_EQ(hotkeys.activeCollection(), TagCollection::user("Mine"));
+    EXPECT_EQ(hotkeys.activeCollection(), TagCollection::user("Mine", "1"));
 
     // The event is posted two turns of the main queue after the press.
     sheets->clear();

@@ -1,6 +1,7 @@
 #include "base/files.h"
 
 #include "core/storage/data_layout.h"
+#include "core/storage/saved_copies.h"
 #include "core/storage/storage_fixture.h"
 
 namespace tembrix {
@@ -83,6 +84,44 @@ TEST_F(Collections, ADeletedOneLeavesWithTheNextFlush) {
     EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "C"));
     EXPECT_TRUE(std::filesystem::exists(file("D", layout::tagsFile)));
     EXPECT_TRUE(std::filesystem::exists(storage->collectionsFolder() / "note.txt"));
+}
+
+TEST_F(Collections, ADeletedOneDoesNotComeBackThroughARead) {
+    struct Backup final : SavedCopies {
+        std::function<void()> whileReading;
+        std::filesystem::path copies;
+        std::optional<TimelineLines> savedTimeline(const std::string&) override { return {}; }
+        std::filesystem::path savedCollectionFolder(const std::string& id) const override {
+            if (whileReading)
+                whileReading();
+            return copies / id;
+        }
+    } backup;
+    storage->setSavedCopies(&backup);
+    storage->setCollectionIndex(&index);
+    storage->saveCollection(collectionOf("C"));
+    storage->flushNow();
+    backup.copies = folder.path() / "copies";
+    std::filesystem::copy(storage->collectionsFolder(), backup.copies,
+                          std::filesystem::copy_options::recursive);
+    defaults.remove(layout::collectionKey("C"));
+    folder.write("Documents/Tembrix-Stat/Collections/C/tags.json", "damaged");
+    backup.whileReading = [&] { storage->deleteCollection("C"); };
+    (void)storage->loadCollection("C");
+    EXPECT_FALSE(defaults.data(layout::collectionKey("C")));
+    EXPECT_FALSE(storage->loadCollection("C")) << "the folder still exists";
+    writeIndex("[]");
+    scheduler.advance(30);
+    EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "C"));
+
+    // A restore or a save brings one back.
+    storage->forgetWritten();
+    std::filesystem::copy(backup.copies, storage->collectionsFolder(),
+                          std::filesystem::copy_options::recursive);
+    EXPECT_TRUE(storage->loadCollection("C"));
+    storage->deleteCollection("C");
+    storage->saveCollection(collectionOf("C"));
+    EXPECT_TRUE(storage->loadCollection("C"));
 }
 
 TEST_F(Collections, TheFlushNeverRemovesWhatTheIndexLists) {
