@@ -37,13 +37,48 @@ inline Bytes joined(const ValuePieces& pieces) {
     return whole;
 }
 
+// Followed by the key of a value that was damaged or replaced, and by a number if there are
+// several.
+inline constexpr const char* setAsidePrefix = "damaged_";
+
+// While an object exists, values that its thread stores are repairs: the program stores them
+// because it found none, or damaged or older ones, without a change by the user. A store that
+// cannot write uses them until it can. Then it stores those whose values are still the ones that
+// were repaired, and otherwise uses its own values again, which it could not read before.
+class RepairScope {
+  public:
+    RepairScope() { ++depth; }
+    ~RepairScope() { --depth; }
+    RepairScope(const RepairScope&) = delete;
+    RepairScope& operator=(const RepairScope&) = delete;
+
+    static bool active() { return depth > 0; }
+
+  private:
+    static inline thread_local int depth = 0;
+};
+
+// What happened to the stored values since the program was started, so that the user can be told.
+struct DefaultsIncidents {
+    // The database was damaged. It was renamed, and its readable values are in a new one.
+    bool databaseReplaced = false;
+    // The changes that an earlier run could not store cannot be read.
+    bool recoveryFileDamaged = false;
+    // Changes were made while the stored values could not be read. These differ and are kept under
+    // their keys with the prefix for values set aside.
+    bool valuesSetAside = false;
+    bool operator==(const DefaultsIncidents&) const = default;
+};
+
 enum class StorageFault { other, diskFull, readOnly, unreachable };
 
-// Whether all values are stored on the disk and, if not, the reason.
+// Whether all values are stored on the disk and, if not, the reason; and what happened to them.
 struct DefaultsStatus {
     bool allStored = true;
-    std::string reason;  // in English, for the log
+    std::string reason = {};  // in English, for the log
     StorageFault fault = StorageFault::other;
+    bool synced = true;  // what is stored would survive a power failure as well
+    DefaultsIncidents incidents = {};
     bool operator==(const DefaultsStatus&) const = default;
 };
 

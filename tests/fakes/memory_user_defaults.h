@@ -86,13 +86,33 @@ class MemoryUserDefaults final : public UserDefaults {
         const std::lock_guard lock(mutex_);
         refusal_ = std::move(reason);
     }
+    // From now on, values that are stored are not synced, until it is switched off.
+    void delaySync(bool delays) {
+        {
+            const std::lock_guard lock(mutex_);
+            delaysSync_ = delays;
+            unsynced_ = false;
+        }
+        announce();
+    }
     // Simulates the end of the process: refused values are lost.
     void loseRefused() {
         const std::lock_guard lock(mutex_);
         now_ = stored_;
         status_ = {};
     }
-    // Simulates a truncated log: restores an earlier value and change number.
+    // Simulates damage: the value and its number are gone.
+    void lose(std::string_view key) {
+        const std::lock_guard lock(mutex_);
+        for (auto* entries : {&now_, &stored_})
+            if (const auto found = entries->find(key); found != entries->end())
+                entries->erase(found);
+    }
+    // Simulates a truncated log: restores all values and change numbers of an earlier moment.
+    struct Moment;
+    Moment moment() const;
+    void goBackTo(const Moment& moment);
+    // The same for one value.
     void goBack(std::string_view key, BytesView value, std::uint64_t number) {
         const std::lock_guard lock(mutex_);
         now_[std::string(key)] =
@@ -127,6 +147,7 @@ class MemoryUserDefaults final : public UserDefaults {
                 stored_.insert_or_assign(std::string(key), entry);
             else if (refusal_.empty())
                 stored_ = now_;
+            unsynced_ = delaysSync_;
         }
         announce();
     }
@@ -134,8 +155,12 @@ class MemoryUserDefaults final : public UserDefaults {
         std::function<void()> changed;
         {
             const std::lock_guard lock(mutex_);
-            const bool moved = status_.allStored != refusal_.empty();
-            status_ = {refusal_.empty(), refusal_};
+            DefaultsStatus now = status_;
+            now.allStored = refusal_.empty();
+            now.reason = refusal_;
+            now.synced = !unsynced_;
+            const bool moved = now != status_;
+            status_ = now;
             if (moved)
                 changed = changed_;
         }
@@ -149,8 +174,26 @@ class MemoryUserDefaults final : public UserDefaults {
     std::uint64_t lastNumber_ = 0;
     const std::string identity_ = freshId();
     std::string refusal_;
+    bool delaysSync_ = false;
+    bool unsynced_ = false;
     DefaultsStatus status_;
     std::function<void()> changed_;
 };
+
+struct MemoryUserDefaults::Moment {
+    Entries entries;
+    std::uint64_t lastNumber;
+};
+
+inline MemoryUserDefaults::Moment MemoryUserDefaults::moment() const {
+    const std::lock_guard lock(mutex_);
+    return {now_, lastNumber_};
+}
+
+inline void MemoryUserDefaults::goBackTo(const Moment& moment) {
+    const std::lock_guard lock(mutex_);
+    now_ = stored_ = moment.entries;
+    lastNumber_ = moment.lastNumber;
+}
 
 }  // namespace tembrix

@@ -38,8 +38,11 @@ bool isDamage(int code) {
 
 Result<Database> Database::open(const std::filesystem::path& file, Access access) {
     const bool fixed = access == Access::asItStands;
-    const int flags =
-        fixed ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    int flags = fixed ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE;
+    if (access == Access::readWrite)
+        flags |= SQLITE_OPEN_CREATE;
+    if (access == Access::asOthersWrite)
+        flags = SQLITE_OPEN_READONLY;
     sqlite3* handle = nullptr;
     const int code = sqlite3_open_v2(fixed ? uriText(file).c_str() : pathText(file).c_str(),
                                      &handle, flags | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -47,6 +50,12 @@ Result<Database> Database::open(const std::filesystem::path& file, Access access
     if (code != SQLITE_OK)
         return Error{"sqlite", code, database.lastError()};
     sqlite3_busy_handler(handle, waitForWriter, nullptr);
+    if (access == Access::alone) {
+        // Set before the first read, this makes SQLite build the index of the log in memory instead
+        // of in a file.
+        database.run("PRAGMA locking_mode=EXCLUSIVE");
+        database.leaveLog();
+    }
     return database;
 }
 

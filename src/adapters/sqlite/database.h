@@ -16,8 +16,11 @@ namespace tembrix::sqlite {
 bool isDamage(int code);
 
 enum class Access {
-    readWrite,   // creates the file if it is missing
-    asItStands,  // reads a file that cannot be changed, in a folder that cannot be written
+    readWrite,  // creates the file if it is missing
+    alone,  // an existing file, with its log, for reading; nobody else may use it. Needs no room
+            // on the disk and leaves the log as it is.
+    asOthersWrite,  // only reads, also while another process writes
+    asItStands,     // reads a file that cannot be changed, in a folder that cannot be written
 };
 
 // A connection to a database file or to a database in memory.
@@ -28,6 +31,10 @@ class Database {
 
     // Runs statements without results. Returns SQLITE_OK or an error code.
     int run(const char* sql);
+    // Closing the connection will not copy the log into the database and delete it.
+    void leaveLog() {
+        sqlite3_db_config(handle_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
     std::string lastError() const { return sqlite3_errmsg(handle_.get()); }
     int lastCode() const { return sqlite3_errcode(handle_.get()); }
     sqlite3* handle() const { return handle_.get(); }

@@ -43,6 +43,7 @@ void DefaultsState::takeInRecoveryFiles() {
         if (!recovery) {
             if (bytes)
                 moveAside(file);
+            incidents_.recoveryFileDamaged = true;
             log_.line("❌ UserDefaults: Unreadable recovery file in " + pathText(folder));
             continue;
         }
@@ -56,6 +57,8 @@ void DefaultsState::takeInRecoveryFiles() {
             store_->number(key, stored);
             if (recovery->identity == identity_ && change.number <= stored)
                 continue;  // stored in the meantime
+            if (recovery->identity != identity_)
+                change.base = 0;  // a number of another store
             lastNumber_ = std::max(lastNumber_, change.number);
             const auto known = pending_.find(key);
             if (known == pending_.end() || known->second.number < change.number)
@@ -69,7 +72,7 @@ void DefaultsState::takeInRecoveryFiles() {
     upkeep();
 }
 
-void DefaultsState::writeRecoveryFile(const PendingChanges& changes) {
+bool DefaultsState::writeRecoveryFile(const PendingChanges& changes, bool logged) {
     const Bytes content = encodeRecovery({identity(), changes});
     mayHaveRecoveryFiles_ = true;
     std::filesystem::path written;
@@ -82,10 +85,11 @@ void DefaultsState::writeRecoveryFile(const PendingChanges& changes) {
             std::filesystem::remove(recoveryFile(folder), ignored);
         }
     }
-    if (written.empty())
-        log_.line("❌ UserDefaults: No folder accepts the recovery file");
-    else
+    if (!written.empty())
         log_.line("⚠️ UserDefaults: Unsaved values written to " + pathText(written));
+    else if (logged)
+        log_.line("❌ UserDefaults: No folder accepts the recovery file");
+    return !written.empty();
 }
 
 void DefaultsState::removeRecoveryFiles() {

@@ -6,60 +6,29 @@
 #include <unistd.h>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/files.h"
-#include "base/uuid.h"
 
 #include "adapters/sqlite/database.h"
-#include "adapters/sqlite/salvage.h"
 
 namespace tembrix::sqlite {
 
 namespace {
 
-constexpr int pageSize = 4096;  // small, so that few bytes are written for a changed piece
-
-// With NORMAL, SQLite syncs only at checkpoints, which the checkpointer makes; the log is synced in
-// the background. Some builds of SQLite overwrite freed pages with zeros by default, which doubles
-// the cost and is not needed.
-constexpr const char* setUp =
-    "PRAGMA secure_delete=OFF;"
-    "PRAGMA journal_mode=WAL;"
-    "PRAGMA synchronous=NORMAL;"
-    "PRAGMA wal_autocheckpoint=0;"
-    "PRAGMA cache_size=-16384;";
 constexpr int checkpointPages = 4096;  // the log size that starts a checkpoint: 16 MB
 // 128 MB: the checkpointer is too slow, so the writer waits for it once. Marking by hand is not
 // that fast.
 constexpr int fullLogPages = 32768;
 
-// If the log could not be read, it may have contained higher change numbers than the database.
-constexpr std::uint64_t unreadNumbers = std::uint64_t{1} << 32;
-
-// Earlier versions created databases with large pages. While another program uses the file, they
-// are kept.
-void makePagesSmall(Database& database) {
-    {
-        Statement size(database, "PRAGMA page_size");
-        if (size.step() != SQLITE_ROW || size.integer(0) == pageSize)
-            return;
-    }
-    bool inLog = true;
-    {
-        Statement mode(database, "PRAGMA journal_mode=DELETE");
-        inLog = mode.step() != SQLITE_ROW || mode.text(0) != "delete";
-    }
-    if (!inLog)
-        database.run("PRAGMA page_size=4096; VACUUM");
-}
-
 // Syncs what has been written to the log. SQLite holds no locks on this file, so another descriptor
 // can be used.
-void syncLog(std::filesystem::path database) {
+bool syncLog(std::filesystem::path database) {
     const int descriptor = ::open((database += "-wal").c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
-        return;
-    ::fdatasync(descriptor);
+        return false;
+    const bool synced = ::fdatasync(descriptor) == 0;
     ::close(descriptor);
+    return synced;
 }
 
 StorageFault faultOf(int code) {
@@ -76,8 +45,18 @@ StorageFault faultOf(int code) {
     }
 }
 
-bool failed(int code) {
-    return code != SQLITE_DONE && code != SQLITE_ROW && code != SQLITE_OK;
+// The caller's list of pieces is copied, so that the change can be kept.
+void ownPieces(PendingChange& change) {
+    if (auto* pieces = change.value ? std::get_if<SharedPieces>(&*change.value) : nullptr)
+        *pieces = std::make_shared<const ValuePieces>(**pieces);
+}
+
+// Empty for a value that is not data.
+Bytes bytesOf(const StoredValue& value) {
+    if (const auto* pieces = std::get_if<SharedPieces>(&value))
+        return joined(**pieces);
+    const auto* bytes = std::get_if<Bytes>(&value);
+    return bytes ? *bytes : Bytes();
 }
 
 }  // namespace
@@ -87,136 +66,17 @@ DefaultsState::DefaultsState(std::filesystem::path file, Log& log,
     : file_(std::move(file)), log_(log), folders_(std::move(recoveryFolders)) {
     folders_.insert(folders_.begin(), file_.parent_path());
     (void)makeFolder(file_.parent_path());
-    open(true);
+    open();
     takeInRecoveryFiles();
-}
-
-int DefaultsState::openFile(std::string& reason) const {
-    auto database = Database::open(file_, Access::readWrite);
-    if (!database) {
-        reason = database.error().text;
-        return database.error().code;
-    }
-    makePagesSmall(*database);
-    int code = database->run(setUp);
-    if (code == SQLITE_OK)
-        code = ValueStore::prepare(*database);
-    // A write transaction shows whether the file can be written. Reading all rows, without large
-    // contents, finds most damage before the file is used.
-    if (code == SQLITE_OK)
-        code = database->run("BEGIN IMMEDIATE; COMMIT");
-    if (code == SQLITE_BUSY)
-        code = SQLITE_OK;  // another program is writing to it, so it can be written
-    if (code != SQLITE_OK) {
-        reason = database->lastError();
-        if (isDamage(code) || code == SQLITE_ERROR)
-            sqlite3_db_config(database->handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        return code;
-    }
-    auto store = std::make_unique<ValueStore>(std::move(database).value());
-    code = store->check();
-    if (code == SQLITE_OK)
-        code = adoptIdentity(*store);
-    if (failed(code)) {
-        reason = store->database().lastError();
-        if (isDamage(code) || code == SQLITE_ERROR)
-            sqlite3_db_config(store->database().handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1,
-                              nullptr);
-        return code;
-    }
-    store_ = std::move(store);
-    checkpointer_ = std::make_unique<Checkpointer>(file_);
-    sqlite3_wal_hook(
-        store_->database().handle(),
-        [](void* self, sqlite3*, const char*, int pages) {
-            static_cast<DefaultsState*>(self)->logPages_ = pages;
-            return SQLITE_OK;
-        },
-        const_cast<DefaultsState*>(this));
-    return SQLITE_OK;
-}
-
-// A store without an identity is new or was written before change numbers were introduced.
-int DefaultsState::adoptIdentity(ValueStore& store) const {
-    std::string stored;
-    if (const int code = store.identity(stored); failed(code))
-        return code;
-    std::uint64_t last = 0;
-    if (stored.empty()) {
-        if (identity_.empty())
-            identity_ = freshId();
-        // A full disk may refuse this; the next start tries it again.
-        (void)store.database().run("INSERT OR IGNORE INTO change SELECT key, 1 FROM value");
-        (void)store.setIdentity(identity_);
-    } else {
-        identity_ = stored;
-    }
-    identityIsOurs_ = false;
-    const int code = store.lastNumber(last);
-    lastNumber_ = std::max(lastNumber_, last);
-    return code;
-}
-
-void DefaultsState::open(bool mayReplace) const {
-    std::string reason;
-    const int code = openFile(reason);
-    if (code == SQLITE_OK)
-        return;
-    // SQLITE_ERROR means an intact database with a table of another format.
-    if (mayReplace && (isDamage(code) || code == SQLITE_ERROR))
-        replaceDamaged(code, reason);
-    else
-        openInMemory(code, reason);
-}
-
-void DefaultsState::openInMemory(int code, const std::string& reason) const {
-    log_.line("❌ UserDefaults: Database cannot be written, working in memory - " + reason);
-    refused(code);
-    auto memory = Database::inMemory();
-    ValueStore::prepare(memory);
-    checkpointer_.reset();
-    store_ = std::make_unique<ValueStore>(std::move(memory));
-    if (auto present = openForReading(file_))
-        salvage(std::move(*present), *store_);
-    std::uint64_t last = 0;
-    store_->lastNumber(last);
-    std::string stored;
-    store_->identity(stored);
-    if (!stored.empty())
-        identity_ = stored;
-    identityIsOurs_ = identity_.empty();
-    if (identityIsOurs_)
-        identity_ = freshId();
-    lastNumber_ = std::max(lastNumber_, last) + unreadNumbers;
-}
-
-void DefaultsState::replaceDamaged(int code, const std::string& reason) const {
-    checkpointer_.reset();
-    const auto aside = moveAside(file_);
-    if (aside.empty())
-        return openInMemory(code, reason);
-    log_.line("⚠️ UserDefaults: Damaged database set aside as " + pathText(aside.filename()) +
-              " - " + reason);
-    identity_.clear();
-    open(false);
-    auto damaged = Database::open(aside, Access::readWrite);
-    if (!damaged)
-        return;
-    const int count = salvage(std::move(damaged).value(), *store_);
-    adoptIdentity(*store_);
-    // The last change numbers may have been lost with the end of the log.
-    lastNumber_ += unreadNumbers;
-    log_.line("⚠️ UserDefaults: " + std::to_string(count) +
-              " values taken over from the damaged database");
 }
 
 int DefaultsState::attempt(const std::function<int(ValueStore&)>& operation) const {
     int code = operation(*store_);
     if (isDamage(code) && checkpointer_) {
-        sqlite3_db_config(store_->database().handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1,
-                          nullptr);
+        store_->database().leaveLog();
         store_.reset();
-        replaceDamaged(code, sqlite3_errstr(code));
+        checkpointer_.reset();
+        open(code);
         code = operation(*store_);
     }
     tendLog();
@@ -268,41 +128,120 @@ std::vector<std::string> DefaultsState::keys(std::string_view prefix) const {
 
 bool DefaultsState::change(std::string_view key, PendingChange change) {
     const std::lock_guard lock(mutex_);
+    const auto earlier = pending_.find(key);
+    if (!checkpointer_ && RepairScope::active() && earlier == pending_.end()) {
+        repair(key, std::move(change));
+        return true;
+    }
     change.number = ++lastNumber_;
+    ++changes_;
     int code = SQLITE_FULL;
     // While changes are pending, upkeep() stores them, so that a key press does not wait for a
     // failing disk.
     const bool open = checkpointer_ && pending_.empty();
     if (open)
-        code = attempt([&](ValueStore& store) { return store.apply(key, change); });
+        code = attempt(
+            [&](ValueStore& store) { return checkpointer_ ? store.apply(key, change) : refusal_; });
     if (code == SQLITE_DONE && checkpointer_)
         return true;
     if (open)
         refused(code);
-    if (auto* pieces = change.value ? std::get_if<SharedPieces>(&*change.value) : nullptr)
-        *pieces = std::make_shared<const ValuePieces>(**pieces);  // the caller's list is copied
+    ownPieces(change);
+    change.base = earlier != pending_.end() ? earlier->second.base : storedNumber(key);
+    repairs_.erase(std::string(key));
     pending_.insert_or_assign(std::string(key), std::move(change));
     return false;
+}
+
+// The number of the value in the file, as far as it is known.
+std::uint64_t DefaultsState::storedNumber(std::string_view key) const {
+    if (const auto repaired = repairs_.find(key); repaired != repairs_.end())
+        return repaired->second.base;
+    std::uint64_t number = 0;
+    (void)store_->number(key, number);
+    return number;
+}
+
+// Called without a file. The value has no number, because it is not known yet whether it is newer
+// than that in the file.
+void DefaultsState::repair(std::string_view key, PendingChange change) {
+    ownPieces(change);
+    change.base = storedNumber(key);
+    change.number = 0;
+    (void)store_->apply(key, change);
+    repairs_.insert_or_assign(std::string(key), std::move(change));
+}
+
+// The file can be used again. A repair is stored if the file still has the value for which it was
+// made. Otherwise the file knows better, because its value could not be read then.
+void DefaultsState::adoptRepairs() {
+    for (auto& [key, change] : std::exchange(repairs_, {})) {
+        std::uint64_t number = 0;
+        if (failed(store_->number(key, number)) || number != change.base)
+            continue;
+        change.number = ++lastNumber_;
+        pending_.try_emplace(key, std::move(change));
+    }
 }
 
 void DefaultsState::storePending() {
     if (!checkpointer_) {
         std::string reason;
-        if (const int code = openFile(reason); code != SQLITE_OK)
+        if (const int code = openOrReplace(reason); code != SQLITE_OK)
             return refused(code);
         // The file may have another identity and higher numbers than assumed so far.
         for (auto& [key, change] : pending_)
             change.number = ++lastNumber_;
+        adoptRepairs();
         log_.line("✅ UserDefaults: Database can be written again");
     }
     while (!pending_.empty()) {
         const auto first = pending_.begin();
-        const int code =
-            attempt([&](ValueStore& store) { return store.apply(first->first, first->second); });
+        const int code = attempt([&](ValueStore& store) {
+            if (!checkpointer_)
+                return refusal_;
+            const int kept = keepUnknown(store, first->first, first->second);
+            return kept == SQLITE_DONE ? store.apply(first->first, first->second) : kept;
+        });
         if (code != SQLITE_DONE || !checkpointer_)
             return refused(code);
         pending_.erase(first);
     }
+}
+
+// The stored value is another one than the change was made to, because it could not be read then.
+// It is kept under another key.
+int DefaultsState::keepUnknown(ValueStore& store, const std::string& key,
+                               const PendingChange& change) {
+    std::uint64_t number = 0;
+    if (const int code = store.number(key, number); failed(code))
+        return code;
+    if (number == change.base)
+        return SQLITE_DONE;
+    std::optional<StoredValue> stored;
+    if (const int code = store.read(key, stored); failed(code))
+        return code;
+    const auto* content = stored ? std::get_if<Bytes>(&*stored) : nullptr;
+    if (!content || (change.value && bytesOf(*change.value) == *content))
+        return SQLITE_DONE;
+    const std::string base = setAsidePrefix + key;
+    std::string name = base;
+    for (int count = 2;; ++count) {
+        std::optional<StoredValue> present;
+        if (const int code = store.read(name, present); failed(code))
+            return code;
+        if (!present)
+            break;
+        if (bytesOf(*present) == *content)
+            return SQLITE_DONE;
+        name = base + "_" + std::to_string(count);
+    }
+    const int code = store.apply(name, {std::move(stored), ++lastNumber_});
+    if (code == SQLITE_DONE) {
+        incidents_.valuesSetAside = true;
+        log_.line("⚠️ UserDefaults: A value that could not be read before is kept as " + name);
+    }
+    return code;
 }
 
 std::uint64_t DefaultsState::number(std::string_view key) const {
@@ -339,27 +278,33 @@ bool DefaultsState::isDurable() const {
 DefaultsStatus DefaultsState::status() const {
     const std::lock_guard lock(mutex_);
     if (checkpointer_ && pending_.empty())
-        return {};
-    return {false, sqlite3_errstr(refusal_), faultOf(refusal_)};
+        return {true, {}, StorageFault::other, synced_ == changes_, incidents_};
+    return {false, sqlite3_errstr(refusal_), faultOf(refusal_), false, incidents_};
 }
 
 bool DefaultsState::upkeep() {
     const std::lock_guard one(upkeep_);
     PendingChanges waiting;
     bool waits = false;
+    std::uint64_t last = 0;
+    std::uint64_t changes = 0;
     {
         const std::lock_guard lock(mutex_);
         if (!checkpointer_ || !pending_.empty())
             storePending();
         waits = !checkpointer_ || !pending_.empty();
-        if (!pending_.empty() && lastNumber_ != recovered_) {
+        last = lastNumber_;
+        changes = changes_;
+        if (!pending_.empty() && last != recovered_)
             waiting = pending_;
-            recovered_ = lastNumber_;
-        }
     }
-    if (!waiting.empty())
-        writeRecoveryFile(waiting);
-    syncLog(file_);
+    if (!waiting.empty() &&
+        writeRecoveryFile(waiting, std::exchange(triedToRecover_, last) != last))
+        recovered_ = last;
+    if (syncLog(file_)) {
+        const std::lock_guard lock(mutex_);
+        synced_ = changes;
+    }
     if (!waits && mayHaveRecoveryFiles_)
         removeRecoveryFiles();
     return waits;

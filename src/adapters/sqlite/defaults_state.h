@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -42,20 +43,31 @@ class DefaultsState {
     void finish() { upkeep(); }
 
   private:
+    // Opens the file or, if it cannot be written, a store in memory. `damage` is the code of damage
+    // that was found while it was in use.
+    void open(int damage = SQLITE_OK) const;
     int openFile(std::string& reason) const;
-    void open(bool mayReplace) const;
+    int openOrReplace(std::string& reason, int damage = SQLITE_OK) const;
+    int salvageFile(const std::string& reason) const;
+    bool useSalvaged() const;
     void openInMemory(int code, const std::string& reason) const;
-    void replaceDamaged(int code, const std::string& reason) const;
     int adoptIdentity(ValueStore& store) const;
     int attempt(const std::function<int(ValueStore&)>& operation) const;
     void tendLog() const;
+    void repair(std::string_view key, PendingChange change);
+    void adoptRepairs();
+    std::uint64_t storedNumber(std::string_view key) const;
     void storePending();
+    int keepUnknown(ValueStore& store, const std::string& key, const PendingChange& change);
     void refused(int code) const;
 
     void takeInRecoveryFiles();
-    void writeRecoveryFile(const PendingChanges& changes);
+    bool writeRecoveryFile(const PendingChanges& changes, bool logged);
     void removeRecoveryFiles();
     std::filesystem::path recoveryFile(const std::filesystem::path& folder) const;
+
+    // If the log could not be read, it may have contained higher change numbers than the database.
+    static constexpr std::uint64_t unreadNumbers = std::uint64_t{1} << 32;
 
     const std::filesystem::path file_;
     Log& log_;
@@ -66,13 +78,20 @@ class DefaultsState {
     mutable std::unique_ptr<Checkpointer> checkpointer_;  // null without a file
     mutable int logPages_ = 0;  // pages in the log after the last write; 0 if there was none
     PendingChanges pending_;
+    PendingChanges repairs_;           // in the store in memory, while there is no file
+    std::uint64_t changes_ = 0;        // counts changes
+    std::uint64_t synced_ = 0;         // of which the disk has so many
     mutable int refusal_ = SQLITE_OK;  // the error code of the last refused change
     mutable std::string identity_;
     mutable bool identityIsOurs_ = false;  // created by this run and not stored yet
     mutable std::uint64_t lastNumber_ = 0;
+    mutable DefaultsIncidents incidents_;
+    mutable int salvageCode_ = SQLITE_OK;  // of the last attempt to salvage the file
+    mutable std::chrono::steady_clock::time_point salvageAgain_;  // not tried again before
 
-    std::mutex upkeep_;            // guards the members below; locked before the other mutex
-    std::uint64_t recovered_ = 0;  // the number of the last change in the recovery file
+    std::mutex upkeep_;                 // guards the members below; locked before the other mutex
+    std::uint64_t recovered_ = 0;       // the number of the last change in the recovery file
+    std::uint64_t triedToRecover_ = 0;  // the same at the last attempt to write it
     bool mayHaveRecoveryFiles_ = false;
 };
 

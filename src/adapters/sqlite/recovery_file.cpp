@@ -13,7 +13,8 @@ namespace tembrix::sqlite {
 
 namespace {
 
-constexpr std::string_view beginning = "TembrixRecovery1";
+constexpr std::string_view beginning = "TembrixRecovery2";
+constexpr std::string_view formerBeginning = "TembrixRecovery1";  // without base numbers
 
 enum Kind : std::uint64_t { removed, data, text, date, boolean };
 
@@ -120,6 +121,7 @@ Bytes encodeRecovery(const Recovery& recovery) {
     for (const auto& [key, change] : recovery.changes) {
         writer.block(std::string_view(key));
         writer.number(change.number);
+        writer.number(change.base);
         writeValue(writer, change.value);
     }
     writer.number(contentHash(writer.bytes));
@@ -134,13 +136,16 @@ std::optional<Recovery> decodeRecovery(BytesView file) {
         return std::nullopt;
     Reader reader(content);
     Recovery recovery;
-    if (reader.text() != beginning)
+    const std::string begins = reader.text();
+    if (begins != beginning && begins != formerBeginning)
         return std::nullopt;
     recovery.identity = reader.text();
     for (auto left = reader.number(); left > 0 && !reader.failed(); --left) {
         const std::string key = reader.text();
         PendingChange change;
         change.number = reader.number();
+        if (begins == beginning)
+            change.base = reader.number();
         if (!readValue(reader, change.value))
             return std::nullopt;
         recovery.changes.insert_or_assign(key, std::move(change));

@@ -89,8 +89,8 @@ bool SqliteUserDefaults::boolean(std::string_view key) const {
 }
 
 void SqliteUserDefaults::change(std::string_view key, PendingChange change) {
-    if (!state_->change(key, std::move(change)))
-        announce();
+    state_->change(key, std::move(change));
+    announce();
     worker_->wake();
 }
 

@@ -23,10 +23,16 @@ namespace tembrix::sqlite {
 using SharedPieces = std::shared_ptr<const ValuePieces>;
 using StoredValue = std::variant<Bytes, std::string, Date, bool, SharedPieces>;
 
+// Whether the code of a statement means an error.
+inline bool failed(int code) {
+    return code != SQLITE_DONE && code != SQLITE_ROW && code != SQLITE_OK;
+}
+
 // A value to be stored, or the removal of one.
 struct PendingChange {
     std::optional<StoredValue> value;  // absent: the key is removed
     std::uint64_t number = 0;
+    std::uint64_t base = 0;  // number of the stored value that it replaces, as far as it was known
 };
 using PendingChanges = std::map<std::string, PendingChange, std::less<>>;
 

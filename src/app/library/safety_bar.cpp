@@ -9,8 +9,10 @@
 #include "ports/texts.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/safety/data_sync_manager.h"
 
 namespace tembrix {
@@ -25,8 +27,26 @@ const char* textKey(SafetyNotice notice) {
             return "safetyVideoListDoubtful";
         case SafetyNotice::videoListUnreadable:
             return "safetyVideoListUnreadable";
+        case SafetyNotice::newerCopiesUsed:
+            return "safetyNewerCopiesUsed";
         case SafetyNotice::restored:
             return "safetyRestored";
+        case SafetyNotice::restoredNewer:
+            return "safetyRestoredNewer";
+        case SafetyNotice::restoreFinished:
+            return "safetyRestoreFinished";
+        case SafetyNotice::restoreIncomplete:
+            return "safetyRestoreIncomplete";
+        case SafetyNotice::backupFailed:
+            return "safetyBackupFailed";
+        case SafetyNotice::damagedKept:
+            return "safetyDamagedKept";
+        case SafetyNotice::databaseReplaced:
+            return "safetyDatabaseReplaced";
+        case SafetyNotice::unsavedUnreadable:
+            return "safetyUnsavedUnreadable";
+        case SafetyNotice::laterChangesUsed:
+            return "safetyLaterChangesUsed";
         case SafetyNotice::timelineFromBackup:
             return "safetyTimelineFromBackup";
         case SafetyNotice::timelineUnreadable:
@@ -44,13 +64,14 @@ SafetyBar::SafetyBar(const Texts& texts, DataSyncManager& dataSync, QWidget* par
     row->setSpacing(theme::spacing);
     label_->setObjectName(QStringLiteral("safetyNotices"));
     label_->setWordWrap(true);
+    tellRole(label_, QAccessible::AlertMessage);
     setLook(label_, LabelLook::warning);
     row->addWidget(label_, 1);
     auto* dismiss = makeIconButton(texts_, "safetyDismiss", QStringLiteral("window-close"));
     connect(dismiss, &QToolButton::clicked, this, [this] { dataSync_.dismissNotices(); });
     row->addWidget(dismiss, 0, Qt::AlignTop);
     notices_ = dataSync_.observeNotices([this] { showNotices(); });
-    showNotices();
+    followLanguage(this, texts, [this] { showNotices(); });
 }
 
 void SafetyBar::showNotices() {

@@ -4,8 +4,10 @@
 #include "ports/user_defaults.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/storage/storage_health.h"
 
 namespace tembrix {
@@ -31,19 +33,26 @@ const char* textKey(StorageFault fault) {
 SafetyBanner::SafetyBanner(StorageHealth& health, const Texts& texts, QWidget* parent)
     : QLabel(parent), health_(health), texts_(texts) {
     setObjectName(QStringLiteral("safetyBanner"));
+    tellRole(this, QAccessible::AlertMessage);
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
     setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
     setLook(this, LabelLook::warning);
-    subscription_ = health_.observe([this](const DefaultsStatus&) { showStatus(); });
-    showStatus();
+    statusChanged_ = health_.observe([this](const DefaultsStatus&) { showStatus(); });
+    documentsChanged_ = health_.observeDocuments([this](bool) { showStatus(); });
+    followLanguage(this, texts, [this] { showStatus(); });
 }
 
 void SafetyBanner::showStatus() {
     const DefaultsStatus& status = health_.status();
-    setText(status.allStored ? QString() : qtext(texts_.text(textKey(status.fault))));
-    setAccessibleName(text());
-    setVisible(!status.allStored);
+    QString warning;
+    if (!status.allStored)
+        warning = qtext(texts_.text(textKey(status.fault)));
+    else if (!health_.documentsWritten())
+        warning = qtext(texts_.text("marksNotInDocuments"));
+    setText(warning);
+    setAccessibleName(warning);
+    setVisible(!warning.isEmpty());
 }
 
 }  // namespace tembrix

@@ -9,8 +9,8 @@ namespace tembrix {
 class StorageHealth;
 class Texts;
 
-// A banner that warns that marks are not saved on the disk, and says why. Hidden while they are
-// saved.
+// A banner that warns that marks are not saved on the disk, or not in the documents, and says why.
+// Hidden while they are saved.
 class SafetyBanner final : public QLabel {
     Q_OBJECT
   public:
@@ -21,7 +21,8 @@ class SafetyBanner final : public QLabel {
 
     StorageHealth& health_;
     const Texts& texts_;
-    Subscription subscription_;
+    Subscription statusChanged_;
+    Subscription documentsChanged_;
 };
 
 }  // namespace tembrix

@@ -142,19 +142,46 @@ void CollectionIndexList::write() {
     }
     if (!writeFile(list))
         return;
-    const std::lock_guard lock(cacheLock_);
-    if (generation_ == before)
+    {
+        const std::lock_guard lock(cacheLock_);
+        if (generation_ != before)
+            return;
         setWritten(list);
+    }
+    notifyWritten();
 }
 
 void CollectionIndexList::changeAndWrite(const std::function<void(List&)>& change) {
     const std::lock_guard writing(writing_);
-    const std::lock_guard lock(cacheLock_);
-    loadIfEmpty();
-    change(cache_);
-    setAhead();
-    if (writeFile(cache_))
+    {
+        const std::lock_guard lock(cacheLock_);
+        loadIfEmpty();
+        change(cache_);
+        setAhead();
+        if (!writeFile(cache_))
+            return;
         setWritten(cache_);
+    }
+    notifyWritten();
+}
+
+void CollectionIndexList::notifyWritten() const {
+    if (notice_)
+        notice_();
+}
+
+void CollectionIndexList::setWrittenNotice(std::function<void()> notice) {
+    const std::lock_guard writing(writing_);
+    notice_ = std::move(notice);
+}
+
+void CollectionIndexList::dropUnsavedChange() {
+    const std::lock_guard writing(writing_);
+    const std::lock_guard lock(cacheLock_);
+    ++generation_;
+    cache_.clear();
+    ahead_ = false;
+    defaults_.remove(layout::collectionsUnsavedKey);
 }
 
 Result<void> CollectionIndexList::replaceFile(const std::function<Result<void>()>& replace) {

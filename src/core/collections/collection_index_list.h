@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/log.h"
@@ -32,6 +33,12 @@ class CollectionIndexList {
     std::vector<CollectionInfo> list();
     bool hasUnsavedChange() const { return ahead_; }
 
+    // Sets a function that is called after each write of the file, on the thread that wrote it.
+    // When this returns, no call of the previous one is running.
+    void setWrittenNotice(std::function<void()> notice);
+    // Discards the stored unsaved changes, because the file is newer. The list is read again.
+    void dropUnsavedChange();
+
     // Changes the list in memory. The function returns whether it has changed anything.
     bool change(const std::function<bool(std::vector<CollectionInfo>&)>& change);
     // Makes the next write store the list even if it has not changed.
@@ -54,12 +61,14 @@ class CollectionIndexList {
     void loadIfEmpty();
     void setAhead();
     void setWritten(const std::vector<CollectionInfo>& list);
+    void notifyWritten() const;
     bool writeFile(const std::vector<CollectionInfo>& list) const;
 
     const std::filesystem::path file_;
     UserDefaults& defaults_;
     Log& log_;
-    std::mutex writing_;  // locked before cacheLock_; keeps writes in order
+    std::function<void()> notice_;  // guarded by writing_
+    std::mutex writing_;            // locked before cacheLock_; keeps writes in order
     std::mutex cacheLock_;
     std::vector<CollectionInfo> cache_;
     std::uint64_t generation_ = 0;

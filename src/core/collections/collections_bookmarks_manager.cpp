@@ -102,6 +102,15 @@ void CollectionsBookmarksManager::removeCollection(const std::string& id) {
     changed();
 }
 
+void CollectionsBookmarksManager::setWrittenNotice(std::function<void()> notice) {
+    index_->setWrittenNotice(std::move(notice));
+}
+
+void CollectionsBookmarksManager::dropUnsavedChange() {
+    pendingSave_ = false;
+    index_->dropUnsavedChange();
+}
+
 void CollectionsBookmarksManager::rewriteIndex() {
     index_->markUnsaved();
     changed();

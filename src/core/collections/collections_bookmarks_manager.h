@@ -56,6 +56,11 @@ class CollectionsBookmarksManager final : public CollectionIndexStorage {
     // Runs an operation that replaces or removes the index file; the list is then read again when
     // it is needed. Any thread.
     Result<void> replaceIndexFile(const std::function<Result<void>()>& replace);
+    // Sets a function that is called after each write of the index, on the thread that wrote it.
+    // When this returns, no call of the previous one is running.
+    void setWrittenNotice(std::function<void()> notice);
+    // Discards the stored unsaved changes, because the file was written after them.
+    void dropUnsavedChange();
     // Writes the unchanged list again, because the file is lost or damaged.
     void rewriteIndex();
     // Corrects the id of a collection that is listed under a damaged one.

@@ -50,11 +50,13 @@ TagLibraryManager::TagLibraryManager(CollectionServices& services,
       collectionLoadingQueue_(services.scheduler.serialQueue("com.tembrix.collectionLoading")),
       work_(services.scheduler) {}
 
+std::string TagLibraryManager::localization() const {
+    const auto preferred = locale_.preferredLocalization();
+    return preferred.empty() ? locale_.identifier() : preferred;
+}
+
 void TagLibraryManager::start() {
-    auto localization = locale_.preferredLocalization();
-    if (localization.empty())
-        localization = locale_.identifier();
-    standardCollections.set(loadStandardCollections(resources_, localization));
+    standardCollections.set(loadStandardCollections(resources_, localization()));
     restoreLastSelectedCollection();
     tagUpdated_ = services_.events.observe<events::TagUpdated>(
         [this](const auto& event) { handleTagUpdated(event); });
@@ -62,6 +64,25 @@ void TagLibraryManager::start() {
         [this](const auto& event) { handleCollectionDataChanged(event); });
     refreshMerged();
     loadAllCollections();
+}
+
+void TagLibraryManager::followLanguage() {
+    if (!tagUpdated_)
+        return;  // not started yet
+    const auto& before = *standardCollections;
+    const auto chosen = std::find_if(before.begin(), before.end(), [this](const auto& one) {
+        return !currentCollectionType->isUser() && one.name == *selectedStandardCollectionName;
+    });
+    const auto place = static_cast<std::size_t>(chosen - before.begin());
+    const bool standard = chosen != before.end();
+    standardCollections.set(loadStandardCollections(resources_, localization()));
+    if (standard && place < standardCollections->size()) {
+        const auto& counterpart = (*standardCollections)[place];
+        rememberSelection(counterpart.name, {});
+        active.set(counterpart.lists);
+        selectedStandardCollectionName.set(counterpart.name);
+    }
+    refreshAllLists();
 }
 
 TagLibraryManager::~TagLibraryManager() {

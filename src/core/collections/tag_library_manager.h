@@ -37,6 +37,10 @@ class TagLibraryManager {
     // in the background. Called once; until then all lists are empty.
     void start();
 
+    // Replaces the standard collections by those of the present language. A chosen one is replaced
+    // by its counterpart, with the time events that are switched on.
+    void followLanguage();
+
     // Registers the tags now and after each change. The registry must outlive the manager or be
     // reset.
     void setHotkeyRegistry(HotkeyRegistry* registry);
@@ -71,6 +75,8 @@ class TagLibraryManager {
     std::vector<Label> labelsForTag(const Tag& tag) const;
 
   private:
+    std::string localization() const;
+
     struct Merged {
         CollectionLists lists;
         RecordPlaces places;

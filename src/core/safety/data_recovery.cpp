@@ -12,6 +12,8 @@
 #include "base/bytes.h"
 #include "base/files.h"
 
+#include "ports/user_defaults.h"
+
 #include "core/collections/duplicate_collections.h"
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
@@ -48,9 +50,8 @@ bool isVideoList(const Bytes& value) {
 
 }  // namespace
 
-void DataSyncManager::finishInterrupted() const {
+void DataSyncManager::finishInterrupted(const fs::path& kept) const {
     const fs::path copies = backupRoot() / layout::dataFolder;
-    const fs::path kept = replaced_.begin();
     finishReplacingIn(documentsFolder(), [&](const fs::path& target) {
         const fs::path name = target.filename();
         return name == layout::collectionsFolder || name == layout::playFieldsFolder
@@ -70,6 +71,28 @@ void DataSyncManager::finishInterrupted() const {
              !failure && entry != fs::directory_iterator(); entry.increment(failure))
             removeUnfinishedReplacements(entry->path());
     }
+}
+
+void DataSyncManager::repairAtLaunch() {
+    const RepairScope scope;
+    const auto repair = secondCopy_.repairDefaults();
+    if (repair.listReplaced)
+        notify(SafetyNotice::videoListRepaired);
+    if (repair.lostChanges)
+        services_.storage.noteLostChanges();
+    if (repair.indexIsOlder)
+        services_.index.dropUnsavedChange();
+    repairVideoList();
+    recoverIndex();
+    // While the database cannot be read, all copies are newer, but nothing is lost.
+    const auto status = services_.defaults.status();
+    const bool wasRead = status.allStored || status.fault == StorageFault::diskFull ||
+                         status.fault == StorageFault::readOnly;
+    if (!services_.storage.hasLostChanges() || !wasRead)
+        return;
+    repairIndexIds(true);
+    log("⚠️ DataSync: The defaults lost their latest changes, newer copies are used");
+    notify(SafetyNotice::newerCopiesUsed);
 }
 
 std::optional<std::map<std::string, Bytes>> DataSyncManager::savedDefaults(
@@ -151,8 +174,8 @@ void DataSyncManager::recoverIndex() {
 }
 
 // A damaged id leaves a row without data and a folder without a row. They belong together if the
-// ids differ in a single byte. After a restore each folder should be listed, so the others are
-// listed again with their ids as names.
+// ids differ in a single byte. After a restore or the loss of changes each folder should be listed,
+// so the others are listed again.
 void DataSyncManager::repairIndexIds(bool listUnlisted) {
     const auto folders = listCollectionFolders(services_.storage.collectionsFolder());
     if (!folders)
@@ -177,7 +200,23 @@ void DataSyncManager::repairIndexIds(bool listUnlisted) {
     }
     for (const auto& folder : unlisted)
         if (listUnlisted && services_.storage.loadCollection(folder))
-            services_.index.addOrUpdateCollection(folder, folder);
+            services_.index.addOrUpdateCollection(folder, lastKnownName(folder));
+}
+
+// The name in one of the copies of the index, else the id.
+std::string DataSyncManager::lastKnownName(const std::string& collectionId) const {
+    auto known = services_.index.secondCopy().value_or(std::vector<CollectionInfo>());
+    for (const auto& file :
+         {services_.index.indexFile(), backupRoot() / layout::collectionIndexFile}) {
+        const auto content = readFile(file);
+        const auto rows =
+            content ? decode<std::vector<CollectionInfo>>(*content).optional() : std::nullopt;
+        if (rows)
+            known.insert(known.end(), rows->begin(), rows->end());
+    }
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [&](const auto& row) { return row.id == collectionId; });
+    return found == known.end() ? collectionId : found->name;
 }
 
 // Reads values missing in the defaults from the documents. Returns the keys that were filled.

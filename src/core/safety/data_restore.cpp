@@ -1,8 +1,9 @@
 // Restores the working data from the backup or from data that an earlier restore replaced, and
 // deletes all data.
 
+#include <cerrno>
 #include <map>
-#include <string_view>
+#include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -18,8 +19,10 @@
 #include "core/safety/data_sync_manager.h"
 #include "core/safety/folder_copy.h"
 #include "core/safety/timeline_document.h"
+#include "core/safety/unfinished_restore.h"
 #include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/set_aside.h"
 #include "core/storage/video_list_store.h"
 
 namespace tembrix {
@@ -63,38 +66,98 @@ Result<void> replaceFolder(const fs::path& target, const fs::path& kept, const F
 
 }  // namespace
 
-void DataSyncManager::restoreFromBackup() {
+Result<void> DataSyncManager::restoreFromBackup() {
+    return restoreByHand({});
+}
+
+Result<void> DataSyncManager::bringBack(const std::string& replacedState) {
+    if (!isFileName(replacedState) || !isThere(replaced_.folder(replacedState)))
+        return Error{"restore", ENOENT, "There is no such state"};
+    return restoreByHand(replacedState);
+}
+
+Result<void> DataSyncManager::restoreByHand(const std::string& replacedState) {
     const std::lock_guard lock(operation_);
     services_.storage.flushNow();  // so that the newest state of the documents is kept
     const auto still = services_.storage.holdFlush();
-    restoreFrom(backupRoot(), replaced_.begin());
+    const UnfinishedRestore::Restore restore{replacedState, replaced_.begin()};
+    if (auto noted = unfinished_.begin(restore); !noted) {
+        log("❌ DataSync: Nothing restored - " + noted.error().text);
+        return noted;
+    }
+    auto outcome = runRestore(restore);
+    unfinished_.end();
+    return outcome;
 }
 
-void DataSyncManager::restoreFrom(const fs::path& root, const fs::path& kept,
-                                  const std::function<void()>& beforeDefaults) {
+// A restore repeats without harm: what is in place already is not kept a second time.
+void DataSyncManager::finishRestore(const UnfinishedRestore::Restore& restore) {
+    log("⚠️ DataSync: A restore was interrupted and is finished now");
+    const std::lock_guard lock(operation_);
+    const auto still = services_.storage.holdFlush();
+    const bool done = runRestore(restore).ok();
+    unfinished_.end();
+    notify(done ? SafetyNotice::restoreFinished : SafetyNotice::restoreIncomplete);
+}
+
+Result<void> DataSyncManager::runRestore(const UnfinishedRestore::Restore& restore) {
+    const fs::path kept = replaced_.folder(restore.kept);
+    if (restore.source.empty())
+        return restoreFrom(backupRoot(), kept);
+    const fs::path source = replaced_.folder(restore.source);
+    return restoreFrom(source, kept, [&] { return putInForce(source, kept); });
+}
+
+// Every item is restored even if an earlier one failed. The first failure is returned; it is also
+// one that there was nothing to restore. A state that is brought back is never removed.
+Result<void> DataSyncManager::restoreFrom(const fs::path& root, const fs::path& kept,
+                                          const std::function<Result<void>()>& beforeDefaults) {
     log("📥 DataSync: Restoring data from backup");
-    services_.storage.forgetWritten();
-    restoreCollections(root, kept);
-    restorePlayFields(root, kept);
-    restoreTimelines(root, kept);
-    restoreIndex(root, kept);
+    // Without anything to restore, documents that were deleted are not written again.
+    if (holdsSomething(root / layout::timelinesFolder) ||
+        holdsSomething(root / layout::dataFolder / layout::collectionsFolder))
+        services_.storage.forgetWritten();
+    Result<void> outcome;
+    bool restored = false;
+    const auto note = [&](const Result<bool>& step) {
+        restored = restored || (step && *step);
+        if (outcome && !step)
+            outcome = step.error();
+    };
+    note(restoreCollections(root, kept));
+    note(restorePlayFields(root, kept));
+    note(restoreTimelines(root, kept));
+    note(restoreIndex(root, kept));
     if (beforeDefaults)
-        beforeDefaults();
+        if (const auto done = beforeDefaults(); !done)
+            note(done.error());
     repairIndexIds(true);
-    restoreUserDefaults(root, kept);
-    replaced_.finish();
+    note(restoreUserDefaults(root, kept));
+    if (outcome && !restored)
+        outcome = Error{"restore", ENOENT, "There is nothing to restore"};
+    if (outcome)
+        replaced_.finish(pathText(root.filename()));
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
-    log("✅ DataSync: Data restored from backup");
+    log(outcome ? "✅ DataSync: Data restored from backup"
+                : "⚠️ DataSync: Not everything restored - " + outcome.error().text);
+    return outcome;
+}
+
+// Logs a restored item, or why it was not restored.
+Result<bool> DataSyncManager::logged(const Result<void>& outcome, const std::string& success,
+                                     const std::string& failure) const {
+    log(outcome ? success : failure + outcome.error().text);
+    return outcome ? Result<bool>(true) : Result<bool>(outcome.error());
 }
 
 // Folders in the backup that cannot be read do not replace existing ones.
-void DataSyncManager::restoreCollections(const fs::path& root, const fs::path& kept) {
+Result<bool> DataSyncManager::restoreCollections(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::dataFolder / layout::collectionsFolder;
     if (!holdsSomething(source)) {  // the folders themselves always exist
         log("⚠️ DataSync: Collections backup not found");
-        return;
+        return false;
     }
     const fs::path target = services_.storage.collectionsFolder();
     const auto outcome = replaceFolder(
@@ -112,34 +175,29 @@ void DataSyncManager::restoreCollections(const fs::path& root, const fs::path& k
                 return copyInto(useWorking ? target / name : entry.path(), made / name);
             });
         });
-    if (outcome)
-        log("✅ DataSync: Collections restored from backup");
-    else
-        log("❌ DataSync: Error restoring collections - " + outcome.error().text);
+    return logged(outcome, "✅ DataSync: Collections restored from backup",
+                  "❌ DataSync: Error restoring collections - ");
 }
 
-void DataSyncManager::restorePlayFields(const fs::path& root, const fs::path& kept) {
+Result<bool> DataSyncManager::restorePlayFields(const fs::path& root, const fs::path& kept) {
     const fs::path folder = fs::path(layout::dataFolder) / layout::playFieldsFolder;
     if (!holdsSomething(root / folder)) {
         log("⚠️ DataSync: PlayFields backup not found");
-        return;
+        return false;
     }
-    if (const auto copied =
-            replaceByCopy(root / folder, documentsFolder() / layout::playFieldsFolder,
-                          CopyOf::folder, kept / folder);
-        copied)
-        log("✅ DataSync: PlayFields restored from backup");
-    else
-        log("❌ DataSync: Error restoring PlayFields - " + copied.error().text);
+    return logged(replaceByCopy(root / folder, documentsFolder() / layout::playFieldsFolder,
+                                CopyOf::folder, kept / folder),
+                  "✅ DataSync: PlayFields restored from backup",
+                  "❌ DataSync: Error restoring PlayFields - ");
 }
 
 // The backup contains one record per video, the working folder plain timeline documents. A record
 // that cannot be read does not replace a document.
-void DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kept) {
+Result<bool> DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::timelinesFolder;
     if (!holdsSomething(source)) {
         log("⚠️ DataSync: Timelines backup not found");
-        return;
+        return false;
     }
     const fs::path target = services_.storage.timelinesFolder();
     const auto outcome =
@@ -157,18 +215,16 @@ void DataSyncManager::restoreTimelines(const fs::path& root, const fs::path& kep
                                               : Result<void>();
             });
         });
-    if (outcome)
-        log("✅ DataSync: Timelines restored from backup");
-    else
-        log("❌ DataSync: Error restoring timelines - " + outcome.error().text);
+    return logged(outcome, "✅ DataSync: Timelines restored from backup",
+                  "❌ DataSync: Error restoring timelines - ");
 }
 
 // An index that cannot be read does not replace the current one.
-void DataSyncManager::restoreIndex(const fs::path& root, const fs::path& kept) {
+Result<bool> DataSyncManager::restoreIndex(const fs::path& root, const fs::path& kept) {
     const fs::path source = root / layout::collectionIndexFile;
     if (!isThere(source)) {
         log("⚠️ DataSync: CollectionsBookmarks.json not found in backup");
-        return;
+        return false;
     }
     const auto file = readFile(source);
     const auto list = file ? decode<std::vector<CollectionInfo>>(*file)
@@ -178,85 +234,107 @@ void DataSyncManager::restoreIndex(const fs::path& root, const fs::path& kept) {
                              kept / layout::collectionIndexFile);
     })
                              : Result<void>(list.error());
-    if (copied)
-        log("✅ DataSync: CollectionsBookmarks.json restored from backup");
-    else
-        log("❌ DataSync: Error restoring CollectionsBookmarks.json - " + copied.error().text);
+    return logged(copied, "✅ DataSync: CollectionsBookmarks.json restored from backup",
+                  "❌ DataSync: Error restoring CollectionsBookmarks.json - ");
 }
 
-void DataSyncManager::restoreUserDefaults(const fs::path& root, const fs::path& kept) {
-    std::map<std::string, Bytes> values;
-    std::string outcome = "⚠️ DataSync: UserDefaults backup not found";
+Result<bool> DataSyncManager::restoreUserDefaults(const fs::path& root, const fs::path& kept) {
+    const std::string failed = "❌ DataSync: Error restoring UserDefaults - ";
     const fs::path file = root / layout::defaultsBackupFile;
-    if (isThere(file)) {
+    std::map<std::string, Bytes> values;
+    Result<bool> outcome = isThere(file);
+    if (*outcome) {
         const auto bytes = readFile(file);
         auto list = bytes ? services_.propertyLists.decode(*bytes)
                           : Result<std::map<std::string, Bytes>>(bytes.error());
-        outcome = list ? "✅ DataSync: UserDefaults restored from backup"
-                       : "❌ DataSync: Error restoring UserDefaults - " + list.error().text;
         if (list)
             values = std::move(list).value();
+        else
+            outcome = list.error();
+    } else {
+        log("⚠️ DataSync: UserDefaults backup not found");
     }
     const auto videos = values.find(layout::videosDataKey);
     if (videos != values.end() && !decode<std::vector<VideosData>>(videos->second)) {
-        outcome = "❌ DataSync: Error restoring UserDefaults - the list of videos is damaged";
+        outcome = Error{"restore", 0, "the list of videos is damaged"};
         values.erase(videos);
     }
     replaceDefaults([&] {
-        std::map<std::string, Bytes> before;
-        for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
-            const auto found = values.find(key);
-            if (found == values.end())
-                continue;
-            if (auto present = services_.defaults.data(key); present && *present != found->second)
-                before[key] = std::move(*present);
-            if (std::string_view(key) == layout::videosDataKey)
-                storeVideoList(services_.defaults, found->second);
-            else
-                services_.defaults.setData(key, found->second);
-        }
-        const auto list = services_.propertyLists.encode(before);
-        if (!before.empty() && list && makeFolder(kept))
-            (void)replaceFile(kept / layout::defaultsBackupFile, *list);
+        if (const auto replaced = replaceDefaultsBy(values, kept); !replaced)
+            outcome = replaced.error();
     });
-    log(outcome);
+    if (!outcome)
+        log(failed + outcome.error().text);
+    else if (*outcome)
+        log("✅ DataSync: UserDefaults restored from backup");
+    return outcome;
 }
 
-void DataSyncManager::bringBack(const std::string& replacedState) {
-    const fs::path source = replaced_.folder(replacedState);
-    if (!isFileName(replacedState) || !isThere(source))
-        return;
-    const std::lock_guard lock(operation_);
-    services_.storage.flushNow();
-    const auto still = services_.storage.holdFlush();
-    const fs::path kept = replaced_.begin();
-    restoreFrom(source, kept, [&] {
-        (void)forEachEntry(source / layout::timelinesFolder, [&](const fs::directory_entry& entry) {
-            putTimelineInForce(entry.path(), kept);
-            return Result<void>();
-        });
-        (void)forEachEntry(source / layout::dataFolder / layout::collectionsFolder,
-                           [&](const fs::directory_entry& entry) {
-                               putCollectionInForce(pathText(entry.path().filename()), entry.path(),
-                                                    kept);
-                               return Result<void>();
-                           });
+// Values that cannot be kept are not replaced.
+Result<void> DataSyncManager::replaceDefaultsBy(const std::map<std::string, Bytes>& values,
+                                                const fs::path& kept) {
+    std::map<std::string, Bytes> before;
+    for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
+        const auto found = values.find(key);
+        auto present = services_.defaults.data(key);
+        if (found != values.end() && present && *present != found->second)
+            before[key] = std::move(*present);
+    }
+    if (!before.empty()) {
+        const auto list = services_.propertyLists.encode(before);
+        auto done = list ? makeFolder(kept) : Result<void>(list.error());
+        if (done)
+            done = replaceFile(kept / layout::defaultsBackupFile, *list);
+        if (!done)
+            return done;
+    }
+    if (const auto list = values.find(layout::videosDataKey); list != values.end())
+        storeVideoList(services_.defaults, list->second);
+    if (const auto old = values.find(layout::collectionsBookmarksKey); old != values.end())
+        services_.defaults.setData(layout::collectionsBookmarksKey, old->second);
+    return {};
+}
+
+Result<void> DataSyncManager::putInForce(const fs::path& source, const fs::path& kept) {
+    Result<void> outcome;
+    const auto note = [&](Result<void> step) {
+        if (outcome && !step)
+            outcome = std::move(step);
+        return Result<void>();
+    };
+    (void)forEachEntry(source / layout::timelinesFolder, [&](const fs::directory_entry& entry) {
+        return note(putTimelineInForce(entry.path(), kept));
     });
+    (void)forEachEntry(source / layout::dataFolder / layout::collectionsFolder,
+                       [&](const fs::directory_entry& entry) {
+                           return note(putCollectionInForce(pathText(entry.path().filename()),
+                                                            entry.path(), kept));
+                       });
+    return outcome;
 }
 
 // The document has already been replaced. The working copy, which has priority over it, is moved to
 // the kept state, including whatever was marked until the turn in which it is replaced.
-void DataSyncManager::putTimelineInForce(const fs::path& document, const fs::path& kept) {
-    if (document.extension() != layout::recordExtension || !readTimelineDocument(document))
-        return;
+Result<void> DataSyncManager::putTimelineInForce(const fs::path& document, const fs::path& kept) {
+    const auto lines = readTimelineDocument(document);
+    if (document.extension() != layout::recordExtension || !lines)
+        return {};
     const std::string id = pathText(document.stem());
     const std::string key = layout::timelineKey(id);
     for (bool replaced = false; !replaced;) {
         const auto working = services_.defaults.data(key);
-        if (working && decode<TimelineLines>(*working)) {
-            const fs::path folder = kept / layout::timelinesFolder;
-            if (!makeFolder(folder) || !replaceFile(folder / document.filename(), *working))
-                return;
+        if (working) {
+            const auto present = decode<TimelineLines>(*working);
+            if (!present) {
+                setAside(services_.defaults, services_.log, key, *working);
+            } else if (*present != *lines) {
+                const fs::path folder = kept / layout::timelinesFolder;
+                auto done = makeFolder(folder);
+                if (done)
+                    done = replaceFile(folder / document.filename(), *working);
+                if (!done)
+                    return done;
+            }
         }
         services_.scheduler.onMainAndWait([&] {
             replaced = services_.defaults.data(key) == working;
@@ -268,46 +346,59 @@ void DataSyncManager::putTimelineInForce(const fs::path& document, const fs::pat
         });
     }
     (void)services_.storage.loadTimeline(id);
+    return {};
 }
 
-void DataSyncManager::putCollectionInForce(const std::string& id, const fs::path& folder,
-                                           const fs::path& kept) {
+Result<void> DataSyncManager::putCollectionInForce(const std::string& id, const fs::path& folder,
+                                                   const fs::path& kept) {
     const CollectionFiles files(folder);
     if (!files.isWhole())
-        return;
+        return {};
     const auto value = services_.defaults.data(layout::collectionKey(id));
     const auto working = value ? decode<CollectionData>(*value).optional() : std::nullopt;
     const fs::path place = kept / layout::dataFolder / layout::collectionsFolder;
-    if (working && working != files.collection(id) &&
-        !writeCollectionFiles(place / pathFromText(id), *working))
-        return;
+    if (value && !working)
+        setAside(services_.defaults, services_.log, layout::collectionKey(id), *value);
+    if (working && working != files.collection(id))
+        if (auto done = writeCollectionFiles(place / pathFromText(id), *working); !done)
+            return done;
     services_.defaults.remove(layout::collectionKey(id));
     (void)services_.storage.loadCollection(id);
+    return {};
 }
 
-void DataSyncManager::deleteAllData() {
+Result<void> DataSyncManager::deleteAllData() {
     const std::lock_guard lock(operation_);
     const auto still = services_.storage.holdFlush();
     log("🗑️ DataSync: Deleting all user data");
     std::error_code ignored;
+    Result<void> outcome;
+    const auto remove = [&](const fs::path& folder, const std::string& success) {
+        std::error_code failure;
+        fs::remove_all(folder, failure);
+        log(failure ? "❌ DataSync: Error deleting " + pathText(folder) + " - " + failure.message()
+                    : success);
+        if (failure)
+            outcome = Error{"file", failure.value(), failure.message()};
+    };
     for (const char* item :
          {layout::collectionsFolder, layout::playFieldsFolder, layout::timelinesFolder}) {
         const fs::path folder = documentsFolder() / item;
         if (!isThere(folder))
             continue;
-        fs::remove_all(folder, ignored);
-        log(std::string("✅ DataSync: ") + item + " deleted from Documents");
+        remove(folder, std::string("✅ DataSync: ") + item + " deleted from Documents");
     }
     services_.storage.keepFromDocuments();
     replaced_.removeAll();
-    if (isThere(backupRoot())) {
-        fs::remove_all(backupRoot(), ignored);
-        log("✅ DataSync: Backup deleted from Application Support");
-    }
+    if (isThere(backupRoot()))
+        remove(backupRoot(), "✅ DataSync: Backup deleted from Application Support");
     replaceDefaults([&] {
         for (const char* key : {layout::videosDataKey, layout::videosCheckKey,
                                 layout::collectionsBookmarksKey, layout::lastSyncDateKey})
             services_.defaults.remove(key);
+        for (const char* prefix : {layout::lastOpenedPrefix, layout::positionPrefix})
+            for (const auto& key : services_.defaults.keys(prefix))
+                services_.defaults.remove(key);
         log("✅ DataSync: UserDefaults cleared");
         (void)services_.index.replaceIndexFile([&]() -> Result<void> {
             if (fs::remove(services_.index.indexFile(), ignored))
@@ -315,7 +406,9 @@ void DataSyncManager::deleteAllData() {
             return {};
         });
     });
-    log("✅ DataSync: All user data deleted");
+    if (outcome)
+        log("✅ DataSync: All user data deleted");
+    return outcome;
 }
 
 void DataSyncManager::deleteBackupTimelines() {

@@ -1,6 +1,7 @@
 #include "core/safety/data_sync_manager.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <sys/stat.h>
 #include <system_error>
@@ -25,16 +26,20 @@ namespace fs = std::filesystem;
 DataSyncManager::DataSyncManager(DataSyncServices services)
     : services_(std::move(services)),
       replaced_(services_.storage.dataFolder() / layout::replacedFolder, services_.scheduler),
+      unfinished_(services_.storage.dataFolder() / layout::replacedFolder /
+                  layout::unfinishedRestoreFile),
       secondCopy_(
           services_.directories.applicationSupport / layout::programFolder / layout::secondCopyFile,
           services_.defaults, services_.propertyLists, services_.log),
       work_(services_.scheduler) {
     makeBackupFolders();
+    services_.index.setWrittenNotice([this] { secondCopy_.write(); });
 }
 
 DataSyncManager::~DataSyncManager() {
     // A restore waits for the main thread. None is running any more, because the program drains the
     // scheduler before it destroys its services.
+    services_.index.setWrittenNotice({});
     work_.cancelAndWait();
 }
 
@@ -58,11 +63,25 @@ void DataSyncManager::makeBackupFolders() const {
 }
 
 void DataSyncManager::prepare() {
-    finishInterrupted();
-    if (secondCopy_.repairDefaults())
-        notify(SafetyNotice::videoListRepaired);
-    repairVideoList();
-    recoverIndex();
+    preparing_ = true;
+    const auto unfinished = unfinished_.find();
+    finishInterrupted(replaced_.folder(unfinished ? unfinished->kept : replaced_.begin()));
+    repairAtLaunch();
+    if (unfinished)
+        finishRestore(*unfinished);
+    noteIncidents(services_.defaults.status().incidents);
+    preparing_ = false;
+}
+
+void DataSyncManager::noteIncidents(const DefaultsIncidents& incidents) {
+    const auto note = [this](bool happened, bool& noted, SafetyNotice notice) {
+        if (happened && !std::exchange(noted, true))
+            notify(notice);
+    };
+    note(incidents.databaseReplaced, noted_.databaseReplaced, SafetyNotice::databaseReplaced);
+    note(incidents.recoveryFileDamaged, noted_.recoveryFileDamaged,
+         SafetyNotice::unsavedUnreadable);
+    note(incidents.valuesSetAside, noted_.valuesSetAside, SafetyNotice::laterChangesUsed);
 }
 
 void DataSyncManager::syncOnLaunch(std::function<void()> ended) {
@@ -77,6 +96,7 @@ void DataSyncManager::syncOnLaunch(std::function<void()> ended) {
 }
 
 void DataSyncManager::runLaunchWork(bool hadData) {
+    const RepairScope repair;
     services_.index.cleanUpDuplicateCollections();
     (void)services_.index.collections();
     log("✅ DataSync: Collections loaded from CollectionsBookmarks.json");
@@ -96,12 +116,33 @@ void DataSyncManager::runLaunchWork(bool hadData) {
         const std::lock_guard lock(operation_);
         const auto still = services_.storage.holdFlush();
         dropFilledCopies(filled);
-        const bool replaces = hadData && isThere(backupRoot() / layout::defaultsBackupFile);
-        restoreFrom(backupRoot(), replaced_.begin());
-        if (replaces)
-            notify(SafetyNotice::restored);
+        const bool isBackup = isThere(backupRoot() / layout::defaultsBackupFile);
+        const bool wasNoted = services_.defaults.date(layout::lastSyncDateKey).has_value();
+        const auto done = restoreFrom(backupRoot(), replaced_.folder(replaced_.begin()));
+        if (done)
+            noteRestoredBackup();
+        if (isBackup && !done)
+            notify(SafetyNotice::restoreIncomplete);
+        else if (isBackup && hadData)
+            notify(wasNoted ? SafetyNotice::restoredNewer : SafetyNotice::restored);
     }
     scheduleBackup();
+}
+
+// What was restored is not restored once more if the next launch comes before the next backup.
+void DataSyncManager::noteRestoredBackup() {
+    const auto moment = backupMoment();
+    if (!moment)
+        return;
+    services_.defaults.setDate(layout::lastSyncDateKey, Date{*moment});
+    secondCopy_.write();
+}
+
+void DataSyncManager::withdraw(SafetyNotice notice) {
+    work_.onMain([this, notice] {
+        if (std::erase(notices_, notice) > 0)
+            noticesChanged_.emit();
+    });
 }
 
 void DataSyncManager::notify(SafetyNotice notice) {
@@ -125,9 +166,14 @@ Subscription DataSyncManager::observeNotices(std::function<void()> observer) {
 // The main thread owns the list of videos and saves it as a whole. A replacement is stored and
 // loaded in one step there; otherwise the next save would restore the old list.
 void DataSyncManager::replaceDefaults(const std::function<void()>& replace) {
-    services_.scheduler.onMainAndWait([&] {
-        replace();
-        if (restored_)
+    services_.scheduler.onMainAndWait([&, isRepair = RepairScope::active()] {
+        {
+            std::optional<RepairScope> repair;
+            if (isRepair)
+                repair.emplace();
+            replace();
+        }
+        if (restored_ && !preparing_)
             restored_();
     });
     secondCopy_.write();
@@ -177,264 +223,13 @@ void DataSyncManager::scheduleBackup() {
 
 void DataSyncManager::performBackup() {
     if (pendingBackup_.exchange(false))
-        backUp();
+        (void)backUp();
 }
 
-void DataSyncManager::backUpNow() {
+Result<void> DataSyncManager::backUpNow() {
     services_.scheduler.onMainAndWait([this] { backupTimer_.reset(); });
-    pendingBackup_ = true;
-    performBackup();
-}
-
-void DataSyncManager::backUp() {
-    const std::lock_guard lock(operation_);
-    log("💾 DataSync: Creating data backup");
-    services_.storage.flushNow();
-    services_.index.flushNow();
-    makeBackupFolders();
-    {
-        const auto still = services_.storage.holdFlush();  // no file changes while it is copied
-        backupCollections();
-    }
-    backupPlayFields();
-    backupTimelines();
-    backupCollectionsBookmarks();
-    backupUserDefaults();
-    // The disk may belong to another machine with a fast clock, or the clock of this one may have
-    // been set back. At the next launch, the new backup must not appear to be newer than the data.
-    Date moment = services_.scheduler.now();
-    moment.secondsSince1970 = std::max(moment.secondsSince1970, backupMoment().value_or(0));
-    services_.defaults.setDate(layout::lastSyncDateKey, moment);
-    secondCopy_.write();
-    log("✅ DataSync: Backup created successfully");
-}
-
-void DataSyncManager::backupCollections() {
-    const auto records = services_.index.collections();
-    const fs::path target = backupRoot() / layout::dataFolder / layout::collectionsFolder;
-    (void)makeFolder(target);
-    removeDeletedCollections(records);
-
-    const fs::path source = documentsFolder() / layout::collectionsFolder;
-    if (!isThere(source))
-        log("⚠️ DataSync: Collections directory in Documents does not exist");
-    for (const auto& record : records) {
-        const fs::path folder = source / pathFromText(record.id);
-        if (!isFileName(record.id) || !isThere(folder)) {
-            log("⚠️ DataSync: Collection folder missing in Documents: " + record.name);
-            continue;
-        }
-        const std::string failed = "❌ DataSync: Error backing up collection " + record.name + " - ";
-        const fs::path copy = target / pathFromText(record.id);
-        if (!CollectionFiles(folder).isWhole() && CollectionFiles(copy).isWhole()) {
-            log(failed + "its files cannot be read, the earlier copy is kept");
-            continue;
-        }
-        if (const auto copied = replaceByCopy(folder, copy, CopyOf::folder); copied)
-            log("✅ DataSync: Backed up collection: " + record.name);
-        else
-            log(failed + copied.error().text);
-    }
-    log("✅ DataSync: Collections backup completed (" + std::to_string(records.size()) +
-        " collections)");
-}
-
-// A deleted collection is neither listed nor stored. A collection that is stored but not listed may
-// be the result of a damaged index.
-void DataSyncManager::removeDeletedCollections(const std::vector<CollectionInfo>& records) {
-    std::set<std::string> ids;
-    for (const auto& record : records)
-        ids.insert(record.id);
-    // A lost or damaged index lists nothing; the last copies must not be removed because of that.
-    const bool known = !records.empty() || indexReads();
-    const auto isStored = [this](const std::string& id) {
-        return services_.defaults.data(layout::collectionKey(id)) ||
-               isThere(services_.storage.collectionsFolder() / pathFromText(id));
-    };
-    std::error_code failure;
-    std::vector<fs::path> gone;
-    for (auto entry = fs::directory_iterator(
-             backupRoot() / layout::dataFolder / layout::collectionsFolder, failure);
-         !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        const std::string name = pathText(entry->path().filename());
-        std::error_code ignored;
-        if (known && !name.starts_with('.') && entry->is_directory(ignored) &&
-            !ids.contains(name) && !isStored(name))
-            gone.push_back(entry->path());
-    }
-    if (failure)
-        log("⚠️ DataSync: Error cleaning up backup collections - " + failure.message());
-    for (const auto& folder : gone) {
-        fs::remove_all(folder, failure);
-        log("🗑️ DataSync: Removed deleted collection from backup: " +
-            pathText(folder.filename()));
-    }
-}
-
-void DataSyncManager::backupPlayFields() {
-    const fs::path source = documentsFolder() / layout::playFieldsFolder;
-    if (!isThere(source)) {
-        log("⚠️ DataSync: PlayFields directory in Documents does not exist");
-        return;
-    }
-    if (const auto copied = replaceByCopy(
-            source, backupRoot() / layout::dataFolder / layout::playFieldsFolder, CopyOf::folder);
-        copied)
-        log("✅ DataSync: PlayFields backed up");
-    else
-        log("❌ DataSync: Error backing up PlayFields - " + copied.error().text);
-}
-
-// Records of videos that were removed from the library are kept, so that their timelines can be
-// rescued.
-void DataSyncManager::backupTimelines() {
-    const auto data = services_.defaults.data(layout::videosDataKey);
-    if (!data) {
-        log("⚠️ DataSync: No video data for timeline backup");
-        return;
-    }
-    const auto videos = decode<std::vector<VideosData>>(*data);
-    if (!videos) {
-        log("❌ DataSync: Error backing up timelines - " + videos.error().text);
-        return;
-    }
-    int written = 0;
-    for (const auto& video : *videos)
-        written += backupTimeline(video) ? 1 : 0;
-    log("✅ DataSync: Video timelines backed up (" + std::to_string(written) + " files)");
-}
-
-bool DataSyncManager::backupTimeline(const VideosData& video) {
-    const std::lock_guard lock(records_);
-    TimelineLines lines = services_.storage.loadTimeline(video.id);
-    if (lines.empty() || !isFileName(video.id))
-        return false;
-    keepBetterRecord(video.id, lines);
-    const auto done = writeRecord(recordOf(video, std::move(lines)));
-    if (!done)
-        log("❌ DataSync: Error backing up timelines - " + done.error().text);
-    return done.ok();
-}
-
-// After a failed reading a timeline starts empty. If the backup's record contains stamps that the
-// timeline lacks, the record is moved to the replaced data before it is overwritten.
-void DataSyncManager::keepBetterRecord(const std::string& videoId, const TimelineLines& lines) {
-    const std::string mark = layout::unreadableKey(videoId);
-    if (!services_.defaults.boolean(mark))
-        return;
-    std::set<Uuid> known;
-    for (const auto& line : lines)
-        for (const auto& stamp : line->stamps)
-            known.insert(stamp->id);
-    const auto saved = readTimelineDocument(backupTimelinesFolder() /
-                                            pathFromText(videoId + layout::recordExtension));
-    bool knowsMore = false;
-    if (saved)
-        for (const auto& line : *saved)
-            for (const auto& stamp : line->stamps)
-                knowsMore = knowsMore || !known.contains(stamp->id);
-    if (knowsMore) {
-        const fs::path folder = replaced_.begin() / layout::timelinesFolder;
-        const auto document = encode(*saved);
-        if (!document || !makeFolder(folder) ||
-            !replaceFile(folder / pathFromText(videoId + layout::recordExtension), *document))
-            return;
-        replaced_.finish();
-    }
-    services_.defaults.remove(mark);
-}
-
-OrphanedTimeline DataSyncManager::recordOf(const VideosData& video, TimelineLines lines) const {
-    const auto resolved = services_.bookmarks.resolve(video.bookmark);
-    return {
-        .videoId = video.id,
-        .videoName = resolved ? std::optional(pathText(resolved->path.filename())) : std::nullopt,
-        .timelines = std::move(lines),
-        .customName = video.customName,
-        .isFavorite = video.isFavorite,
-        .backupDate = services_.scheduler.now(),
-    };
-}
-
-Result<void> DataSyncManager::writeRecord(const OrphanedTimeline& record) const {
-    const auto bytes = encode(record, JsonStyle::pretty);
-    if (!bytes)
-        return bytes.error();
-    return replaceFile(
-        backupTimelinesFolder() / pathFromText(record.videoId + layout::recordExtension), *bytes);
-}
-
-Result<void> DataSyncManager::saveTimelineBeforeDeletion(const VideosData& video,
-                                                         const TimelineLines& timelines) {
-    if (timelines.empty())
-        return {};
-    makeBackupFolders();
-    const std::lock_guard lock(records_);
-    const auto done = writeRecord(recordOf(video, timelines));
-    if (done)
-        log("💾 DataSync: Video timeline " + video.id + " saved to backup before deletion");
-    else
-        log("❌ DataSync: Error saving timeline before deletion - " + done.error().text);
-    return done;
-}
-
-void DataSyncManager::backupCollectionsBookmarks() {
-    const fs::path source = services_.index.indexFile();
-    if (!isThere(source)) {
-        log("⚠️ DataSync: CollectionsBookmarks.json does not exist");
-        return;
-    }
-    if (!indexReads()) {
-        log("❌ DataSync: Error backing up CollectionsBookmarks.json - the file is damaged");
-        return;
-    }
-    if (const auto copied =
-            replaceByCopy(source, backupRoot() / layout::collectionIndexFile, CopyOf::file);
-        copied)
-        log("✅ DataSync: CollectionsBookmarks.json backed up");
-    else
-        log("❌ DataSync: Error backing up CollectionsBookmarks.json - " + copied.error().text);
-}
-
-// A missing or damaged list of videos does not replace a good one, which may be the last copy. A
-// list that was started again because no copy could be read replaces the good one only after that
-// was moved to the replaced data.
-void DataSyncManager::keepSavedVideos(std::map<std::string, Bytes>& values) {
-    const auto saved = savedVideoList();
-    if (!saved)
-        return;
-    const auto current = values.find(layout::videosDataKey);
-    if (current == values.end() || !decode<std::vector<VideosData>>(current->second)) {
-        values[layout::videosDataKey] = *saved;
-        return;
-    }
-    const std::string mark = layout::unreadableKey(layout::videosDataKey);
-    if (!services_.defaults.boolean(mark))
-        return;
-    const fs::path kept = replaced_.begin();
-    if (!replaceByCopy(backupRoot() / layout::defaultsBackupFile, kept / layout::defaultsBackupFile,
-                       CopyOf::file)) {
-        values[layout::videosDataKey] = *saved;
-        return;
-    }
-    replaced_.finish();
-    services_.defaults.remove(mark);
-}
-
-void DataSyncManager::backupUserDefaults() {
-    std::map<std::string, Bytes> values;
-    for (const char* key : {layout::videosDataKey, layout::collectionsBookmarksKey}) {
-        if (auto data = services_.defaults.data(key))
-            values[key] = std::move(*data);
-    }
-    keepSavedVideos(values);
-    const auto list = services_.propertyLists.encode(values);
-    const auto done = list ? replaceFile(backupRoot() / layout::defaultsBackupFile, *list)
-                           : Result<void>(list.error());
-    if (done)
-        log("✅ DataSync: UserDefaults backed up");
-    else
-        log("❌ DataSync: Error saving UserDefaults - " + done.error().text);
+    pendingBackup_ = false;
+    return backUp();
 }
 
 }  // namespace tembrix

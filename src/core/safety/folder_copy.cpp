@@ -82,6 +82,25 @@ bool holdsSomething(const fs::path& path) {
     return ignored || first != fs::directory_iterator();
 }
 
+bool hasEqualContent(const fs::path& one, const fs::path& other) {
+    std::error_code failure;
+    if (!fs::is_directory(one, failure)) {
+        const auto content = readFile(one);
+        return content && !fs::is_directory(other, failure) &&
+               content.value() == readFile(other).optional();
+    }
+    std::set<fs::path> names;
+    for (fs::directory_iterator entry(one, failure), end; !failure && entry != end;
+         entry.increment(failure))
+        names.insert(entry->path().filename());
+    for (fs::directory_iterator entry(other, failure), end; !failure && entry != end;
+         entry.increment(failure))
+        if (names.erase(entry->path().filename()) == 0 ||
+            !hasEqualContent(one / entry->path().filename(), entry->path()))
+            return false;
+    return !failure && names.empty();
+}
+
 fs::path stagingPlace(const fs::path& target) {
     return beside(target, incomingSuffix);
 }
@@ -125,7 +144,7 @@ Result<void> moveIntoPlace(const fs::path& finished, const fs::path& target, con
         finishReplacing(target, kept);
         return fileError(failure);
     }
-    putAway(old, kept);
+    putAway(old, isThere(old) && hasEqualContent(old, target) ? fs::path() : kept);
     return {};
 }
 

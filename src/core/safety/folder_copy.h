@@ -17,13 +17,17 @@ enum class CopyOf { file, folder };
 
 // Replaces `target` by a copy of `source`, which must be of that kind. The copy is completed and
 // synced next to the target first, so that an interruption leaves either the old or the new
-// content; see finishReplacing. The old content is moved to `kept`, which must be on the same disk,
-// or removed if `kept` is empty. Errors: domain "file", code = errno.
+// content; see finishReplacing. The old content is moved to `kept`, which must be on the same disk.
+// It is removed if `kept` is empty or if it equals the new content. Errors: domain "file", code =
+// errno.
 Result<void> replaceByCopy(const std::filesystem::path& source, const std::filesystem::path& target,
                            CopyOf kind, const std::filesystem::path& kept = {});
 
 // Copies a file, or a folder with its content, to a path that does not exist yet.
 Result<void> copyInto(const std::filesystem::path& source, const std::filesystem::path& place);
+
+// Whether two files, or two folders with all that they contain, have the same content.
+bool hasEqualContent(const std::filesystem::path& one, const std::filesystem::path& other);
 
 // Replaces `target` by a finished folder; the last step of replaceByCopy.
 Result<void> moveIntoPlace(const std::filesystem::path& finished,

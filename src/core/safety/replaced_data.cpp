@@ -8,13 +8,12 @@
 #include <fmt/format.h>
 #include <optional>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "base/files.h"
 
 #include "ports/scheduler.h"
-
-#include "core/safety/folder_copy.h"
 
 namespace tembrix {
 
@@ -33,6 +32,15 @@ std::string momentName(Date date) {
     return fmt::format("{:04}-{:02}-{:02} {:02}-{:02}-{:02} UTC", static_cast<int>(ymd.year()),
                        static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()),
                        time.hours().count(), time.minutes().count(), time.seconds().count());
+}
+
+// The number at the end of a name; 0 for names without one.
+int numberOf(const std::string& name) {
+    int number = 0;
+    const auto start = name.rfind('(');
+    if (start != std::string::npos)
+        (void)std::sscanf(name.c_str() + start, "(%9d)", &number);
+    return number;
 }
 
 std::optional<Date> momentOf(const std::string& name) {
@@ -59,13 +67,14 @@ std::vector<ReplacedData::State> ReplacedData::states() const {
     std::error_code failure;
     for (auto entry = fs::directory_iterator(root_, failure);
          !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        std::string name = pathText(entry->path().filename());
+        const std::string name = pathText(entry->path().filename());
         std::error_code ignored;
         if (const auto moment = momentOf(name); moment && entry->is_directory(ignored))
-            states.push_back({std::move(name), *moment});
+            states.push_back({name, *moment, numberOf(name)});
     }
-    std::sort(states.begin(), states.end(),
-              [](const State& one, const State& other) { return one.name > other.name; });
+    std::sort(states.begin(), states.end(), [](const State& one, const State& other) {
+        return std::tie(one.number, one.name) > std::tie(other.number, other.name);
+    });
     return states;
 }
 
@@ -73,19 +82,18 @@ fs::path ReplacedData::folder(const std::string& name) const {
     return root_ / pathFromText(name);
 }
 
-fs::path ReplacedData::begin() const {
-    const std::string name = momentName(scheduler_.now());
-    fs::path place = folder(name);
-    for (int number = 2; isThere(place); ++number)
-        place = folder(fmt::format("{} ({:02})", name, number));
-    return place;
+std::string ReplacedData::begin() const {
+    const auto states = this->states();
+    const int last = states.empty() ? 0 : states.front().number;
+    return fmt::format("{} ({})", momentName(scheduler_.now()), last + 1);
 }
 
-void ReplacedData::finish() const {
+void ReplacedData::finish(const std::string& spared) const {
     const auto states = this->states();
     for (std::size_t i = keptCount; i < states.size(); ++i) {
         std::error_code ignored;
-        fs::remove_all(folder(states[i].name), ignored);
+        if (states[i].name != spared)
+            fs::remove_all(folder(states[i].name), ignored);
     }
 }
 

@@ -1,6 +1,8 @@
 #include "core/safety/second_copy.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -22,6 +24,13 @@ namespace {
 using Values = std::map<std::string, Bytes>;
 
 constexpr const char* checkKey = "check";
+constexpr const char* identityKey = "identity";  // of the store to which the numbers belong
+constexpr const char* numberSuffix = ".number";
+
+// The values that are copied as bytes. The date is copied as text.
+constexpr const char* dataKeys[] = {layout::videosDataKey, layout::collectionsSecondCopyKey};
+constexpr const char* allKeys[] = {layout::videosDataKey, layout::collectionsSecondCopyKey,
+                                   layout::lastSyncDateKey};
 
 // A checksum of all values, so that a damaged file is recognized.
 std::string checkOfAll(const Values& values) {
@@ -50,6 +59,23 @@ std::optional<Date> dateOf(const Bytes& bytes) {
     return read.ec == std::errc() ? std::optional(date) : std::nullopt;
 }
 
+const Bytes* find(const Values& values, const std::string& key) {
+    const auto found = values.find(key);
+    return found == values.end() ? nullptr : &found->second;
+}
+
+// The number of the copied change; 0 if it is unknown or belongs to another store.
+std::uint64_t numberOf(const Values& values, const UserDefaults& defaults, const char* key) {
+    const Bytes* identity = find(values, identityKey);
+    const Bytes* bytes = find(values, std::string(key) + numberSuffix);
+    if (!identity || !bytes || asText(*identity) != defaults.identity())
+        return 0;
+    std::uint64_t number = 0;
+    const auto text = asText(*bytes);
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
 }  // namespace
 
 SecondCopy::SecondCopy(std::filesystem::path file, UserDefaults& defaults,
@@ -58,9 +84,18 @@ SecondCopy::SecondCopy(std::filesystem::path file, UserDefaults& defaults,
 
 void SecondCopy::write() {
     const std::lock_guard lock(writing_);
+    // Values in memory have numbers that their store may not know at the next start.
+    if (!defaults_.status().allStored)
+        return;
     Values values;
-    if (auto list = defaults_.data(layout::videosDataKey))
-        values[layout::videosDataKey] = std::move(*list);
+    values[identityKey] = toBytes(defaults_.identity());
+    // The numbers are read before the values, so that a concurrent change has a higher one.
+    for (const char* key : allKeys)
+        values[std::string(key) + numberSuffix] =
+            toBytes(std::to_string(defaults_.changeNumber(key)));
+    for (const char* key : dataKeys)
+        if (auto value = defaults_.data(key))
+            values[key] = std::move(*value);
     if (const auto date = defaults_.date(layout::lastSyncDateKey))
         values[layout::lastSyncDateKey] = dateBytes(*date);
     values[checkKey] = toBytes(checkOfAll(values));
@@ -72,41 +107,76 @@ void SecondCopy::write() {
         log_.line("❌ DataSync: Error writing the second copy - " + written.error().text);
 }
 
-bool SecondCopy::repairDefaults() {
+std::optional<Values> SecondCopy::read() const {
     const auto content = readFile(file_);
     if (!content)
-        return false;
-    const auto values = propertyLists_.decode(*content);
-    const auto total = values ? values->find(checkKey) : Values::const_iterator();
-    if (!values || total == values->end() || asText(total->second) != checkOfAll(*values)) {
+        return std::nullopt;
+    auto values = propertyLists_.decode(*content);
+    const Bytes* check = values ? find(*values, checkKey) : nullptr;
+    if (!check || asText(*check) != checkOfAll(*values)) {
         log_.line("⚠️ DataSync: The second copy is damaged and is not used");
-        return false;
+        return std::nullopt;
     }
-    const auto date = values->find(layout::lastSyncDateKey);
-    if (date != values->end() && !defaults_.date(layout::lastSyncDateKey)) {
-        if (const auto known = dateOf(date->second)) {
+    return std::move(values).optional();
+}
+
+SecondCopy::Repair SecondCopy::repairDefaults() {
+    const auto values = read();
+    if (!values)
+        return {};
+    Repair repair;
+    // Whether the value in the file is newer than that of the defaults, or at least not older: a
+    // value that was removed later is not lost.
+    std::map<std::string, bool> isNewer, mayBeLost;
+    std::uint64_t last = 0;
+    for (const char* key : allKeys) {
+        const auto number = numberOf(*values, defaults_, key);
+        isNewer[key] = find(*values, key) && number > defaults_.changeNumber(key);
+        mayBeLost[key] = number >= defaults_.changeNumber(key);
+        repair.lostChanges = repair.lostChanges || isNewer[key];
+        last = std::max(last, number);
+    }
+    if (last > 0)
+        defaults_.continueNumbers(defaults_.identity(), last);
+    if (const Bytes* date = find(*values, layout::lastSyncDateKey);
+        date && (isNewer[layout::lastSyncDateKey] || (!defaults_.date(layout::lastSyncDateKey) &&
+                                                      mayBeLost[layout::lastSyncDateKey]))) {
+        if (const auto known = dateOf(*date)) {
             defaults_.setDate(layout::lastSyncDateKey, *known);
             log_.line("⚠️ DataSync: The date of the last backup was lost, its copy is used");
         }
     }
-    const auto list = values->find(layout::videosDataKey);
-    if (list == values->end())
-        return false;
+    if (const Bytes* list = find(*values, layout::videosDataKey);
+        list && (defaults_.data(layout::videosDataKey) || mayBeLost[layout::videosDataKey]))
+        repair.listReplaced = repairVideoList(*list, isNewer[layout::videosDataKey]);
+    const auto written = std::max(numberOf(*values, defaults_, layout::collectionsSecondCopyKey),
+                                  defaults_.changeNumber(layout::collectionsSecondCopyKey));
+    repair.indexIsOlder = defaults_.data(layout::collectionsUnsavedKey) &&
+                          defaults_.changeNumber(layout::collectionsUnsavedKey) < written;
+    if (isNewer[layout::collectionsSecondCopyKey])
+        defaults_.setData(layout::collectionsSecondCopyKey,
+                          *find(*values, layout::collectionsSecondCopyKey));
+    return repair;
+}
+
+// Returns whether the stored list was replaced because it was damaged or lost. An older one is also
+// replaced.
+bool SecondCopy::repairVideoList(const Bytes& list, bool isNewer) {
     const auto stored = defaults_.data(layout::videosDataKey);
     const auto check = defaults_.text(layout::videosCheckKey);
-    if (stored && matchesCheck(check, *stored))
+    if (!isNewer && stored && matchesCheck(check, *stored))
         return false;
-    if (stored == list->second) {  // the check is damaged
-        storeVideoList(defaults_, *stored);
+    if (stored == list) {  // the check is damaged, or the number was lost
+        storeVideoList(defaults_, list);
         return false;
     }
-    if (stored && !matchesCheck(check, list->second))
+    if (!isNewer && stored && !matchesCheck(check, list))
         return false;
     if (stored)
         setAside(defaults_, log_, layout::videosDataKey, *stored);
-    storeVideoList(defaults_, list->second);
+    storeVideoList(defaults_, list);
     log_.line("⚠️ DataSync: The list of videos was lost or damaged, its copy is used");
-    return true;
+    return !isNewer;
 }
 
 }  // namespace tembrix

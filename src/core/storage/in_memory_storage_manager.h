@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -8,10 +7,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
 #include "base/log.h"
+#include "base/result.h"
 
 #include "ports/directories.h"
 #include "ports/scheduler.h"
@@ -21,8 +22,8 @@
 #include "core/records/annotation_records.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/collection_index_storage.h"
+#include "core/storage/document_writer.h"
 #include "core/storage/edited_line.h"
-#include "core/storage/written_values.h"
 
 namespace tembrix {
 
@@ -46,6 +47,11 @@ class InMemoryStorageManager {
 
     // Sets where to look for copies that cannot be read here. Set before anything is loaded.
     void setSavedCopies(SavedCopies* copies);
+
+    // Sets a function that is called after each flush, on the thread that flushed, with whether all
+    // documents could be written. Those that could not are tried again after the usual delay. Set
+    // before anything is saved.
+    void setFlushed(std::function<void(bool allWritten)> flushed) { flushed_ = std::move(flushed); }
 
     // Known edits since the last save spare the comparison of long lines.
     void saveTimeline(const TimelineLines& lines, const std::string& videoId,
@@ -76,36 +82,31 @@ class InMemoryStorageManager {
     void forgetWritten();
     // Called when all data is deleted, while the flush lock is held. Files are not written again
     // until their values change.
-    void keepFromDocuments();
+    void keepFromDocuments() { documents_.keepFromDocuments(); }
     // Prevents flushing while the lock is held. A restore uses it until it has listed the folders
     // that it puts in place.
-    std::unique_lock<std::mutex> holdFlush();
+    std::unique_lock<std::mutex> holdFlush() { return documents_.hold(); }
+
+    // See DocumentWriter.
+    bool hasLostChanges() const { return documents_.hasLostChanges(); }
+    void noteLostChanges() { documents_.noteLostChanges(); }
 
     UserDefaults& userDefaults() { return defaults_; }
 
-    std::filesystem::path dataFolder() const;  // Documents/Tembrix-Stat
-    std::filesystem::path timelinesFolder() const;
-    std::filesystem::path collectionsFolder() const;
-    std::filesystem::path timelineFile(const std::string& videoId) const;
+    // Documents/Tembrix-Stat
+    std::filesystem::path dataFolder() const { return documents_.dataFolder(); }
+    std::filesystem::path timelinesFolder() const { return documents_.timelinesFolder(); }
+    std::filesystem::path collectionsFolder() const { return documents_.collectionsFolder(); }
+    std::filesystem::path timelineFile(const std::string& videoId) const {
+        return documents_.timelineFile(videoId);
+    }
     std::filesystem::path screenshotsFolder(const std::string& videoId) const;
 
   private:
     // Returns false if the working copy has changed since `before` was read.
     bool fillWorkingCopy(const std::string& key, const std::optional<Bytes>& before,
                          BytesView value);
-    void dropOutdatedWorkingCopies();
-    bool isOutdated(const std::string& key, std::uint64_t number) const;
     void flush();
-    void writeAll();
-    void saveWritten();
-    void saveTimelinesToDisk();
-    void saveTimelineToDisk(const std::string& key);
-    void saveCollectionsToDisk();
-    void removeDeletedCollections(const std::vector<std::string>& cachedIds);
-    std::optional<std::vector<CollectionInfo>> indexedCollections();
-    bool writeCollection(const CollectionData& collection);
-    template <class Record>
-    bool writeCollectionFile(const std::filesystem::path& file, const Record& record);
     bool isDeletedCollection(const std::string& key) const;
     std::optional<CollectionData> readCollectionFolder(const std::string& id);
     TimelineLines loadSavedTimeline(const std::string& videoId, const std::optional<Bytes>& cached);
@@ -114,8 +115,9 @@ class InMemoryStorageManager {
     Scheduler& scheduler_;
     Directories directories_;
     Log& log_;
-    CollectionIndexStorage* index_ = nullptr;  // guarded by flush_
-    WrittenValues written_;                    // guarded by flush_
+    CollectionIndexStorage* index_ = nullptr;
+    DocumentWriter documents_;
+    std::function<void(bool)> flushed_;
     std::shared_ptr<TimelineEncoder> encoder_;
     std::unique_ptr<Timer> saveToDiskTimer_;
     bool pendingSave_ = false;
@@ -123,7 +125,6 @@ class InMemoryStorageManager {
     std::set<std::string> unreadable_;          // ids of timelines; guarded by the same mutex
     std::set<std::string> deletedCollections_;  // keys; guarded by the same mutex
     SavedCopies* savedCopies_ = nullptr;
-    std::mutex flush_;          // allows one flush at a time
     BackgroundWork writing_;    // flushes
     BackgroundWork preparing_;  // the encoder of the timeline that was opened
 };

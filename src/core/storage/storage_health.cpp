@@ -11,7 +11,7 @@ struct StorageHealth::Link {
 };
 
 StorageHealth::StorageHealth(UserDefaults& defaults, Scheduler& scheduler)
-    : status_(defaults.status()), link_(std::make_shared<Link>()) {
+    : scheduler_(scheduler), status_(defaults.status()), link_(std::make_shared<Link>()) {
     link_->health = this;
     defaults.setStatusChanged([&defaults, &scheduler, link = link_] {
         const std::lock_guard lock(link->mutex);
@@ -21,6 +21,13 @@ StorageHealth::StorageHealth(UserDefaults& defaults, Scheduler& scheduler)
             if (link->health)  // modified on this thread only
                 link->health->status_.set(defaults.status());
         });
+    });
+}
+
+void StorageHealth::noteDocuments(bool written) {
+    scheduler_.onMain([link = link_, written] {
+        if (link->health)  // modified on this thread only
+            link->health->documentsWritten_.setIfChanged(written);
     });
 }
 

@@ -12,7 +12,8 @@
 
 namespace tembrix {
 
-// Informs the windows whether the user's marks are saved on the disk. Main thread only.
+// Informs the windows whether the user's marks are saved in the database and in the documents. Main
+// thread only, unless noted otherwise.
 class StorageHealth {
   public:
     StorageHealth(UserDefaults& defaults, Scheduler& scheduler);
@@ -23,10 +24,20 @@ class StorageHealth {
         return status_.observe(std::move(observer));
     }
 
+    bool documentsWritten() const { return documentsWritten_.get(); }
+    Subscription observeDocuments(std::function<void(bool)> observer) const {
+        return documentsWritten_.observe(
+            [observer = std::move(observer)](const bool& written) { observer(written); });
+    }
+    // Notes whether the last flush wrote all documents. Any thread.
+    void noteDocuments(bool written);
+
   private:
     struct Link;
 
+    Scheduler& scheduler_;
     Published<DefaultsStatus, StorageHealth> status_;
+    Published<bool, StorageHealth> documentsWritten_{true};
     std::shared_ptr<Link> link_;
 };
 

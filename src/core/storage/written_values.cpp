@@ -7,13 +7,15 @@
 #include <utility>
 
 #include "base/bytes.h"
+#include "base/content_hash.h"
 #include "base/files.h"
 
 namespace tembrix {
 
 namespace {
 
-constexpr std::string_view heading = "Tembrix Stat, written values 1\n";
+constexpr std::string_view heading = "Tembrix Stat, written values 2\n";
+constexpr std::string_view formerHeading = "Tembrix Stat, written values 1\n";  // without a check
 
 // The next field of a line, up to the separator.
 std::string_view next(std::string_view& rest, char separator) {
@@ -30,27 +32,39 @@ bool readNumber(std::string_view text, std::uint64_t& number) {
 
 }  // namespace
 
-// The file consists of a heading, the identity and one line per value: number, hash and key. If a
-// line cannot be read, its value is written again.
+// The file consists of a heading, a check of the rest, the identity and one line per value: number,
+// hash and key. If a line cannot be read, its value is written again. Without a matching check no
+// working copy may be compared with the file, so only the values that are not to be written are
+// taken from it.
 WrittenValues::WrittenValues(std::filesystem::path file) : file_(std::move(file)) {
     const auto bytes = readFile(file_);
     if (!bytes)
         return;
     std::string_view rest = asText(*bytes);
-    if (!rest.starts_with(heading))
+    if (rest.starts_with(heading)) {
+        rest.remove_prefix(heading.size());
+        std::uint64_t check = 0;
+        checked_ = readNumber(next(rest, '\n'), check) && check == contentHash(toBytes(rest));
+    } else if (rest.starts_with(formerHeading)) {
+        rest.remove_prefix(formerHeading.size());
+    } else {
         return;
-    rest.remove_prefix(heading.size());
+    }
+    changed_ = !checked_;
     identity_ = next(rest, '\n');
     while (!rest.empty()) {
         std::string_view line = next(rest, '\n');
         Entry entry;
-        if (readNumber(next(line, ' '), entry.number) && readNumber(next(line, ' '), entry.hash))
+        if (readNumber(next(line, ' '), entry.number) && readNumber(next(line, ' '), entry.hash) &&
+            (checked_ || entry.hash == 0))
             entries_.insert_or_assign(std::string(line), entry);
     }
 }
 
 std::uint64_t WrittenValues::lastNumber() const {
     std::uint64_t last = 0;
+    if (!checked_)
+        return last;
     for (const auto& [key, entry] : entries_)
         last = std::max(last, entry.number);
     return last;
@@ -84,10 +98,11 @@ void WrittenValues::clear() {
 Result<void> WrittenValues::save() {
     if (!changed_)
         return {};
-    std::string text = std::string(heading) + identity_ + "\n";
+    std::string text = identity_ + "\n";
     for (const auto& [key, entry] : entries_)
         text += fmt::format("{:x} {:x} {}\n", entry.number, entry.hash, key);
-    auto written = replaceFile(file_, toBytes(text));
+    const auto check = contentHash(toBytes(text));
+    auto written = replaceFile(file_, toBytes(fmt::format("{}{:x}\n{}", heading, check, text)));
     changed_ = !written;
     return written;
 }

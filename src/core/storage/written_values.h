@@ -18,13 +18,14 @@ class WrittenValues {
   public:
     struct Entry {
         std::uint64_t number = 0;  // of the change
-        std::uint64_t hash = 0;    // of the document; 0 for values of several files
+        std::uint64_t hash = 0;    // of the value; 0 if it is not to be written
         bool operator==(const Entry&) const = default;
     };
+    using Entries = std::map<std::string, Entry, std::less<>>;
 
     explicit WrittenValues(std::filesystem::path file);
 
-    // The store to which the file belongs, and its highest change number.
+    // The store to which the file belongs, and its highest change number; 0 if that is not sure.
     const std::string& storedIdentity() const { return identity_; }
     std::uint64_t lastNumber() const;
 
@@ -33,14 +34,15 @@ class WrittenValues {
     std::optional<Entry> find(std::string_view key) const;
     void set(const std::string& key, Entry entry);
     void clear();
-    const std::map<std::string, Entry, std::less<>>& entries() const { return entries_; }
+    const Entries& entries() const { return entries_; }
     // Writes the file if the list has changed.
     Result<void> save();
 
   private:
     const std::filesystem::path file_;
     std::string identity_;
-    std::map<std::string, Entry, std::less<>> entries_;
+    Entries entries_;
+    bool checked_ = false;  // the file matched its check
     bool changed_ = false;
 };
 

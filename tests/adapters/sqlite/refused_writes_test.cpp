@@ -1,13 +1,11 @@
 // Disks that refuse writes: all marks must be there at the next start.
 
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -16,35 +14,19 @@
 #include "base/uuid.h"
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
+#include "core/records/annotation_records.h"
 #include "core/records/codec.h"
 #include "core/records/timeline_records.h"
 #include "core/storage/in_memory_storage_manager.h"
 #include "fakes/captured_log.h"
 #include "fakes/temp_folder.h"
 #include "fakes/virtual_scheduler.h"
+#include "full_disk.h"
 
 namespace tembrix {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Limits the size of all files to `size` bytes while the object exists, to simulate a full disk.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t size) {
-        signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = size;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-  private:
-    rlimit before_{};
-};
 
 struct RefusedWrites : testing::Test {
     TempFolder folder;
@@ -135,7 +117,8 @@ TEST_F(RefusedWrites, ADatabaseThatCannotBeOpenedIsReplacedByARecoveryFile) {
 TEST_F(RefusedWrites, ADamagedRecoveryFileIsSetAside) {
     fs::create_directories(second);
     folder.write("second/unsaved-values.recovery", "TembrixRecovery1 and then nothing");
-    EXPECT_TRUE(open().status().allStored);
+    const auto status = open().status();
+    EXPECT_TRUE(status.allStored && status.incidents.recoveryFileDamaged);
     EXPECT_TRUE(log.contains("Unreadable recovery file"));
     EXPECT_TRUE(fs::exists(second / "unsaved-values.recovery.damaged-1"));
 }
@@ -213,6 +196,96 @@ TEST_F(RefusedWrites, NoDamageOfTheDatabaseMakesADocumentOlder) {
         EXPECT_EQ(fileText(documents / "Tembrix-Stat/Timelines/V.json"),
                   asText(encode(latest).value()));
     }
+}
+
+// A disk that refuses even the recovery file is asked again.
+TEST_F(RefusedWrites, TheRecoveryFileIsTriedUntilItIsWritten) {
+    auto defaults = open();
+    defaults.setData("grows the log", Bytes(300'000, 1));
+    {
+        const FullDisk full(0);
+        defaults.setText("kept", "value");
+        defaults.makeDurable();
+        EXPECT_EQ(recoveryFiles(), 0u);
+    }
+    const FullDisk nearlyFull(100'000);
+    defaults.makeDurable();
+    EXPECT_FALSE(defaults.status().allStored);
+    EXPECT_EQ(recoveryFiles(), 1u);
+}
+
+// The documents are behind the database, which cannot be reached for one run.
+TEST_F(RefusedWrites, WhatIsFilledFromOlderDocumentsDoesNotReplaceADatabaseThatComesBack) {
+    const fs::path disk = folder.path() / "disk";
+    fs::create_directories(disk);
+    fs::create_directories(file.parent_path());
+    fs::create_symlink(disk / "defaults.db", file);
+    const auto older = linesOf(8);
+    const auto newer = linesOf(48);
+    const auto marked = linesOf(9);
+    CollectionData collection;
+    collection.id = "C";
+    collection.tags.resize(2);
+    {
+        auto defaults = open();
+        InMemoryStorageManager storage(defaults, scheduler, folder.directories(), log);
+        storage.saveTimeline(older, "V");
+        storage.saveTimeline(older, "W");
+        storage.saveCollection(collection);
+        storage.flushNow();
+        storage.saveTimeline(newer, "V");
+        storage.saveTimeline(newer, "W");
+        collection.tags.resize(9);
+        storage.saveCollection(collection);
+    }
+    fs::rename(disk, folder.path() / "unplugged");
+    {
+        auto defaults = open();
+        InMemoryStorageManager storage(defaults, scheduler, folder.directories(), log);
+        EXPECT_EQ(storage.loadTimeline("V"), older);
+        EXPECT_EQ(storage.loadTimeline("W"), older);
+        EXPECT_EQ(storage.loadCollection("C")->tags.size(), 2u);
+        storage.saveTimeline(marked, "W");
+        storage.flushNow();
+        EXPECT_EQ(storage.loadTimeline("V"), older);
+    }
+    fs::rename(folder.path() / "unplugged", disk);
+    auto defaults = open();
+    InMemoryStorageManager storage(defaults, scheduler, folder.directories(), log);
+    EXPECT_EQ(storage.loadTimeline("V"), newer);
+    EXPECT_EQ(storage.loadCollection("C"), collection);
+    // What the user marked meanwhile comes first, and what it would replace is kept.
+    EXPECT_EQ(storage.loadTimeline("W"), marked);
+    EXPECT_EQ(defaults.data("damaged_timeline_W"), encode(newer).value());
+    EXPECT_EQ(defaults.keys("damaged_").size(), 1u);
+    EXPECT_TRUE(defaults.status().incidents.valuesSetAside);
+    storage.flushNow();
+    EXPECT_EQ(fileText(folder.path() / "Documents/Tembrix-Stat/Timelines/V.json"),
+              asText(encode(newer).value()));
+}
+
+// A killed process leaves its log. Without room for the index of the log, nothing older is shown.
+TEST_F(RefusedWrites, AFullDiskDoesNotHideTheLog) {
+    open().setText("key", "old");
+    const pid_t child = fork();
+    if (child == 0) {
+        auto* defaults = new SqliteUserDefaults(file, log);  // never ends
+        defaults->setData("grows the log", Bytes(300'000, 1));
+        defaults->setText("key", "new");
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    fs::remove(file.parent_path() / "defaults.db-shm");
+    {
+        const FullDisk full(20'000);
+        auto defaults = open();
+        EXPECT_FALSE(defaults.isDurable());
+        EXPECT_EQ(defaults.text("key"), "new");
+    }
+    auto defaults = open();
+    EXPECT_TRUE(defaults.isDurable());
+    EXPECT_EQ(defaults.text("key"), "new");
+    EXPECT_EQ(defaults.data("grows the log"), Bytes(300'000, 1));
 }
 
 TEST_F(RefusedWrites, ADatabaseOfTheFormerFormIsConverted) {

@@ -4,17 +4,21 @@
 #include <chrono>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
+#include "adapters/sqlite/stored_value.h"
 #include "fakes/captured_log.h"
 #include "fakes/temp_folder.h"
 
 namespace tembrix {
 namespace {
+
+using namespace std::chrono_literals;
 
 struct Sqlite : testing::Test {
     TempFolder folder;
@@ -48,6 +52,16 @@ struct Sqlite : testing::Test {
     }
 };
 
+TEST_F(Sqlite, AStoredValueIsReadWhileTheDefaultsAreInUse) {
+    EXPECT_FALSE(readStoredValue(file, "settings"));
+    EXPECT_FALSE(std::filesystem::exists(file));
+    auto defaults = open();
+    defaults.setData("settings", Bytes{1, 2});
+    defaults.setText("name", "text");
+    EXPECT_EQ(readStoredValue(file, "settings"), (Bytes{1, 2}));
+    EXPECT_FALSE(readStoredValue(file, "name"));
+}
+
 TEST_F(Sqlite, ValuesOutliveTheObject) {
     fill(3);
     const auto defaults = open();
@@ -55,6 +69,26 @@ TEST_F(Sqlite, ValuesOutliveTheObject) {
     EXPECT_EQ(defaults.data("timeline_102"), valueOf(2));
     EXPECT_TRUE(defaults.isDurable());
     EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(Sqlite, TheStatusSaysWithinASecondThatTheDiskHasAll) {
+    auto defaults = open();
+    std::mutex mutex;
+    std::vector<bool> told;
+    defaults.setStatusChanged([&] {
+        const std::lock_guard lock(mutex);
+        told.push_back(defaults.status().synced);
+    });
+    for (int i = 0; i < 3; ++i)
+        defaults.setText("key", "value");
+    EXPECT_FALSE(defaults.status().synced);
+    const auto begin = std::chrono::steady_clock::now();
+    while (!defaults.status().synced && std::chrono::steady_clock::now() - begin < 5s)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
+    std::this_thread::sleep_for(20ms);
+    defaults.setStatusChanged({});
+    EXPECT_EQ(told, (std::vector{false, true}));
 }
 
 TEST_F(Sqlite, AFileThatIsNoDatabaseIsSetAsideUntouched) {

@@ -394,5 +394,23 @@ TEST_F(Library, ALoadThatOutlivesTheLibraryIsDropped) {
     EXPECT_FALSE(log.contains("Finished loading"));
 }
 
+TEST_F(Library, AnotherLanguageReplacesTheChosenCollectionByItsCounterpart) {
+    folder.write("resources/names.json",
+                 R"({"collections": [{"language": "en", "names": ["Hockey", "Football"]},
+                                     {"language": "ru", "names": ["Хоккей", "Футбол"]}]})");
+    writeTags("Хоккей", {"shot", "save"});
+    writeTags("Футбол", {"goal"});
+    start();
+    library->selectStandardCollection("Football");
+    library->toggleTimeEvent("attack");
+    locale.language = "ru";
+    library->followLanguage();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Футбол");
+    EXPECT_TRUE(library->selectedTimeEvents->contains("attack"));
+    ASSERT_EQ(registry.tags.size(), 1u);
+    start();
+    EXPECT_EQ(*library->selectedStandardCollectionName, "Футбол");
+}
+
 }  // namespace
 }  // namespace tembrix

@@ -46,7 +46,7 @@ TEST_F(BadInput, ALostOrBrokenIndexIsRebuiltAndNeverSpoilsTheBackup) {
     spoil(index());
     ASSERT_TRUE(program->index.replaceIndexFile([] { return Result<void>(); }));
     machine.defaults->remove(layout::collectionKey(hockey.id));
-    program->sync.backUpNow();
+    (void)program->sync.backUpNow();
     EXPECT_TRUE(fs::exists(program->storage.collectionsFolder() / hockey.id / layout::tagsFile));
     restart();
     expectAllThere();
@@ -55,8 +55,13 @@ TEST_F(BadInput, ALostOrBrokenIndexIsRebuiltAndNeverSpoilsTheBackup) {
 TEST_F(BadInput, ABackupFolderThatCannotBeUsedStopsNothing) {
     fs::remove_all(machine.backup());
     spoil(machine.backup(), "a file where the folder should be");
+    const auto noted = machine.defaults->date(layout::lastSyncDateKey);
     restartAndBackUp();
-    program->sync.restoreFromBackup();
+    EXPECT_TRUE(notified(SafetyNotice::backupFailed));
+    EXPECT_FALSE(logged("Backup created successfully"));
+    EXPECT_EQ(machine.defaults->date(layout::lastSyncDateKey), noted);
+    EXPECT_FALSE(program->sync.backUpNow());
+    EXPECT_FALSE(program->sync.restoreFromBackup());
     program->sync.deleteBackupTimelines();
     program->scheduler.run();
     expectAllThere();
@@ -65,11 +70,28 @@ TEST_F(BadInput, ABackupFolderThatCannotBeUsedStopsNothing) {
     EXPECT_TRUE(logged("⚠️ DataSync: UserDefaults backup not found"));
     // It is used again as soon as it is readable.
     fs::remove(machine.backup());
-    program->sync.backUpNow();
+    EXPECT_TRUE(program->sync.backUpNow());
+    program->scheduler.run();
+    EXPECT_FALSE(notified(SafetyNotice::backupFailed));
     machine.loseDefaults();
     fs::remove_all(machine.documents());
     restart();
     expectAllThere();
+}
+
+TEST_F(BadInput, DocumentsThatCannotBeWrittenAreReportedUntilTheyCan) {
+    const StorageHealth& health = program->core.health;
+    fs::remove_all(program->storage.timelinesFolder());
+    spoil(program->storage.timelinesFolder(), "a file where the folder should be");
+    openVideo();
+    mark(500);
+    EXPECT_TRUE(health.documentsWritten());
+    program->scheduler.advance(31);
+    EXPECT_FALSE(health.documentsWritten());
+    fs::remove(program->storage.timelinesFolder());
+    program->scheduler.advance(31);  // tried again without another change
+    EXPECT_TRUE(health.documentsWritten());
+    EXPECT_TRUE(fs::exists(program->storage.timelineFile(video)));
 }
 
 TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
@@ -105,7 +127,7 @@ TEST_F(BadInput, DefaultsOfTheWrongTypeGiveWayToTheFilesAndTheBackup) {
 // The clock of the disk is ahead of that of the machine, which was set back by years.
 TEST_F(BadInput, AClockSetBackRestoresNothing) {
     program->scheduler.setWallClock(Date{0});
-    program->sync.backUpNow();
+    (void)program->sync.backUpNow();
     program->library.renameVideo(program->library.files().front(), "Later");
     restart();
     EXPECT_TRUE(logged("✅ DataSync: Data is identical"));
@@ -135,7 +157,7 @@ TEST_F(BadInput, ADamagedListOrRecordInTheBackupAffectsNothingElseAndIsReplaced)
 TEST_F(BadInput, ABackupOfNothingReplacesNothing) {
     fs::remove_all(machine.backup());
     restart();
-    program->sync.restoreFromBackup();
+    (void)program->sync.restoreFromBackup();
     program->scheduler.run();
     for (const char* item : {layout::collectionsFolder, layout::playFieldsFolder,
                              layout::timelinesFolder, "UserDefaults"})
@@ -150,7 +172,7 @@ TEST_F(BadInput, WhatIsOfTheWrongKindInTheBackupReplacesNothing) {
     fs::remove_all(copies);
     spoil(copies, "a file where the folder should be");
     spoil(machine.backup() / layout::collectionIndexFile);
-    program->sync.restoreFromBackup();
+    (void)program->sync.restoreFromBackup();
     program->scheduler.run();
     EXPECT_TRUE(logged("❌ DataSync: Error restoring collections - "));
     EXPECT_TRUE(logged("❌ DataSync: Error restoring CollectionsBookmarks.json - "));
@@ -166,7 +188,7 @@ TEST_F(BadInput, ARestoreLeavesDataThatCanBeWritten) {
         fs::permissions(entry.path(), fs::perms::owner_read);
     fs::permissions(copy, readOnly);
     fs::permissions(copy.parent_path(), readOnly);
-    program->sync.restoreFromBackup();
+    (void)program->sync.restoreFromBackup();
     const auto written = [&](const fs::path& path) {
         return (fs::status(path).permissions() & fs::perms::owner_write) != fs::perms::none;
     };
@@ -199,7 +221,7 @@ TEST_F(BadInput, FilesOfAKilledWriteAreRemovedAtTheNextLaunch) {
 TEST_F(BadInput, AWriteUnderWayDoesNotReplaceARestoredIndex) {
     program->index.addOrUpdateCollection("NEW", "New");
     program->index.applicationWillTerminate();
-    program->sync.restoreFromBackup();
+    (void)program->sync.restoreFromBackup();
     program->scheduler.run();
     EXPECT_EQ(program->index.collections(), std::vector{hockey});
     restart();

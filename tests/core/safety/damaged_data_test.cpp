@@ -111,7 +111,7 @@ TEST_F(DamagedData, AnUnreadableListOfVideosIsTakenFromTheBackupWhichStaysGood) 
     const fs::path second = machine.folder.path() / "second.mp4";
     machine.bookmarks.add(second);
     ASSERT_TRUE(program->library.addVideoNamed(second, "Second"));
-    program->sync.backUpNow();
+    EXPECT_TRUE(program->sync.backUpNow());
     machine.loseDefaults();
     restart();
     EXPECT_EQ(program->library.videosData().size(), 2U);
@@ -130,10 +130,10 @@ TEST_F(DamagedData, AListOfVideosStartedAgainDoesNotReplaceTheBackupsForGood) {
     machine.bookmarks.add(second);
     ASSERT_TRUE(program->library.addVideoNamed(second, "Second"));
     ASSERT_TRUE(replaceFile(plist(), saved).ok());
-    program->sync.backUpNow();
+    EXPECT_TRUE(program->sync.backUpNow());
     const auto states = program->sync.replacedStates();
     ASSERT_EQ(states.size(), 1U);
-    program->sync.bringBack(states.front().name);
+    EXPECT_TRUE(program->sync.bringBack(states.front().name));
     program->scheduler.run();
     expectAllThere();
 }
@@ -144,11 +144,33 @@ TEST_F(DamagedData, AnUnreadableTimelineComesFromTheBackup) {
     openVideo();
     EXPECT_EQ(*program->timeline.lines, marked);
     program->scheduler.advance(31);
-    program->sync.backUpNow();
+    EXPECT_TRUE(program->sync.backUpNow());
     EXPECT_TRUE(notified(SafetyNotice::timelineFromBackup));
     EXPECT_EQ(decode<OrphanedTimeline>(*readFile(record()))->timelines, marked);
     restart();
     expectAllThere();
+}
+
+TEST_F(DamagedData, RecordsOfTimelinesStartedAgainAreKeptInOneStatePerBackup) {
+    std::vector<std::string> videos{video};
+    for (int i = 0; i < 6; ++i) {
+        const fs::path file = machine.folder.path() / ("match " + std::to_string(i) + ".mp4");
+        machine.bookmarks.add(file);
+        videos.push_back(program->library.addVideoNamed(file, "Another")->videoData.id);
+        program->storage.saveTimeline(marked, videos.back());
+    }
+    EXPECT_TRUE(program->sync.backUpNow());
+    for (const auto& id : videos) {
+        machine.defaults->setBoolean(layout::unreadableKey(id), true);
+        program->storage.saveTimeline({TimelineLine{Uuid::random(), "Again", {}, ""}}, id);
+    }
+    EXPECT_TRUE(program->sync.backUpNow());
+    const auto states = program->sync.replacedStates();
+    ASSERT_EQ(states.size(), 1U);
+    const fs::path kept = machine.documents() / layout::replacedFolder / states.front().name /
+                          layout::timelinesFolder;
+    for (const auto& id : videos)
+        EXPECT_TRUE(fs::exists(kept / (id + layout::recordExtension)));
 }
 
 TEST_F(DamagedData, WithoutAnyReadableCopyNothingIsWrittenBeforeTheUserMarks) {
@@ -170,7 +192,7 @@ TEST_F(DamagedData, WithoutAnyReadableCopyNothingIsWrittenBeforeTheUserMarks) {
     EXPECT_EQ(program->storage.loadTimeline(video).back()->name, "Again");
     const auto states = program->sync.replacedStates();
     ASSERT_EQ(states.size(), 1U) << "the better record is kept";
-    program->sync.bringBack(states.front().name);
+    EXPECT_TRUE(program->sync.bringBack(states.front().name));
     EXPECT_EQ(program->storage.loadTimeline(video), marked);
 }
 
@@ -181,12 +203,12 @@ TEST_F(DamagedData, ADamagedCopyInTheBackupReplacesNothingOnRestore) {
         const Bytes goodTags = *readFile(tags);
         spoil(record(), std::string(goodRecord.begin(), goodRecord.begin() + 40));
         spoil(tags, std::string(goodTags.begin(), goodTags.end() - 2));
-        program->sync.restoreFromBackup();
+        EXPECT_TRUE(program->sync.restoreFromBackup());
         program->scheduler.run();
         machine.defaults->remove(layout::timelineKey(video));
         machine.defaults->remove(layout::collectionKey(hockey.id));
         expectAllThere();
-        program->sync.backUpNow();
+        EXPECT_TRUE(program->sync.backUpNow());
         EXPECT_EQ(decode<OrphanedTimeline>(*readFile(record()))->timelines, marked);
         EXPECT_EQ(*readFile(tags), goodTags);
     }
@@ -196,7 +218,7 @@ TEST_F(DamagedData, ADamagedFileOfACollectionIsTakenFromTheBackupAndNeverCopiedT
     CollectionData data = *program->storage.loadCollection(hockey.id);
     data.timeEvents.push_back({"event", "Overtime"});
     program->storage.saveCollection(data);
-    program->sync.backUpNow();
+    EXPECT_TRUE(program->sync.backUpNow());
     const fs::path folder = program->storage.collectionsFolder() / hockey.id;
     for (const char* name : {layout::tagGroupsFile, layout::tagsFile, layout::labelGroupsFile,
                              layout::labelsFile, layout::timeEventsFile}) {
@@ -241,9 +263,9 @@ TEST_F(DamagedData, AFlippedIdInARestoredIndexLosesNoCollection) {
 }
 
 TEST_F(DamagedData, WorkingCopiesThatTheDefaultsLostAreReadFromTheDocuments) {
-    machine.defaults->remove(layout::lastSyncDateKey);
-    machine.defaults->remove(layout::videosDataKey);
-    machine.defaults->remove(layout::collectionKey(hockey.id));
+    machine.defaults->lose(layout::lastSyncDateKey);
+    machine.defaults->lose(layout::videosDataKey);
+    machine.defaults->lose(layout::collectionKey(hockey.id));
     openVideo();
     mark(500);
     const TimelineLines newest = *program->timeline.lines;

@@ -70,7 +70,7 @@ TEST_F(DataSyncTest, EverythingComesBackAfterTheDefaultsAndTheDocumentsAreLost) 
     addCollection("C1", "Hockey");
     fs::create_directories(documents() / layout::playFieldsFolder);
     project.folder.write("Documents/Tembrix-Stat/PlayFields/Hockey.png", "picture");
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
 
     for (const auto& key : project.defaults.keys(""))
         project.defaults.remove(key);
@@ -94,7 +94,7 @@ TEST_F(DataSyncTest, EverythingComesBackAfterTheDefaultsAndTheDocumentsAreLost) 
 TEST_F(DataSyncTest, DocumentsWinUnlessTheListWasWrittenAfterTheLastNotedBackup) {
     const auto id = project.addVideo();
     project.storage.saveTimeline(oneLine("Old"), id);
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     // The date is later than that of the file, so nothing is restored although the content differs.
     project.defaults.setDate(layout::lastSyncDateKey, Date{4e9});
     project.library.renameVideo(project.library.files().front(), "Renamed");
@@ -115,7 +115,7 @@ TEST_F(DataSyncTest, ADeletedVideosTimelineOutlastsTheNextBackups) {
     project.library.setDeletedTimelineKeeper(&sync);
     project.storage.saveTimeline(oneLine("Attack"), id);
     ASSERT_TRUE(project.library.deleteVideo(project.library.files().front()));
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     const auto file = readFile(sync.backupTimelinesFolder() / (id + ".json"));
     ASSERT_TRUE(file.ok());
     const auto record = decode<OrphanedTimeline>(*file);
@@ -128,7 +128,7 @@ TEST_F(DataSyncTest, ADeletedVideosTimelineOutlastsTheNextBackups) {
 TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolderKeepsItsOldCopy) {
     addCollection("C1", "Hockey");
     addCollection("C2", "Football");
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     const fs::path copies = sync.backupRoot() / "Tembrix-Stat/Collections";
     ASSERT_TRUE(fs::exists(copies / "C1/tags.json"));
 
@@ -136,7 +136,7 @@ TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolder
     project.index.removeCollection("C1");
     project.defaults.remove(layout::collectionKey("C2"));
     fs::remove_all(documents() / "Collections/C2");
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     EXPECT_FALSE(fs::exists(copies / "C1"));
     EXPECT_TRUE(fs::exists(copies / "C2/tags.json"));
     EXPECT_TRUE(logged(project.log, "Collection folder missing in Documents: Football"));
@@ -146,15 +146,15 @@ TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFolders
     const auto id = project.addVideo();
     project.storage.saveTimeline(oneLine("Attack"), id);
     addCollection("C1", "Hockey");
-    sync.backUpNow();
-    sync.deleteAllData();
+    EXPECT_TRUE(sync.backUpNow());
+    EXPECT_TRUE(sync.deleteAllData());
     sync.deleteBackupTimelines();
     EXPECT_FALSE(fs::exists(sync.backupRoot()));
     EXPECT_FALSE(fs::exists(documents() / layout::collectionsFolder));
     EXPECT_FALSE(project.defaults.data(layout::videosDataKey));
     EXPECT_TRUE(project.index.collections().empty());
     EXPECT_TRUE(project.defaults.data(layout::timelineKey(id)));  // not touched
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     EXPECT_TRUE(fs::exists(sync.backupTimelinesFolder()));
 }
 

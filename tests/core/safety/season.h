@@ -41,7 +41,7 @@ struct Season : testing::Test {
         collection.setCollectionName("Hockey");
         hockey = program->save(collection, "Goal");
         program->scheduler.advance(31);
-        program->sync.backUpNow();
+        ASSERT_TRUE(program->sync.backUpNow());
     }
     // Adds a stamp to the last line of the open video.
     void mark(double start) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/records/annotation_records.h"
@@ -34,6 +35,7 @@ struct TwoStoresModel {
     ById<TimelineLines> timelines;
     ById<CollectionData> collections;
     bool backupNoted = false;
+    bool unfinishedRestore = false;
     std::optional<std::vector<CollectionInfo>> unsavedIndex, indexCopy;
     // Durable copies.
     ById<TimelineLines> timelineFiles;
@@ -165,14 +167,21 @@ struct TwoStoresModel {
         if (steps >= 4 && backup.videos)
             videos = *backup.videos;
     }
-    // After a restore, folders that are not listed are listed under their ids.
+    // After a restore, folders that are not listed are listed again.
     void listUnlisted() {
         for (const auto& [id, data] : folders)
             if (std::none_of(index.begin(), index.end(),
                              [&id = id](const auto& row) { return row.id == id; })) {
                 collection(id);
-                list({id, id});
+                list({id, lastKnownName(id)});
             }
+    }
+    std::string lastKnownName(const std::string& id) const {
+        for (const auto& rows : {indexCopy, indexFile, backup.index})
+            for (const auto& row : rows.value_or(std::vector<CollectionInfo>()))
+                if (row.id == id)
+                    return row.name;
+        return id;
     }
     void restore() {
         flush();
@@ -189,6 +198,7 @@ struct TwoStoresModel {
             if (backup.index || backup.collections.contains(id))
                 collections.erase(id);
         restoreFiles(4);
+        backupNoted = true;
     }
 
     void launch() {
@@ -204,6 +214,8 @@ struct TwoStoresModel {
             for (const auto& row : (indexCopy ? indexCopy : backup.index).value_or(index))
                 if (collection(row.id))
                     list(row);
+        if (std::exchange(unfinishedRestore, false))
+            restoreFiles(4);
         std::vector<std::string> filledTimelines, filledCollections;
         for (const auto& [id, lines] : timelineFiles)
             if (timelines.insert({id, lines}).second)
@@ -256,6 +268,7 @@ struct TwoStoresModel {
         timelineFiles.clear();
         folders.clear();
         indexFile.reset();
+        unfinishedRestore = false;
     }
 };
 

@@ -96,6 +96,7 @@ TEST_F(Collections, ADeletedOneDoesNotComeBackThroughARead) {
                 whileReading();
             return copies / id;
         }
+        void noteDamage() override {}
     } backup;
     storage->setSavedCopies(&backup);
     storage->setCollectionIndex(&index);

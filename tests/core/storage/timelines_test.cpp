@@ -108,7 +108,7 @@ TEST_F(Timelines, DocumentsThatCannotBeWrittenCostALogLineAndNothingElse) {
     storage->saveCollection(collectionOf("C"));
     scheduler.advance(30);
     EXPECT_TRUE(log.contains("Error making the timelines folder"));
-    EXPECT_TRUE(log.contains("Error making the collection folder"));
+    EXPECT_TRUE(log.contains("Error writing collection C"));
     EXPECT_EQ(storage->loadTimeline("V").size(), 2u);
     std::filesystem::remove(folder.path() / "Documents");
     storage->scheduleSaveToDisk();
@@ -217,16 +217,27 @@ TEST_F(Timelines, AFlushWritesOnlyWhatChangedAlsoAfterARestart) {
     storage->saveTimeline(lines(), "V");
     storage->saveCollection(collectionOf("C"));
     scheduler.advance(30);
-    std::filesystem::remove_all(folder.path() / "Documents/Tembrix-Stat/Timelines");
-    std::filesystem::remove_all(folder.path() / "Documents/Tembrix-Stat/Collections");
+    const auto tags = storage->collectionsFolder() / "C" / layout::tagsFile;
+    folder.write("Documents/Tembrix-Stat/Timelines/V.json", "by hand");
+    ASSERT_TRUE(replaceFile(tags, toBytes("by hand")));
     storage->saveTimeline(lines(), "W");
     storage->flushNow();
     EXPECT_TRUE(std::filesystem::exists(storage->timelineFile("W")));
-    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile("V")));
     storage = makeStorage();
     storage->flushNow();
-    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile("V")));
-    EXPECT_FALSE(std::filesystem::exists(storage->collectionsFolder() / "C"));
+    EXPECT_EQ(fileText(storage->timelineFile("V")), "by hand");
+    EXPECT_EQ(fileText(tags), "by hand");
+
+    // What was removed is written again, except after all data was deleted.
+    for (const bool deleted : {false, true}) {
+        std::filesystem::remove_all(storage->timelinesFolder());
+        std::filesystem::remove_all(storage->collectionsFolder());
+        if (deleted)
+            storage->keepFromDocuments();
+        storage->flushNow();
+        EXPECT_EQ(std::filesystem::exists(storage->timelineFile("V")), !deleted);
+        EXPECT_EQ(std::filesystem::exists(tags), !deleted);
+    }
 
     const auto newer = lines();
     storage->saveTimeline(newer, "V");
@@ -277,6 +288,51 @@ TEST_F(Timelines, AWorkingCopyOlderThanItsDocumentGivesWayToItUnlessThatWasRepla
     EXPECT_EQ(another.loadTimeline("V"), early);
 }
 
+TEST_F(Timelines, AFlippedBitInTheListOfWrittenValuesDropsNothing) {
+    const std::string key = layout::timelineKey("V");
+    storage->saveTimeline(lines(), "V");
+    storage->flushNow();
+    const auto marked = lines();
+    storage->saveTimeline(marked, "V");
+    const auto number = defaults.changeNumber(key);
+    const auto list = folder.path() / "Documents/Tembrix-Stat" / layout::writtenValuesFile;
+    const std::string sound = fileText(list);
+    for (std::size_t at = 0; at < 4 * sound.size(); ++at) {
+        std::string flipped = sound;
+        flipped[at / 4] = static_cast<char>(flipped[at / 4] ^ (1 << at % 4));
+        folder.write("Documents/Tembrix-Stat/WrittenValues.txt", flipped);
+        storage = makeStorage();
+        ASSERT_EQ(storage->loadTimeline("V"), marked) << flipped;
+        ASSERT_EQ(defaults.changeNumber(key), number);
+    }
+    storage->flushNow();
+    EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(marked).value()));
+}
+
+// The database does not notice one flipped bit in a small value.
+TEST_F(Timelines, AWrittenWorkingCopyThatChangedByItselfIsNotTrusted) {
+    const std::string key = layout::timelineKey("V");
+    auto right = lines();
+    storage->saveTimeline(right, "V");
+    storage->flushNow();
+    const auto number = defaults.changeNumber(key);
+    auto wrong = right;
+    wrong[0].write().stamps[0].write().timeFinishSeconds += 1;
+    defaults.goBack(key, encode(wrong).value(), number);
+    storage = makeStorage();
+    EXPECT_EQ(storage->loadTimeline("V"), right);
+    EXPECT_EQ(defaults.data(layout::damagedKey(key)), encode(wrong).value());
+
+    // Without the document as it was written, nobody can tell. Both are kept.
+    defaults.goBack(key, encode(wrong).value(), number);
+    const std::string other = R"([ ])";
+    folder.write("Documents/Tembrix-Stat/Timelines/V.json", other);
+    storage = makeStorage();
+    EXPECT_EQ(storage->loadTimeline("V"), wrong);
+    EXPECT_EQ(defaults.data(layout::damagedKey(key) + "_2"), toBytes(other));
+    EXPECT_TRUE(log.contains("differs from what was written"));
+}
+
 TEST_F(Timelines, WhatTheDefaultsRefuseStillReachesTheDocumentsAndIsReported) {
     StorageHealth health(defaults, scheduler);
     defaults.refuse("disk full");
@@ -284,7 +340,8 @@ TEST_F(Timelines, WhatTheDefaultsRefuseStillReachesTheDocumentsAndIsReported) {
     storage->saveTimeline(kept, "V");
     EXPECT_TRUE(health.status().allStored);  // not while it is being saved
     scheduler.run();
-    EXPECT_EQ(health.status(), (DefaultsStatus{false, "disk full"}));
+    EXPECT_FALSE(health.status().allStored);
+    EXPECT_EQ(health.status().reason, "disk full");
     scheduler.advance(30);
     EXPECT_EQ(fileText(storage->timelineFile("V")), asText(encode(kept).value()));
     defaults.loseRefused();

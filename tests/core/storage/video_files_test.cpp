@@ -205,6 +205,53 @@ TEST_F(VideoFiles, DeletingKeepsACopyOfTheTimelineAndRemovesBothOfItsForms) {
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(marked.videoData.id)));
 }
 
+TEST_F(VideoFiles, AKilledProcessLeavesNoHalfDeletedVideo) {
+    library.start();
+    const auto first = *library.addVideo(video("a.mp4"));
+    const auto second = *library.addVideo(video("b.mp4"));
+    const std::string id = first.videoData.id;
+    const TimelineLines marks = lines();
+    storage->saveTimeline(marks, id);
+    storage->flushNow();
+    const auto before = stored();
+    const auto startAgain = [&] {
+        VideoFilesManager next{*storage, bookmarks, folder.directories(), texts, log};
+        next.start();
+        EXPECT_TRUE(defaults.keys(layout::deletedPrefix).empty());
+        EXPECT_FALSE(next.lastDeleted());
+        return next.videosData();
+    };
+    // Killed before the list was stored: nothing is deleted.
+    DeletedVideos(*storage).keep({first.videoData, {}, 0, nullptr});
+    EXPECT_EQ(startAgain(), before);
+    EXPECT_EQ(storage->loadTimeline(id), marks);
+
+    // Killed right after the list was stored.
+    struct Killed {};
+    library.setListStored([] { throw Killed(); });
+    EXPECT_THROW((void)library.deleteVideo(first), Killed);
+    library.setListStored({});
+    EXPECT_TRUE(storage->userDefaults().data(layout::timelineKey(id)));
+    EXPECT_EQ(startAgain(), std::vector{second.videoData});
+    EXPECT_FALSE(defaults.data(layout::timelineKey(id)));
+    EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(id)));
+}
+
+TEST_F(VideoFiles, AnOlderListBringsADeletedVideoBackWithItsTimeline) {
+    library.start();
+    const auto marked = *library.addVideo(video("a.mp4"));
+    const TimelineLines marks = lines();
+    storage->saveTimeline(marks, marked.videoData.id);
+    const auto before = stored();
+    EXPECT_TRUE(library.deleteVideo(marked));
+    store(before);
+    library.reloadFiles();
+    EXPECT_EQ(storage->loadTimeline(marked.videoData.id), marks);
+    EXPECT_FALSE(library.lastDeleted());
+    EXPECT_FALSE(library.takeBackDeletion());
+    EXPECT_EQ(library.files().size(), 1u);
+}
+
 TEST_F(VideoFiles, EntriesWithEqualBookmarksAreDistinguishedByTheirIds) {
     Keeper keeper;
     library.setDeletedTimelineKeeper(&keeper);
