@@ -22,6 +22,7 @@ struct SavePanelRequest {
     std::string defaultName;
     std::string extension;    // without dot; appended if the user types none
     std::string window = {};  // the name of the window that it belongs to; empty: the active one
+    std::filesystem::path folder = {};  // where it starts; if it is missing, in the last folder
 };
 
 // Asks the user questions. A call returns immediately. Its answer is delivered later on the main
@@ -38,9 +39,10 @@ class Panels {
                        std::function<void()> closed = {}, const std::string& window = {}) = 0;
     virtual void confirm(const std::string& title, const std::string& message,
                          const std::string& confirmText, std::function<void(bool)> answer) = 0;
-    // Shows a folder in the system's file browser, or a page in the web browser.
-    virtual void reveal(const std::filesystem::path& folder) = 0;
-    virtual void browse(const std::string& url) = 0;
+    // Shows a folder in the system's file browser, or opens a page or a file with the desktop's
+    // program for it. `failed` is called if that does not succeed.
+    virtual void reveal(const std::filesystem::path& folder, std::function<void()> failed = {}) = 0;
+    virtual void browse(const std::string& url, std::function<void()> failed = {}) = 0;
 };
 
 }  // namespace tembrix

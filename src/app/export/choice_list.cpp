@@ -13,6 +13,7 @@
 #include "base/utf8_text.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
@@ -70,6 +71,7 @@ ChoiceList::ChoiceList(const Texts& texts, FocusStateManager& focus, std::vector
         setFocusProxy(rows_);
     }
     nameControl(rows_, "exportChoices", qtext(texts.text(nameKey)));
+    tellRows(rows_, {.pressedColumn = actionKey.empty() ? 0 : actionColumn});
     rows_->setHeaderHidden(true);
     rows_->setRootIsDecorated(false);
     rows_->setUniformRowHeights(true);

@@ -1,23 +1,29 @@
 #include "app/export/export_controller.h"
 
+#include <QAction>
 #include <QMenu>
 #include <QToolButton>
 
 #include "base/result.h"
 
 #include "app/export/export_mode_sheet.h"
+#include "app/export/saved_product_bar.h"
 #include "app/export/selection_sheets.h"
 #include "app/export/waiting_panel.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
+#include "app/widgets/menu_button.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/sheet.h"
+#include "app/widgets/translated.h"
 #include "core/collections/tag_library_manager.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
 #include "core/export/cut_planning.h"
+#include "core/export/export_run.h"
 #include "core/notifications/event_bus.h"
 #include "core/notifications/events.h"
+#include "core/playback/video_player_manager.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
@@ -28,8 +34,10 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
       window_(window),
       exportHelper_(services.exports, utf8Text(window->window()->objectName())),
       waiting_(new WaitingPanel(services.texts, window)) {
-    progress_ = exportHelper_.progress.observe(
-        [this](const float& progress) { waiting_->setProgress(progress); });
+    progress_ = exportHelper_.status.observe(
+        [this](const ExportStatus& status) { waiting_->showStatus(status); });
+    new SavedProductBar(services.exports.products, services.panels, services.texts,
+                        utf8Text(window->window()->objectName()), window);
     connect(waiting_, &WaitingPanel::canceled, this,
             [this] { exportHelper_.cancelCurrentExport(); });
     const auto bind = [this](Command command, void (ExportController::*start)()) {
@@ -48,15 +56,19 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
 ExportController::~ExportController() = default;
 
 QToolButton* ExportController::makeMenuButton(QWidget* parent) {
-    auto* button = makeIconButton(services_.texts, "fullControlExport", "document-export", parent);
-    button->setText(qtext(services_.texts.text("fullControlExport")));
+    auto* button = new MenuButton(parent);
+    showIcon(button, services_.texts, "fullControlExport", "document-export");
+    showText(button, services_.texts, "fullControlExport", &QAbstractButton::text,
+             &QAbstractButton::setText);
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setPopupMode(QToolButton::InstantPopup);
     auto* menu = new QMenu(button);
     for (const CommandRow& row : commandTable()) {
         if (row.menu != CommandMenu::exports)
             continue;
-        auto* action = menu->addAction(qtext(services_.texts.text(row.textKey)));
+        auto* action = new QAction(menu);
+        menu->addAction(action);
+        showText(action, services_.texts, row.textKey, &QAction::text, &QAction::setText);
         action->setObjectName(row.textKey);
         connect(action, &QAction::triggered, this,
                 [this, command = row.id] { services_.commands.run(command); });
@@ -66,7 +78,7 @@ QToolButton* ExportController::makeMenuButton(QWidget* parent) {
     // One export runs at a time.
     button->setEnabled(!isExporting_);
     connect(this, &ExportController::isExportingChanged, button,
-            [button](bool exporting) { button->setEnabled(!exporting); });
+            [button](bool exporting) { setUsable(button, !exporting); });
     return button;
 }
 
@@ -148,11 +160,12 @@ void ExportController::run(ExportMode mode) {
         });
 }
 
-// Hot keys are blocked while a sheet is open.
+// Hot keys are blocked while a sheet is open, and the video pauses.
 void ExportController::present(Sheet* sheet) {
     services_.events.post(events::EditTimelineSheetAppeared{});
     connect(sheet, &QDialog::finished, this,
             [this] { services_.events.post(events::SheetDismissed{}); });
+    sheet->holdWhileOpen(services_.exports.videoManager.pauseMeanwhile());
     sheet->present();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QGraphicsOpacityEffect>
+#include <QLabel>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPropertyAnimation>
@@ -9,8 +10,11 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <string>
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 
@@ -26,6 +30,41 @@ constexpr double corner = 12;
 constexpr int shadowRadius = 20;
 constexpr double shadowOpacity = 0.33;
 constexpr int fadeTime = 200;  // milliseconds
+constexpr int textWidth = 200;
+
+QString percent(double progress) {
+    const long rounded = std::lround(100 * progress);
+    return QString::number(progress < 1 ? std::min(rounded, 99L) : 100) + QStringLiteral(" %");
+}
+
+std::string stepText(const ExportStatus& status, const Texts& texts) {
+    switch (status.state) {
+        case ExportState::rendering:
+            if (status.cuts > 0)
+                return texts.format("exportCutsDone",
+                                    {std::to_string(status.cutsDone), std::to_string(status.cuts)});
+            break;
+        case ExportState::packing:
+            return texts.text("exportPacking");
+        case ExportState::saving:
+            return texts.text("exportSaving");
+        case ExportState::preparing:
+        case ExportState::idle:
+            break;
+    }
+    return texts.text("exportPreparing");
+}
+
+std::string leftText(const std::optional<double>& seconds, const Texts& texts) {
+    if (!seconds)
+        return {};
+    if (*seconds < 60) {
+        constexpr int step = 5;
+        const int rounded = step * static_cast<int>(std::lround(std::ceil(*seconds / step)));
+        return texts.format("exportSecondsLeft", {std::to_string(std::max(step, rounded))});
+    }
+    return texts.format("exportMinutesLeft", {std::to_string(std::lround(*seconds / 60))});
+}
 
 }  // namespace
 
@@ -34,6 +73,9 @@ class WaitingPanel::Ring final : public QWidget {
     Ring(const Texts& texts, QWidget* parent) : QWidget(parent) {
         setFixedSize(ringSize, ringSize);
         nameControl(this, texts, "exportProgress");
+        value_ = new AccessibleValue(this, QAccessible::ProgressBar, [this] {
+            return AccessibleValue::Reading{std::round(100 * progress_), 0, 100};
+        });
     }
 
     void setProgress(double progress) {
@@ -41,7 +83,8 @@ class WaitingPanel::Ring final : public QWidget {
         if (value == progress_)
             return;
         progress_ = value;
-        setAccessibleDescription(QString::number(std::lround(100 * value)) + " %");
+        setAccessibleDescription(percent(value));
+        value_->changed(1);
         update();
     }
 
@@ -58,14 +101,19 @@ class WaitingPanel::Ring final : public QWidget {
         painter.setPen(QPen(theme::accent, ringWidth, Qt::SolidLine, Qt::RoundCap));
         if (progress_ > 0)  // clockwise from the top, in sixteenths of a degree
             painter.drawArc(circle, 90 * 16, -static_cast<int>(std::lround(progress_ * 360 * 16)));
+        painter.setPen(theme::text);
+        painter.setFont(theme::font(theme::titleSize, QFont::DemiBold));
+        painter.drawText(rect(), Qt::AlignCenter, percent(progress_));
     }
 
   private:
     double progress_ = 0;
+    AccessibleValue* value_;
 };
 
 WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
     : QWidget(host),
+      texts_(texts),
       ring_(new Ring(texts, this)),
       opacity_(new QGraphicsOpacityEffect(this)),
       fading_(new QPropertyAnimation(opacity_, "opacity", this)) {
@@ -77,6 +125,19 @@ WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
     column->setContentsMargins(edge, edge, edge, edge);
     column->setSpacing(gap);
     column->addWidget(ring_, 0, Qt::AlignHCenter);
+    step_ = makeLabel(texts, "exportPreparing", LabelLook::body, this);
+    step_->setObjectName("exportStep");
+    left_ = new QLabel(this);
+    left_->setObjectName("exportLeft");
+    setLook(left_, LabelLook::secondary);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(theme::unit);
+    for (QLabel* label : {step_, left_}) {
+        label->setFixedWidth(textWidth);
+        label->setAlignment(Qt::AlignCenter);
+        words->addWidget(label);
+    }
+    column->addLayout(words);
     auto* button = makeButton(texts, "cancelButtonTitle", ButtonLook::plain, this);
     connect(button, &QPushButton::clicked, this, &WaitingPanel::canceled);
     column->addWidget(button, 0, Qt::AlignHCenter);
@@ -99,8 +160,14 @@ void WaitingPanel::vanish() {
     fade(0);
 }
 
-void WaitingPanel::setProgress(float progress) {
-    ring_->setProgress(progress);
+void WaitingPanel::showStatus(const ExportStatus& status) {
+    ring_->setProgress(static_cast<double>(status.progress));
+    const auto put = [](QLabel* label, const std::string& text) {
+        label->setText(qtext(text));
+        label->setAccessibleName(label->text());
+    };
+    put(step_, stepText(status, texts_));
+    put(left_, leftText(status.secondsLeft, texts_));
 }
 
 void WaitingPanel::fade(double to) {

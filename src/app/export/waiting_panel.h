@@ -4,13 +4,16 @@
 
 #include "ports/texts.h"
 
+#include "core/export/export_run.h"
+
 class QGraphicsOpacityEffect;
+class QLabel;
 class QPropertyAnimation;
 
 namespace tembrix {
 
-// Covers the middle of a window during an export: a ring that shows the progress and a cancel
-// button. The rest of the window stays usable.
+// Covers the middle of a window during an export: a ring that shows the progress, how many cuts are
+// done, the time left and a cancel button. The rest of the window stays usable.
 class WaitingPanel final : public QWidget {
     Q_OBJECT
   public:
@@ -18,7 +21,7 @@ class WaitingPanel final : public QWidget {
 
     void appear();
     void vanish();  // fades out, then hides
-    void setProgress(float progress);
+    void showStatus(const ExportStatus& status);
 
   Q_SIGNALS:
     void canceled();
@@ -32,7 +35,10 @@ class WaitingPanel final : public QWidget {
     void fade(double to);
     void center();
 
+    const Texts& texts_;
     Ring* ring_;
+    QLabel* step_;  // what is done now
+    QLabel* left_;  // the time left
     QGraphicsOpacityEffect* opacity_;
     QPropertyAnimation* fading_;
 };

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/files.h"
+#include "base/utf8_text.h"
 
 #include "ports/panels.h"
 #include "ports/scheduler.h"
@@ -48,14 +49,15 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& se
                   confirm("dataManagementRestoreConfirmationTitle",
                           "dataManagementRestoreConfirmationMessage",
                           "dataManagementRestoreFromBackup", ButtonLook::accented, [this] {
-                              process([&sync = dataSync_] { sync.restoreFromBackup(); },
-                                      "dataManagementRestoreSuccess");
+                              process([&sync = dataSync_] { return sync.restoreFromBackup(); },
+                                      "dataManagementRestoreSuccess",
+                                      "dataManagementRestoreFailed");
                           });
               });
     addAction("dataManagementCreateBackup", "dataManagementCreateBackupDescription",
               ButtonLook::quiet, [this] {
-                  process([&sync = dataSync_] { sync.backUpNow(); },
-                          "dataManagementBackupCreatedSuccess");
+                  process([&sync = dataSync_] { return sync.backUpNow(); },
+                          "dataManagementBackupCreatedSuccess", "dataManagementBackupFailed");
               });
     addAction("dataManagementDeleteAllData", "dataManagementDeleteAllDataDescription",
               ButtonLook::destructive, [this] {
@@ -64,10 +66,11 @@ DataManagementSheet::DataManagementSheet(QWidget* parent, const ListServices& se
                           ButtonLook::destructive, [this] {
                               process(
                                   [&sync = dataSync_] {
-                                      sync.deleteAllData();
+                                      auto done = sync.deleteAllData();
                                       sync.deleteBackupTimelines();
+                                      return done;
                                   },
-                                  "dataManagementDeleteSuccess");
+                                  "dataManagementDeleteSuccess", "dataManagementDeleteFailed");
                           });
               });
 
@@ -94,6 +97,11 @@ void DataManagementSheet::reject() {
         Sheet::reject();
 }
 
+void DataManagementSheet::sayFolderFailed(const std::filesystem::path& folder) {
+    status_->setText(qtext(texts().format("folderNotShown", {sanitizedUtf8(pathText(folder))})));
+    status_->show();
+}
+
 void DataManagementSheet::addStore(const char* titleKey, const char* descriptionKey,
                                    const char* helpKey,
                                    std::function<std::filesystem::path()> folder) {
@@ -107,7 +115,10 @@ void DataManagementSheet::addStore(const char* titleKey, const char* description
     connect(open, &QPushButton::clicked, this, [this, folder = std::move(folder)] {
         const auto place = folder();
         if (makeFolder(place))
-            services_.panels.reveal(place);
+            services_.panels.reveal(place, [self = QPointer(this), place] {
+                if (self)
+                    self->sayFolderFailed(place);
+            });
     });
     row->addWidget(open);
     row->addWidget(makeLabel(texts(), descriptionKey, LabelLook::secondary), 1);
@@ -161,8 +172,8 @@ void DataManagementSheet::addReplacedState(QVBoxLayout* column, const ReplacedDa
     button->setMinimumWidth(sheetWidth / 3);
     connect(button, &QPushButton::clicked, this, [this, name = state.name] {
         pressed_ = close_;  // the rows are created again
-        process([&sync = dataSync_, name] { sync.bringBack(name); },
-                "dataManagementBringBackSuccess");
+        process([&sync = dataSync_, name] { return sync.bringBack(name); },
+                "dataManagementBringBackSuccess", "dataManagementRestoreFailed");
     });
     row->addWidget(button);
     auto* label = new QLabel(moment);
@@ -187,12 +198,13 @@ void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
     question->present();
 }
 
-void DataManagementSheet::process(std::function<void()> work, const char* resultKey) {
+void DataManagementSheet::process(std::function<Result<void>()> work, const char* successKey,
+                                  const char* failureKey) {
     setProcessing(true);
     services_.scheduler.background(
         Priority::userInitiated, [&scheduler = services_.scheduler, self = QPointer(this),
-                                  work = std::move(work), resultKey] {
-            work();
+                                  work = std::move(work), successKey, failureKey] {
+            const char* resultKey = work() ? successKey : failureKey;
             scheduler.onMain([self, resultKey] {
                 if (!self)
                     return;

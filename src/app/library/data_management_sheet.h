@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "base/result.h"
+
 #include "app/library/list_services.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
@@ -24,13 +26,15 @@ class DataManagementSheet final : public Sheet {
   private:
     void addStore(const char* titleKey, const char* descriptionKey, const char* helpKey,
                   std::function<std::filesystem::path()> folder);
+    void sayFolderFailed(const std::filesystem::path& folder);
     void addAction(const char* titleKey, const char* descriptionKey, ButtonLook look,
                    std::function<void()> pressed);
     void showReplacedStates();
     void addReplacedState(QVBoxLayout* column, const ReplacedData::State& state, int number);
     void confirm(const char* titleKey, const char* messageKey, const char* buttonKey,
                  ButtonLook look, std::function<void()> confirmed);
-    void process(std::function<void()> work, const char* resultKey);
+    void process(std::function<Result<void>()> work, const char* successKey,
+                 const char* failureKey);
     void setProcessing(bool processing);
 
     const ListServices services_;

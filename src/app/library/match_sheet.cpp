@@ -1,16 +1,30 @@
 #include "app/library/match_sheet.h"
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QDateTimeEdit>
+#include <QKeyEvent>
+#include <QLabel>
 #include <QLocale>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QStyleOptionComboBox>
 #include <QVBoxLayout>
 
+#include "base/files.h"
+#include "base/shortened.h"
+#include "base/utf8_text.h"
+
+#include "app/theme/theme.h"
+#include "app/widgets/controls.h"
+#include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
 
 namespace tembrix {
 
 namespace {
-constexpr int fieldWidth = 320;
+constexpr int fieldWidth = theme::nameFieldWidth;
 
 // The user's date format with four digits for the year, because two digits would be read as a year
 // of the last century.
@@ -21,25 +35,93 @@ QString dateFormat() {
     return format;
 }
 
+// A date field whose calendar opens by Alt+Down as well, like the list of a choice box.
+class DateField final : public QDateTimeEdit {
+  public:
+    using QDateTimeEdit::QDateTimeEdit;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool down = event->key() == Qt::Key_Down && event->modifiers() & Qt::AltModifier;
+        if (!down && event->key() != Qt::Key_F4)
+            return QDateTimeEdit::keyPressEvent(event);
+        // Qt opens the calendar only for a press on the arrow.
+        QStyleOptionComboBox option;
+        option.initFrom(this);
+        const QRect arrow =
+            style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, this);
+        QMouseEvent press(QEvent::MouseButtonPress, arrow.center(), mapToGlobal(arrow.center()),
+                          Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(this, &press);
+    }
+};
+
 }  // namespace
 
-MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,
-                       const VideoMetadata& initial)
-    : Sheet(parent, texts, "videosViewTitleMatchInfo") {
+MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale,
+                       FocusStateManager& focus, const VideoMetadata& initial,
+                       const std::filesystem::path& file, std::size_t waiting)
+    : Sheet(parent, texts, "videosViewTitleMatchInfo"),
+      locale_(locale),
+      fileName_(qtext(shortened(sanitizedUtf8(pathText(file.filename()))))) {
+    auto* fileLabel =
+        new ElidedLabel(qtext(texts.format("matchSheetFile", {utf8Text(fileName_)})), this);
+    fileLabel->setObjectName(QStringLiteral("matchSheetFile"));
+    setLook(fileLabel, LabelLook::secondary);
+    content()->addWidget(fileLabel);
+    if (waiting > 0) {
+        auto* more = makeLabel(texts, "matchSheetWaiting", LabelLook::secondary);
+        more->setText(qtext(texts.counted("matchSheetWaiting", static_cast<int>(waiting))));
+        more->setAccessibleName(more->text());
+        content()->addWidget(more);
+    }
     team1_ = addField(focus, "videosViewFieldTeam1", "enterTeam1Name", initial.team1);
     team2_ = addField(focus, "videosViewFieldTeam2", "enterTeam2Name", initial.team2);
     score_ = addField(focus, "videosViewFieldScore", "enterScore", initial.score);
 
     const auto seconds = static_cast<qint64>(initial.dateTime.secondsSince1970);
-    date_ = new QDateTimeEdit(QDateTime::fromSecsSinceEpoch(seconds));
+    date_ = new DateField(QDateTime::fromSecsSinceEpoch(seconds));
     date_->setDisplayFormat(dateFormat());
     date_->setCalendarPopup(true);
     new TextFocusTracker(date_, focus);
     content()->addWidget(labeled(texts, "videosViewFieldDateTime", date_));
 
-    addCancelButton("cancelButtonTitle");
+    underFileName_ = makeCheckBox(texts, "matchSheetUnderFileName");
+    content()->addWidget(underFileName_);
+    name_ = new ElidedLabel;
+    content()->addWidget(labeled(texts, "matchSheetName", name_));
+    empty_ = makeLabel(texts, "matchSheetEmpty", LabelLook::secondary);
+    QSizePolicy kept = empty_->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);  // the sheet does not jump while the user types
+    empty_->setSizePolicy(kept);
+    content()->addWidget(empty_);
+    connect(underFileName_, &QCheckBox::clicked, this, [this](bool checked) {
+        wantsFileName_ = checked;
+        showName();
+    });
+    connect(date_, &QDateTimeEdit::dateTimeChanged, this, &MatchSheet::showName);
+    for (const auto* field : {team1_, team2_, score_})
+        connect(field, &QLineEdit::textChanged, this, &MatchSheet::showName);
+    showName();
+
+    if (waiting > 0)
+        connect(addSideButton("matchSheetAddAll"), &QPushButton::clicked, this, [this] {
+            Q_EMIT addAllChosen();
+            reject();
+        });
+    addCancelButton(waiting > 0 ? "matchSheetSkip" : "cancelButtonTitle");
     addAcceptButton("saveButtonTitle");
     team1_->setFocus();
+}
+
+void MatchSheet::showName() {
+    const std::string title = matchTitle(VideoMetadata{team1(), team2(), score(), date(), {}});
+    const bool nothing = title.empty();
+    underFileName_->setEnabled(!nothing);
+    underFileName_->setChecked(nothing || wantsFileName_);
+    empty_->setVisible(nothing);
+    name_->setFullText(underFileName() ? fileName_
+                                       : qtext(title + ", " + locale_.dateAndTime(date())));
 }
 
 FocusAwareLineEdit* MatchSheet::addField(FocusStateManager& focus, const char* key,
@@ -63,6 +145,10 @@ std::string MatchSheet::score() const {
 }
 Date MatchSheet::date() const {
     return Date{static_cast<double>(date_->dateTime().toSecsSinceEpoch())};
+}
+
+bool MatchSheet::underFileName() const {
+    return underFileName_->isChecked();
 }
 
 RenameSheet::RenameSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,

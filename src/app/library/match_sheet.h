@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 
 #include "base/date.h"
@@ -11,33 +12,49 @@
 #include "core/keyboard/text_focus.h"
 #include "core/records/video_records.h"
 
+class QCheckBox;
 class QDateTimeEdit;
 
 namespace tembrix {
 
+class ElidedLabel;
 class FocusAwareLineEdit;
 
-// Asks for teams, score and date of a match before its video is added to the library.
+// Asks for teams, score and date of a match before its video is added to the library, and shows
+// the name that the match will have in the list.
 class MatchSheet final : public Sheet {
     Q_OBJECT
 
   public:
-    MatchSheet(QWidget* parent, const Texts& texts, FocusStateManager& focus,
-               const VideoMetadata& initial);
+    // `waiting`: how many videos are added after this one.
+    MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale, FocusStateManager& focus,
+               const VideoMetadata& initial, const std::filesystem::path& file,
+               std::size_t waiting);
 
     std::string team1() const;
     std::string team2() const;
     std::string score() const;
     Date date() const;
+    bool underFileName() const;
+
+  Q_SIGNALS:
+    void addAllChosen();  // without further questions, under the names of the files
 
   private:
     FocusAwareLineEdit* addField(FocusStateManager& focus, const char* key, const char* prompt,
                                  const std::string& value);
+    void showName();
 
+    const Locale& locale_;
+    const QString fileName_;
     FocusAwareLineEdit* team1_;
     FocusAwareLineEdit* team2_;
     FocusAwareLineEdit* score_;
     QDateTimeEdit* date_;
+    QCheckBox* underFileName_;
+    bool wantsFileName_ = false;  // the user's choice; without teams and score there is none
+    ElidedLabel* name_;
+    QLabel* empty_;
 };
 
 // Asks for a new name of a video.

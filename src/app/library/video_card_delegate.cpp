@@ -113,11 +113,17 @@ void VideoCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->setPen(available ? theme::text : theme::secondaryText);
     const QString name = index.data(Qt::DisplayRole).toString();
     painter->drawText(nameLine, Qt::AlignLeft | Qt::AlignVCenter,
-                      painter->fontMetrics().elidedText(name, Qt::ElideMiddle, nameLine.width()));
+                      painter->fontMetrics().elidedText(name, Qt::ElideRight, nameLine.width()));
     painter->setFont(theme::font(theme::captionSize));
     painter->setPen(theme::secondaryText);
-    painter->drawText(nameLine.translated(0, 20), Qt::AlignLeft | Qt::AlignVCenter,
-                      index.data(VideosListModel::dateRole).toString());
+    QRect dates = nameLine.translated(0, 20);
+    const QString used = index.data(VideosListModel::dateRole).toString();
+    const QString moment = index.data(VideosListModel::momentRole).toString();
+    const int side = moment.isEmpty() ? Qt::AlignLeft : Qt::AlignRight;
+    painter->drawText(dates, side | Qt::AlignVCenter, used);
+    dates.setRight(dates.right() - painter->fontMetrics().horizontalAdvance(used) - gap / 2);
+    painter->drawText(dates, Qt::AlignLeft | Qt::AlignVCenter,
+                      painter->fontMetrics().elidedText(moment, Qt::ElideRight, dates.width()));
     painter->restore();
 }
 

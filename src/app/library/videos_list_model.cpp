@@ -61,7 +61,10 @@ const VideosListModel::Card& VideosListModel::look(int row) const {
     if (card.looked)
         return card;
     card.looked = true;
-    card.name = QString::fromStdString(shortened(viewModel_.displayName(card.file)));
+    const MatchTitle title = viewModel_.title(card.file);
+    card.name = QString::fromStdString(shortened(title.name));
+    card.moment =
+        title.moment ? QString::fromStdString(locale_.dateAndTime(*title.moment)) : QString();
     // Cards always show dates in the style of printed match sheets.
     card.date =
         QString::fromStdString(locale_.shortDate(viewModel_.lastAccess(card.file), "ru_RU"));
@@ -83,16 +86,27 @@ const VideosListModel::Card& VideosListModel::look(int row) const {
     return card;
 }
 
+QString VideosListModel::usedText(const Card& card) const {
+    return QString::fromStdString(texts_.format("videoCardUsed", {card.date.toStdString()}));
+}
+
 QVariant VideosListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid())
         return {};
     const Card& card = look(index.row());
     switch (role) {
         case Qt::DisplayRole:
-        case Qt::ToolTipRole:
             return card.name;
+        case Qt::ToolTipRole:
+            return card.moment.isEmpty() ? card.name : card.name + '\n' + card.moment;
         case Qt::AccessibleTextRole: {
-            QString text = card.name + QStringLiteral(", ") + card.date;
+            QString text = card.name;
+            if (!card.moment.isEmpty())
+                text += QStringLiteral(", ") + card.moment;
+            text += QStringLiteral(", ") + usedText(card);
+            if (card.file.videoData.isFavorite == true)
+                text += QStringLiteral(", ") +
+                        QString::fromStdString(texts_.text("videosFilterFavorites"));
             if (!card.available)
                 text += QStringLiteral(", ") + index.data(noteRole).toString();
             return text;
@@ -107,7 +121,9 @@ QVariant VideosListModel::data(const QModelIndex& index, int role) const {
         case favoriteRole:
             return card.file.videoData.isFavorite == true;
         case dateRole:
-            return card.date;
+            return usedText(card);
+        case momentRole:
+            return card.moment;
         default:
             return {};
     }

@@ -17,7 +17,14 @@ class VideosListModel final : public QAbstractListModel {
     Q_OBJECT
 
   public:
-    enum Role { previewRole = Qt::UserRole + 1, availableRole, noteRole, favoriteRole, dateRole };
+    enum Role {
+        previewRole = Qt::UserRole + 1,
+        availableRole,
+        noteRole,
+        favoriteRole,
+        dateRole,   // of the last access
+        momentRole  // of the match, empty if it is not known
+    };
 
     VideosListModel(const VideosViewModel& viewModel, const Locale& locale, const Texts& texts,
                     QObject* parent);
@@ -38,10 +45,12 @@ class VideosListModel final : public QAbstractListModel {
         bool available = false;
         QString name;
         QString date;
+        QString moment;
         QString previewFile;
         QPixmap preview;
     };
     const Card& look(int row) const;
+    QString usedText(const Card& card) const;
 
     const VideosViewModel& viewModel_;
     const Locale& locale_;

@@ -1,36 +1,55 @@
 #include "app/library/videos_view.h"
 
 #include <QContextMenuEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFile>
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
 #include <QMenu>
+#include <QMetaObject>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStackedWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
-#include "base/file_url.h"
 #include "base/shortened.h"
 
 #include "ports/texts.h"
 
 #include "app/commands/command_button.h"
 #include "app/library/data_management_sheet.h"
-#include "app/library/match_sheet.h"
 #include "app/library/safety_bar.h"
 #include "app/library/video_card_delegate.h"
 #include "app/library/videos_list_model.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
+#include "app/widgets/notice_bar.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
-#include "app/widgets/sheet.h"
 #include "app/widgets/text_focus.h"
+#include "app/widgets/translated.h"
 #include "core/records/video_records.h"
 
 namespace tembrix {
+
+namespace {
+
+std::vector<std::filesystem::path> droppedFiles(const QMimeData& data) {
+    std::vector<std::filesystem::path> files;
+    for (const QUrl& url : data.urls())
+        if (url.isLocalFile())
+            files.emplace_back(QFile::encodeName(url.toLocalFile()).toStdString());
+    return files;
+}
+
+}  // namespace
 
 VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
                        DataSyncManager& dataSync, QWidget* parent)
@@ -47,13 +66,22 @@ VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
     layout->addWidget(makeTopBar());
     layout->addWidget(makeSeparator(Qt::Horizontal));
     layout->addWidget(new SafetyBar(services_.texts, dataSync_, this));
+    deletion_ = makeDeletionBar();
+    layout->addWidget(deletion_);
     pages_ = new QStackedWidget;
     pages_->addWidget(makeGrid());
     pages_->addWidget(makeEmptyPage());
     layout->addWidget(pages_, 1);
+    dropFrame_ = new QFrame(this);
+    dropFrame_->setProperty("look", "drop");
+    dropFrame_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    dropFrame_->hide();
+    setAcceptDrops(true);
 
     state_ = viewModel_.state.observe([this](const VideosState& state) { showState(state); });
+    goTo_ = viewModel_.goToVideo.observe([this](const std::string& id) { goTo(id); });
     showState(*viewModel_.state);
+    followLanguage(this, services_.texts, [this] { showList(); });
 }
 
 void VideosView::bindCommands() {
@@ -68,6 +96,12 @@ void VideosView::bindCommands() {
         search_->setFocus(Qt::ShortcutFocusReason);
         search_->selectAll();
     });
+    commands_.push_back(services_.commands.bind(
+        Command::clearSearch, {[this] { clearSearch(); }, [this] { return isNarrowed(); }, {}}));
+    commands_.push_back(services_.commands.bind(
+        Command::takeBackDeletion, {[this] { viewModel_.send(videos::TakeBackDeletion{}); },
+                                    [this] { return viewModel_.state->deleted.has_value(); },
+                                    {}}));
     bindOnCurrent(Command::openVideo, [this](const QModelIndex& index) { open(index); });
     bindOnCurrent(Command::renameVideo, [this](const QModelIndex& index) {
         viewModel_.send(videos::ShowRenameSheet{model_->file(index)});
@@ -101,11 +135,13 @@ QWidget* VideosView::makeTopBar() {
     row->setSpacing(theme::spacing);
 
     search_ = new FocusAwareLineEdit(services_.focus);
-    search_->setPlaceholderText(qtext(texts.text("searchVideos")));
+    showText(search_, texts, "searchVideos", &QLineEdit::placeholderText,
+             &QLineEdit::setPlaceholderText);
     search_->setClearButtonEnabled(true);
     search_->setMinimumWidth(180);
     search_->setMaximumWidth(360);
     nameControl(search_, texts, "searchVideos");
+    search_->installEventFilter(this);
     connect(search_, &QLineEdit::textChanged, this, [this] { showList(); });
     row->addWidget(search_, 1);
 
@@ -122,16 +158,18 @@ QWidget* VideosView::makeTopBar() {
     auto* manage = makeButton(texts, "dataManagementTitle");
     bindButton(manage, services_.commands, Command::showData, texts);
     row->addWidget(manage);
-    auto* add = makeButton(texts, "addVideoTitle", ButtonLook::accented);
-    bindButton(add, services_.commands, Command::addVideo, texts);
-    row->addWidget(add);
+    add_ = makeButton(texts, "addVideoTitle", ButtonLook::accented);
+    bindButton(add_, services_.commands, Command::addVideo, texts);
+    row->addWidget(add_);
     return bar;
 }
 
 QWidget* VideosView::makeGrid() {
     list_ = new QListView;
-    nameControl(list_, "videosList", qtext(services_.texts.text("videosListTitle")));
+    nameControl(list_, services_.texts, "videosListTitle");
+    list_->setObjectName("videosList");
     list_->setModel(model_);
+    tellRows(list_, {.menu = true});
     list_->setItemDelegate(cards_);
     list_->setViewMode(QListView::IconMode);
     list_->setMovement(QListView::Static);
@@ -163,16 +201,64 @@ QWidget* VideosView::makeEmptyPage() {
         column->addWidget(label);
     }
     column->addSpacing(theme::margin);
-    auto* add = makeButton(services_.texts, "addVideoTitle", ButtonLook::accented);
-    add->setObjectName(QStringLiteral("addVideoTitle.empty"));
-    bindButton(add, services_.commands, Command::addVideo, services_.texts);
-    column->addWidget(add, 0, Qt::AlignCenter);
+    addFirst_ = makeButton(services_.texts, "addFirstVideo", ButtonLook::accented);
+    bindButton(addFirst_, services_.commands, Command::addVideo, services_.texts);
+    clear_ = makeButton(services_.texts, "commandClearSearch");
+    bindButton(clear_, services_.commands, Command::clearSearch, services_.texts);
+    for (QPushButton* button : {addFirst_, clear_})
+        column->addWidget(button, 0, Qt::AlignCenter);
     column->addStretch();
     return page;
 }
 
+NoticeBar* VideosView::makeDeletionBar() {
+    auto* bar = new NoticeBar(services_.texts, "deletionBar", "hideDeletion", this);
+    auto* back = makeButton(services_.texts, "undoDeletion");
+    bindButton(back, services_.commands, Command::takeBackDeletion, services_.texts);
+    bar->addButton(back);
+    connect(bar, &NoticeBar::hiddenByUser, this, [this] { list_->setFocus(); });
+    return bar;
+}
+
+void VideosView::showDeletion(const VideosState& state) {
+    if (shownDeletion_ == state.deleted)
+        return;
+    shownDeletion_ = state.deleted;
+    if (shownDeletion_)
+        deletion_->say(
+            qtext(services_.texts.format("videoDeleted", {shortened(shownDeletion_->title)})));
+    else
+        deletion_->hide();
+}
+
+bool VideosView::isNarrowed() const {
+    return search_ && (!search_->text().isEmpty() || filter_->chosen() != 0);
+}
+
+void VideosView::clearSearch() {
+    filter_->choose(0);
+    search_->clear();
+    showList();
+    if (list_->isVisible())
+        list_->setFocus();
+}
+
+void VideosView::goTo(const std::string& videoId) {
+    if (!model_->indexOf(videoId).isValid())
+        clearSearch();
+    const QModelIndex index = model_->indexOf(videoId);
+    if (!index.isValid())
+        return;
+    list_->setCurrentIndex(index);
+    list_->setFocus();
+    // The list may not have been laid out with the new card yet.
+    QMetaObject::invokeMethod(
+        list_, [this] { list_->scrollTo(list_->currentIndex()); }, Qt::QueuedConnection);
+}
+
 void VideosView::showState(const VideosState& state) {
     showList();
+    showDeletion(state);
     showSheets(state);
 }
 
@@ -190,12 +276,24 @@ void VideosView::showList() {
         current = model_->index(sameQuestion ? qMin(before.row(), model_->rowCount() - 1) : 0);
     list_->setCurrentIndex(current);
 
+    showEmptyPage();
+    services_.commands.refresh();
+}
+
+void VideosView::showEmptyPage() {
     const bool noVideos = viewModel_.state->files.empty();
     const char* title = noVideos ? "noVideos" : "nothingFound";
     const char* hint = noVideos ? "noVideosHint" : "nothingFoundHint";
     emptyTitle_->setText(qtext(services_.texts.text(title)));
     emptyHint_->setText(qtext(services_.texts.text(hint)));
+    addFirst_->setVisible(noVideos);
+    clear_->setVisible(!noVideos);
+    // One button at a time stands out.
+    setLook(add_, noVideos ? ButtonLook::quiet : ButtonLook::accented);
+    const bool hadFocus = list_->hasFocus();
     pages_->setCurrentIndex(model_->rowCount() > 0 ? 0 : 1);
+    if (hadFocus && noVideos)
+        addFirst_->setFocus();
 }
 
 void VideosView::open(const QModelIndex& index) {
@@ -227,16 +325,41 @@ void VideosView::openMenu(const QModelIndex& index, const QPoint& globalPlace) {
     menu->popup(globalPlace);
 }
 
+// From the search field, a key leads into the list.
+bool VideosView::keyInSearch(int key) {
+    if (key == Qt::Key_Escape && isNarrowed()) {
+        clearSearch();
+        return true;
+    }
+    const bool into = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Down ||
+                      key == Qt::Key_Escape;
+    if (!into || !list_->isVisible())
+        return false;
+    list_->setFocus();
+    return true;
+}
+
+bool VideosView::keyInList(const QKeyEvent& press) {
+    if (press.key() == Qt::Key_Escape && isNarrowed()) {
+        clearSearch();
+        return true;
+    }
+    if (press.key() != Qt::Key_Return && press.key() != Qt::Key_Enter)
+        return false;
+    // The key may still be held down from the sheet that added the match.
+    if (list_->currentIndex().isValid() && !press.isAutoRepeat())
+        open(list_->currentIndex());
+    return true;
+}
+
 bool VideosView::eventFilter(QObject* watched, QEvent* event) {
     const QModelIndex current = list_->currentIndex();
-    if (event->type() == QEvent::KeyPress && current.isValid()) {
-        const int pressed = static_cast<QKeyEvent*>(event)->key();
-        if (pressed == Qt::Key_Return || pressed == Qt::Key_Enter) {
-            open(current);
+    if (event->type() == QEvent::KeyPress) {
+        const auto& press = *static_cast<QKeyEvent*>(event);
+        if (watched == search_ ? keyInSearch(press.key()) : keyInList(press))
             return true;
-        }
     }
-    if (event->type() == QEvent::ContextMenu && current.isValid() &&
+    if (watched == list_ && event->type() == QEvent::ContextMenu && current.isValid() &&
         static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
         openMenu(current, list_->viewport()->mapToGlobal(list_->visualRect(current).center()));
         return true;
@@ -252,7 +375,32 @@ void VideosView::resizeEvent(QResizeEvent* event) {
 void VideosView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     fitCards();
-    list_->setFocus();
+    if (viewModel_.state->files.empty())
+        addFirst_->setFocus();
+    else
+        list_->setFocus();
+}
+
+void VideosView::dragEnterEvent(QDragEnterEvent* event) {
+    if (droppedFiles(*event->mimeData()).empty())
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    dropFrame_->setGeometry(rect());
+    dropFrame_->raise();
+    dropFrame_->show();
+}
+
+void VideosView::dragLeaveEvent(QDragLeaveEvent*) {
+    dropFrame_->hide();
+}
+
+void VideosView::dropEvent(QDropEvent* event) {
+    dropFrame_->hide();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    window()->activateWindow();
+    viewModel_.send(videos::AddFiles{droppedFiles(*event->mimeData())});
 }
 
 bool VideosView::event(QEvent* event) {
@@ -266,93 +414,6 @@ void VideosView::fitCards() {
     const int columns = qMax(1, room / (VideoCardDelegate::smallestCard + VideoCardDelegate::gap));
     cards_->setCardWidth(room / columns);
     list_->doItemsLayout();
-}
-
-void VideosView::showSheets(const VideosState& state) {
-    if (sheet_)
-        return;
-    if (state.showError)
-        presentError(state.errorTitle);
-    else if (state.showMetadataSheet)
-        presentMatchSheet(state);
-    else if (state.showRenameSheet)
-        presentRenameSheet(state);
-    else if (state.showRebindAlert)
-        presentRebindAlert();
-}
-
-void VideosView::answer(VideosAction action) {
-    // Observers of the action run before `sheet_` is cleared, so that no sheet opens while this one
-    // is being answered.
-    viewModel_.send(std::move(action));
-    sheet_ = nullptr;
-    showSheets(*viewModel_.state);
-}
-
-void VideosView::presentMatchSheet(const VideosState& state) {
-    const VideoMetadata match = state.videoMetadata;
-    auto* sheet = new MatchSheet(this, services_.texts, services_.focus, match);
-    connect(sheet, &QDialog::finished, this, [this, sheet, match](int result) {
-        if (result != QDialog::Accepted)
-            return answer(videos::CancelMetadata{});
-        std::optional<std::filesystem::path> file;
-        if (match.urlString)
-            file = pathOfFileUrl(*match.urlString);
-        answer(videos::SaveVideoMetadata{file, sheet->team1(), sheet->team2(), sheet->score(),
-                                         sheet->date()});
-    });
-    sheet_ = sheet;
-    sheet->present();
-}
-
-void VideosView::presentRenameSheet(const VideosState& state) {
-    auto* sheet = new RenameSheet(this, services_.texts, services_.focus, state.newFileName);
-    connect(sheet, &QDialog::finished, this, [this, sheet, file = state.fileToRename](int result) {
-        if (result == QDialog::Accepted && file)
-            answer(videos::RenameSimpleVideo{*file, sheet->name()});
-        else
-            answer(videos::CancelRename{});
-    });
-    sheet_ = sheet;
-    sheet->present();
-}
-
-void VideosView::presentDeletion(const FilesFile& file) {
-    const std::string name = shortened(viewModel_.displayName(file));
-    auto* sheet = new Sheet(this, services_.texts, "deleteVideoTitle");
-    sheet->setTitle(qtext(services_.texts.format("deleteVideoTitle", {name})));
-    sheet->content()->addWidget(
-        makeLabel(services_.texts, "deleteVideoMessage", LabelLook::secondary));
-    sheet->addCancelButton("cancelButtonTitle");
-    sheet->addAcceptButton("deleteButtonTitle", ButtonLook::destructive);
-    connect(sheet, &QDialog::accepted, this,
-            [this, file] { viewModel_.send(videos::DeleteFile{file}); });
-    sheet->present();
-}
-
-void VideosView::presentRebindAlert() {
-    auto* sheet = new Sheet(this, services_.texts, "videoUnavailable");
-    sheet->content()->addWidget(
-        makeLabel(services_.texts, "videoUnavailableMessage", LabelLook::secondary));
-    sheet->addCancelButton("cancelButtonTitle");
-    sheet->addAcceptButton("selectNewVideo");
-    connect(sheet, &QDialog::finished, this, [this](int result) {
-        if (result == QDialog::Accepted)
-            answer(videos::PickRebindFile{});
-        else
-            answer(videos::CancelRebind{});
-    });
-    sheet_ = sheet;
-    sheet->present();
-}
-
-void VideosView::presentError(const std::string& title) {
-    auto* sheet = new Sheet(this, services_.texts, "alertsFileErrorTitle");
-    sheet->setTitle(qtext(shortened(title)));
-    sheet->addAcceptButton("okButtonTitle");
-    connect(sheet, &QDialog::finished, this, [this] { answer(videos::DismissError{}); });
-    sheet_ = sheet;
-    sheet->present();
 }
 
 }  // namespace tembrix

@@ -3,6 +3,8 @@
 #include <QPointer>
 #include <QWidget>
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "app/library/list_services.h"
@@ -12,14 +14,17 @@
 #include "core/safety/data_sync_manager.h"
 #include "core/shell/videos_view_model.h"
 
+class QFrame;
 class QLabel;
 class QLineEdit;
 class QListView;
 class QMenu;
+class QPushButton;
 class QStackedWidget;
 
 namespace tembrix {
 
+class NoticeBar;
 class SegmentedSwitch;
 class Sheet;
 class VideoCardDelegate;
@@ -40,6 +45,9 @@ class VideosView final : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
   private:
     void bindCommands();
@@ -48,6 +56,15 @@ class VideosView final : public QWidget {
     QWidget* makeTopBar();
     QWidget* makeGrid();
     QWidget* makeEmptyPage();
+    NoticeBar* makeDeletionBar();
+    void showDeletion(const VideosState& state);
+    void showEmptyPage();
+    // Selects the entry, also if search and filter hide it at present.
+    void goTo(const std::string& videoId);
+    bool isNarrowed() const;  // by search or filter
+    void clearSearch();
+    bool keyInSearch(int key);
+    bool keyInList(const QKeyEvent& press);
     void showState(const VideosState& state);
     void showList();
     void showSheets(const VideosState& state);
@@ -59,7 +76,8 @@ class VideosView final : public QWidget {
     void presentRenameSheet(const VideosState& state);
     void presentRebindAlert();
     void presentDeletion(const FilesFile& file);  // asks first
-    void presentError(const std::string& title);
+    QString lossOf(const FilesFile& file) const;
+    void presentError(const VideosState& state);
 
     VideosViewModel& viewModel_;
     const ListServices services_;
@@ -70,12 +88,19 @@ class VideosView final : public QWidget {
     SegmentedSwitch* filter_ = nullptr;
     QStackedWidget* pages_ = nullptr;
     QListView* list_ = nullptr;
+    NoticeBar* deletion_ = nullptr;
+    std::optional<DeletedMatch> shownDeletion_;
+    QFrame* dropFrame_ = nullptr;  // while videos are dragged over the list
+    QPushButton* add_ = nullptr;
+    QPushButton* addFirst_ = nullptr;  // on the page of an empty list
+    QPushButton* clear_ = nullptr;     // on the page of a search without result
     QLabel* emptyTitle_ = nullptr;
     QLabel* emptyHint_ = nullptr;
     QString shownSearch_;
     int shownFilter_ = 0;
     QPointer<Sheet> sheet_;  // the open sheet; one at a time
     Subscription state_;
+    Subscription goTo_;
     std::vector<Subscription> commands_;
 };
 

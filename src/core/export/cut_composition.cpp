@@ -164,7 +164,8 @@ Size renderSizeOf(const MediaInfo& info) {
     return {even(info.size.width), even(info.size.height)};
 }
 
-Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools) {
+Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools,
+                             std::vector<double>* cutEnds) {
     if (const auto error = checkSource(snapshot))
         return *error;
     const double videoDuration = snapshot.info.duration;
@@ -178,6 +179,8 @@ Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTool
         }
         const auto start = composer.insertionTime();
         composer.insert(segment);
+        if (cutEnds)
+            cutEnds->push_back(composer.insertionTime().seconds());
         const auto duration = composer.insertionTime() - start;
         const auto item = overlayItem(segment, start, duration, snapshot);
         const auto text = item && duration > MediaTime{}

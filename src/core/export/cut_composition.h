@@ -53,8 +53,9 @@ std::vector<ExportDrawing> screenshotsForSegment(const ExportSegment& segment,
 Size renderSizeOf(const MediaInfo& info);
 
 // One job with all cuts in sequence. Cuts as long as the whole video are skipped with a log line if
-// the plan requires it.
-Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools);
+// the plan requires it. `cutEnds` gets the end of each cut in seconds of the film.
+Result<MovieJob> composeFilm(const ExportSnapshot& snapshot, const ComposingTools& tools,
+                             std::vector<double>* cutEnds = nullptr);
 
 // One job per cut, in order. Cuts as long as the video are skipped in the same way. A cut shorter
 // than half a frame has no job.

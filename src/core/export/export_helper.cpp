@@ -35,6 +35,7 @@ void ExportHelper::startExport(const std::optional<CutsExportType>& type, bool a
         return completeLater(std::move(completion), std::nullopt);
     processedSegments_ = 0;
     progress.set(0);
+    status.setIfChanged({ExportState::preparing, 0, 0, 0, {}});
     if (type && std::holds_alternative<cuts::Screenshots>(*type)) {
         auto& run = makeRun(wordsForDrawings(), std::move(completion));
         if (services_.drawings)
@@ -104,10 +105,15 @@ ProductWords ExportHelper::wordsForDrawings() const {
 
 ExportRun& ExportHelper::makeRun(ProductWords words, Completion completion) {
     run_ = std::make_unique<ExportRun>(
-        services_, std::move(words), window_, [this](float value) { progress.set(value); },
+        services_, std::move(words), window_,
+        [this](const ExportStatus& now) {
+            progress.setIfChanged(now.progress);
+            status.setIfChanged(now);
+        },
         [this, completion = std::move(completion)](std::optional<Error> error) {
             processedSegments_ = run_->processedSegments();
             run_.reset();
+            status.setIfChanged({});
             completion(std::move(error));
         });
     return *run_;

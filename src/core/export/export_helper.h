@@ -32,6 +32,7 @@ class ExportHelper {
     ExportHelper& operator=(const ExportHelper&) = delete;
 
     Published<float, ExportHelper> progress{0.0F};
+    Published<ExportStatus, ExportHelper> status;
     int processedSegments() const { return run_ ? run_->processedSegments() : processedSegments_; }
     bool isRunning() const { return run_ != nullptr; }
     ExportState state() const { return run_ ? run_->state() : ExportState::idle; }

@@ -25,7 +25,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int canceledCode = 999;  // in any domain
+constexpr int canceledCode = 999;             // in any domain
+constexpr double leastToEstimate = 2;         // seconds of rendering
+constexpr float leastPartToEstimate = 0.01F;  // of the film
 
 // Checks the source again before rendering.
 Result<MediaInfo> examineSource(const fs::path& source, Media& media, const Texts& texts) {
@@ -35,7 +37,8 @@ Result<MediaInfo> examineSource(const fs::path& source, Media& media, const Text
     return media.probe(source);
 }
 
-Result<std::vector<MovieJob>> compose(ExportSnapshot& snapshot, const ExportServices& services) {
+Result<std::vector<MovieJob>> compose(ExportSnapshot& snapshot, std::vector<double>& cutEnds,
+                                      const ExportServices& services) {
     const auto info = examineSource(snapshot.source, services.media, services.texts);
     if (!info)
         return info.error();
@@ -44,7 +47,7 @@ Result<std::vector<MovieJob>> compose(ExportSnapshot& snapshot, const ExportServ
                                services.texts, services.log};
     if (snapshot.plan.mode == ExportMode::playlist)
         return composeClips(snapshot, tools);
-    auto film = composeFilm(snapshot, tools);
+    auto film = composeFilm(snapshot, tools, &cutEnds);
     if (!film)
         return film.error();
     std::vector<MovieJob> jobs;
@@ -57,15 +60,16 @@ Result<std::vector<MovieJob>> compose(ExportSnapshot& snapshot, const ExportServ
 struct ExportRun::Prepared {
     std::shared_ptr<RunFolder> folder;
     std::vector<MovieJob> jobs;
+    std::vector<double> cutEnds;
 };
 
 ExportRun::ExportRun(ExportServices& services, ProductWords words, std::string window,
-                     std::function<void(float)> progressed, Completion completion)
+                     std::function<void(const ExportStatus&)> changed, Completion completion)
     : services_(services),
       words_(std::move(words)),
       window_(std::move(window)),
       source_(services.videoManager.currentVideoURL()),
-      progressed_(std::move(progressed)),
+      changed_(std::move(changed)),
       completion_(std::move(completion)),
       queue_(services.renderer, services.scheduler),
       work_(services.scheduler) {}
@@ -95,10 +99,11 @@ void ExportRun::exportCuts(ExportSnapshot snapshot) {
             if (!folder)
                 return folder.error();
             shared->folder = (*folder)->path();
-            auto jobs = compose(*shared, services);
+            std::vector<double> cutEnds;
+            auto jobs = compose(*shared, cutEnds, services);
             if (!jobs)
                 return jobs.error();
-            return Prepared{std::move(*folder), std::move(*jobs)};
+            return Prepared{std::move(*folder), std::move(*jobs), std::move(cutEnds)};
         },
         [this, shared](Result<Prepared> prepared) {
             if (isCanceled())
@@ -111,12 +116,15 @@ void ExportRun::exportCuts(ExportSnapshot snapshot) {
 
 void ExportRun::render(Prepared prepared) {
     folder_ = std::move(prepared.folder);
-    state_ = ExportState::rendering;
-    if (mode_ == ExportMode::film)
-        progressTimer_ = services_.scheduler.every(progressInterval, [this] {
-            if (const auto progress = queue_.sessionProgress())
-                advance(*progress);
-        });
+    cutEnds_ = std::move(prepared.cutEnds);
+    renderingSince_ = services_.scheduler.now();
+    enter(ExportState::rendering);
+    progressTimer_ = services_.scheduler.every(progressInterval, [this] {
+        const auto progress = queue_.sessionProgress();
+        if (mode_ == ExportMode::film && progress)
+            advance(*progress);
+        changed_(status());
+    });
     queue_.start(
         std::move(prepared.jobs),
         [this] {
@@ -146,7 +154,7 @@ void ExportRun::rendered(const RenderQueue::Ending& ending) {
 }
 
 void ExportRun::pack(const std::vector<fs::path>& clips) {
-    state_ = ExportState::packing;
+    enter(ExportState::packing);
     work_.run(
         Priority::userInitiated,
         [clips, archive = folder_->path() / words_.defaultName, services = services_,
@@ -170,7 +178,7 @@ void ExportRun::packed(const Result<fs::path>& archive) {
 
 void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
                                std::optional<fs::path> drawingsFolder) {
-    state_ = ExportState::packing;
+    enter(ExportState::packing);
     struct Packed {
         std::shared_ptr<RunFolder> folder;
         fs::path archive;
@@ -198,7 +206,7 @@ void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
 }
 
 void ExportRun::save(const fs::path& product) {
-    state_ = ExportState::saving;
+    enter(ExportState::saving);
     const auto& texts = services_.texts;
     const fs::path folder = folder_->path();
     const auto copy =
@@ -230,7 +238,37 @@ void ExportRun::advance(float progress) {
     if (progress <= progress_)
         return;
     progress_ = std::min(progress, 1.0F);
-    progressed_(progress_);
+    const double now = services_.scheduler.now().secondsSince1970;
+    const double past = now - renderingSince_.secondsSince1970;
+    if (past >= leastToEstimate && progress_ >= leastPartToEstimate)
+        expectedEnd_ = Date{now + past * (1 - progress_) / progress_};
+    changed_(status());
+}
+
+void ExportRun::enter(ExportState state) {
+    state_ = state;
+    changed_(status());
+}
+
+int ExportRun::cutsDone() const {
+    if (mode_ == ExportMode::playlist)
+        return queue_.ended();
+    const double filmTime = cutEnds_.empty() ? 0 : progress_ * cutEnds_.back();
+    return static_cast<int>(std::count_if(cutEnds_.begin(), cutEnds_.end(), [&](double end) {
+        return progress_ >= 1 || end <= filmTime;
+    }));
+}
+
+ExportStatus ExportRun::status() const {
+    ExportStatus status;
+    status.state = state_;
+    status.progress = progress_;
+    status.cuts = static_cast<int>(mode_ == ExportMode::film ? cutEnds_.size() : cuts_);
+    status.cutsDone = cutsDone();
+    if (state_ == ExportState::rendering && expectedEnd_)
+        status.secondsLeft = std::max(
+            0.0, expectedEnd_->secondsSince1970 - services_.scheduler.now().secondsSince1970);
+    return status;
 }
 
 void ExportRun::fail(const Error& error) {

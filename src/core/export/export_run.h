@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/date.h"
 #include "base/result.h"
 
 #include "ports/scheduler.h"
@@ -23,6 +24,16 @@
 namespace tembrix {
 
 enum class ExportState { idle, preparing, rendering, packing, saving };
+
+// How far an export is.
+struct ExportStatus {
+    ExportState state = ExportState::idle;
+    float progress = 0;  // 0 to 1; never decreases
+    int cutsDone = 0;
+    int cuts = 0;                       // 0: not counted
+    std::optional<double> secondsLeft;  // of the rendering, once it can be estimated
+    bool operator==(const ExportStatus&) const = default;
+};
 
 // The texts about the product of a run.
 struct ProductWords {
@@ -49,7 +60,7 @@ class ExportRun {
 
     // `window` is the name of the window over which the run asks.
     ExportRun(ExportServices& services, ProductWords words, std::string window,
-              std::function<void(float)> progressed, Completion completion);
+              std::function<void(const ExportStatus&)> changed, Completion completion);
     ~ExportRun();
     ExportRun(const ExportRun&) = delete;
     ExportRun& operator=(const ExportRun&) = delete;
@@ -66,7 +77,7 @@ class ExportRun {
     void leaveProduct();
 
     ExportState state() const { return state_; }
-    float progress() const { return progress_; }  // 0 to 1; never decreases
+    ExportStatus status() const;
     int processedSegments() const { return queue_.ended(); }
 
   private:
@@ -78,6 +89,8 @@ class ExportRun {
     void packed(const Result<std::filesystem::path>& archive);
     void save(const std::filesystem::path& product);
     void advance(float progress);
+    void enter(ExportState state);
+    int cutsDone() const;
     bool isCanceled() const { return stop_.stop_requested(); }
     void fail(const Error& error);
     void end(std::optional<Error> error);
@@ -86,13 +99,16 @@ class ExportRun {
     const ProductWords words_;
     const std::string window_;
     const std::optional<std::filesystem::path> source_;
-    std::function<void(float)> progressed_;
+    std::function<void(const ExportStatus&)> changed_;
     Completion completion_;
     ExportState state_ = ExportState::preparing;
     ExportMode mode_ = ExportMode::film;
     std::size_t cuts_ = 0;
+    std::vector<double> cutEnds_;  // in seconds of the film
     float progress_ = 0;
-    std::stop_source stop_;  // also checked by background work
+    Date renderingSince_;
+    std::optional<Date> expectedEnd_;  // of the rendering
+    std::stop_source stop_;            // also checked by background work
     std::shared_ptr<RunFolder> folder_;
     RenderQueue queue_;
     std::unique_ptr<Timer> progressTimer_;

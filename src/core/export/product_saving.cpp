@@ -80,12 +80,18 @@ void ProductSaving::written(const fs::path& target, const Result<void>& result) 
         return end(result.error());
     if (!stopped)
         return explain(target, result.error());
-    product_.panel.defaultName = pathText(target.filename());
+    startAt(target);
     ask();
 }
 
-void ProductSaving::explain(const fs::path& target, const Error& error) {
+// The next panel starts where the user saved last.
+void ProductSaving::startAt(const fs::path& target) {
     product_.panel.defaultName = pathText(target.filename());
+    product_.panel.folder = target.parent_path();
+}
+
+void ProductSaving::explain(const fs::path& target, const Error& error) {
+    startAt(target);
     panels_.alert(texts_.text("exportNotSavedTitle"),
                   product_.failureText(describeSaving(error, texts_)) + "\n\n" +
                       texts_.text("exportNotSavedHint"),

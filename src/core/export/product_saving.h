@@ -58,6 +58,7 @@ class ProductSaving {
   private:
     void ask();
     void write(const std::filesystem::path& target);
+    void startAt(const std::filesystem::path& target);
     void explain(const std::filesystem::path& target, const Error& error);
     void written(const std::filesystem::path& target, const Result<void>& result);
     void end(Result<std::optional<std::filesystem::path>> result);

@@ -14,20 +14,27 @@ namespace tembrix {
 namespace fs = std::filesystem;
 
 UnsavedProducts::UnsavedProducts(Panels& panels, Scheduler& scheduler, const Texts& texts, Log& log,
-                                 const VideoFilesManager& library)
-    : panels_(panels), scheduler_(scheduler), texts_(texts), log_(log), library_(library) {}
+                                 const VideoFilesManager& library, const Settings& settings)
+    : panels_(panels),
+      scheduler_(scheduler),
+      texts_(texts),
+      log_(log),
+      library_(library),
+      settings_(settings) {}
 
 int UnsavedProducts::add(Finished finished, ProductSaving::Completion completion) {
     const int id = ++lastId_;
     const auto waiting = waiting_.emplace(
         id, new Waiting{std::move(finished.folder), std::move(finished.savedText),
-                        std::move(completion), ProductSaving(panels_, scheduler_, texts_)});
+                        std::move(completion), ProductSaving(panels_, scheduler_, texts_),
+                        finished.product.panel.window});
     finished.product.refusal = [this, source = std::move(finished.source)](
                                    const fs::path& target) -> std::optional<Error> {
         if (isVideo(target, source))
             return plainError(texts_.text("exportSaveOverVideo"));
         return std::nullopt;
     };
+    finished.product.panel.folder = pathFromText(settings_.values->exportFolder);
     any.set(true);
     waiting.first->second->saving.begin(
         std::move(finished.product),
@@ -59,6 +66,7 @@ void UnsavedProducts::leaveWindow(int id) {
     if (found == waiting_.end())
         return;
     found->second->completion = nullptr;
+    found->second->window = homeWindow;
     found->second->saving.moveTo(homeWindow);
 }
 
@@ -72,6 +80,8 @@ void UnsavedProducts::ended(int id, Result<std::optional<fs::path>> result) {
     scheduler_.background(Priority::utility,
                           [folder = std::move(over->folder)]() mutable { folder.reset(); });
     any.set(!waiting_.empty());
+    if (result && *result)
+        saved.set(SavedProduct{**result, over->window});
     if (over->completion)
         over->completion(std::move(result));
     else if (!result)

@@ -16,9 +16,18 @@
 
 #include "core/export/product_saving.h"
 #include "core/export/run_folder.h"
+#include "core/settings/settings.h"
 #include "core/storage/video_files_manager.h"
 
 namespace tembrix {
+
+// A product that was saved, and the window in which its export was started, or the list window if
+// that is closed.
+struct SavedProduct {
+    std::filesystem::path file;
+    std::string window;
+    bool operator==(const SavedProduct&) const = default;
+};
 
 // The finished products that are not saved yet. A product belongs to the process until the user has
 // saved it or given it up, because it may have taken long to make: closing its project moves the
@@ -35,13 +44,15 @@ class UnsavedProducts final {
     };
 
     UnsavedProducts(Panels& panels, Scheduler& scheduler, const Texts& texts, Log& log,
-                    const VideoFilesManager& library);
+                    const VideoFilesManager& library, const Settings& settings);
 
     // Whether there is one. The program must not end by itself meanwhile.
     Published<bool, UnsavedProducts> any{false};
+    Published<std::optional<SavedProduct>, UnsavedProducts> saved;  // the last one
 
-    // Asks where to save a product. Its panel names the window that asks. The completion is that of
-    // ProductSaving; it is not called after leaveWindow().
+    // Asks where to save a product, first in the export folder of the settings. Its panel names the
+    // window that asks. The completion is that of ProductSaving; it is not called after
+    // leaveWindow().
     int add(Finished finished, ProductSaving::Completion completion);
     void stopWriting(int id);
     void leaveWindow(int id);
@@ -52,6 +63,7 @@ class UnsavedProducts final {
         std::string savedText;
         ProductSaving::Completion completion;  // empty if its window is closed
         ProductSaving saving;
+        std::string window;
     };
 
     void ended(int id, Result<std::optional<std::filesystem::path>> result);
@@ -63,6 +75,7 @@ class UnsavedProducts final {
     const Texts& texts_;
     Log& log_;
     const VideoFilesManager& library_;
+    const Settings& settings_;
     int lastId_ = 0;
     std::map<int, std::unique_ptr<Waiting>> waiting_;
 };

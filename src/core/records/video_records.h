@@ -53,4 +53,18 @@ struct VideoMetadata {
     std::string videoName(const std::function<std::string(Date)>& fileStamp) const;
 };
 
+// What a match is called in windows and by screen readers.
+struct MatchTitle {
+    std::string name;            // teams and score: "Red Lions – Blue Foxes, 2-1"
+    std::optional<Date> moment;  // when it was played, if the name says so
+    bool operator==(const MatchTitle&) const = default;
+};
+
+// Empty if neither a team nor the score was entered.
+std::string matchTitle(const VideoMetadata& match);
+
+// Reads the name of an entry. A name made by videoName() is turned into words, with the match that
+// it was made from if that is known. Any other name stays as it is.
+MatchTitle matchTitle(const std::string& videoName, const std::optional<VideoMetadata>& match);
+
 }  // namespace tembrix

@@ -1,32 +1,48 @@
 #include "core/shell/videos_view_model.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <stop_token>
 #include <utility>
 
 #include "base/file_dates.h"
 #include "base/file_url.h"
+#include "base/files.h"
 #include "base/image.h"
+#include "base/shortened.h"
 #include "base/utf8_text.h"
 
 namespace tembrix {
 
 namespace {
 
-const std::vector<std::string> videoExtensions{"mp4",  "mov", "avi", "mkv",  "m4v",  "mpg",
-                                               "mpeg", "ts",  "mts", "m2ts", "webm", "wmv",
-                                               "flv",  "mxf", "3gp", "vob",  "ogv",  "dv"};
-
 template <class... Handlers>
 struct Overloaded : Handlers... {
     using Handlers::operator()...;
 };
+
+// Names after a heading, such as "Not a video: a.txt, b.txt". A long list is cut off.
+std::string listed(const std::string& heading, const std::vector<std::string>& names,
+                   const Texts& texts) {
+    constexpr std::size_t most = 8;
+    std::vector<std::string> shown(
+        names.begin(), names.begin() + static_cast<std::ptrdiff_t>(std::min(names.size(), most)));
+    std::string line = heading + " " + joined(shown, ", ");
+    if (names.size() > most)
+        line += ", " + texts.counted("andMore", static_cast<int>(names.size() - most));
+    return line;
+}
+
+std::string fileName(const std::filesystem::path& file) {
+    return shortened(sanitizedUtf8(pathText(file.filename())));
+}
 
 }  // namespace
 
 VideosViewModel::VideosViewModel(VideoFilesManager& files, VideosPreviewManager& previews,
                                  WindowsManager& windows, Panels& panels, Scheduler& scheduler,
                                  const Texts& texts, const Locale& locale,
-                                 std::filesystem::path guides)
+                                 std::function<std::filesystem::path()> guide)
     : files_(files),
       previews_(previews),
       windows_(windows),
@@ -34,10 +50,11 @@ VideosViewModel::VideosViewModel(VideoFilesManager& files, VideosPreviewManager&
       scheduler_(scheduler),
       texts_(texts),
       locale_(locale),
-      guides_(std::move(guides)) {
-    state.update([&](VideosState& s) { s.files = files_.files(); });
-    files_.setUpdateFiles([this](const std::vector<FilesFile>& list) {
-        state.update([&](VideosState& s) { s.files = list; });
+      guide_(std::move(guide)),
+      looking_(scheduler) {
+    listChanged();
+    files_.setUpdateFiles([this](const std::vector<FilesFile>&) {
+        listChanged();
         windows_.libraryChanged();
     });
 }
@@ -46,12 +63,24 @@ VideosViewModel::~VideosViewModel() {
     files_.setUpdateFiles({});
 }
 
+void VideosViewModel::listChanged() {
+    state.update([&](VideosState& s) {
+        s.files = files_.files();
+        s.deleted.reset();
+        if (const auto* entry = files_.lastDeleted())
+            s.deleted = {entry->video.id, entry->title.name};
+    });
+}
+
 void VideosViewModel::send(VideosAction action) {
     const auto change = [this](auto&& edit) { state.update(edit); };
     std::visit(
         Overloaded{
             [&](const videos::OpenVideo& a) { openVideo(a.id); },
             [&](const videos::DeleteFile& a) { deleteVideo(a.file); },
+            [&](const videos::TakeBackDeletion&) { whenReady([this] { takeBackDeletion(); }); },
+            [&](const videos::AddFiles& a) { addFiles(a.paths); },
+            [&](const videos::AddWaitingVideos&) { addWaitingVideos(); },
             [&](const videos::ShowError& a) { showError(a.title); },
             [&](const videos::DismissError&) {
                 change([](VideosState& s) { s.showError = false; });
@@ -59,6 +88,7 @@ void VideosViewModel::send(VideosAction action) {
             [&](const videos::SaveVideoMetadata& a) { saveMatch(a); },
             [&](const videos::CancelMetadata&) {
                 change([](VideosState& s) { s.showMetadataSheet = false; });
+                nextVideo();
             },
             [&](const videos::ShowRenameSheet& a) {
                 change([&](VideosState& s) {
@@ -141,9 +171,21 @@ void VideosViewModel::rename(const FilesFile& file, const std::string& name) {
     whenReady([this, file, name] { files_.renameVideo(file, name); });
 }
 
-void VideosViewModel::showError(const std::string& title) {
+void VideosViewModel::takeBackDeletion() {
+    const auto* deleted = files_.lastDeleted();
+    if (!deleted)
+        return;
+    const std::string id = deleted->video.id;
+    if (files_.takeBackDeletion())
+        goToVideo.emit(id);
+    else
+        showError(texts_.text("videoNotTakenBack"));
+}
+
+void VideosViewModel::showError(const std::string& title, const std::string& details) {
     state.update([&](VideosState& s) {
         s.errorTitle = title;
+        s.errorDetails = details;
         s.showError = true;
     });
 }
@@ -158,20 +200,65 @@ void VideosViewModel::showRebindAlert(const FilesFile& file) {
 void VideosViewModel::pickVideo() {
     OpenPanelRequest request;
     request.title = texts_.text("addVideoTitle");
-    request.extensions = videoExtensions;
+    request.extensions = videoExtensions();
     request.kindName = texts_.text("videoFilesKind");
     panels_.open(request, lifetime_.guard([this](const std::vector<std::filesystem::path>& picked) {
         if (!picked.empty())
-            filePicked(picked.front());
+            videosFound({{picked.front()}, {}});
     }));
 }
 
-void VideosViewModel::filePicked(const std::filesystem::path& file) {
+void VideosViewModel::addFiles(const std::vector<std::filesystem::path>& paths) {
+    looking_.run(
+        Priority::userInitiated,
+        [paths](const std::stop_token& stop) { return findVideos(paths, stop); },
+        [this](const FoundVideos& found) { videosFound(found); });
+}
+
+// Says first what is not added. The sheets follow.
+void VideosViewModel::videosFound(const FoundVideos& found) {
+    std::vector<std::string> others;
+    for (const auto& other : found.others)
+        others.push_back(fileName(other));
+    std::vector<std::string> known;
+    std::string knownId;
+    for (const auto& video : found.videos) {
+        if (const VideosData* entry = files_.findByFile(video)) {
+            known.push_back(files_.title({*entry, nullptr}).name);
+            knownId = entry->id;
+        } else if (!isToBeAdded(video)) {
+            waiting_.push_back(video);
+        }
+    }
+    std::vector<std::string> details;
+    if (!others.empty())
+        details.push_back(listed(texts_.text("filesNoVideos"), others, texts_));
+    if (!known.empty() && known.size() + others.size() > 1)
+        details.push_back(listed(texts_.text("filesInList"), known, texts_));
+    if (!knownId.empty())
+        goToVideo.emit(knownId);
+    if (!details.empty())
+        showError(texts_.text("filesNotAdded"), joined(details, "\n"));
+    else if (!known.empty())
+        showError(texts_.format("videoIsInList", {shortened(known.front())}));
+    nextVideo();
+}
+
+bool VideosViewModel::isToBeAdded(const std::filesystem::path& file) const {
+    return (state->showMetadataSheet && state->videoMetadata.urlString == fileUrl(file)) ||
+           std::find(waiting_.begin(), waiting_.end(), file) != waiting_.end();
+}
+
+void VideosViewModel::nextVideo() {
     state.update([&](VideosState& s) {
-        s.videoMetadata = VideoMetadata{};
-        s.videoMetadata.dateTime = scheduler_.now();
-        s.videoMetadata.urlString = fileUrl(file);
-        s.showMetadataSheet = true;
+        if (!s.showMetadataSheet && !waiting_.empty()) {
+            s.videoMetadata = VideoMetadata{};
+            s.videoMetadata.dateTime = scheduler_.now();
+            s.videoMetadata.urlString = fileUrl(waiting_.front());
+            s.showMetadataSheet = true;
+            waiting_.pop_front();
+        }
+        s.waitingVideos = waiting_.size();
     });
 }
 
@@ -181,17 +268,51 @@ std::string VideosViewModel::videoName(const VideoMetadata& match) const {
 
 void VideosViewModel::saveMatch(const videos::SaveVideoMetadata& action) {
     state.update([](VideosState& s) { s.showMetadataSheet = false; });
-    if (!action.url || VideosPreviewManager::isEmptyFile(*action.url)) {
-        showError(texts_.text("alertsFileErrorTitle"));
-        return;
+    whenReady([this, action] {
+        if (!action.url || !add(*action.url, action))
+            showError(texts_.text("alertsFileErrorTitle"),
+                      action.url ? fileName(*action.url) : std::string());
+    });
+    nextVideo();
+}
+
+bool VideosViewModel::add(const std::filesystem::path& file,
+                          const std::optional<videos::SaveVideoMetadata>& named) {
+    if (VideosPreviewManager::isEmptyFile(file))
+        return false;
+    std::optional<FilesFile> added;
+    if (named && !named->underFileName) {
+        const VideoMetadata match{named->team1, named->team2, named->score, named->date,
+                                  fileUrl(file)};
+        added = files_.addMatch(file, match, videoName(match));
+    } else {
+        added = files_.addVideo(file);
     }
-    const VideoMetadata match{action.team1, action.team2, action.score, action.date,
-                              fileUrl(*action.url)};
-    whenReady([this, file = *action.url, name = videoName(match)] {
-        if (const auto added = files_.addVideoNamed(file, name))
-            makePreview(added->videoData.id);
-        else
-            showError(texts_.text("alertsFileErrorTitle"));
+    if (!added)
+        return false;
+    makePreview(added->videoData.id);
+    goToVideo.emit(added->videoData.id);
+    return true;
+}
+
+void VideosViewModel::addWaitingVideos() {
+    std::vector<std::filesystem::path> videos;
+    if (state->showMetadataSheet && state->videoMetadata.urlString)
+        if (const auto file = pathOfFileUrl(*state->videoMetadata.urlString))
+            videos.push_back(*file);
+    videos.insert(videos.end(), waiting_.begin(), waiting_.end());
+    waiting_.clear();
+    state.update([](VideosState& s) {
+        s.showMetadataSheet = false;
+        s.waitingVideos = 0;
+    });
+    whenReady([this, videos] {
+        std::vector<std::string> refused;
+        for (const auto& video : videos)
+            if (!add(video, std::nullopt))
+                refused.push_back(fileName(video));
+        if (!refused.empty())
+            showError(texts_.text("alertsFileErrorTitle"), joined(refused, "\n"));
     });
 }
 
@@ -216,7 +337,7 @@ void VideosViewModel::pickRebindFile() {
     OpenPanelRequest request;
     request.title = texts_.text("selectVideoFile");
     request.message = texts_.text("selectNewVideoFileMessage");
-    request.extensions = videoExtensions;
+    request.extensions = videoExtensions();
     request.kindName = texts_.text("videoFilesKind");
     panels_.open(
         request,
@@ -229,7 +350,7 @@ void VideosViewModel::pickRebindFile() {
 void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path& url) {
     const std::string id = file.videoData.id;
     if (const VideosData* other = files_.findByFile(url, id)) {
-        showError(texts_.format("videoIsOfAnotherEntry", {files_.displayName({*other, nullptr})}));
+        showError(texts_.format("videoIsOfAnotherEntry", {files_.title({*other, nullptr}).name}));
         return;
     }
     if (!files_.rebindVideo(id, url)) {
@@ -245,8 +366,11 @@ void VideosViewModel::rebind(const FilesFile& file, const std::filesystem::path&
 }
 
 void VideosViewModel::openGuide() {
-    const bool russian = locale_.preferredLocalization().starts_with("ru");
-    panels_.browse(fileUrl(guides_ / (russian ? "ru.html" : "en.html")));
+    const auto page = guide_();
+    panels_.browse(fileUrl(page), lifetime_.guard([this, page] {
+        showError(texts_.text("guideNotOpened"),
+                  texts_.format("guideNotOpenedPlace", {sanitizedUtf8(pathText(page))}));
+    }));
 }
 
 std::string VideosViewModel::displayName(const FilesFile& file) const {
@@ -275,7 +399,8 @@ std::vector<FilesFile> VideosViewModel::filteredFiles(const std::string& searchT
     for (const auto& file : state->files) {
         if (filter == VideoFilter::favorites && file.videoData.isFavorite != true)
             continue;
-        if (searchText.empty() || containsIgnoringCase(displayName(file), searchText))
+        if (searchText.empty() || containsIgnoringCase(displayName(file), searchText) ||
+            containsIgnoringCase(title(file).name, searchText))
             result.push_back(file);
     }
     if (filter == VideoFilter::recent) {

@@ -1,6 +1,7 @@
 #include "core/storage/collection_files.h"
 
 #include <cerrno>
+#include <utility>
 
 #include "base/files.h"
 #include "base/json_style.h"
@@ -63,15 +64,22 @@ std::optional<CollectionData> CollectionFiles::collection(const std::string& id)
 Result<void> writeCollectionFiles(const std::filesystem::path& folder,
                                   const CollectionData& collection) {
     auto outcome = makeFolder(folder);
+    if (!outcome)
+        return outcome;
     const auto write = [&](const char* name, const auto& record) {
         const auto content = encode(record, JsonStyle::pretty);
-        if (outcome)
-            outcome = content ? replaceFile(folder / name, *content) : content.error();
+        if (content && fileContains(folder / name, *content))
+            return;
+        auto written = content ? replaceFile(folder / name, *content) : content.error();
+        if (outcome && !written)
+            outcome = std::move(written);
     };
     write(layout::tagGroupsFile, TagGroupsData{collection.tagGroups});
     write(layout::tagsFile, TagsData{collection.tags});
     write(layout::labelGroupsFile, LabelGroupsData{collection.labelGroups});
     write(layout::labelsFile, LabelsData{collection.labels});
+    // The files of time events and field remain if the collection no longer has any. When reading,
+    // the working copy has priority.
     if (!collection.timeEvents.empty())
         write(layout::timeEventsFile, TimeEventsData{collection.timeEvents});
     if (collection.playField)

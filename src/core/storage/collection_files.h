@@ -43,7 +43,8 @@ class CollectionFiles {
     std::optional<PlayField> playField_;
 };
 
-// Writes a collection to the files of a folder, which is created if necessary.
+// Writes a collection to the files of a folder, which is created if necessary. Files that have this
+// content already are left alone. The first failure is returned.
 Result<void> writeCollectionFiles(const std::filesystem::path& folder,
                                   const CollectionData& collection);
 

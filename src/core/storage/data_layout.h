@@ -2,6 +2,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "ports/user_defaults.h"
 
 // The names of everything that is stored: keys of the user defaults, folders and files. They are
 // defined only here. They are the format of the user's data and must not change.
@@ -13,7 +16,7 @@ inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksums o
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";
-inline constexpr const char* damagedPrefix = "damaged_";  // followed by the key of a damaged value
+inline constexpr const char* damagedPrefix = setAsidePrefix;  // and the key of a damaged value
 // Followed by the id of a video whose timeline could not be read, until its backup has been
 // handled.
 inline constexpr const char* unreadablePrefix = "unreadable_";
@@ -37,13 +40,47 @@ inline constexpr const char* lastSyncDateKey = "DataSync_LastSyncDate";
 inline constexpr const char* settingsKey = "settings";          // what differs from the defaults
 inline constexpr const char* commandKeysKey = "commandKeys";    // what the user changed
 inline constexpr const char* lastOpenedPrefix = "lastOpened_";  // a date, by the id of a video
+inline constexpr const char* matchPrefix = "match_";  // what an entry was named after, by its id
+// Followed by the key of a value of a deleted video, until the program ends.
+inline constexpr const char* deletedPrefix = "deleted_";
+inline constexpr const char* positionPrefix = "position_";  // seconds, by the id of a video
+inline constexpr const char* windowPlacePrefix = "windowPlace_";
 
 inline std::string lastOpenedKey(std::string_view videoId) {
     return lastOpenedPrefix + std::string(videoId);
 }
 
+inline std::string windowPlaceKey(std::string_view window) {
+    return windowPlacePrefix + std::string(window);
+}
+
 inline std::string timelineKey(std::string_view videoId) {
     return timelinePrefix + std::string(videoId);
+}
+
+inline std::string matchKey(std::string_view videoId) {
+    return matchPrefix + std::string(videoId);
+}
+
+inline std::string positionKey(std::string_view videoId) {
+    return positionPrefix + std::string(videoId);
+}
+
+// The keys of all values that belong to one video. They are removed with its entry.
+inline std::vector<std::string> keysOfVideo(std::string_view videoId) {
+    return {timelineKey(videoId), lastOpenedKey(videoId), matchKey(videoId), positionKey(videoId)};
+}
+
+inline std::string deletedKey(std::string_view key) {
+    return deletedPrefix + std::string(key);
+}
+
+inline std::string deletedVideoKey(std::string_view videoId) {
+    return deletedKey("video_" + std::string(videoId));
+}
+
+inline std::string deletedDocumentKey(std::string_view videoId) {
+    return deletedKey("document_" + std::string(videoId));
 }
 
 inline std::string collectionKey(std::string_view collectionId) {
@@ -86,5 +123,7 @@ inline constexpr const char* defaultsFile = "defaults.sqlite";  // in the progra
 inline constexpr const char* writtenValuesFile = "WrittenValues.txt";
 inline constexpr const char* defaultsBackupFile = "UserDefaultsBackup.plist";
 inline constexpr const char* secondCopyFile = "second-copy.plist";
+inline constexpr const char* unfinishedRestoreFile =
+    "Unfinished.txt";  // in the folder of replaced data, while a restore is under way
 
 }  // namespace tembrix::layout

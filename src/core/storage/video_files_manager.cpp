@@ -1,6 +1,7 @@
 #include "core/storage/video_files_manager.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <utility>
@@ -58,7 +59,8 @@ VideoFilesManager::VideoFilesManager(InMemoryStorageManager& storage, Bookmarks&
       bookmarks_(bookmarks),
       directories_(std::move(directories)),
       texts_(texts),
-      log_(log) {}
+      log_(log),
+      deleted_(storage) {}
 
 void VideoFilesManager::start() {
     for (const auto& folder :
@@ -66,8 +68,11 @@ void VideoFilesManager::start() {
         if (const auto made = makeFolder(folder); !made)
             log_.line("❌ Storage: Error making a folder - " + made.error().text);
     }
+    const RepairScope repair;  // what is stored here, the user has not changed
     const bool readable = loadVideosData();
     rebuildFiles();
+    if (readable)
+        deleted_.finish(videosData_);
     // A list that cannot be read is not written here, because it would be replaced by an empty one.
     if (readable && !storage_.userDefaults().boolean(layout::videosCleanupDoneKey)) {
         saveVideosData();
@@ -204,6 +209,19 @@ std::optional<FilesFile> VideoFilesManager::addVideoNamed(const std::filesystem:
     return fileWith(hasId(added->videoData.id));
 }
 
+std::optional<FilesFile> VideoFilesManager::addMatch(const std::filesystem::path& file,
+                                                     const VideoMetadata& match,
+                                                     const std::string& name) {
+    const auto added = addVideo(file);
+    if (!added)
+        return std::nullopt;
+    const std::string id = added->videoData.id;
+    if (const auto encoded = encode(match))
+        storage_.userDefaults().setData(layout::matchKey(id), *encoded);
+    renameVideo(*added, name);
+    return fileWith(hasId(id));
+}
+
 void VideoFilesManager::appendFile(const FilesFile& file) {
     files_.push_back(file);
     videosData_.push_back(file.videoData);
@@ -213,6 +231,9 @@ void VideoFilesManager::appendFile(const FilesFile& file) {
 
 std::vector<FilesFile> VideoFilesManager::reloadFiles() {
     loadVideosData();
+    if (!storage_.userDefaults().data(layout::videosDataKey))
+        deleted_.forgetAll();
+    deleted_.listReplaced(videosData_);
     rebuildFiles();
     publish();
     return files_;
@@ -225,14 +246,49 @@ Result<void> VideoFilesManager::deleteVideo(const FilesFile& file) {
     const VideosData video = *found;
     if (auto kept = keepTimeline(video); !kept)
         return kept;
-    storage_.userDefaults().remove(layout::timelineKey(video.id));
-    storage_.userDefaults().remove(layout::lastOpenedKey(video.id));
-    storage_.deleteTimelineFile(video.id);
+    const auto shown = fileWith(hasId(video.id));
+    deleted_.keep({video, title(file), static_cast<std::size_t>(found - videosData_.data()),
+                   shown ? shown->preview : nullptr});
     std::erase_if(videosData_, hasId(video.id));
     rebuildFiles();
     saveVideosData();
+    deleted_.removeData(video.id);
     publish();
     return {};
+}
+
+const DeletedVideos::Entry* VideoFilesManager::lastDeleted() const {
+    return deleted_.entries().empty() ? nullptr : &deleted_.entries().back();
+}
+
+bool VideoFilesManager::takeBackDeletion() {
+    if (deleted_.entries().empty())
+        return false;
+    const DeletedVideos::Entry entry = deleted_.entries().back();
+    if (entryOfFile(entry.video))
+        return false;
+    deleted_.restoreData(entry.video.id);
+    const auto place = std::min(entry.place, videosData_.size());
+    videosData_.insert(videosData_.begin() + static_cast<std::ptrdiff_t>(place), entry.video);
+    rebuildFiles();
+    saveVideosData();
+    deleted_.forget(entry.video.id);
+    setPreview(entry.video.id, entry.preview);
+    return true;
+}
+
+const VideosData* VideoFilesManager::entryOfFile(const VideosData& video) const {
+    const auto file = resolveVideoURL(video.bookmark);
+    return file ? findByFile(*file, video.id) : nullptr;
+}
+
+MarkCounts VideoFilesManager::countMarks(const std::string& videoId) const {
+    MarkCounts counts;
+    for (const auto& line : storage_.loadTimeline(videoId)) {
+        int& count = line->id == drawingsLineId() ? counts.drawings : counts.stamps;
+        count += static_cast<int>(line->stamps.size());
+    }
+    return counts;
 }
 
 // The list without duplicates. A duplicate whose timeline cannot be kept stays in the list.
@@ -353,6 +409,18 @@ std::string VideoFilesManager::displayName(const FilesFile& file) const {
     if (const auto path = resolveVideoURL(file.videoData.bookmark))
         return pathText(path->filename());
     return "Видео недоступно";
+}
+
+MatchTitle VideoFilesManager::title(const FilesFile& file) const {
+    const VideosData& video = file.videoData;
+    if (!video.customName || video.customName->empty())
+        return {displayName(file), std::nullopt};
+    const auto stored = storage_.userDefaults().data(layout::matchKey(video.id));
+    const auto match = stored ? decode<VideoMetadata>(*stored).optional() : std::nullopt;
+    MatchTitle title = matchTitle(*video.customName, match);
+    if (title.name.empty())
+        title.name = displayName({{video.bookmark, video.id, std::nullopt, {}}, nullptr});
+    return title;
 }
 
 }  // namespace tembrix

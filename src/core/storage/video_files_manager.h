@@ -20,9 +20,17 @@
 
 #include "core/records/video_records.h"
 #include "core/storage/deleted_timeline_keeper.h"
+#include "core/storage/deleted_videos.h"
 #include "core/storage/in_memory_storage_manager.h"
 
 namespace tembrix {
+
+// The marks that a video has.
+struct MarkCounts {
+    int stamps = 0;
+    int drawings = 0;
+    bool operator==(const MarkCounts&) const = default;
+};
 
 // The library: the list of videos that the user added, how it is stored, migrated and cleaned up.
 // Videos are never copied. The id of an entry is the key of all data of its video. Main thread
@@ -47,11 +55,20 @@ class VideoFilesManager {
     std::optional<FilesFile> addVideo(const std::filesystem::path& file);
     std::optional<FilesFile> addVideoNamed(const std::filesystem::path& file,
                                            const std::string& name);
+    // Adds a video under the name of its match. A file that is in the list already is renamed.
+    std::optional<FilesFile> addMatch(const std::filesystem::path& file, const VideoMetadata& match,
+                                      const std::string& name);
     void appendFile(const FilesFile& file);
     std::vector<FilesFile> reloadFiles();
     // Deletes the entry and its timelines. If these cannot be kept in the backup, nothing is
-    // deleted.
+    // deleted. Until the program ends, the deletion can be taken back.
     Result<void> deleteVideo(const FilesFile& file);
+    // The entry whose deletion is taken back next: the one deleted last. Null if there is none.
+    const DeletedVideos::Entry* lastDeleted() const;
+    // Puts the entry deleted last back at its place, with all that was deleted with it. Returns
+    // false if its file is in the list as another entry.
+    bool takeBackDeletion();
+    MarkCounts countMarks(const std::string& videoId) const;
     void renameVideo(const FilesFile& file, const std::string& name);
     void toggleFavorite(const std::string& videoId);
     // Fails if there is no such file or if it is the video of another entry.
@@ -73,12 +90,16 @@ class VideoFilesManager {
     // Absent if the file does not exist or another file is at its place.
     std::optional<std::filesystem::path> resolveVideoURL(const Bytes& bookmark) const;
     std::string displayName(const FilesFile& file) const;
+    // The name in words. Names made from a match without teams and score are replaced by the name
+    // of the file.
+    MatchTitle title(const FilesFile& file) const;
 
   private:
     bool loadVideosData();  // returns false if the stored list cannot be read
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();
+    const VideosData* entryOfFile(const VideosData& video) const;  // another one of the same file
     std::vector<VideosData> cleaned(const std::vector<VideosData>& list);
     Result<void> keepTimeline(const VideosData& video);
     void publish();
@@ -97,6 +118,7 @@ class VideoFilesManager {
     DeletedTimelineKeeper* keeper_ = nullptr;
     std::vector<FilesFile> files_;
     std::vector<VideosData> videosData_;
+    DeletedVideos deleted_;
     std::function<void(const std::vector<FilesFile>&)> updateFiles_;
     std::function<void()> listStored_;
 };

@@ -1,5 +1,7 @@
 #include <QCheckBox>
+#include <QLabel>
 #include <QMenu>
+#include <QTimer>
 #include <QToolButton>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -101,7 +103,52 @@ TEST_F(ExportFlow, AFilmIsMadeByKeyboardAlone) {
     EXPECT_FALSE(exports->isExporting());
 }
 
+TEST_F(ExportFlow, ASavedFilmCanBePlayedAndShownInItsFolder) {
+    const auto* bar = child(window, "savedProduct");
+    EXPECT_FALSE(bar->isVisible());
+    const auto film = project.folder.path() / "film.mp4";
+    choose("fullControlButtonExportAll");
+    press("exportModeFilm");
+    project.scheduler.run();
+    session().succeed();
+    project.scheduler.run();
+    project.panels.answerSave(film);
+    project.scheduler.run();
+    ASSERT_TRUE(bar->isVisible());
+    EXPECT_TRUE(window.rect().contains(bar->geometry()));
+    EXPECT_EQ(unnamedControls(window), QStringList());
+    picture(window, "export-saved");
+    QTest::mouseClick(child(window, "savedProductPlay"), Qt::LeftButton);
+    QTest::mouseClick(child(window, "savedProductFolder"), Qt::LeftButton);
+    EXPECT_THAT(project.panels.browsed, ElementsAre("file://" + film.string()));
+    EXPECT_THAT(project.panels.revealed, ElementsAre(project.folder.path()));
+    EXPECT_EQ(bar->accessibleName(), "savedProduct");
+
+    project.panels.nothingOpens = true;
+    QTest::mouseClick(child(window, "savedProductPlay"), Qt::LeftButton);
+    EXPECT_EQ(bar->accessibleName(), "savedProductPlayFailed");
+    std::filesystem::remove(film);
+    QTest::mouseClick(child(window, "savedProductPlay"), Qt::LeftButton);
+    EXPECT_EQ(bar->accessibleName(), "savedProductGone");
+    EXPECT_EQ(project.panels.browsed.size(), 2U);
+    QTest::mouseClick(child(window, "savedProductHide"), Qt::LeftButton);
+    EXPECT_FALSE(bar->isVisible());
+}
+
+TEST_F(ExportFlow, TheArrowDownOpensTheMenu) {
+    button->setFocus();
+    QTimer::singleShot(0, button, [this] {
+        EXPECT_TRUE(button->menu()->isVisible());
+        button->menu()->close();
+    });
+    QTest::keyClick(button, Qt::Key_Down);
+    EXPECT_FALSE(button->menu()->isVisible());
+}
+
 TEST_F(ExportFlow, AWaitingPanelShowsProgressAndCancels) {
+    project.texts.set("exportCutsDone", "{0} of {1}");
+    project.texts.set("exportSecondsLeft", "{0} s");
+    const auto text = [&](const char* label) { return child<QLabel>(window, label)->text(); };
     EXPECT_FALSE(waiting()->isVisible());
     choose("fullControlButtonExportAll");
     press("exportModeFilm");
@@ -112,6 +159,13 @@ TEST_F(ExportFlow, AWaitingPanelShowsProgressAndCancels) {
     session().setProgress(0.625F);
     project.scheduler.advance(0.11);
     EXPECT_EQ(child(window, "exportProgress")->accessibleDescription(), "63 %");
+    EXPECT_EQ(text("exportStep"), "1 of 3");
+    EXPECT_EQ(text("exportLeft"), "") << "too early to tell";
+    project.scheduler.advance(20);
+    session().setProgress(0.8F);
+    project.scheduler.advance(0.11);
+    EXPECT_EQ(text("exportStep"), "2 of 3");
+    EXPECT_EQ(text("exportLeft"), "10 s");
     EXPECT_EQ(child(window, "exportProgress")->size(), QSize(80, 80));
     QTest::qWait(300);
     picture(window, "export-waiting");

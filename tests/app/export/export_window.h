@@ -38,6 +38,7 @@ struct ExportWindow : MatchRecords {
             std::ofstream(call.arguments[1]) << "archive";
             return Result<ProcessOutcome>(ProcessOutcome{});
         };
+        window.setObjectName("timelines");
         window.resize(1280, 430);
         exports = new ExportController(
             {project.timeline, project.tagLibrary, project.exports, project.focus, project.events,

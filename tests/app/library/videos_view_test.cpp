@@ -1,58 +1,20 @@
-#include "app/library/videos_view.h"
-
 #include <QContextMenuEvent>
-#include <QListView>
 #include <QMenu>
 #include <QPushButton>
-#include <QTest>
 #include <gtest/gtest.h>
 
-#include "app/library/videos_list_model.h"
-#include "app/widgets/qt_text.h"
+#include "app/library/list_window.h"
 #include "app/widgets/segmented_switch.h"
-#include "app/window_keys.h"
-#include "app/window_tests.h"
-#include "fakes/core_project.h"
 
 namespace tembrix {
 namespace {
 
-struct VideosViewTest : testing::Test {
-    CoreProgram project;
-    DataSyncManager& sync = project.core.dataSync;
-    WindowsManager& windows = project.core.windows;
-    VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
-                          project.scheduler, project.texts,         project.locale, "/guides"};
-    VideosView view{model,
-                    {project.texts, project.locale, project.focus, project.core.commands,
-                     project.panels, project.scheduler},
-                    sync};
-
-    WindowKeys keys{project.core.commands, project.focus, project.texts};
-
-    void show() {
-        WindowKeys::giveMenus(view, project.core.commands, project.texts, CommandScope::list);
-        view.resize(1000, 640);
-        view.show();
-        view.activateWindow();  // without a window manager, no window is activated automatically
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
-    }
-    QListView* list() { return child<QListView>(view, "videosList"); }
-    // The visible sheet, once it has the keyboard focus.
-    static QWidget* sheet() {
-        QWidget* top = QApplication::activeModalWidget();
-        if (!top)
-            return nullptr;
-        top->activateWindow();
-        return QTest::qWaitFor([&] { return QApplication::activeWindow() == top; }) ? top : nullptr;
-    }
-};
+using VideosViewTest = ListWindow;
 
 TEST_F(VideosViewTest, AVideoIsAddedByKeyboardAlone) {
     show();
-    EXPECT_TRUE(child(view, "addVideoTitle.empty")->isVisible());
-    child(view, "addVideoTitle.empty")->setFocus();
-    QTest::keyClick(child(view, "addVideoTitle.empty"), Qt::Key_Space);
+    ASSERT_EQ(QApplication::focusWidget(), child(view, "addFirstVideo"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     project.panels.answerOpen({project.folder.write("final.mp4", "bytes")});
     ASSERT_TRUE(sheet());
     QTest::keyClicks(QApplication::focusWidget(), "Lions");
@@ -62,10 +24,10 @@ TEST_F(VideosViewTest, AVideoIsAddedByKeyboardAlone) {
     EXPECT_EQ(unnamedControls(*sheet()), QStringList());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     ASSERT_TRUE(QTest::qWaitFor([&] { return list()->model()->rowCount() == 1; }));
-    EXPECT_TRUE(list()->model()->index(0, 0).data().toString().startsWith("Lions_Foxes"));
+    EXPECT_EQ(nameOf(0), "Lions – Foxes");
 
-    QTest::qWait(0);  // the sheet is deleted in the next turn of the event loop
-    QTest::keyClick(list(), Qt::Key_Return);
+    ASSERT_TRUE(backInList());
+    QTest::keyClick(view.windowHandle(), Qt::Key_Return);
     EXPECT_FALSE(windows.isClosing());
     EXPECT_EQ(unnamedControls(view), QStringList());
 }
@@ -80,8 +42,15 @@ TEST_F(VideosViewTest, SearchAndFilterLeaveWhatMatchesAndSayWhenNothingDoes) {
     EXPECT_EQ(list()->model()->rowCount(), 1);
     QTest::keyClicks(child(view, "searchVideos"), "x");
     EXPECT_FALSE(list()->isVisible());
-    QTest::keyClick(child(view, "searchVideos"), Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClick(child(view, "searchVideos"), Qt::Key_Delete);
+    EXPECT_FALSE(child(view, "addFirstVideo")->isVisible());
+    QTest::mouseClick(child(view, "commandClearSearch"), Qt::LeftButton);
+    EXPECT_EQ(list()->model()->rowCount(), 2);
+    EXPECT_EQ(QApplication::focusWidget(), list());
+    QTest::keyClicks(child(view, "searchVideos"), "beta");
+    QTest::keyClick(child(view, "searchVideos"), Qt::Key_Down);
+    EXPECT_EQ(QApplication::focusWidget(), list());
+    QTest::keyClick(list(), Qt::Key_Escape);
+    EXPECT_EQ(list()->model()->rowCount(), 2);
     QTest::mouseClick(child(view, "videosFilterFavorites"), Qt::LeftButton);
     ASSERT_EQ(list()->model()->rowCount(), 1);
     EXPECT_EQ(list()->model()->index(0, 0).data().toString(), "beta.mp4");
@@ -168,10 +137,10 @@ TEST_F(VideosViewTest, TheDataSheetBacksUpAndSaysSo) {
 
 TEST_F(VideosViewTest, WhatARestoreReplacedIsListedAndBroughtBack) {
     project.addVideo("one.mp4");
-    sync.backUpNow();
+    EXPECT_TRUE(sync.backUpNow());
     project.library.renameVideo(project.library.files().front(), "Later");
     EXPECT_TRUE(sync.replacedStates().empty());
-    sync.restoreFromBackup();
+    EXPECT_TRUE(sync.restoreFromBackup());
     show();
     QTest::mouseClick(child(view, "dataManagementTitle"), Qt::LeftButton);
     ASSERT_TRUE(sheet());
@@ -194,6 +163,11 @@ TEST_F(VideosViewTest, ARepairIsSaidAboveTheListUntilItIsDismissed) {
     EXPECT_FALSE(notices->accessibleName().isEmpty());
     QTest::mouseClick(child(view, "safetyDismiss"), Qt::LeftButton);
     EXPECT_FALSE(notices->isVisible());
+    sync.noteIncidents({true, true, true});
+    project.scheduler.run();
+    for (const char* text :
+         {"safetyDatabaseReplaced", "safetyUnsavedUnreadable", "safetyLaterChangesUsed"})
+        EXPECT_TRUE(notices->accessibleName().contains(QString::fromLatin1(text))) << text;
 }
 
 }  // namespace

@@ -18,8 +18,9 @@ namespace {
 struct VideosViewModelTest : testing::Test {
     CoreProgram project;
     WindowsManager& windows = project.core.windows;
-    VideosViewModel model{project.library,   project.core.previews, windows,        project.panels,
-                          project.scheduler, project.texts,         project.locale, "/guides"};
+    VideosViewModel model{
+        project.library,   project.core.previews, windows,        project.panels,
+        project.scheduler, project.texts,         project.locale, [] { return "/guides/en.html"; }};
 
     std::vector<std::string> names(const std::string& search, VideoFilter filter) {
         std::vector<std::string> result;
@@ -54,6 +55,38 @@ TEST_F(VideosViewModelTest, AddingAVideoAsksForTheMatchAndNamesTheEntryByIt) {
     EXPECT_TRUE(names("tigers", VideoFilter::all).empty());
     model.send(videos::OpenGuide{});
     EXPECT_EQ(project.panels.browsed, std::vector<std::string>{"file:///guides/en.html"});
+}
+
+TEST(Counts, TakeTheFormsOfTheLanguage) {
+    FakeTexts texts;
+    texts.set("en", "{0} tag|{0} tags");
+    texts.set("ru", "{0} тег|{0} тега|{0} тегов");
+    EXPECT_EQ(texts.counted("en", 1), "1 tag");
+    EXPECT_EQ(texts.counted("en", 21), "21 tags");
+    for (const auto& [number, form] : {std::pair(1, "тег"),
+                                       {2, "тега"},
+                                       {5, "тегов"},
+                                       {11, "тегов"},
+                                       {14, "тегов"},
+                                       {21, "тег"},
+                                       {22, "тега"},
+                                       {112, "тегов"},
+                                       {0, "тегов"}})
+        EXPECT_EQ(texts.counted("ru", number), std::to_string(number) + " " + form);
+}
+
+TEST(MatchTitles, AreTheWordsOfANameMadeFromAMatch) {
+    const VideoMetadata match{"Red Lions", "Blue Foxes", "2-1", Date{1714588200}, {}};
+    const std::string name = "Red_Lions_Blue_Foxes_2-1_2024-05-01_18-30";
+    EXPECT_EQ(matchTitle(name, match),
+              (MatchTitle{"Red Lions – Blue Foxes, 2-1", Date{1714588200}}));
+    EXPECT_EQ(matchTitle(name, std::nullopt).name, "Red Lions Blue Foxes 2-1");
+    EXPECT_TRUE(matchTitle(name, std::nullopt).moment);
+    // The match says nothing about a name that the user has given.
+    EXPECT_EQ(matchTitle("Derby", match), (MatchTitle{"Derby", std::nullopt}));
+    EXPECT_EQ(matchTitle("Second___2026-11-23_03-21", std::nullopt).name, "Second");
+    EXPECT_EQ(matchTitle("___2026-11-23_03-21", std::nullopt).name, "");
+    EXPECT_EQ(matchTitle("Cup_2026-11-23_0x-21", std::nullopt).name, "Cup_2026-11-23_0x-21");
 }
 
 TEST_F(VideosViewModelTest, RenamingClosesTheSheetAndIsStored) {
