@@ -38,6 +38,11 @@ class Player {
     virtual void pause() = 0;
     virtual void setRate(double rate) = 0;  // above 0 starts playback at that rate, 0 pauses
 
+    // From 0, silent, to 1, as it was recorded. Muting keeps the volume.
+    virtual void setVolume(double volume, bool muted) = 0;
+    virtual double volume() const = 0;
+    virtual bool isMuted() const = 0;
+
     // Shows the frame whose time span contains `seconds`, clamped to the video. A newer seek, or
     // the destruction of the player, ends an older one, whose completion is then called with false.
     // Each completion is called once; until then the current time does not change.

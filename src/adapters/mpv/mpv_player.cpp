@@ -146,6 +146,15 @@ void MpvPlayer::setRate(double rate) {
     change(rate);
 }
 
+void MpvPlayer::setVolume(double volume, bool muted) {
+    volume_ = std::clamp(volume, 0.0, 1.0);
+    muted_ = muted;
+    if (!core_ || !core_->works())
+        return;
+    core_->set("volume", volume_ * 100);
+    core_->set("mute", muted_);
+}
+
 void MpvPlayer::change(double rate) {
     const bool stops = rate <= 0 && rate_ > 0;
     rate_ = rate;

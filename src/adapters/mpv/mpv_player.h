@@ -38,6 +38,9 @@ class MpvPlayer final : public QObject, public Player {
     void play() override { setRate(1.0); }
     void pause() override { setRate(0); }
     void setRate(double rate) override;
+    void setVolume(double volume, bool muted) override;
+    double volume() const override { return volume_; }
+    bool isMuted() const override { return muted_; }
     void seek(double seconds, std::function<void(bool finished)> completion) override;
 
     Subscription observeTime(double interval, std::function<void(double)> observer) override;
@@ -74,6 +77,8 @@ class MpvPlayer final : public QObject, public Player {
     MediaInfo info_;
     double time_ = 0;
     double rate_ = 0;
+    double volume_ = 1;
+    bool muted_ = false;
     bool started_ = false;  // the first picture is shown
     bool stalled_ = false;
     bool atEnd_ = false;

@@ -10,6 +10,7 @@ class HotKeyManager;
 class MarkupModeStore;
 class Panels;
 class Scheduler;
+class StorageHealth;
 class TagLibraryManager;
 class Texts;
 class TimelineDataManager;
@@ -29,6 +30,7 @@ struct ControlServices {
     TagLibraryManager& tagLibrary;
     FocusStateManager& focus;
     UserDefaults& defaults;
+    StorageHealth& health;
     Scheduler& scheduler;
     EventBus& events;
     Commands& commands;

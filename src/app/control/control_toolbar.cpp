@@ -11,10 +11,12 @@
 #include "app/control/timelines_area.h"
 #include "app/playback/player_control_panel.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/segmented_switch.h"
 #include "app/widgets/tabular_label.h"
+#include "app/widgets/translated.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
 #include "core/control/timeline_editing_model.h"
@@ -22,6 +24,13 @@
 #include "core/timeline/timeline_history.h"
 
 namespace tembrix {
+
+namespace {
+
+// The zoom has no upper limit, but a value that is told needs one.
+constexpr double largestZoomTold = 1000;
+
+}  // namespace
 
 ControlToolbar::ControlToolbar(const ControlServices& services, TimelineEditingModel& model,
                                QWidget* parent)
@@ -51,12 +60,14 @@ void ControlToolbar::addGroup(QWidget* group) {
 void ControlToolbar::addModes() {
     auto* modes = new SegmentedSwitch(services_.texts,
                                       {"fullControlModeStandard", "fullControlModeTagBased"}, this);
-    modes->setToolTip(qtext(services_.texts.text("fullControlModeHelp")));
-    nameControl(modes, services_.texts, "fullControlModeHelp");
+    showText(modes, services_.texts, "fullControlModeHelp", &QWidget::toolTip,
+             &QWidget::setToolTip);
+    nameControl(modes, services_.texts, "fullControlMode");
     row_->addWidget(modes);
     auto* add =
         makeButton(services_.texts, "fullControlButtonAddTimeline", ButtonLook::quiet, this);
     add->setIcon(theme::icon("list-add"));
+    add->setFocusPolicy(Qt::TabFocus);
     bindButton(add, services_.commands, Command::addLine, services_.texts);
     row_->addWidget(add);
 
@@ -82,7 +93,8 @@ void ControlToolbar::addHistory() {
             button->setToolTip(*step ? plain + ": " + qtext(services_.texts.text(**step)) : plain);
             button->setAccessibleDescription(button->toolTip());
         };
-        show();
+        followLanguage(button, services_.texts, show);
+        subscriptions_.push_back(services_.commands.captionsChanged.observe(show));
         subscriptions_.push_back(
             step.observe([show](const std::optional<std::string>&) { show(); }));
     };
@@ -100,6 +112,17 @@ void ControlToolbar::addZoom() {
                                       "list-remove", this);
     auto* figure = new TabularLabel(this);
     nameControl(figure, services_.texts, "fullControlZoom");
+    auto* value = new AccessibleValue(
+        figure, QAccessible::Slider,
+        [this] {
+            return AccessibleValue::Reading{*model_.timelineScale,
+                                            TimelineEditingModel::smallestScale, largestZoomTold,
+                                            TimelineEditingModel::zoomStep};
+        },
+        [this](double scale) {
+            model_.magnify(scale / *model_.timelineScale);
+            model_.endMagnify();
+        });
     auto* zoomIn =
         makeCommandButton(services_.commands, Command::zoomIn, services_.texts, "list-add", this);
     for (QWidget* part : {static_cast<QWidget*>(zoomOut), static_cast<QWidget*>(figure),
@@ -107,7 +130,10 @@ void ControlToolbar::addZoom() {
         row_->addWidget(part);
     zoomOut->setAutoRepeat(true);
     zoomIn->setAutoRepeat(true);
-    const auto show = [this, figure] { figure->setText(qtext(model_.zoomText())); };
+    const auto show = [this, figure, value] {
+        figure->setText(qtext(model_.zoomText()));
+        value->changed();
+    };
     show();
     subscriptions_.push_back(model_.zoomChanged.observe(show));
 }

@@ -1,6 +1,7 @@
 #include "app/control/full_control_view.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/saved_sign.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/stamp_items_sheet.h"
 #include "core/commands/command_table.h"
@@ -35,6 +37,9 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
       area_(new TimelinesArea(services, model_, this)),
       status_(new ElidedLabel({}, this)) {
     nameControl(this, services.texts, "timelines");
+    // Has the focus while no control does.
+    setFocusPolicy(Qt::ClickFocus);
+    setFocus();
     nameControl(status_, services.texts, "timelineHoverText");
     status_->setContentsMargins(theme::margin, theme::unit, theme::margin, theme::unit);
     status_->setFixedHeight(theme::controlHeight - theme::unit);
@@ -47,7 +52,10 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     column->addWidget(area_, 1);
     column->addWidget(makeSeparator(Qt::Horizontal, this));
-    column->addWidget(status_);
+    auto* bottom = new QHBoxLayout;
+    bottom->addWidget(status_, 1);
+    bottom->addWidget(new SavedSign(services.health, services.texts, this));
+    column->addLayout(bottom);
 
     auto* exports = new ExportController(
         {services.timeline, services.tagLibrary, services.exports, services.focus, services.events,
@@ -56,7 +64,9 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
     toolbar_->addGroup(exports->makeMenuButton(toolbar_));
     connect(area_, &TimelinesArea::editNameRequested, this, &FullControlView::openEditName);
     subscriptions_.push_back(model_.hoveredStampInfo.observe(
-        [this](const std::optional<std::string>& text) { showHover(text); }));
+        [this](const std::optional<std::string>&) { showHover(); }));
+    subscriptions_.push_back(
+        model_.pointedStamp.observe([this](const std::optional<Uuid>&) { showHover(); }));
     subscriptions_.push_back(
         model_.editing.sheetType.observe([this](const std::optional<StampEditSheetType>& type) {
             if (type)
@@ -184,10 +194,16 @@ void FullControlView::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
 }
 
+// The video does not play on behind a sheet.
+void FullControlView::present(Sheet* sheet) {
+    sheet->holdWhileOpen(services_.player.pauseMeanwhile());
+    sheet->present();
+}
+
 void FullControlView::openAddLine() {
     auto* sheet = new AddLineSheet(
         window(), services_, [this](const std::string& name) { services_.timeline.addLine(name); });
-    sheet->present();
+    present(sheet);
 }
 
 void FullControlView::openEditName(const Uuid& line) {
@@ -197,7 +213,7 @@ void FullControlView::openEditName(const Uuid& line) {
     auto* sheet = new EditTimelineNameSheet(
         window(), services_, found->name,
         [this, line](const std::string& name) { services_.timeline.renameLine(line, name); });
-    sheet->present();
+    present(sheet);
 }
 
 void FullControlView::openStampEdit(StampEditSheetType type) {
@@ -206,21 +222,27 @@ void FullControlView::openStampEdit(StampEditSheetType type) {
         auto* sheet = new Sheet(window(), services_.texts, "fullControlExportErrorStampNotFound");
         sheet->addAcceptButton("okButtonTitle");
         connect(sheet, &QDialog::finished, this, [this] { model_.editing.cancel(); });
-        sheet->present();
+        present(sheet);
         return;
     }
     auto* sheet = new StampItemsSheet(
-        window(), services_.texts, type,
+        window(), services_.texts, type, "saveButtonTitle",
         std::make_unique<StampItemsSelection>(std::move(*arguments), services_.tagLibrary,
                                               services_.hotkeys, services_.events));
     connect(sheet, &QDialog::accepted, this,
             [this, sheet] { model_.editing.finish(sheet->ids()); });
     connect(sheet, &QDialog::rejected, this, [this] { model_.editing.cancel(); });
-    sheet->present();
+    present(sheet);
 }
 
-void FullControlView::showHover(const std::optional<std::string>& text) {
-    status_->setFullText(text ? qtext(*text).replace("\n", "   ·   ") : QString());
+void FullControlView::showHover() {
+    const QString gap = "   ·   ";
+    QStringList parts;
+    if (const auto& hovered = *model_.hoveredStampInfo)
+        parts << qtext(*hovered).replace("\n", gap);
+    if (const auto pointed = model_.pointedStampInfo())
+        parts << qtext(services_.texts.format("timelineClickTakes", {*pointed})).replace("\n", gap);
+    status_->setFullText(parts.join("      "));
 }
 
 }  // namespace tembrix

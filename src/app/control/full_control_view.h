@@ -15,6 +15,7 @@ namespace tembrix {
 
 class ControlToolbar;
 class ElidedLabel;
+class Sheet;
 class TimelinesArea;
 
 // The content of the control window: shows all timelines of the open video on one time axis and
@@ -38,10 +39,11 @@ class FullControlView final : public QWidget {
     // The focused line of the name column, else the selected line.
     std::optional<Uuid> chosenLine() const;
     bool mayEdit(const Uuid& line, LineMenuAction action) const;
+    void present(Sheet* sheet);
     void openAddLine();
     void openEditName(const Uuid& line);
     void openStampEdit(StampEditSheetType type);
-    void showHover(const std::optional<std::string>& text);
+    void showHover();
 
     const ControlServices services_;
     TimelineEditingModel model_;

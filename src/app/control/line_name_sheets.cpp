@@ -5,6 +5,7 @@
 
 #include "base/utf8_text.h"
 
+#include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
 #include "core/notifications/event_bus.h"
@@ -21,6 +22,7 @@ LineNameSheet::LineNameSheet(QWidget* parent, const ControlServices& services,
       field_(new FocusAwareLineEdit(services.focus, this)) {
     field_->setText(qtext(lineName));
     field_->selectAll();
+    field_->setMinimumWidth(theme::nameFieldWidth);
     content()->addWidget(labeled(services.texts, "timelineName", field_));
     addCancelButton("cancelButtonTitle");
     QPushButton* accept = addAcceptButton(acceptKey);

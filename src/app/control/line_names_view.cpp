@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/tabular_label.h"
 #include "core/control/timeline_axis.h"
@@ -78,6 +79,7 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
     : QListView(parent), model_(model), names_(names) {
     nameControl(this, texts, "timelineNames");
     setModel(&names);
+    tellRows(this, {.menu = true});
     setItemDelegate(new NameCellDelegate(this));
     setFrameShape(QFrame::NoFrame);
     setStyleSheet("QListView { border: none; border-radius: 0; }");
@@ -99,12 +101,30 @@ LineNamesView::LineNamesView(TimelineEditingModel& model, LineNamesModel& names,
     connect(&names, &LineNamesModel::replaced, this, [this] {
         if (kept_)
             setCurrentIndex(names_.indexOf(*kept_));
+        followSelection();
     });
+    connect(&names, &LineNamesModel::dataChanged, this, &LineNamesView::followSelection);
+    followSelection();
 }
 
 LineNamesView::~LineNamesView() {
     if (drag_)
         QDrag::cancel();
+}
+
+void LineNamesView::followSelection() {
+    for (int row = 0; row < names_.rowCount(); ++row) {
+        const QModelIndex index = names_.index(row);
+        if (!index.data(LineNamesModel::selectedRole).toBool())
+            continue;
+        if (!selectionModel()->isSelected(index)) {
+            selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+            if (!hasFocus())
+                setCurrentIndex(index);
+        }
+        return;
+    }
+    selectionModel()->clearSelection();
 }
 
 // A drag runs an event loop, in which the project may be closed and this view destroyed. Therefore

@@ -36,8 +36,14 @@ class LineNamesView final : public QListView {
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    // The selection is the line that marks go to; a click only asks for another.
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex&,
+                                                         const QEvent*) const override {
+        return QItemSelectionModel::NoUpdate;
+    }
 
   private:
+    void followSelection();
     void drag(Qt::DropActions actions);
     void moveCurrent(int step);
     void showGap(std::optional<int> row);

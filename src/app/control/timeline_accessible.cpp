@@ -3,15 +3,19 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QPointer>
+#include <QTimer>
 #include <map>
 
 #include "base/shortened.h"
 #include "base/uuid.h"
 
 #include "app/control/timeline_canvas.h"
+#include "app/widgets/announcements.h"
 #include "app/widgets/qt_text.h"
 #include "core/control/timeline_cursor.h"
+#include "core/control/timeline_editing_model.h"
 #include "core/control/timeline_rows.h"
+#include "core/records/timeline_records.h"
 
 namespace tembrix {
 
@@ -19,9 +23,30 @@ namespace {
 
 // A part of the canvas without a widget of its own: a line or one of its stamps, identified by its
 // id. It becomes invalid when the line or the stamp is removed.
-class TimelinePart : public QAccessibleInterface {
+class TimelinePart : public QAccessibleInterface, public QAccessibleActionInterface {
   public:
     TimelinePart(TimelineCanvas* canvas, const Uuid& id) : canvas_(canvas), id_(id) {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
+    }
+    QStringList actionNames() const override {
+        if (!isValid() || !canvas_->isEnabled())
+            return {};
+        return QStringList{pressAction()} + furtherActions() + QStringList{setFocusAction()};
+    }
+    QString localizedActionName(const QString& name) const override { return name; }
+    // Done after the caller has its answer.
+    void doAction(const QString& name) override {
+        if (actionNames().contains(name))
+            QTimer::singleShot(0, canvas_, [canvas = canvas_.data(), id = id_, name] {
+                auto* part = static_cast<TimelinePart*>(partOf(canvas, id));
+                if (part && part->isValid())
+                    part->act(name);
+            });
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {}; }
 
     bool isValid() const override { return canvas_ && hit(); }
     QObject* object() const override { return nullptr; }
@@ -42,6 +67,7 @@ class TimelinePart : public QAccessibleInterface {
         state.selectable = true;
         state.disabled = canvas_ && !canvas_->isEnabled();
         state.focused = isCursor() && canvas_->hasFocus();
+        state.selected = isSelected();
         return state;
     }
     QRect rect() const override {
@@ -56,13 +82,25 @@ class TimelinePart : public QAccessibleInterface {
   protected:
     virtual std::optional<TimelineHit> hit() const = 0;
     virtual bool isCursor() const = 0;
+    virtual bool isSelected() const = 0;
+    virtual QStringList furtherActions() const = 0;
+    virtual void act(const QString& action) = 0;
+    static QAccessibleInterface* partOf(TimelineCanvas* canvas, const Uuid& id);
+    void takeFocus(const TimelineCursor& place) {
+        canvas_->model().goTo(place);
+        canvas_->setFocus(Qt::OtherFocusReason);
+    }
+    TimelineEditingModel& model() const { return canvas_->model(); }
     const TimelineRow& row() const { return canvas_->model().rows()[hit()->row]; }
 
     QPointer<TimelineCanvas> canvas_;
     Uuid id_;
 };
 
-class CanvasAccessible;
+// Without moving the playhead.
+QString selectAction() {
+    return QStringLiteral("Select");
+}
 
 class StampAccessible final : public TimelinePart {
   public:
@@ -70,9 +108,11 @@ class StampAccessible final : public TimelinePart {
 
     QAccessible::Role role() const override { return QAccessible::ListItem; }
     QString text(QAccessible::Text kind) const override {
-        if (kind != QAccessible::Name || !isValid())
+        if (!isValid())
             return {};
-        return qtext(stampAccessibleText(*row().line->stamps[*hit()->stamp]));
+        if (kind == QAccessible::Description && canvas_->descriptions().stamp)
+            return canvas_->descriptions().stamp(stamp());
+        return kind == QAccessible::Name ? qtext(stampAccessibleText(stamp())) : QString();
     }
     int childCount() const override { return 0; }
     QAccessibleInterface* child(int) const override { return nullptr; }
@@ -83,7 +123,22 @@ class StampAccessible final : public TimelinePart {
     std::optional<TimelineHit> hit() const override {
         return canvas_->model().rows().findStamp(id_);
     }
-    bool isCursor() const override { return canvas_ && canvas_->model().cursor->stamp == id_; }
+    bool isCursor() const override { return canvas_ && model().cursor->stamp == id_; }
+    bool isSelected() const override { return canvas_ && canvas_->selectedStamp() == id_; }
+    QStringList furtherActions() const override { return {selectAction(), showMenuAction()}; }
+    void act(const QString& action) override {
+        if (action == pressAction())
+            model().clickStamp(row().line->id, id_);
+        else if (action == selectAction())
+            canvas_->selectStamp(id_);
+        else if (action == showMenuAction())
+            canvas_->openStampMenu(*hit());
+        else
+            takeFocus({row().line->id, id_});
+    }
+
+  private:
+    const TimelineStamp& stamp() const { return *row().line->stamps[*hit()->stamp]; }
 };
 
 class LineAccessible final : public TimelinePart {
@@ -92,8 +147,11 @@ class LineAccessible final : public TimelinePart {
 
     QAccessible::Role role() const override { return QAccessible::List; }
     QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Name && isValid() ? qtext(shortened(row().line->name))
-                                                      : QString();
+        if (!isValid())
+            return {};
+        if (kind == QAccessible::Description && canvas_->descriptions().line)
+            return canvas_->descriptions().line(*row().line);
+        return kind == QAccessible::Name ? qtext(shortened(row().line->name)) : QString();
     }
     int childCount() const override {
         return isValid() ? static_cast<int>(row().line->stamps.size()) : 0;
@@ -115,7 +173,15 @@ class LineAccessible final : public TimelinePart {
         return index ? std::optional(TimelineHit{*index, {}, {}}) : std::nullopt;
     }
     bool isCursor() const override {
-        return canvas_ && canvas_->model().cursor->line == id_ && !canvas_->model().cursor->stamp;
+        return canvas_ && model().cursor->line == id_ && !model().cursor->stamp;
+    }
+    bool isSelected() const override { return canvas_ && canvas_->selectedLine() == id_; }
+    QStringList furtherActions() const override { return {}; }
+    void act(const QString& action) override {
+        if (action == pressAction())
+            model().selectLine(id_);
+        else
+            takeFocus({id_, {}});
     }
 };
 
@@ -157,10 +223,20 @@ class CanvasAccessible final : public QAccessibleWidget {
     }
 
     // Interfaces are created on request and live as long as the canvas.
+    QAccessibleInterface* known(const Uuid& id) const {
+        const auto found = parts_.find(id);
+        return found == parts_.end() ? nullptr : QAccessible::accessibleInterface(found->second);
+    }
+    // The part of this id, if there is one.
+    QAccessibleInterface* partOf(const Uuid& id) const {
+        if (canvas_->model().rows().indexOfLine(id))
+            return part<LineAccessible>(id);
+        return canvas_->model().rows().findStamp(id) ? part<StampAccessible>(id) : nullptr;
+    }
     template <class Part>
     QAccessibleInterface* part(const Uuid& id) const {
-        if (const auto found = parts_.find(id); found != parts_.end())
-            return QAccessible::accessibleInterface(found->second);
+        if (QAccessibleInterface* made = known(id))
+            return made;
         auto* made = new Part(canvas_, id);
         parts_.emplace(id, QAccessible::registerAccessibleInterface(made));
         return made;
@@ -178,6 +254,10 @@ class CanvasAccessible final : public QAccessibleWidget {
 
 CanvasAccessible* accessibleOf(TimelineCanvas* canvas) {
     return static_cast<CanvasAccessible*>(QAccessible::queryAccessibleInterface(canvas));
+}
+
+QAccessibleInterface* TimelinePart::partOf(TimelineCanvas* canvas, const Uuid& id) {
+    return accessibleOf(canvas)->partOf(id);
 }
 
 QAccessibleInterface* StampAccessible::parent() const {
@@ -203,11 +283,39 @@ void installTimelineAccessibility() {
 }
 
 void announceTimelineCursor(TimelineCanvas& canvas) {
-    if (!QAccessible::isActive())
+    if (!announcementsAreHeard())
         return;
     if (QAccessibleInterface* part = accessibleOf(&canvas)->focusChild()) {
         QAccessibleEvent event(part, QAccessible::Focus);
-        QAccessible::updateAccessibility(&event);
+        announce(event);
+    }
+}
+
+void announceTimelineSelection(TimelineCanvas& canvas, const std::optional<Uuid>& before,
+                               const std::optional<Uuid>& now) {
+    if (!announcementsAreHeard())
+        return;
+    QAccessible::State changed;
+    changed.selected = true;
+    for (const auto& id : {before, now})
+        if (QAccessibleInterface* part = id ? accessibleOf(&canvas)->partOf(*id) : nullptr) {
+            QAccessibleStateChangeEvent event(part, changed);
+            announce(event);
+        }
+}
+
+void announceTimelineRow(TimelineCanvas& canvas, std::size_t row) {
+    if (!announcementsAreHeard())
+        return;
+    const Uuid line = canvas.model().rows()[row].line->id;
+    QAccessibleInterface* part = accessibleOf(&canvas)->partOf(line);
+    QAccessibleEvent described(part, QAccessible::DescriptionChanged);
+    announce(described);
+    // A new stamp is the last of its line.
+    const auto& stamps = canvas.model().rows()[row].line->stamps;
+    if (!stamps.empty() && !accessibleOf(&canvas)->known(stamps.back()->id)) {
+        QAccessibleEvent created(part->child(part->childCount() - 1), QAccessible::ObjectCreated);
+        announce(created);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QPinchGesture>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/geometry.h"
 
@@ -38,9 +39,14 @@ TimelineCanvas::TimelineCanvas(TimelineEditingModel& model, TimelineDataManager&
                 redrawAll();
                 Q_EMIT rowCountChanged();
             }
-            for (const std::size_t row : rows)
+            for (const std::size_t row : rows) {
                 redrawChanged(row);
+                announceTimelineRow(*this, row);
+            }
+            lookUnderPointer();
         }));
+    subscriptions_.push_back(
+        model.pointedStamp.observe([this](const std::optional<Uuid>&) { followPointed(); }));
     subscriptions_.push_back(
         timeline.selectedLineID.observe([this](const std::optional<Uuid>&) { followSelection(); }));
     subscriptions_.push_back(timeline.selectedStampID.observe(
@@ -87,6 +93,7 @@ void TimelineCanvas::setScroll(double x, double y) {
     scrollX_ = x;
     scrollY_ = y;
     redrawAll();
+    lookUnderPointer();
 }
 
 void TimelineCanvas::refreshAxis() {
@@ -97,6 +104,7 @@ void TimelineCanvas::refreshAxis() {
         model_.cancelGesture();  // its coordinates refer to the old axis
     axis_ = axis;
     redrawAll();
+    lookUnderPointer();
     Q_EMIT axisChanged();
 }
 
@@ -116,14 +124,16 @@ void TimelineCanvas::movePlayhead() {
 void TimelineCanvas::followSelection() {
     if (*timeline_.selectedStampID != shownStamp_) {
         redrawRowOf(shownStamp_);
-        shownStamp_ = *timeline_.selectedStampID;
+        const auto before = std::exchange(shownStamp_, *timeline_.selectedStampID);
         redrawRowOf(shownStamp_);
+        announceTimelineSelection(*this, before, shownStamp_);
     }
     if (*timeline_.selectedLineID != shownLine_) {
         for (const auto& line : {shownLine_, *timeline_.selectedLineID})
             if (line)
                 redrawRow(model_.rows().indexOfLine(*line));
-        shownLine_ = *timeline_.selectedLineID;
+        const auto before = std::exchange(shownLine_, *timeline_.selectedLineID);
+        announceTimelineSelection(*this, before, shownLine_);
     }
 }
 
@@ -135,6 +145,20 @@ void TimelineCanvas::followCursor() {
     }
     shownCursor_ = *model_.cursor;
     announceCursor();
+}
+
+// The stamp under a resting pointer changes with the rows and the view.
+void TimelineCanvas::lookUnderPointer() {
+    const auto hit = pointer_ ? hitAt(*pointer_) : std::nullopt;
+    model_.pointAt(hit && hit->stamp
+                       ? std::optional(model_.rows()[hit->row].line->stamps[*hit->stamp]->id)
+                       : std::nullopt);
+}
+
+void TimelineCanvas::followPointed() {
+    redrawRowOf(shownPointed_);
+    shownPointed_ = *model_.pointedStamp;
+    redrawRowOf(shownPointed_);
 }
 
 void TimelineCanvas::followGesture() {
@@ -259,7 +283,7 @@ void TimelineCanvas::renderLayer() {
 
     const StampsPainter::Marks marks{*timeline_.selectedStampID,
                                      hasFocus() ? model_.cursor->stamp : std::nullopt,
-                                     model_.resize(), model_.move()};
+                                     *model_.pointedStamp, model_.resize(), model_.move()};
     const std::size_t count = model_.rows().size();
     const auto first = static_cast<std::size_t>(std::max(scrollY_, 0.0) / rowHeight);
     for (std::size_t row = first; row < count && rowArea(row).top() < height(); ++row)

@@ -3,8 +3,10 @@
 #include <QBasicTimer>
 #include <QPixmap>
 #include <QWidget>
+#include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 #include <variant>
 
 #include "base/uuid.h"
@@ -15,6 +17,7 @@
 #include "core/control/timeline_cursor.h"
 #include "core/control/timeline_editing_model.h"
 #include "core/control/timeline_rows.h"
+#include "core/records/timeline_records.h"
 #include "core/timeline/timeline_data_manager.h"
 
 namespace tembrix {
@@ -28,7 +31,18 @@ class TimelineCanvas final : public QWidget {
     TimelineCanvas(TimelineEditingModel& model, TimelineDataManager& timeline,
                    QWidget* parent = nullptr);
 
-    const TimelineEditingModel& model() const { return model_; }
+    TimelineEditingModel& model() const { return model_; }
+    const std::optional<Uuid>& selectedLine() const { return *timeline_.selectedLineID; }
+    const std::optional<Uuid>& selectedStamp() const { return *timeline_.selectedStampID; }
+    void selectStamp(const Uuid& stamp) { timeline_.selectStamp(stamp); }
+    void openStampMenu(const TimelineHit& stamp);
+    // What assistive programs tell besides the names.
+    struct Descriptions {
+        std::function<QString(const TimelineLine& line)> line;
+        std::function<QString(const TimelineStamp& stamp)> stamp;
+    };
+    void setDescriptions(Descriptions descriptions) { descriptions_ = std::move(descriptions); }
+    const Descriptions& descriptions() const { return descriptions_; }
     const TimelineAxis& axis() const { return axis_; }
     // How far the view is scrolled, in points.
     double scrollX() const { return scrollX_; }
@@ -106,6 +120,8 @@ class TimelineCanvas final : public QWidget {
 
     void followSelection();
     void followCursor();
+    void followPointed();
+    void lookUnderPointer();
     void followGesture();
     QRect movingArea() const;  // of the stamp being moved to another row, with its shadow
     void redrawRow(std::optional<std::size_t> row);
@@ -135,9 +151,12 @@ class TimelineCanvas final : public QWidget {
     double shownPlayheadX_ = 0;
     StampSprites sprites_;
     std::size_t rowCount_ = 0;
+    Descriptions descriptions_;
     std::optional<Uuid> shownLine_;   // painted as selected in the layer
     std::optional<Uuid> shownStamp_;  // painted as selected in the layer
     TimelineCursor shownCursor_;
+    std::optional<QPointF> pointer_;    // where the mouse pointer rests over the canvas
+    std::optional<Uuid> shownPointed_;  // outlined in the layer
     std::optional<Uuid> shownGesture_;  // the stamp painted as being moved or resized
     QRect shownMoving_;                 // where the moving stamp was last painted
     std::vector<Subscription> subscriptions_;

@@ -130,6 +130,8 @@ void TimelineCanvas::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void TimelineCanvas::leaveEvent(QEvent* event) {
+    pointer_.reset();
+    lookUnderPointer();
     model_.hoverEnded();
     QWidget::leaveEvent(event);
 }
@@ -143,10 +145,14 @@ void TimelineCanvas::showPointer(const QMouseEvent& event) {
         setCursor(Qt::PointingHandCursor);
     else
         unsetCursor();
-    if (!isActiveWindow())
+    pointer_ = at;
+    if (!isActiveWindow()) {
+        lookUnderPointer();
         return;
+    }
     const double fromTop = at.y() > headerHeight ? at.y() + scrollY_ : at.y();
     model_.hover(static_cast<double>(event.timestamp()) / 1000, at.x() + scrollX_, fromTop, axis_);
+    lookUnderPointer();
 }
 
 bool TimelineCanvas::event(QEvent* event) {
@@ -253,6 +259,12 @@ void TimelineCanvas::contextMenuEvent(QContextMenuEvent* event) {
         return event->ignore();
     const TimelineLine& line = *model_.rows()[hit->row].line;
     Q_EMIT stampMenuRequested(line.id, line.stamps[*hit->stamp]->id, at);
+}
+
+void TimelineCanvas::openStampMenu(const TimelineHit& hit) {
+    const TimelineLine& line = *model_.rows()[hit.row].line;
+    Q_EMIT stampMenuRequested(line.id, line.stamps[*hit.stamp]->id,
+                              mapToGlobal(stampArea(hit.row, *hit.stamp).bottomLeft().toPoint()));
 }
 
 }  // namespace tembrix

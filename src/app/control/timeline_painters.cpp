@@ -56,6 +56,18 @@ void paintGrips(QPainter& painter, const Rect& stamp, const AxisView& view, doub
     painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
+void paintOutline(QPainter& painter, const Rect& stamp, const AxisView& view, double top,
+                  double width) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(theme::text, width));
+    painter.setBrush(Qt::NoBrush);
+    const double half = width / 2;
+    painter.drawRoundedRect(QRectF(view.left(stamp.x), top + stamp.y, stamp.width, stamp.height)
+                                .adjusted(-half, -half, half, half),
+                            6, 6);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
 }  // namespace
 
 void TimeGridPainter::paint(QPainter& painter, const QRectF& rect, const AxisView& view) {
@@ -123,6 +135,7 @@ void StampsPainter::paint(QPainter& painter, const QRectF& rect, const AxisView&
     const double ratio = view.pixelRatio;
     std::optional<Rect> selectedRect;
     std::optional<Rect> cursorRect;
+    std::optional<Rect> pointedRect;
     const auto& stamps = row.line->stamps;
     for (std::size_t i = 0; i < stamps.size(); ++i) {
         const TimelineStamp& stamp = *stamps[i];
@@ -146,19 +159,15 @@ void StampsPainter::paint(QPainter& painter, const QRectF& rect, const AxisView&
             selectedRect = at;
         if (marks.cursor == stamp.id && !selected)
             cursorRect = at;
+        if (marks.pointed == stamp.id)
+            pointedRect = at;
     }
+    if (pointedRect && pointedRect != cursorRect)
+        paintOutline(painter, *pointedRect, view, rect.top(), 1);
     if (selectedRect)
         paintGrips(painter, *selectedRect, view, rect.top());
-    if (cursorRect) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(theme::text, 1.5));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(view.left(cursorRect->x), rect.top() + cursorRect->y,
-                                       cursorRect->width, cursorRect->height)
-                                    .adjusted(-0.75, -0.75, 0.75, 0.75),
-                                6, 6);
-        painter.setRenderHint(QPainter::Antialiasing, false);
-    }
+    if (cursorRect)
+        paintOutline(painter, *cursorRect, view, rect.top(), 1.5);
 }
 
 void StampsPainter::paintMoving(QPainter& painter, const QRectF& rect, const AxisView& view,

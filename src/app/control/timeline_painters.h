@@ -51,6 +51,7 @@ class StampsPainter {
     struct Marks {
         std::optional<Uuid> selected;
         std::optional<Uuid> cursor;           // the stamp at the keyboard cursor
+        std::optional<Uuid> pointed;          // the stamp that a click would take
         const StampResize* resize = nullptr;  // the stamp being resized, painted at its new size
         const StampMove* move = nullptr;      // the stamp being moved, which is not painted
     };

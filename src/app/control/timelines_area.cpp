@@ -4,24 +4,29 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
+#include <QPushButton>
 #include <QScrollBar>
+#include <QVBoxLayout>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
 
 #include "ports/texts.h"
 
+#include "app/commands/command_button.h"
 #include "app/control/line_names_model.h"
 #include "app/control/line_names_view.h"
 #include "app/control/timeline_canvas.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "core/commands/command_table.h"
 #include "core/control/playhead_follow.h"
 #include "core/control/timeline_axis.h"
 #include "core/control/timeline_cursor.h"
 #include "core/control/timeline_texts.h"
 #include "core/playback/video_player_manager.h"
+#include "core/records/markup_mode.h"
 #include "core/records/timeline_records.h"
 
 namespace tembrix {
@@ -66,7 +71,16 @@ TimelinesArea::TimelinesArea(const ControlServices& services, TimelineEditingMod
       vertical_(new QScrollBar(Qt::Vertical, this)),
       veil_(new Veil(this)) {
     nameControl(canvas_, services.texts, "timelineRows");
+    canvas_->setDescriptions(
+        {[this](const TimelineLine& line) {
+             return qtext(services_.texts.format("tagLibraryTagCount",
+                                                 {std::to_string(line.stamps.size())}));
+         },
+         [this](const TimelineStamp& stamp) {
+             return qtext(stampAccessibleDetails(stamp, services_.tagLibrary, services_.texts));
+         }});
     layOut();
+    makeHint();
 
     connect(canvas_, &TimelineCanvas::axisChanged, this, &TimelinesArea::updateRanges);
     connect(canvas_, &TimelineCanvas::rowCountChanged, this, &TimelinesArea::updateRanges);
@@ -135,6 +149,44 @@ void TimelinesArea::layOut() {
     grid->setColumnStretch(2, 1);
     for (QScrollBar* bar : {horizontal_, vertical_})
         bar->setSingleStep(static_cast<int>(TimelineMetrics::rowHeight));
+}
+
+void TimelinesArea::makeHint() {
+    hint_ = new QWidget(this);
+    auto* column = new QVBoxLayout(hint_);
+    column->setSpacing(theme::margin);
+    hintText_ = new QLabel(hint_);
+    hintText_->setTextFormat(Qt::PlainText);
+    hintText_->setAlignment(Qt::AlignCenter);
+    hintText_->setObjectName("timelinesEmpty");
+    setLook(hintText_, LabelLook::secondary);
+    hintButton_ = makeButton(services_.texts, "timelinesEmptyAdd", ButtonLook::accented, hint_);
+    hintButton_->setFocusPolicy(Qt::TabFocus);
+    bindButton(hintButton_, services_.commands, Command::addLine, services_.texts);
+    column->addStretch(1);
+    column->addWidget(hintText_);
+    column->addWidget(hintButton_, 0, Qt::AlignHCenter);
+    column->addStretch(1);
+    connect(canvas_, &TimelineCanvas::rowCountChanged, this, &TimelinesArea::showHint);
+    subscriptions_.push_back(model_.markupMode.observe([this](const MarkupMode&) { showHint(); }));
+    showHint();
+}
+
+void TimelinesArea::showHint() {
+    const bool empty = model_.rows().size() == 0 ||
+                       (model_.rows().size() == 1 && model_.rows()[0].line->id == drawingsLineId());
+    const bool ofTag = *model_.markupMode == MarkupMode::tagBased;
+    hintText_->setText(
+        qtext(services_.texts.text(ofTag ? "timelinesEmptyOfTag" : "timelinesEmpty")));
+    hintText_->setAccessibleName(hintText_->text());
+    hintButton_->setVisible(!ofTag);
+    const int used = static_cast<int>(TimelineMetrics::headerHeight + model_.rows().height());
+    hint_->setGeometry(canvas_->geometry().adjusted(0, used, 0, 0));
+    if (!empty)
+        leaveFocus(hint_);
+    hint_->setVisible(empty);
+    hint_->raise();
+    veil_->raise();
 }
 
 void TimelinesArea::updateRanges() {
@@ -263,6 +315,7 @@ void TimelinesArea::wheelEvent(QWheelEvent* event) {
 
 void TimelinesArea::resizeEvent(QResizeEvent*) {
     veil_->setGeometry(rect());
+    showHint();
     updateRanges();
 }
 

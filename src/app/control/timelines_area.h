@@ -8,7 +8,9 @@
 #include "app/control/control_services.h"
 #include "core/control/timeline_editing_model.h"
 
+class QLabel;
 class QMenu;
+class QPushButton;
 class QScrollBar;
 
 namespace tembrix {
@@ -37,6 +39,8 @@ class TimelinesArea final : public QWidget {
 
   private:
     void layOut();
+    void makeHint();
+    void showHint();
     void updateRanges();
     void applyZoom();
     void showCursor();
@@ -53,6 +57,9 @@ class TimelinesArea final : public QWidget {
     QScrollBar* horizontal_;
     QScrollBar* vertical_;
     QWidget* veil_;
+    QWidget* hint_ = nullptr;  // while there are no timelines but that of the drawings
+    QLabel* hintText_ = nullptr;
+    QPushButton* hintButton_ = nullptr;
     std::optional<double> zoomAnchor_;  // x on the canvas whose time keeps its position
     std::vector<Subscription> subscriptions_;
 };

@@ -8,6 +8,8 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/stamp_items_sheet.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/marking/marking_flow.h"
 #include "core/marking/stamp_items_selection.h"
 #include "core/records/annotation_records.h"
@@ -33,13 +35,14 @@ void MarkingSheets::open() {
     switch (flow_.sheetContent()) {
         case MarkingFlow::SheetContent::noTimeline:
             sheet_ = makeMessage("tagLibraryNoTimeline");
-            sheet_->addAcceptButton("closeButtonTitle");
+            sheet_->addCancelButton("closeButtonTitle");
+            sheet_->addAcceptButton("fullControlButtonAddTimeline");
             sheet_->setHotkeys(Sheet::Hotkeys::ofWindow);
-            // The message offers no choice, so each way of closing it cancels.
-            connect(sheet_, &QDialog::finished, this, [this] {
+            connect(sheet_, &QDialog::rejected, this, [this] {
                 sheet_.clear();
                 flow_.cancelSheet();
             });
+            connect(sheet_, &QDialog::accepted, this, &MarkingSheets::addTimeline);
             break;
         case MarkingFlow::SheetContent::addingTag:
             sheet_ = makeMessage("tagLibraryAddingTag");
@@ -49,6 +52,7 @@ void MarkingSheets::open() {
             sheet_ = makeSelection();
             break;
     }
+    sheet_->keepOverWindow();
     sheet_->present();
 }
 
@@ -61,7 +65,7 @@ Sheet* MarkingSheets::makeMessage(const char* key) {
 Sheet* MarkingSheets::makeSelection() {
     const Tag tag = **flow_.selectedTag;
     auto* sheet = new StampItemsSheet(
-        panel_->window(), services_.texts, StampEditSheetType::lables,
+        panel_->window(), services_.texts, StampEditSheetType::lables, "collectionsButtonAdd",
         std::make_unique<StampItemsSelection>(
             StampItemsSelection::Arguments{.sheetType = StampEditSheetType::lables,
                                            .stampName = tag.name,
@@ -78,6 +82,16 @@ Sheet* MarkingSheets::makeSelection() {
         flow_.cancelSheet();
     });
     return sheet;
+}
+
+void MarkingSheets::addTimeline() {
+    sheet_.clear();
+    flow_.awaitTimeline();
+    // The message is still closing.
+    QTimer::singleShot(0, this, [this] {
+        if (!services_.commands.run(Command::addLine))
+            flow_.cancelSheet();
+    });
 }
 
 void MarkingSheets::dismiss() {

@@ -25,6 +25,7 @@ class MarkingSheets final : public QObject {
   private:
     void open();
     void dismiss();  // without an answer
+    void addTimeline();
     Sheet* makeMessage(const char* key);
     Sheet* makeSelection();
 

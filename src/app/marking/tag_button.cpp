@@ -11,6 +11,7 @@
 #include "base/time_text.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/tabular_label.h"
@@ -19,23 +20,15 @@
 namespace tembrix {
 namespace {
 
-constexpr int buttonHeight = 30;
 constexpr int padding = theme::unit + 2;
 constexpr int ringWidth = 2;
 constexpr int smallHeight = 15;  // of the hot key and of the count
 constexpr int smallSize = 10;
 constexpr int countEdge = 3;  // distance from the count to the edges of the button
 constexpr int idleMark = 8;
-constexpr int smallestWidth = 64;
-constexpr int largestNameWidth = 200;
 
 const QFont& smallFont() {
     static const QFont font = theme::font(smallSize, QFont::DemiBold);
-    return font;
-}
-
-const QFont& nameFont() {
-    static const QFont font = theme::font(theme::textSize, QFont::Medium);
     return font;
 }
 
@@ -43,10 +36,8 @@ int widthOfCount(const QString& count) {
     return std::max(QFontMetrics(smallFont()).horizontalAdvance(count) + padding, smallHeight);
 }
 
-// The width reserved for the count, so that the layout does not change as the count grows.
-int countRoom() {
-    static const int width = theme::unit + widthOfCount(QStringLiteral("000")) + countEdge;
-    return width;
+int countRoomFor(const QString& count) {
+    return theme::unit + widthOfCount(count) + countEdge;
 }
 
 // The width of an interval's running time.
@@ -58,18 +49,37 @@ int timeWidth() {
 
 }  // namespace
 
-TagButton::TagButton(const Tag& tag, QWidget* parent)
+// The measures of a density.
+struct TagButton::Density {
+    int height;
+    int smallestWidth;
+    int largestNameWidth;
+    QFont nameFont;
+    int countRoom;  // reserved, so that the layout does not change as the count grows
+};
+
+const TagButton::Density& TagButton::density(bool compact) {
+    static const Density usual{30, 64, 200, theme::font(theme::textSize, QFont::Medium),
+                               countRoomFor(QStringLiteral("000"))};
+    static const Density dense{22, 32, 120, theme::font(theme::captionSize, QFont::Medium),
+                               countRoomFor(QStringLiteral("0"))};
+    return compact ? dense : usual;
+}
+
+TagButton::TagButton(const Tag& tag, bool compact, QWidget* parent)
     : QAbstractButton(parent),
+      density_(density(compact)),
       tag_(tag),
       cap_(qtext(hotkeyCaption(shortened(tag.hotkey.value_or(""))))),
-      nameWidth_(QFontMetrics(nameFont()).horizontalAdvance(qtext(shortened(tag.name)))) {
+      nameWidth_(QFontMetrics(density_.nameFont).horizontalAdvance(qtext(shortened(tag.name)))) {
     setText(qtext(shortened(tag.name)));
     if (!cap_.isEmpty())
         capWidth_ =
             std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);
     nameControl(this, tag.id, text());
+    tellKey(this, cap_);
     setCheckable(isInterval());
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCursor(Qt::PointingHandCursor);
@@ -96,16 +106,16 @@ void TagButton::setRunningTime(std::optional<double> seconds) {
 }
 
 QSize TagButton::sizeHint() const {
-    int width = padding + std::min(nameWidth_, largestNameWidth) + countRoom();
+    int width = padding + std::min(nameWidth_, density_.largestNameWidth) + density_.countRoom;
     if (!cap_.isEmpty())
         width += capWidth_ + theme::unit + ringWidth;
     if (isInterval())
         width += timeWidth() + theme::unit;
-    return {std::max(width, smallestWidth), buttonHeight};
+    return {std::max(width, density_.smallestWidth), density_.height};
 }
 
 QSize TagButton::minimumSizeHint() const {
-    return {smallestWidth, buttonHeight};
+    return {density_.smallestWidth, density_.height};
 }
 
 void TagButton::keyPressEvent(QKeyEvent* event) {
@@ -140,11 +150,17 @@ void TagButton::paintEvent(QPaintEvent*) {
     if (open)
         ring(theme::text);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(isDown() ? ground.darker(120) : underMouse() ? ground.lighter(112) : ground);
+    // Changes of the color and what is under the name go away from the color of the text, so that
+    // it stays readable.
+    const bool white = ink == QColor(Qt::white);
+    const auto away = [&](int percent) {
+        return white ? ground.darker(percent) : ground.lighter(percent);
+    };
+    painter.setBrush(isDown() ? away(125) : underMouse() ? away(112) : ground);
     painter.drawRoundedRect(body, theme::corner, theme::corner);
 
-    QColor shade = ink;
-    shade.setAlphaF(0.16F);
+    QColor shade(white ? Qt::black : Qt::white);
+    shade.setAlphaF(0.25F);
     const int middle = rect().height() / 2;
     int left = padding;
     if (!cap_.isEmpty()) {
@@ -157,7 +173,7 @@ void TagButton::paintEvent(QPaintEvent*) {
         left = cap.right() + 1 + theme::unit + ringWidth;
     }
 
-    int right = width() - countRoom();
+    int right = width() - density_.countRoom;
     painter.setPen(ink);
     if (count_.value_or(0) > 0) {
         const QString count = QString::number(*count_);
@@ -186,9 +202,9 @@ void TagButton::paintEvent(QPaintEvent*) {
         }
         right -= theme::unit;
     }
-    painter.setFont(nameFont());
+    painter.setFont(density_.nameFont);
     painter.setPen(ink);
-    const QRect name(left, 0, right - left, buttonHeight);
+    const QRect name(left, 0, right - left, density_.height);
     painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
                      nameWidth_ <= name.width()
                          ? text()

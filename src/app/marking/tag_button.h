@@ -12,7 +12,8 @@ namespace tembrix {
 class TagButton final : public QAbstractButton {
     Q_OBJECT
   public:
-    TagButton(const Tag& tag, QWidget* parent = nullptr);
+    // A compact button is small and shortens long names.
+    TagButton(const Tag& tag, bool compact, QWidget* parent = nullptr);
 
     const Tag& tag() const { return tag_; }
 
@@ -29,8 +30,12 @@ class TagButton final : public QAbstractButton {
     void nextCheckState() override {}  // the checked state is set by the view
 
   private:
+    struct Density;
+    static const Density& density(bool compact);
+
     bool isInterval() const { return tag_.isInterval.value_or(false); }
 
+    const Density& density_;
     Tag tag_;
     QString cap_;
     int nameWidth_;  // cached, because a panel lays out and paints many buttons at a time

@@ -10,6 +10,7 @@
 
 #include "app/marking/collection_chooser.h"
 #include "app/marking/fold_section.h"
+#include "app/marking/mark_target_bar.h"
 #include "app/marking/marking_sheets.h"
 #include "app/marking/tag_button.h"
 #include "app/marking/time_event_chip.h"
@@ -17,8 +18,11 @@
 #include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
 #include "app/widgets/qt_text.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/marking/marking_flow.h"
 #include "core/playback/video_player_manager.h"
+#include "core/settings/settings.h"
 
 namespace tembrix {
 namespace {
@@ -37,6 +41,9 @@ bool looksTheSame(const CollectionLists& a, const CollectionLists& b) {
 TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& flow, QWidget* parent)
     : QWidget(parent), services_(services), flow_(flow), open_(new QWidget(this)) {
     nameControl(this, services.texts, "tagLibrary");
+    // Has the focus while no control does.
+    setFocusPolicy(Qt::ClickFocus);
+    setFocus();
     setMinimumSize(320, 240);
     flow_.appear();
 
@@ -45,7 +52,9 @@ TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& fl
     column->setSpacing(0);
     auto* top = new QVBoxLayout;
     top->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
+    top->setSpacing(theme::unit);
     top->addWidget(new CollectionChooser(services, flow, this));
+    top->addWidget(new MarkTargetBar(services, flow, this));
     column->addLayout(top);
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     auto* scroll = new QScrollArea(this);
@@ -74,6 +83,7 @@ TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& fl
     on(flow.tagCounts, &TagLibraryView::showCounts);
     on(flow.activeIntervalTags, &TagLibraryView::showOpenIntervals);
     on(flow.isEditorModeActive, &TagLibraryView::showEditorMode);
+    subscriptions_.push_back(services.texts.changed.observe([this] { rebuild(); }));
     auto* strip = new QVBoxLayout(open_);
     strip->setContentsMargins(0, 0, 0, 0);
     strip->setSpacing(0);
@@ -82,14 +92,39 @@ TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& fl
     openFlow_->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
     strip->addLayout(openFlow_);
     nameControl(open_, services.texts, "tagLibraryOpenIntervals");
+    followDensity();
     rebuild();
     showOpenIntervals();
+}
+
+void TagLibraryView::followDensity() {
+    Settings& settings = services_.settings;
+    compact_ = settings.values->compactTags;
+    subscriptions_.push_back(settings.values.observe([this](const SettingsValues& values) {
+        if (values.compactTags == compact_)
+            return;
+        compact_ = values.compactTags;
+        rebuild();
+        showOpenIntervals();
+        services_.commands.refresh();
+    }));
+    subscriptions_.push_back(services_.commands.bind(
+        Command::compactTags, {[&settings] {
+                                   settings.change(
+                                       [](SettingsValues& v) { v.compactTags = !v.compactTags; });
+                               },
+                               {},
+                               [&settings] { return settings.values->compactTags; }}));
 }
 
 TagLibraryView::~TagLibraryView() = default;
 
 void TagLibraryView::rebuild() {
+    QString focused;
     if (content_) {
+        if (const QWidget* focus = window()->focusWidget(); focus && content_->isAncestorOf(focus))
+            focused = focus->objectName();
+        leaveFocus(content_);
         content_->hide();
         content_->deleteLater();  // one of its buttons may be handling an event
     }
@@ -100,7 +135,7 @@ void TagLibraryView::rebuild() {
     content_ = new QWidget;
     auto* column = new QVBoxLayout(content_);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(theme::unit + 2);
+    column->setSpacing(compact_ ? theme::unit / 2 : theme::unit + 2);
     addTimeEvents(column);
     for (const auto& group : shown_.tagGroups)
         addGroup(column, group);
@@ -114,20 +149,24 @@ void TagLibraryView::rebuild() {
     showIntervals();
     showTimeEvents();
     showEditorMode();
+    content_->show();
+    if (auto* focus = focused.isEmpty() ? nullptr : content_->findChild<QWidget*>(focused))
+        focus->setFocus();
 }
 
 void TagLibraryView::addTimeEvents(QVBoxLayout* column) {
     if (shown_.timeEvents.empty())
         return;
-    auto* section = new FoldSection("tagLibraryTimeEvents",
-                                    qtext(services_.texts.text("tagLibraryTimeEvents")), content_);
+    auto* section =
+        new FoldSection("tagLibraryTimeEvents", qtext(services_.texts.text("tagLibraryTimeEvents")),
+                        compact_, content_);
     section->setExpanded(eventsExpanded_);
     connect(section, &FoldSection::headerPressed, this, [this, section] {
         eventsExpanded_ = !eventsExpanded_;
         section->setExpanded(eventsExpanded_);
     });
     for (const auto& event : shown_.timeEvents) {
-        auto* chip = new TimeEventChip(event, section->body());
+        auto* chip = new TimeEventChip(event, compact_, section->body());
         connect(chip, &QAbstractButton::clicked, this,
                 [this, id = event.id] { flow_.handleTimeEventTap(id); });
         section->flow()->addWidget(chip);
@@ -146,7 +185,8 @@ void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
     }
     if (tags.empty())
         return;
-    auto* section = new FoldSection(qtext(group.id), qtext(shortened(group.name)), content_);
+    auto* section =
+        new FoldSection(qtext(group.id), qtext(shortened(group.name)), compact_, content_);
     connect(section, &FoldSection::headerPressed, this,
             [this, id = group.id] { flow_.toggleGroup(id); });
     for (const Tag* tag : tags)
@@ -156,7 +196,7 @@ void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
 }
 
 TagButton* TagLibraryView::makeTagButton(const Tag& tag, QWidget* parent) {
-    auto* button = new TagButton(tag, parent);
+    auto* button = new TagButton(tag, compact_, parent);
     const auto times = services_.texts.format(
         "tagLibraryTagTimes", {seconds(tag.defaultTimeBefore), seconds(tag.defaultTimeAfter)});
     button->setToolTip(
@@ -186,13 +226,16 @@ void TagLibraryView::showCounts() {
 void TagLibraryView::showOpenIntervals() {
     for (auto* button : openButtons_) {
         openFlow_->removeWidget(button);
+        leaveFocus(button);
         button->hide();
         button->deleteLater();  // deleted later, because it may be the button that was pressed
     }
     openButtons_.clear();
     for (const auto& entry : *flow_.activeIntervalTags) {
-        auto* button = new TagButton(entry.tag, open_);
+        auto* button = new TagButton(entry.tag, compact_, open_);
         button->setObjectName("open." + button->objectName());
+        button->setAccessibleName(qtext(
+            services_.texts.format("tagLibraryEndInterval", {utf8Text(button->accessibleName())})));
         connect(button, &QAbstractButton::clicked, this,
                 [this, tag = entry.tag] { flow_.handleTagTap(tag); });
         openFlow_->addWidget(button);

@@ -29,6 +29,7 @@ class TagLibraryView final : public QWidget {
     ~TagLibraryView() override;
 
   private:
+    void followDensity();
     void rebuild();
     void addTimeEvents(QVBoxLayout* column);
     void addGroup(QVBoxLayout* column, const TagGroup& group);
@@ -44,6 +45,7 @@ class TagLibraryView final : public QWidget {
     MarkingFlow& flow_;
     CollectionLists shown_;
     bool eventsExpanded_ = true;
+    bool compact_ = false;
     QVBoxLayout* body_;
     // The open intervals are repeated below the scrolled groups, where they are always visible.
     QWidget* open_;

@@ -13,6 +13,7 @@ namespace tembrix {
 namespace {
 
 constexpr int chipHeight = 24;
+constexpr int compactHeight = 20;
 constexpr int mark = 14;
 constexpr int padding = theme::unit + 2;
 constexpr int room = 2;  // space at both ends into which an armed chip grows
@@ -25,11 +26,12 @@ QFont chipFont() {
 
 }  // namespace
 
-TimeEventChip::TimeEventChip(const TimeEvent& event, QWidget* parent) : QAbstractButton(parent) {
+TimeEventChip::TimeEventChip(const TimeEvent& event, bool compact, QWidget* parent)
+    : QAbstractButton(parent), height_(compact ? compactHeight : chipHeight) {
     setText(qtext(shortened(event.name)));
     nameControl(this, event.id, text());
     setCheckable(true);
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCursor(Qt::PointingHandCursor);
@@ -51,7 +53,7 @@ void TimeEventChip::setArmed(bool armed) {
 QSize TimeEventChip::sizeHint() const {
     return {QFontMetrics(chipFont()).horizontalAdvance(text()) + mark + 2 * padding + theme::unit +
                 2 * room,
-            chipHeight};
+            height_};
 }
 
 void TimeEventChip::keyPressEvent(QKeyEvent* event) {
@@ -74,10 +76,10 @@ void TimeEventChip::paintEvent(QPaintEvent*) {
 
     const bool armed = isChecked();
     const QRectF body = QRectF(rect()).adjusted(room, 1, -room, -1);
-    painter.setPen(QPen(
-        hasFocus() ? (armed ? theme::text : theme::accent) : (armed ? theme::accent : theme::line),
-        hasFocus() ? 2 : 1));
-    painter.setBrush(armed ? theme::accent : underMouse() ? theme::hovered : theme::raised);
+    painter.setPen(QPen(hasFocus() ? (armed ? theme::text : theme::accent)
+                                   : (armed ? theme::accentFill : theme::line),
+                        hasFocus() ? 2 : 1));
+    painter.setBrush(armed ? theme::accentFill : underMouse() ? theme::hovered : theme::raised);
     painter.drawRoundedRect(body, body.height() / 2, body.height() / 2);
 
     const QRectF disc(body.left() + padding - 1, body.center().y() - mark / 2.0, mark, mark);
@@ -85,7 +87,7 @@ void TimeEventChip::paintEvent(QPaintEvent*) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme::onAccent);
         painter.drawEllipse(disc);
-        painter.setPen(QPen(theme::accent, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setPen(QPen(theme::accentFill, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         const QPointF c = disc.center();
         const QPointF tick[] = {c + QPointF(-3, 0), c + QPointF(-0.8, 2.4), c + QPointF(3.2, -2.4)};
         painter.drawPolyline(tick, 3);

@@ -11,7 +11,7 @@ namespace tembrix {
 class TimeEventChip final : public QAbstractButton {
     Q_OBJECT
   public:
-    explicit TimeEventChip(const TimeEvent& event, QWidget* parent = nullptr);
+    TimeEventChip(const TimeEvent& event, bool compact, QWidget* parent = nullptr);
 
     void setArmed(bool armed);
 
@@ -24,6 +24,7 @@ class TimeEventChip final : public QAbstractButton {
 
   private:
     QVariantAnimation scale_;
+    int height_;
 };
 
 }  // namespace tembrix

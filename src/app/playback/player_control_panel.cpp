@@ -7,9 +7,11 @@
 #include "ports/texts.h"
 
 #include "app/playback/video_control_panel_view.h"
+#include "app/widgets/translated.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
 #include "core/playback/video_player_manager.h"
+#include "core/settings/settings.h"
 
 namespace tembrix {
 
@@ -22,7 +24,8 @@ QWidget* makePlayerControlPanel(VideoPlayerManager& player, Commands& commands, 
         texts,
         {run(Command::seekBackward10), run(Command::seekBackward5), run(Command::playPause),
          run(Command::seekForward5), run(Command::seekForward10),
-         [&player](double speed) { player.setPlaybackSpeed(speed); }},
+         [&player](double speed) { player.setPlaybackSpeed(speed); },
+         [&player](double seconds) { player.seek(seconds); }},
         parent);
 
     const auto showTimes = [panel, &player] {
@@ -36,9 +39,14 @@ QWidget* makePlayerControlPanel(VideoPlayerManager& player, Commands& commands, 
         panel->setPlaying(*player.status == PlayerStatus::playing);
     };
     const auto showSpeed = [panel, &player] { panel->setSpeed(player.playbackSpeed()); };
+    const auto showSteps = [panel, &commands, &texts] {
+        panel->setSteps(numberText(*commands.amount(Command::seekForward5), texts),
+                        numberText(*commands.amount(Command::seekForward10), texts));
+    };
     showPlayer();
     showStatus();
     showSpeed();
+    followLanguage(panel, texts, showSteps);
 
     auto subscriptions = std::make_shared<std::vector<Subscription>>();
     const auto follow = [&](Subscription subscription) {
@@ -48,6 +56,7 @@ QWidget* makePlayerControlPanel(VideoPlayerManager& player, Commands& commands, 
     follow(player.currentTimeValue.observe([showTimes](const double&) { showTimes(); }));
     follow(player.status.observe([showStatus](const PlayerStatus&) { showStatus(); }));
     follow(player.playbackSpeedValue.observe([showSpeed](const double&) { showSpeed(); }));
+    follow(commands.captionsChanged.observe(showSteps));
     QObject::connect(panel, &QObject::destroyed, panel,
                      [subscriptions] { subscriptions->clear(); });
     return panel;

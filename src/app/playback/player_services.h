@@ -7,6 +7,7 @@ class QWidget;
 namespace tembrix {
 
 class Commands;
+class Settings;
 class Texts;
 class VideoPlayerManager;
 
@@ -17,6 +18,7 @@ using VideoSurfaceFactory = std::function<QWidget*(QWidget* parent)>;
 struct PlayerServices {
     const Texts& texts;
     Commands& commands;
+    Settings& settings;
     VideoPlayerManager& player;
     VideoSurfaceFactory makeVideoSurface;
 };

@@ -6,14 +6,18 @@
 #include <QMenu>
 #include <QToolButton>
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/time_text.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
+#include "app/widgets/menu_button.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/tabular_label.h"
+#include "app/widgets/translated.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {
@@ -21,7 +25,20 @@ namespace tembrix {
 namespace {
 
 QString speedText(double speed) {
-    return QString::number(speed, 'f', 2);
+    return QString::number(speed, 'f', 2) + "x";
+}
+
+constexpr double timeStep = 5;  // seconds by which assistive programs move
+
+// The first speed that is offered from `speed` on, on the way there from `now`.
+double offeredSpeed(double speed, double now) {
+    constexpr auto& speeds = VideoPlayerManager::speeds;
+    if (speed > now) {
+        const auto* const found = std::lower_bound(speeds.begin(), speeds.end(), speed);
+        return found == speeds.end() ? speeds.back() : *found;
+    }
+    const auto* const after = std::upper_bound(speeds.begin(), speeds.end(), speed);
+    return after == speeds.begin() ? speeds.front() : *std::prev(after);
 }
 
 }  // namespace
@@ -38,26 +55,41 @@ VideoControlPanelView::VideoControlPanelView(const Texts& texts, VideoControlPan
     buttons_->setContentsMargins(0, 0, 0, 0);
     buttons_->setSpacing(theme::unit / 2);
     row_->addWidget(controls_);
-    addSeekButton("videoControlBackward10", "media-seek-backward", "10s",
-                  std::move(actions.seekBackward10));
-    addSeekButton("videoControlBackward5", "media-seek-backward", "5s",
-                  std::move(actions.seekBackward5));
+    seeks_[0] = addSeekButton("videoControlBackward10", "media-seek-backward",
+                              std::move(actions.seekBackward10));
+    seeks_[1] = addSeekButton("videoControlBackward5", "media-seek-backward",
+                              std::move(actions.seekBackward5));
     addPlayPause(std::move(actions.togglePlayPause));
-    addSeekButton("videoControlForward5", "media-seek-forward", "5s",
-                  std::move(actions.seekForward5));
-    addSeekButton("videoControlForward10", "media-seek-forward", "10s",
-                  std::move(actions.seekForward10));
+    seeks_[2] = addSeekButton("videoControlForward5", "media-seek-forward",
+                              std::move(actions.seekForward5));
+    seeks_[3] = addSeekButton("videoControlForward10", "media-seek-forward",
+                              std::move(actions.seekForward10));
     addSpeedMenu(actions.changeSpeed);
-    addTimes();
+    addTimes(std::move(actions.seek));
 }
 
-void VideoControlPanelView::addSeekButton(const char* key, const char* icon, const char* title,
-                                          std::function<void()> action) {
-    QToolButton* button = makeIconButton(texts_, key, icon, controls_);
-    button->setText(title);
+QToolButton* VideoControlPanelView::addSeekButton(const char* key, const char* icon,
+                                                  std::function<void()> action) {
+    auto* button = new QToolButton(controls_);
+    button->setObjectName(key);
+    button->setIcon(theme::icon(icon));
+    button->setIconSize({theme::iconSize, theme::iconSize});
+    button->setFocusPolicy(Qt::StrongFocus);
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     connect(button, &QToolButton::clicked, this, std::move(action));
     buttons_->addWidget(button);
+    return button;
+}
+
+void VideoControlPanelView::setSteps(const std::string& inner, const std::string& outer) {
+    const std::array steps{&outer, &inner, &inner, &outer};
+    for (std::size_t i = 0; i < seeks_.size(); ++i) {
+        QToolButton* button = seeks_[i];
+        button->setText(qtext(texts_.format("seconds", {*steps[i]})));
+        button->setAccessibleName(
+            qtext(texts_.format(utf8Text(button->objectName()), {*steps[i]})));
+        button->setToolTip(button->accessibleName());
+    }
 }
 
 void VideoControlPanelView::addPlayPause(std::function<void()> action) {
@@ -67,15 +99,15 @@ void VideoControlPanelView::addPlayPause(std::function<void()> action) {
 }
 
 void VideoControlPanelView::addSpeedMenu(const std::function<void(double)>& action) {
-    speed_ = new QToolButton(controls_);
+    speed_ = new MenuButton(controls_);
     speed_->setPopupMode(QToolButton::InstantPopup);
-    speed_->setFocusPolicy(Qt::StrongFocus);
-    speed_->setToolTip(qtext(texts_.text("videoControlSpeed")));
+    speed_->setFocusPolicy(Qt::TabFocus);
+    showText(speed_, texts_, "videoControlSpeed", &QWidget::toolTip, &QWidget::setToolTip);
     nameControl(speed_, texts_, "videoControlSpeed");
     auto* menu = new QMenu(speed_);
     auto* group = new QActionGroup(menu);
     for (const double speed : VideoPlayerManager::speeds) {
-        QAction* entry = menu->addAction(speedText(speed) + "x");
+        QAction* entry = menu->addAction(speedText(speed));
         entry->setCheckable(true);
         entry->setData(speed);
         group->addAction(entry);
@@ -84,13 +116,26 @@ void VideoControlPanelView::addSpeedMenu(const std::function<void(double)>& acti
     speed_->setMenu(menu);
     buttons_->addSpacing(theme::unit);
     buttons_->addWidget(speed_);
+    new AccessibleValue(
+        speed_, QAccessible::ButtonMenu,
+        [this] {
+            return AccessibleValue::Reading{shownSpeed_, VideoPlayerManager::speeds.front(),
+                                            VideoPlayerManager::speeds.back(), 0.05};
+        },
+        [this, action](double speed) { action(offeredSpeed(speed, shownSpeed_)); });
     setSpeed(1.0);
 }
 
-void VideoControlPanelView::addTimes() {
+void VideoControlPanelView::addTimes(std::function<void(double)> seek) {
     now_ = new TabularLabel(this);
     now_->setFont(theme::font(theme::timeCodeSize, QFont::Medium));
     nameControl(now_, texts_, "videoControlTimeNow");
+    new AccessibleValue(
+        now_, QAccessible::Slider,
+        [this] {
+            return AccessibleValue::Reading{time_, 0, duration_, timeStep};
+        },
+        std::move(seek));
     whole_ = new TabularLabel(this);
     whole_->setColor(theme::secondaryText);
     nameControl(whole_, texts_, "videoControlTimeWhole");
@@ -100,19 +145,25 @@ void VideoControlPanelView::addTimes() {
 }
 
 void VideoControlPanelView::setPlaying(bool playing) {
+    tellChecked(playPause_, playing);
     playPause_->setIcon(theme::icon(playing ? "media-playback-pause" : "media-playback-start"));
 }
 
 void VideoControlPanelView::setSpeed(double speed) {
+    shownSpeed_ = speed;
     speed_->setText(speedText(speed));
     speed_->setAccessibleDescription(speed_->text());
     for (QAction* entry : speed_->menu()->actions())
         entry->setChecked(entry->data().toDouble() == speed);
+    AccessibleValue::of(speed_)->changed();
 }
 
 void VideoControlPanelView::setTimes(double now, double whole) {
     const auto text = [](double seconds) { return qtext(formatTimeLong(std::max(seconds, 0.0))); };
+    time_ = std::max(now, 0.0);
+    duration_ = std::max(whole, 0.0);
     now_->setText(text(now));
+    AccessibleValue::of(now_)->changed(1);
     whole_->setText("/ " + text(whole));
 }
 

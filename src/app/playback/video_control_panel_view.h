@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <string>
 
 #include "ports/texts.h"
 
@@ -21,6 +22,7 @@ struct VideoControlPanelActions {
     std::function<void()> seekForward5;
     std::function<void()> seekForward10;
     std::function<void(double speed)> changeSpeed;
+    std::function<void(double seconds)> seek;
 };
 
 // The playback controls: seek buttons around play and pause, the speed menu, and the current time
@@ -34,23 +36,28 @@ class VideoControlPanelView final : public QWidget {
     void setPlaying(bool playing);
     void setSpeed(double speed);
     void setTimes(double now, double whole);  // seconds
-    void setOperable(bool operable);          // enables the controls; the times are always shown
+    // How many seconds the inner and the outer seek buttons go.
+    void setSteps(const std::string& inner, const std::string& outer);
+    void setOperable(bool operable);  // enables the controls; the times are always shown
 
   private:
-    void addSeekButton(const char* key, const char* icon, const char* title,
-                       std::function<void()> action);
+    QToolButton* addSeekButton(const char* key, const char* icon, std::function<void()> action);
     void addPlayPause(std::function<void()> action);
     void addSpeedMenu(const std::function<void(double)>& action);
-    void addTimes();
+    void addTimes(std::function<void(double)> seek);
 
     const Texts& texts_;
     QHBoxLayout* row_;
     QWidget* controls_;
     QHBoxLayout* buttons_;
+    std::array<QToolButton*, 4> seeks_{};  // from the left
     QToolButton* playPause_ = nullptr;
     QToolButton* speed_ = nullptr;
     TabularLabel* now_ = nullptr;
     TabularLabel* whole_ = nullptr;
+    double duration_ = 0;
+    double time_ = 0;
+    double shownSpeed_ = 1;
 };
 
 }  // namespace tembrix

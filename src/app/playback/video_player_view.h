@@ -21,9 +21,11 @@ class VideoPlayerView final : public QWidget {
 
   private:
     void showFailure(const Error& error);
+    void showFailureText();
 
     const PlayerServices services_;
     QLabel* failure_;
+    const char* failureKey_ = nullptr;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -66,7 +66,7 @@ void TimelineEditingModel::takeLines(const TimelineLines& lines) {
         cancelGesture();
     rowsChanged.emit(changed);
     // The hovered stamp may have been changed or removed.
-    if (hovered_ && hoverText() != *hoveredStampInfo)
+    if (hovered_ && hoverText(hovered_) != *hoveredStampInfo)
         showHover(hovered_);
 }
 
@@ -257,11 +257,21 @@ void TimelineEditingModel::hoverEnded() {
 
 void TimelineEditingModel::showHover(const std::optional<Uuid>& stamp) {
     hovered_ = stamp;
-    events_.post(events::TimelineStampHoverChanged{hoverText()});
+    events_.post(events::TimelineStampHoverChanged{hoverText(stamp)});
 }
 
-std::optional<std::string> TimelineEditingModel::hoverText() const {
-    const auto hit = hovered_ ? rows_.findStamp(*hovered_) : std::nullopt;
+void TimelineEditingModel::pointAt(const std::optional<Uuid>& stamp) {
+    pointedStamp.setIfChanged(stamp);
+}
+
+std::optional<std::string> TimelineEditingModel::pointedStampInfo() const {
+    if (*pointedStamp == hovered_)
+        return std::nullopt;
+    return hoverText(*pointedStamp);
+}
+
+std::optional<std::string> TimelineEditingModel::hoverText(const std::optional<Uuid>& stamp) const {
+    const auto hit = stamp ? rows_.findStamp(*stamp) : std::nullopt;
     if (!hit)
         return std::nullopt;
     const TimelineLine& line = *rows_[hit->row].line;

@@ -58,6 +58,7 @@ class TimelineEditingModel {
     Published<bool, TimelineEditingModel> isEditorModeActive{false};
     Published<bool, TimelineEditingModel> isScreenshotDisplayActive{false};
     Published<std::optional<std::string>, TimelineEditingModel> hoveredStampInfo;
+    Published<std::optional<Uuid>, TimelineEditingModel> pointedStamp;
     Published<TimelineCursor, TimelineEditingModel> cursor;
     Signal<> zoomChanged;  // emitted once per step, after both scales have been updated
     Signal<std::vector<std::size_t>> rowsChanged;  // indices of the rows to repaint
@@ -109,11 +110,17 @@ class TimelineEditingModel {
     // `timestamp` is the time of the event in seconds.
     void hover(double timestamp, double x, double fromTop, const TimelineAxis& axis);
     void hoverEnded();
+    // The stamp that a click would take, by the pointer's position; absent on the background.
+    void pointAt(const std::optional<Uuid>& stamp);
+    // Its hover text, unless that is hoveredStampInfo already: of several stamps at one time, the
+    // first one is shown there, and a click takes the topmost.
+    std::optional<std::string> pointedStampInfo() const;
 
     // The stamp may have been removed meanwhile; it stays selected until another one is.
     bool canRemoveSelectedStamp() const;
     void removeSelectedStamp();
 
+    void goTo(const TimelineCursor& place);  // moves the cursor
     void moveCursorAcross(int step);
     void moveCursorAlong(int step);
     void activateCursor();  // same as a click on the stamp or the line
@@ -123,9 +130,8 @@ class TimelineEditingModel {
   private:
     void takeLines(const TimelineLines& lines);
     void showHover(const std::optional<Uuid>& stamp);
-    std::optional<std::string> hoverText() const;  // for the hovered stamp
+    std::optional<std::string> hoverText(const std::optional<Uuid>& stamp) const;
     void zoomTo(double scale);
-    void goTo(const TimelineCursor& place);
     void endResizing();
 
     TimelineDataManager& timeline_;

@@ -38,6 +38,23 @@ std::string stampAccessibleText(const TimelineStamp& stamp) {
            formatTimeShort(stamp.timeFinishSeconds);
 }
 
+std::string stampAccessibleDetails(const TimelineStamp& stamp, const TagLibraryManager& library,
+                                   const Texts& texts) {
+    std::vector<std::string> details;
+    if (!stamp.labels.empty())
+        details.push_back(texts.format("stampAccessibleLabels", {labelNames(stamp, library)}));
+    std::vector<std::string> events;
+    for (const auto& id : stamp.timeEvents)
+        for (const TimeEvent& event : library.merged->timeEvents)
+            if (event.id == id) {
+                events.push_back(event.name);
+                break;
+            }
+    if (!events.empty())
+        details.push_back(texts.format("stampAccessibleEvents", {shortened(joined(events, ", "))}));
+    return joined(details, ". ");
+}
+
 std::vector<StampMenuItem> stampMenu(const TimelineStamp& stamp, const TagLibraryManager& library,
                                      const Texts& texts) {
     std::vector<StampMenuItem> items;

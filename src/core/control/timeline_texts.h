@@ -20,6 +20,9 @@ std::string stampHoverText(const TimelineLine& line, const TimelineStamp& stamp,
 
 // The name and the times of a stamp, for screen readers.
 std::string stampAccessibleText(const TimelineStamp& stamp);
+// Its labels and time events, for screen readers; empty without any.
+std::string stampAccessibleDetails(const TimelineStamp& stamp, const TagLibraryManager& library,
+                                   const Texts& texts);
 
 enum class StampMenuAction { deleteTag, editLabels, editTimeEvents };
 

@@ -1,6 +1,7 @@
 #include "core/marking/marking_flow.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/bytes.h"
 #include "base/uuid.h"
@@ -72,6 +73,11 @@ void MarkingFlow::subscribe() {
     }));
     on(std::function([this](const events::ShowLabelSheet& event) { handleTagHotkey(event.tag); }));
     on(std::function([this](const events::StampCountsChanged&) { refreshTagCounts(); }));
+    on(std::function([this](const events::SheetDismissed&) {
+        if (contentFor(selectedTag.get()) == SheetContent::noTimeline &&
+            std::exchange(awaitsTimeline_, false))
+            cancelSheet();
+    }));
     on(std::function([this](const events::EditorModeChanged& event) {
         if (event.active)
             isEditorModeActive.set(*event.active);
@@ -128,6 +134,7 @@ void MarkingFlow::toggleGroup(const std::string& id) {
 }
 
 void MarkingFlow::press(const Tag& tag, bool fromMouse) {
+    awaitsTimeline_ = false;  // an earlier mark
     if (!tag.isInterval.value_or(false)) {
         pausePlayer();
         selectedTag.set(tag);
@@ -181,11 +188,28 @@ void MarkingFlow::openSheet() {
 // Playback continues as after closing the message. An open interval is kept, so that the next press
 // of its tag makes the stamp.
 void MarkingFlow::dismissNeedlessMessage() {
+    if (awaitsTimeline_)
+        return goOnWithTimeline();
     if (!*showLabelSheet || sheetContent_ != SheetContent::noTimeline ||
         contentFor(selectedTag.get()) == SheetContent::noTimeline)
         return;
     showLabelSheet.set(false);
     playhead_.play();
+}
+
+void MarkingFlow::awaitTimeline() {
+    awaitsTimeline_ = true;
+    showLabelSheet.set(false);
+}
+
+// Later, because the sheet that asked for the name of the timeline is still closing.
+void MarkingFlow::goOnWithTimeline() {
+    if (contentFor(selectedTag.get()) == SheetContent::noTimeline)
+        return;
+    work_.onMain([this] {
+        if (std::exchange(awaitsTimeline_, false))
+            openSheet();
+    });
 }
 
 bool MarkingFlow::isSheetAwaited() const {

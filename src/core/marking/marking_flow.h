@@ -84,6 +84,9 @@ class MarkingFlow {
     SheetContent sheetContent() const { return sheetContent_; }
     void completeSheet(const std::vector<std::string>& labels);
     void cancelSheet();
+    // The user adds a timeline for the mark that lacks one. The mark goes on when a timeline is
+    // selected; if the question for its name ends without one, the mark is canceled.
+    void awaitTimeline();
 
     bool asksForLabels(const Tag& tag) const;
     bool isIntervalOpen(const std::string& tagId) const;
@@ -100,6 +103,7 @@ class MarkingFlow {
     void openSheet();
     SheetContent contentFor(const std::optional<Tag>& tag) const;
     void dismissNeedlessMessage();
+    void goOnWithTimeline();
     bool isSheetAwaited() const;  // the sheet was neither completed nor canceled yet
     void pausePlayer();
     void dropIntervals(const std::string& tagId);
@@ -126,6 +130,7 @@ class MarkingFlow {
     EventBus& events_;
     std::optional<std::pair<std::string, PlayField>> cachedPlayField_;
     SheetContent sheetContent_ = SheetContent::addingTag;  // of the last sheet
+    bool awaitsTimeline_ = false;
     bool playFieldIsStale_ = false;  // a collection was changed after the field was loaded
     std::set<std::string> knownGroups_;
     TimelineLines countedLines_;  // the lines for which tagCounts was computed

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "core/commands/command_table.h"
-#include "core/keyboard/hot_key_manager.h"
 #include "core/playback/video_player_manager.h"
 
 namespace tembrix {
@@ -29,17 +28,14 @@ PlaybackCommands::PlaybackCommands(Commands& commands, VideoPlayerManager& playe
         subscriptions_.push_back(
             commands.bind(command, {std::move(run), [&player] { return *player.hasPlayer; }, {}}));
     };
-    const auto seekBy = [&](Command command, double seconds) {
-        bind(command, [&player, seconds] { player.seekBy(seconds); });
+    const auto seek = [&](Command backward, Command forward) {
+        bind(backward, [&, backward] { player.seekBy(-*commands.amount(backward)); });
+        bind(forward, [&, forward] { player.seekBy(*commands.amount(forward)); });
     };
-    constexpr double smallStep = 5, largeStep = 10;  // seconds
     bind(Command::playPause, [&player] { player.togglePlayPause(); });
-    seekBy(Command::seekBackward3, -HotKeyManager::seekStep);
-    seekBy(Command::seekForward3, HotKeyManager::seekStep);
-    seekBy(Command::seekBackward5, -smallStep);
-    seekBy(Command::seekForward5, smallStep);
-    seekBy(Command::seekBackward10, -largeStep);
-    seekBy(Command::seekForward10, largeStep);
+    seek(Command::seekBackward3, Command::seekForward3);
+    seek(Command::seekBackward5, Command::seekForward5);
+    seek(Command::seekBackward10, Command::seekForward10);
     bind(Command::slower,
          [&player] { player.setPlaybackSpeed(neighborSpeed(player.playbackSpeed(), false)); });
     bind(Command::faster,

@@ -15,7 +15,7 @@ VideoPlayerManager::~VideoPlayerManager() {
     std::exchange(player_, nullptr).reset();
 }
 
-void VideoPlayerManager::open(const std::filesystem::path& file) {
+void VideoPlayerManager::open(const std::filesystem::path& file, bool plays) {
     if (player_)
         cleanup();
     player_ = players_.open(file);
@@ -23,7 +23,8 @@ void VideoPlayerManager::open(const std::filesystem::path& file) {
         log_.line("❌ VideoPlayerManager: " + error.text);
         failed.emit(error);
     });
-    player_->play();
+    if (plays)
+        player_->play();
     addTimeObserver();
     // The player may change its rate by itself (play() uses 1). The chosen speed is restored.
     statusObserver_ = player_->observeStatus([this](PlayerStatus now) {
@@ -41,6 +42,7 @@ void VideoPlayerManager::open(const std::filesystem::path& file) {
 void VideoPlayerManager::cleanup() {
     if (!player_)
         return;
+    goesOn_ = false;
     player_->pause();
     timeObserver_.reset();
     statusObserver_.reset();
@@ -84,6 +86,7 @@ void VideoPlayerManager::seekBy(double seconds) {
 void VideoPlayerManager::togglePlayPause() {
     if (!player_)
         return;
+    goesOn_ = false;
     if (player_->status() == PlayerStatus::playing)
         player_->pause();
     else
@@ -93,6 +96,7 @@ void VideoPlayerManager::togglePlayPause() {
 void VideoPlayerManager::setPlaybackSpeed(double speed) {
     if (!player_)
         return;
+    goesOn_ = false;
     playbackSpeedValue.set(speed);
     player_->setRate(speed);
 }
@@ -108,13 +112,29 @@ std::optional<std::filesystem::path> VideoPlayerManager::currentVideoURL() const
 }
 
 void VideoPlayerManager::play() {
+    goesOn_ = false;
     if (player_)
         player_->play();
 }
 
 void VideoPlayerManager::pause() {
+    goesOn_ = false;
     if (player_)
         player_->pause();
+}
+
+Subscription VideoPlayerManager::pauseMeanwhile() {
+    ++pauses_;
+    if (player_ && player_->rate() > 0) {
+        player_->pause();
+        goesOn_ = true;
+    }
+    return Subscription(lifetime_.guard([this] { endPause(); }));
+}
+
+void VideoPlayerManager::endPause() {
+    if (--pauses_ == 0 && std::exchange(goesOn_, false) && player_)
+        player_->setRate(playbackSpeedValue.get());
 }
 
 }  // namespace tembrix

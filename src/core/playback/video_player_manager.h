@@ -12,6 +12,7 @@
 
 #include "ports/player.h"
 
+#include "core/background/lifetime.h"
 #include "core/keyboard/hot_key_manager.h"
 #include "core/keyboard/key_transport.h"
 #include "core/playback/playhead.h"
@@ -39,8 +40,8 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     Signal<Error> failed;  // the video could not be opened, or playback was interrupted
     bool isVideoPlayerInEditorMode = false;
 
-    // Creates the player, starts playback, and observes time and status.
-    void open(const std::filesystem::path& file);
+    // Creates the player, starts playback if wanted, and observes time and status.
+    void open(const std::filesystem::path& file, bool plays = true);
     void cleanup();
 
     void seek(double seconds) override;
@@ -57,6 +58,10 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     double playbackSpeed() const override { return playbackSpeedValue.get(); }
     void play() override;
     void pause() override;
+    // Pauses while something needs the user's whole attention, until the subscription ends, which
+    // may be after the player. Then playback goes on, unless it was paused before or somebody has
+    // played or paused meanwhile.
+    Subscription pauseMeanwhile();
     void setResizingTag(bool resizing) override { isResizingTag.set(resizing); }
     double transportTime() const override { return currentTimeValue.get(); }
 
@@ -64,10 +69,15 @@ class VideoPlayerManager final : public Playhead, public KeyTransport {
     PlayerFactory& players_;
     Log& log_;
     std::unique_ptr<Player> player_;
+    void endPause();
+
     int seeksUnderWay_ = 0;
+    int pauses_ = 0;       // by pauseMeanwhile()
+    bool goesOn_ = false;  // when the last of them ends
     Subscription timeObserver_;
     Subscription statusObserver_;
     Subscription failureObserver_;
+    Lifetime lifetime_;
 };
 
 }  // namespace tembrix

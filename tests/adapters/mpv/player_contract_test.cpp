@@ -150,6 +150,20 @@ TEST_P(PlayerContract, TicksAtTheIntervalWhilePlayingAndOnceWhenItStops) {
     EXPECT_EQ(ticks.size(), count);
 }
 
+TEST_P(PlayerContract, KeepsItsVolumeWhateverItPlays) {
+    EXPECT_EQ(player.volume(), 1);
+    EXPECT_FALSE(player.isMuted());
+    player.setVolume(0.25, true);
+    player.setRate(2);
+    EXPECT_TRUE(seek(3));
+    player.pause();
+    EXPECT_EQ(player.volume(), 0.25);
+    EXPECT_TRUE(player.isMuted());
+    player.setVolume(7, false);
+    EXPECT_EQ(player.volume(), 1);
+    EXPECT_FALSE(player.isMuted());
+}
+
 TEST_P(PlayerContract, SeeksAreClampedAndEndAtTheTimeAskedFor) {
     EXPECT_TRUE(seek(5.01));
     EXPECT_DOUBLE_EQ(player.currentTime(), 5.01);

@@ -21,9 +21,9 @@
 namespace tembrix {
 
 inline ControlServices controlServices(AppProject& app) {
-    return {app.timeline, app.history,       app.player, app.hotkeys,  app.markupModes,
-            app.exports,  app.tagLibrary,    app.focus,  app.defaults, app.scheduler,
-            app.events,   app.core.commands, app.panels, app.texts};
+    return {app.timeline,  app.history,    app.player,        app.hotkeys,  app.markupModes,
+            app.exports,   app.tagLibrary, app.focus,         app.defaults, app.core.health,
+            app.scheduler, app.events,     app.core.commands, app.panels,   app.texts};
 }
 
 // The control window with two lines, and functions for user input.

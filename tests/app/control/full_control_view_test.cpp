@@ -7,6 +7,8 @@
 
 #include "app/control/control_window_fixture.h"
 #include "app/widgets/stamp_items_sheet.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 
 namespace tembrix {
 namespace {
@@ -91,7 +93,7 @@ TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
     EXPECT_TRUE(*app.hotkeys.isLabelHotkeyMode);
     const std::string label = app.tagLibrary.active->labelGroups.front().lables.front();
     press(label.c_str(), labels);
-    press("collectionsButtonAdd", labels);
+    press("saveButtonTitle", labels);
     app.settle();
     EXPECT_THAT(stamp(id)->labels, ElementsAre(label));
 
@@ -178,6 +180,69 @@ TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     EXPECT_TRUE(find("fullControlRedo")->isEnabled());
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_THAT(lineNames(), ElementsAre("Set pieces", "Corners"));
+}
+
+TEST_F(FullControlViewTest, TheVideoWaitsBehindSheetsAndGoesOnOnlyIfItPlayed) {
+    const Uuid id = addStamp(a, 40, 60);
+    app.timeline.selectStamp(id);
+    app.timeline.selectLine(a);
+    for (const Command command : {Command::addLine, Command::renameLine, Command::editLabels,
+                                  Command::editTimeEvents, Command::exportAll, Command::exportTags})
+        for (const bool played : {true, false}) {
+            SCOPED_TRACE(commandRow(command).name);
+            played ? app.player.play() : app.player.pause();
+            ASSERT_TRUE(app.core.commands.run(command));
+            app.settle(0.2);
+            auto* open = sheet<Sheet>();
+            ASSERT_TRUE(open);
+            EXPECT_EQ(player().status(), PlayerStatus::paused);
+            QTest::keyClick(open, Qt::Key_Escape);
+            app.settle();
+            EXPECT_EQ(player().status(), played ? PlayerStatus::playing : PlayerStatus::paused);
+        }
+}
+
+TEST_F(FullControlViewTest, ASignSaysWhetherAllMarksAreOnTheDisk) {
+    auto* sign = find<QLabel>("savedSign");
+    EXPECT_EQ(sign->text(), "Saved");
+    app.defaults.delaySync(true);
+    addStamp(a, 40, 60);
+    app.settle();
+    EXPECT_EQ(sign->text(), "Saving…");
+    EXPECT_EQ(sign->accessibleName(), "The last marks are being written to the disk.");
+    app.defaults.delaySync(false);
+    app.settle();
+    EXPECT_EQ(sign->text(), "Saved");
+    app.defaults.refuse("disk full");
+    addStamp(a, 70, 80);
+    app.settle();
+    EXPECT_EQ(sign->text(), "Not saved");
+    app.defaults.refuse({});
+}
+
+TEST_F(FullControlViewTest, TheFocusNeverJumpsToAControlThatNobodyAskedFor) {
+    EXPECT_EQ(view->focusWidget(), view.get()) << "no control has it at first";
+    auto* undo = find("fullControlUndo");
+    app.timeline.renameLine(a, "Renamed");
+    canvas->setFocus();
+    QTest::mouseClick(undo, Qt::LeftButton);
+    EXPECT_TRUE(canvas->hasFocus());
+    app.timeline.renameLine(a, "Renamed");
+    undo->setFocus();
+    while (undo->isEnabled())
+        key(Qt::Key_Return);
+    // The next control is redo: a further press would make everything again.
+    EXPECT_TRUE(view->hasFocus());
+    key(Qt::Key_Return);
+    EXPECT_TRUE(find("fullControlRedo")->isEnabled());
+
+    names->setFocus();
+    app.core.commands.run(Command::addLine);
+    auto* add = sheet<Sheet>();
+    ASSERT_TRUE(add);
+    QTest::keyClick(add, Qt::Key_Escape);
+    app.settle();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return names->hasFocus(); }));
 }
 
 TEST_F(FullControlViewTest, ClosingTheWindowEndsTheDragOfALine) {

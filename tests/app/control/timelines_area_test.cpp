@@ -3,9 +3,11 @@
 #include <QAccessible>
 #include <random>
 
+#include "app/accessible_tree.h"
 #include "app/control/control_window_fixture.h"
 #include "app/theme/theme.h"
 #include "app/widgets/elided_label.h"
+#include "app/widgets/sheet.h"
 #include "app/widgets/tabular_label.h"
 
 namespace tembrix {
@@ -48,6 +50,27 @@ TEST_F(TimelinesAreaTest, ZoomKeepsThePlayheadInPlaceAndRowsScrollInStep) {
     EXPECT_EQ(canvas->scrollY(), names->verticalScrollBar()->value());
     const double bottom = canvas->rowArea(view->model().rows().size() - 1).bottom();
     EXPECT_NEAR(bottom, canvas->height(), 1);
+}
+
+TEST_F(TimelinesAreaTest, WithoutTimelinesTheAreaSaysWhatToDo) {
+    auto* hint = find<QLabel>("timelinesEmpty");
+    EXPECT_FALSE(hint->isVisible());
+    app.timeline.deleteLine(a);
+    app.timeline.deleteLine(b);
+    EXPECT_TRUE(hint->isVisible());
+    picture(*view, "control-empty");
+    app.markupModes.setMarkupMode(MarkupMode::tagBased);
+    EXPECT_TRUE(hint->isVisible());
+    EXPECT_FALSE(find("timelinesEmptyAdd")->isVisible());
+    app.markupModes.setMarkupMode(MarkupMode::standard);
+    press("timelinesEmptyAdd");
+    auto* add = sheet<Sheet>();
+    ASSERT_TRUE(add);
+    QTest::keyClicks(find<QLineEdit>("timelineName", add), "First half");
+    QTest::keyClick(add, Qt::Key_Return);
+    app.settle();
+    EXPECT_EQ(lineNames().size(), 1u);
+    EXPECT_FALSE(hint->isVisible());
 }
 
 TEST_F(TimelinesAreaTest, TheZoomedViewFollowsThePlayheadUnlessAHandScrolls) {
@@ -94,6 +117,34 @@ TEST_F(TimelinesAreaTest, HoverTextIsShownInTheStatusLine) {
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(canvas, &leave);
     EXPECT_EQ(status->fullText(), "");
+}
+
+TEST_F(TimelinesAreaTest, TheStampThatAClickTakesIsOutlinedAndNamedToo) {
+    const Uuid first = addStamp(a, 40, 60, "Shot");
+    const Uuid top = addStamp(a, 45, 70, "Goal");
+    const QPointF at(x(50), area(top).center().y());
+    const auto outlined = [&](const Uuid& id) {
+        const QPointF edge(area(id).center().x(), area(id).top() - 0.5);
+        return canvas->grab().toImage().pixelColor(edge.toPoint()).lightness() > 150;
+    };
+    EXPECT_FALSE(outlined(top));
+    hover(at);
+    EXPECT_EQ(find<ElidedLabel>("timelineHoverText")->fullText(),
+              "Shot   ·   Attack   ·   —   ·   00:40 • 00:20      "
+              "A click takes: Goal   ·   Attack   ·   —   ·   00:45 • 00:25");
+    EXPECT_TRUE(outlined(top));
+    picture(*view, "control-pointed");
+    // A new stamp comes between the pointer and the others.
+    const Uuid newest = addStamp(a, 44, 72, "Corner");
+    EXPECT_EQ(*view->model().pointedStamp, newest);
+    app.timeline.removeStamp(a, newest);
+    EXPECT_EQ(*view->model().pointedStamp, top);
+    click(at);
+    EXPECT_EQ(*app.timeline.selectedStampID, top);
+    EXPECT_NE(first, top);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(canvas, &leave);
+    EXPECT_FALSE(*view->model().pointedStamp);
 }
 
 TEST_F(TimelinesAreaTest, ADrawingOnScreenDisablesAndDimsTheTimelines) {
@@ -217,6 +268,72 @@ TEST_F(TimelinesAreaTest, ScreenReadersFindLinesAndStamps) {
     EXPECT_EQ(item->text(QAccessible::Name), "");
 
     EXPECT_EQ(unnamedControls(*view), QStringList());
+}
+
+TEST_F(TimelinesAreaTest, ScreenReadersFollowTheSelectionAndPressStamps) {
+    const auto label = app.tagLibrary.merged->labels.front();
+    const auto event = app.tagLibrary.merged->timeEvents.front();
+    TimelineStamp shot = ControlProject::makeStamp(40, 60, "Shot");
+    shot.labels = {label.id};
+    shot.timeEvents = {event.id};
+    app.timeline.appendStamp(a, shot);
+    const auto list = QAccessible::queryAccessibleInterface(canvas);
+    const auto lines = QAccessible::queryAccessibleInterface(names);
+    const auto told = [](tree::Node parent) {
+        QStringList selected;
+        for (int i = 0; i < parent->childCount(); ++i)
+            if (parent->child(i)->state().selected)
+                selected << tree::name(parent->child(i));
+        return selected;
+    };
+    // The line that marks go to, wherever the focus of the list of names is.
+    app.timeline.selectLine(b);
+    app.settle();
+    EXPECT_EQ(told(list), QStringList("Defence"));
+    EXPECT_EQ(told(lines), QStringList("Defence, tags: 0"));
+    names->setFocus();
+    EXPECT_EQ(names->currentLine(), b);
+    QTest::keyClick(names, Qt::Key_Up);
+    EXPECT_EQ(told(lines), QStringList("Defence, tags: 0"));
+    Announcements announced;
+    EXPECT_TRUE(tree::act(list->child(1)));
+    EXPECT_EQ(*app.timeline.selectedLineID, a);
+    EXPECT_EQ(told(list), QStringList("Attack"));
+    EXPECT_EQ(told(lines), QStringList("Attack, tags: 1"));
+    EXPECT_TRUE(announced.contains(QAccessible::StateChanged, "Attack"));
+
+    const auto stamp = list->child(1)->child(0);
+    const QString name = "Shot, 00:40 – 01:00";
+    EXPECT_EQ(tree::description(stamp),
+              qtext("Labels: " + label.name + ". Time events: " + event.name));
+    EXPECT_TRUE(tree::act(stamp, "Select"));
+    EXPECT_TRUE(stamp->state().selected);
+    EXPECT_EQ(*app.player.status, PlayerStatus::paused);
+    EXPECT_TRUE(announced.contains(QAccessible::StateChanged, name));
+    EXPECT_TRUE(tree::act(stamp, QAccessibleActionInterface::setFocusAction()));
+    EXPECT_TRUE(stamp->state().focused);
+    EXPECT_TRUE(announced.contains(QAccessible::Focus, name));
+    EXPECT_TRUE(tree::act(stamp));
+    app.settle();
+    EXPECT_EQ(player().currentTime(), 40);
+    EXPECT_EQ(*app.player.status, PlayerStatus::playing);
+    EXPECT_TRUE(tree::act(stamp, QAccessibleActionInterface::showMenuAction()));
+    ASSERT_TRUE(menu());
+    EXPECT_TRUE(tree::find(QAccessible::queryAccessibleInterface(view.get()), QAccessible::MenuItem,
+                           "Delete tag"));
+    menu()->close();
+
+    announced.clear();
+    addStamp(a, 1, 2);
+    EXPECT_TRUE(announced.contains(QAccessible::DescriptionChanged, "Attack"));
+    EXPECT_TRUE(announced.contains(QAccessible::ObjectCreated, "Pass, 00:01 – 00:02"));
+
+    const auto zoom =
+        tree::find(QAccessible::queryAccessibleInterface(view.get()), QAccessible::Slider, "Zoom");
+    ASSERT_TRUE(zoom);
+    zoom->valueInterface()->setCurrentValue(4);
+    EXPECT_DOUBLE_EQ(*view->model().timelineScale, 4);
+    EXPECT_TRUE(announced.contains(QAccessible::ValueChanged, "Zoom"));
 }
 
 }  // namespace

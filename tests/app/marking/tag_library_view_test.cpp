@@ -16,6 +16,8 @@
 #include "app/widgets/qt_text.h"
 #include "app/widgets/stamp_items_sheet.h"
 #include "app/window_tests.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 #include "core/marking/marking_flow.h"
 
 namespace tembrix {
@@ -45,8 +47,8 @@ class TagLibraryViewTest : public testing::Test {
                                              app->collections, app->player, map, app->scheduler,
                                              app->events);
         view = std::make_unique<TagLibraryView>(
-            TagPanelServices{app->tagLibrary, app->player, app->hotkeys, app->events, app->panels,
-                             app->texts},
+            TagPanelServices{app->timeline, app->tagLibrary, app->player, app->hotkeys, app->events,
+                             app->core.commands, app->core.settings, app->panels, app->texts},
             *flow);
         view->resize(640, 560);
         view->show();
@@ -166,6 +168,54 @@ TEST_F(TagLibraryViewTest, WithoutATimelineTheSheetSaysSo) {
     EXPECT_EQ(child(*view, "tagLibraryNoTimeline"), nullptr);
     EXPECT_TRUE(stamps().empty());
     EXPECT_EQ(*app->player.status, PlayerStatus::playing);
+}
+
+TEST_F(TagLibraryViewTest, ThePanelSaysWhereTheNextMarkGoesAndChangesIt) {
+    auto* target = child<QToolButton>(*view, "markTarget");
+    const auto moments = **app->timeline.selectedLineID;
+    EXPECT_EQ(target->text(), "Moments");
+    EXPECT_FALSE(target->property("doubtful").toBool());
+    app->timeline.selectLine(drawingsLineId());
+    EXPECT_EQ(target->accessibleDescription(), "drawings: not meant for tags");
+    EXPECT_TRUE(target->property("doubtful").toBool());
+    picture(*view, "panel-drawings");
+
+    const auto entry = [&](const std::string& name) {
+        target->setFocus();
+        target->menu()->popup(view->mapToGlobal(QPoint(0, 0)));
+        auto* found = target->menu()->findChild<QAction*>(qtext(name));
+        EXPECT_TRUE(found) << name;
+        return found;
+    };
+    const auto choose = [&](const std::string& name) {
+        target->menu()->setActiveAction(entry(name));
+        QTest::keyClick(target->menu(), Qt::Key_Return);
+        app->settle();
+    };
+    choose(moments.text());
+    EXPECT_EQ(*app->timeline.selectedLineID, moments);
+    const Uuid other = addLine("A & B");
+    app->timeline.appendStamp(other, ControlProject::makeStamp(1, 2, "Pass", "FF0000"));
+    EXPECT_TRUE(entry(other.text())->isChecked());
+    target->menu()->close();
+    EXPECT_EQ(target->text(), "A && B");
+    EXPECT_EQ(target->icon().pixmap(12, 12).toImage().pixelColor(6, 6), QColor(255, 0, 0));
+    picture(*view, "panel-line");
+
+    // One key goes to the next timeline, never to that of the drawings.
+    Commands& commands = app->core.commands;
+    EXPECT_TRUE(commands.run(Command::nextLine));
+    EXPECT_EQ(*app->timeline.selectedLineID, moments);
+    EXPECT_TRUE(commands.run(Command::previousLine));
+    EXPECT_EQ(*app->timeline.selectedLineID, other);
+
+    app->markupModes.setMarkupMode(MarkupMode::tagBased);
+    EXPECT_EQ(target->accessibleDescription(), "One timeline per tag");
+    EXPECT_FALSE(commands.isEnabled(Command::nextLine));
+    app->markupModes.setMarkupMode(MarkupMode::standard);
+    app->timeline.deleteLine(other);
+    EXPECT_EQ(target->accessibleDescription(), "No timeline: choose one");
+    EXPECT_TRUE(target->property("doubtful").toBool());
 }
 
 TEST_F(TagLibraryViewTest, AnIntervalRunsUntilItsSecondPressAndLocksTheCollection) {
@@ -304,6 +354,60 @@ TEST_F(TagLibraryViewTest, GroupsFoldAndTheDrawingEditorHidesThePanel) {
     picture(*view, "panel-editor");
     app->events.post(events::EditorModeChanged{false});
     EXPECT_TRUE(tag("football.tag.note")->isEnabled());
+}
+
+TEST_F(TagLibraryViewTest, AMarkLeavesTheFocusWhereItWas) {
+    EXPECT_TRUE(view->hasFocus()) << "no control has it at first";
+    chooser()->setFocus();
+    click(tag("football.tag.note"));
+    click(child(*view, "football.event.half1"));
+    click(child(*view, "football.group.attack.header"));
+    EXPECT_TRUE(chooser()->hasFocus());
+    click(tag("football.tag.shot"));
+    ASSERT_TRUE(sheet());
+    QTest::keyClick(sheet(), Qt::Key_Return);
+    app->settle(1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return chooser()->hasFocus(); }));
+    EXPECT_EQ(stamps().size(), 2u);
+
+    // A collection that is changed elsewhere gets new buttons.
+    auto* note = tag("football.tag.note");
+    note->setFocus();
+    app->core.commands.run(Command::compactTags);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(tag("football.tag.note")->hasFocus());
+}
+
+TEST_F(TagLibraryViewTest, SmallButtonsShowThirtyTagsInTheSmallestPanel) {
+    view->resize(426, 352);  // of a screen of 1280 by 800 points, below title and menus
+    app->core.commands.run(Command::compactTags);
+    app->settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    app->settle();
+    const auto* area = view->findChild<QScrollArea*>()->viewport();
+    int shown = 0;
+    for (const auto* button : view->findChildren<TagButton*>()) {
+        const QRect place(button->mapTo(view.get(), QPoint(0, 0)), button->size());
+        const QRect visible(area->mapTo(view.get(), QPoint(0, 0)), area->size());
+        shown += visible.contains(place);
+    }
+    picture(*view, "panel-compact");
+    EXPECT_GE(shown, 30);
+    EXPECT_TRUE(app->core.settings.values->compactTags);
+    click(child(*view, "football.group.attack.header"));
+    EXPECT_FALSE(tag("football.tag.goal")->isVisible());
+    EXPECT_TRUE(child(*view, "football.group.attack.header")->isVisible());
+}
+
+TEST_F(TagLibraryViewTest, TheLabelSheetStaysWithinTheWidthOfThePanel) {
+    view->setGeometry(0, 40, 426, 400);
+    app->settle();
+    click(tag("football.tag.shot"));
+    ASSERT_TRUE(sheet());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet()));
+    EXPECT_GE(sheet()->x(), view->x());
+    EXPECT_LE(sheet()->geometry().right(), view->geometry().right());
+    picture(*sheet(), "labels-narrow");
 }
 
 TEST_F(TagLibraryViewTest, EveryControlIsReachedByTab) {

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QLabel>
 #include <QMenu>
+#include <QSlider>
 #include <QTest>
 #include <QToolButton>
 #include <gmock/gmock.h>
@@ -11,6 +12,8 @@
 #include "app/app_project.h"
 #include "app/widgets/tabular_label.h"
 #include "app/window_tests.h"
+#include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 
 namespace tembrix {
 namespace {
@@ -21,9 +24,9 @@ class VideoPlayerViewTest : public testing::Test {
   protected:
     VideoPlayerViewTest() {
         project.openVideo();
-        view = std::make_unique<VideoPlayerView>(
-            PlayerServices{project.texts, project.core.commands, project.player,
-                           [](QWidget* parent) -> QWidget* { return new QLabel(parent); }});
+        view = std::make_unique<VideoPlayerView>(PlayerServices{
+            project.texts, project.core.commands, project.core.settings, project.player,
+            [](QWidget* parent) -> QWidget* { return new QLabel(parent); }});
         view->resize(853, 440);
         view->show();
         view->activateWindow();
@@ -56,6 +59,24 @@ TEST_F(VideoPlayerViewTest, TheBarDrivesThePlayerFromItsOwnTime) {
     EXPECT_EQ(player().rate(), 1);
 }
 
+TEST_F(VideoPlayerViewTest, TheSeekButtonsFollowTheSettings) {
+    project.texts.set("seconds", "{0} s");
+    project.texts.set("decimalSeparator", ",");
+    project.core.settings.change([](SettingsValues& values) {
+        values.smallSeekStep = 2.5;
+        values.largeSeekStep = 60;
+    });
+    EXPECT_EQ(button("videoControlBackward5")->text(), "2,5 s");
+    EXPECT_EQ(button("videoControlForward10")->text(), "60 s");
+    player().advanceTo(30);
+    press("videoControlBackward5");
+    EXPECT_NEAR(player().seeks.back(), 27.5, 1e-9);
+
+    project.core.settings.change([](SettingsValues& values) { values.playsOnOpening = false; });
+    project.openVideo("second.mp4");
+    EXPECT_EQ(*project.player.status, PlayerStatus::paused);
+}
+
 TEST_F(VideoPlayerViewTest, TheSpeedMenuOffersTheSpeedsAndShowsTheCurrentOne) {
     auto* speed = button("videoControlSpeed");
     QStringList offered;
@@ -63,15 +84,40 @@ TEST_F(VideoPlayerViewTest, TheSpeedMenuOffersTheSpeedsAndShowsTheCurrentOne) {
         offered << entry->text();
     EXPECT_EQ(offered, QStringList({"0.10x", "0.25x", "0.50x", "0.75x", "1.00x", "1.50x", "2.00x",
                                     "5.00x"}));
-    EXPECT_EQ(speed->text(), "1.00");
+    EXPECT_EQ(speed->text(), "1.00x");
 
     player().pause();
     speed->menu()->actions().at(6)->trigger();
     EXPECT_EQ(player().rate(), 2);
-    EXPECT_EQ(speed->text(), "2.00");
+    EXPECT_EQ(speed->text(), "2.00x");
     EXPECT_TRUE(speed->menu()->actions().at(6)->isChecked());
     project.player.cleanup();
-    EXPECT_EQ(speed->text(), "1.00");
+    EXPECT_EQ(speed->text(), "1.00x");
+}
+
+TEST_F(VideoPlayerViewTest, VolumeAndMuteAreSetByBarAndCommandAndRemembered) {
+    auto* slider = child<QSlider>(*view, "videoControlVolume");
+    EXPECT_EQ(slider->value(), 100);
+    QTest::keyClick(slider, Qt::Key_PageDown);
+    EXPECT_DOUBLE_EQ(player().volume(), 0.9);
+    press("commandMute");
+    EXPECT_TRUE(player().isMuted());
+    EXPECT_TRUE(button("commandMute")->isChecked());
+    project.openVideo("second.mp4");
+    EXPECT_TRUE(player().isMuted());
+    EXPECT_DOUBLE_EQ(player().volume(), 0.9);
+    Commands& commands = project.core.commands;
+    for (int i = 0; i < 3; ++i)
+        commands.run(Command::louder);  // becomes audible; 100 percent is the most
+    EXPECT_FALSE(player().isMuted());
+    EXPECT_DOUBLE_EQ(player().volume(), 1);
+    EXPECT_EQ(slider->value(), 100);
+    commands.run(Command::quieter);
+    Settings stored(project.defaults, project.log);
+    EXPECT_EQ(stored.values->volume, 90);
+    EXPECT_FALSE(stored.values->muted);
+    project.player.cleanup();
+    EXPECT_FALSE(button("commandMute")->isEnabled());
 }
 
 TEST_F(VideoPlayerViewTest, TimesFollowThePlayerAndNothingCanBePressedWithoutOne) {

@@ -37,6 +37,42 @@ TEST_F(VideoPlayerManagerTest, DoesNothingWithoutAPlayer) {
     EXPECT_EQ(manager.currentVideoURL(), std::nullopt);
 }
 
+TEST_F(VideoPlayerManagerTest, APauseMeanwhileEndsWithTheLastOneUnlessSomebodyElseDecides) {
+    const auto plays = [this] { return player().rate() > 0; };
+    open();
+    manager.setPlaybackSpeed(2);
+    auto one = manager.pauseMeanwhile();
+    auto another = manager.pauseMeanwhile();
+    EXPECT_FALSE(plays());
+    one.reset();
+    EXPECT_FALSE(plays());
+    another.reset();
+    EXPECT_EQ(player().rate(), 2);
+
+    one = manager.pauseMeanwhile();
+    manager.togglePlayPause();
+    EXPECT_TRUE(plays());
+    manager.togglePlayPause();
+    one.reset();
+    EXPECT_FALSE(plays()) << "the user has paused it";
+
+    manager.play();
+    one = manager.pauseMeanwhile();
+    manager.cleanup();
+    open();
+    player().pause();
+    one.reset();
+    EXPECT_FALSE(plays()) << "it was another video";
+
+    // The sheet may be closed after the project.
+    {
+        VideoPlayerManager gone(players, log);
+        gone.open("/videos/third.mp4");
+        one = gone.pauseMeanwhile();
+    }
+    one.reset();
+}
+
 TEST_F(VideoPlayerManagerTest, OpeningPlaysAndPublishesTheTime) {
     std::vector<bool> told;
     const auto watch = manager.hasPlayer.observe([&](bool has) {
