@@ -2,16 +2,28 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <utility>
 
 #include "base/files.h"
 
 namespace tembrix {
 
-FileTexts::FileTexts(const std::filesystem::path& folder, const std::string& language, Log& log) {
-    const auto file = folder / (language + ".json");
+FileTexts::FileTexts(std::filesystem::path folder, const std::string& language, Log& log)
+    : folder_(std::move(folder)), log_(log) {
+    load(language);
+}
+
+void FileTexts::setLanguage(const std::string& language) {
+    load(language);
+    changed.emit();
+}
+
+void FileTexts::load(const std::string& language) {
+    texts_.clear();
+    const auto file = folder_ / (language + ".json");
     const auto content = readFile(file);
     if (!content) {
-        log.line("❌ Texts: " + content.error().text);
+        log_.line("❌ Texts: " + content.error().text);
         return;
     }
     QJsonParseError error{};
@@ -20,7 +32,7 @@ FileTexts::FileTexts(const std::filesystem::path& folder, const std::string& lan
                                            static_cast<qsizetype>(content->size())),
                                 &error);
     if (!document.isObject()) {
-        log.line("❌ Texts: " + pathText(file) + ": " + error.errorString().toStdString());
+        log_.line("❌ Texts: " + pathText(file) + ": " + error.errorString().toStdString());
         return;
     }
     const auto object = document.object();

@@ -5,6 +5,7 @@
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
+#include <QWidget>
 #include <cmath>
 
 namespace tembrix {
@@ -34,7 +35,10 @@ std::string systemLanguage() {
 }
 
 void installDialogTexts(QApplication& application, const std::string& language) {
+    const QString name = QStringLiteral("dialogTexts");
+    delete application.findChild<QTranslator*>(name, Qt::FindDirectChildrenOnly);
     auto* translator = new QTranslator(&application);
+    translator->setObjectName(name);
     if (translator->load(QLocale(QString::fromStdString(language)), "qtbase", "_",
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         application.installTranslator(translator);
@@ -42,8 +46,11 @@ void installDialogTexts(QApplication& application, const std::string& language) 
     // choice.
     const QLocale ofTexts(QString::fromStdString(language));
     const QLocale system = QLocale::system();
-    if (system.language() != ofTexts.language() || system.dateFormat() == QLocale::c().dateFormat())
-        QLocale::setDefault(ofTexts);
+    const bool suits =
+        system.language() == ofTexts.language() && system.dateFormat() != QLocale::c().dateFormat();
+    QLocale::setDefault(suits ? system : ofTexts);
+    for (QWidget* window : QApplication::topLevelWidgets())
+        window->unsetLocale();
 }
 
 std::string QtLocale::identifier() const {
@@ -53,6 +60,14 @@ std::string QtLocale::identifier() const {
 std::string QtLocale::shortDate(Date date, std::string_view localeName) const {
     const QLocale locale(QString::fromUtf8(localeName.data(), static_cast<int>(localeName.size())));
     return locale.toString(localTime(date).date(), QLocale::ShortFormat).toStdString();
+}
+
+std::string QtLocale::dateAndTime(Date date) const {
+    const QLocale locale;
+    const QDateTime moment = localTime(date);
+    return (locale.toString(moment, "d MMMM yyyy") + ", " +
+            locale.toString(moment.time(), QLocale::ShortFormat))
+        .toStdString();
 }
 
 std::string QtLocale::fileStamp(Date date) const {

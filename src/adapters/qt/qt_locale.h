@@ -19,7 +19,8 @@ std::string chooseLanguage(const QStringList& uiLanguages);
 std::string systemLanguage();
 
 // Translates Qt's own dialogs if the translation is installed. Sets the format of dates and numbers
-// in fields if the system's language is another one.
+// in fields: that of the system if its language is the same. May be called again for another
+// language.
 void installDialogTexts(QApplication& application, const std::string& language);
 
 class QtLocale final : public Locale {
@@ -27,9 +28,12 @@ class QtLocale final : public Locale {
     // `language` is the language of the texts.
     explicit QtLocale(std::string language) : language_(std::move(language)) {}
 
+    void setLanguage(std::string language) { language_ = std::move(language); }
+
     std::string preferredLocalization() const override { return language_; }
     std::string identifier() const override;
     std::string shortDate(Date date, std::string_view localeName) const override;
+    std::string dateAndTime(Date date) const override;
     std::string fileStamp(Date date) const override;
 
   private:

@@ -1,14 +1,19 @@
 #include "adapters/qt/qt_panels.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
+#include <QProcess>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTreeView>
 #include <QUrl>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "adapters/qt/message_panel.h"
@@ -17,6 +22,7 @@ namespace tembrix {
 namespace {
 
 constexpr QSize fileDialogSize{860, 520};
+constexpr int openerPatience = 10000;  // milliseconds
 
 QString qtext(const std::string& text) {
     return QString::fromStdString(text);
@@ -39,6 +45,18 @@ std::vector<std::filesystem::path> chosenFiles(const QFileDialog& dialog) {
     return files;
 }
 
+// The names get the room that the other columns leave. A dialog of the system has no columns here.
+void fitColumns(const QFileDialog& dialog) {
+    const auto* files = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
+    if (!files)
+        return;
+    QHeaderView* header = files->header();
+    header->setStretchLastSection(false);
+    for (int column = 0; column < header->count(); ++column)
+        header->setSectionResizeMode(
+            column, column == 0 ? QHeaderView::Stretch : QHeaderView::ResizeToContents);
+}
+
 QFileDialog* makeFileDialog(const std::string& title, const std::string& message, const char* name,
                             const std::string& window = {}) {
     const auto caption =
@@ -48,6 +66,7 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
     dialog->setOption(QFileDialog::DontUseNativeDialog,
                       QApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
     dialog->resize(fileDialogSize);
+    fitColumns(*dialog);
     // The folder of the last choice, but not the working directory at the start.
     if (dialog->directory() == QDir::current())
         dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
@@ -108,6 +127,9 @@ void QtPanels::save(const SavePanelRequest& request,
         dialog->setNameFilter(filterText({}, {request.extension}));
         dialog->setDefaultSuffix(qtext(request.extension));
     }
+    std::error_code ignored;
+    if (!request.folder.empty() && std::filesystem::is_directory(request.folder, ignored))
+        dialog->setDirectory(QFile::decodeName(request.folder.c_str()));
     dialog->selectFile(qtext(request.defaultName));
     const auto file = std::make_shared<std::optional<std::filesystem::path>>();
     QObject::connect(dialog, &QDialog::accepted, &receiver_, [dialog, file] {
@@ -145,12 +167,53 @@ void QtPanels::confirm(const std::string& title, const std::string& message,
     present(panel, [confirmed, answer = std::move(answer)] { answer(*confirmed); });
 }
 
-void QtPanels::reveal(const std::filesystem::path& folder) {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFile::decodeName(folder.c_str())));
+void QtPanels::reveal(const std::filesystem::path& folder, std::function<void()> failed) {
+    openOnDesktop(QUrl::fromLocalFile(QFile::decodeName(folder.c_str())), std::move(failed));
 }
 
-void QtPanels::browse(const std::string& url) {
-    QDesktopServices::openUrl(QUrl(qtext(url)));
+void QtPanels::browse(const std::string& url, std::function<void()> failed) {
+    openOnDesktop(QUrl(qtext(url)), std::move(failed));
+}
+
+// QDesktopServices starts the desktop's opener and never hears that it found no program.
+void QtPanels::openOnDesktop(const QUrl& url, std::function<void()> failed) {
+    if (url.isLocalFile() && !QFile::exists(url.toLocalFile())) {
+        QMetaObject::invokeMethod(
+            &receiver_,
+            [failed = std::move(failed)] {
+                if (failed)
+                    failed();
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (opener.isEmpty()) {
+        if (!QDesktopServices::openUrl(url) && failed)
+            failed();
+        return;
+    }
+    // Without a parent: what it opened stays open when this program ends.
+    auto* process = new QProcess;
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    // The opener may run the program itself, and that may end much later in any way.
+    const auto ended = [failed = std::move(failed), patience = QDeadlineTimer(openerPatience)](
+                           int code, QProcess::ExitStatus status) {
+        if (failed && !patience.hasExpired() && (code != 0 || status != QProcess::NormalExit))
+            failed();
+    };
+    QObject::connect(process, &QProcess::finished, &receiver_, ended);
+    QObject::connect(process, &QProcess::errorOccurred, &receiver_,
+                     [ended, process](QProcess::ProcessError error) {
+                         if (error != QProcess::FailedToStart)
+                             return;
+                         ended(1, QProcess::NormalExit);
+                         process->deleteLater();
+                     });
+    process->start(opener, {url.toString(QUrl::FullyEncoded)});
 }
 
 }  // namespace tembrix

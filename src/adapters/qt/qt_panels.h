@@ -6,6 +6,7 @@
 #include "ports/texts.h"
 
 class QDialog;
+class QUrl;
 
 namespace tembrix {
 
@@ -26,10 +27,11 @@ class QtPanels final : public Panels {
                std::function<void()> closed = {}, const std::string& window = {}) override;
     void confirm(const std::string& title, const std::string& message,
                  const std::string& confirmText, std::function<void(bool)> answer) override;
-    void reveal(const std::filesystem::path& folder) override;
-    void browse(const std::string& url) override;
+    void reveal(const std::filesystem::path& folder, std::function<void()> failed) override;
+    void browse(const std::string& url, std::function<void()> failed) override;
 
   private:
+    void openOnDesktop(const QUrl& url, std::function<void()> failed);
     // Shows the dialog and calls `ended` exactly once when it is closed.
     void present(QDialog* dialog, std::function<void()> ended);
 

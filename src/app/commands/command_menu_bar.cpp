@@ -2,8 +2,11 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QTimer>
 
+#include "app/widgets/announcements.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
@@ -40,29 +43,21 @@ CommandMenuBar::CommandMenuBar(Commands& commands, const Texts& texts, CommandSc
                                QWidget* parent)
     : QMenuBar(parent), commands_(commands), texts_(texts), window_(window) {
     setObjectName("commandMenuBar");
-    setAccessibleName(qtext(texts.text("menuBar")));
-    QString titles;
+    showText(this, texts, "menuBar", &QWidget::accessibleName, &QWidget::setAccessibleName);
     QMenu* menu = nullptr;
-    const char* title = nullptr;
-    QString entries;
     for (const CommandRow& row : commandTable()) {
         if (!isOffered(row, window))
             continue;
-        const char* rowTitle = menuTextKey(row.menu);
-        if (rowTitle != title) {
-            title = rowTitle;
-            entries.clear();
-            menu = addMenu(withMnemonic(qtext(texts.text(title)), titles));
+        if (const char* title = menuTextKey(row.menu); !menu || menu->objectName() != title) {
+            menu = addMenu(QString());
             menu->setObjectName(title);
-            menu->setAccessibleName(qtext(texts.text(title)));
+            showText(menu, texts, title, &QWidget::accessibleName, &QWidget::setAccessibleName);
             connect(menu, &QMenu::aboutToShow, this, &CommandMenuBar::showState);
         } else if (row.startsGroup) {
             menu->addSeparator();
         }
-        QAction* action = menu->addAction(withMnemonic(qtext(texts.text(row.textKey)), entries));
+        QAction* action = menu->addAction(QString());
         action->setObjectName(row.name);
-        action->setStatusTip(qtext(texts.text(row.helpKey)));
-        action->setToolTip(action->statusTip());
         action->setMenuRole(row.id == Command::quit ? QAction::QuitRole : QAction::NoRole);
         // Only shown: the shortcut of a widget that never has the focus is never triggered.
         action->setShortcutContext(Qt::WidgetShortcut);
@@ -70,10 +65,36 @@ CommandMenuBar::CommandMenuBar(Commands& commands, const Texts& texts, CommandSc
                 [this, command = row.id] { commands_.run(command); });
         actions_.emplace_back(action, row.id);
     }
+    followLanguage(this, texts, [this] { showNames(); });
+    captionsChanged_ = commands_.captionsChanged.observe([this] { showNames(); });
     showState();
+    // Assistive programs read the entries of closed menus.
+    changed_ = commands.changed.observe([this] {
+        if (announcementsAreHeard() && !isStale_) {
+            isStale_ = true;
+            QTimer::singleShot(0, this, &CommandMenuBar::showState);
+        }
+    });
+}
+
+void CommandMenuBar::showNames() {
+    QString titles, entries;
+    const QMenu* menu = nullptr;
+    for (const auto& [action, command] : actions_) {
+        auto* in = qobject_cast<QMenu*>(action->parent());
+        if (in != menu) {
+            menu = in;
+            entries.clear();
+            in->setTitle(withMnemonic(in->accessibleName(), titles));
+        }
+        action->setText(withMnemonic(qtext(commands_.name(command, texts_)), entries));
+        action->setStatusTip(qtext(texts_.text(commandRow(command).helpKey)));
+        action->setToolTip(action->statusTip());
+    }
 }
 
 void CommandMenuBar::showState() {
+    isStale_ = false;
     for (const auto& [action, command] : actions_) {
         action->setEnabled(commands_.isEnabled(command));
         const auto checked = commands_.isChecked(command);

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/signal.h"
+
 #include "ports/texts.h"
 
 #include "core/commands/command_table.h"
@@ -19,7 +21,8 @@ namespace tembrix {
 class CommandMenuBar final : public QMenuBar {
     Q_OBJECT
   public:
-    // `window` is list or project.
+    // `window` is the scope of the window: list, project, or everywhere for a window with only the
+    // general commands.
     CommandMenuBar(Commands& commands, const Texts& texts, CommandScope window,
                    QWidget* parent = nullptr);
 
@@ -30,12 +33,16 @@ class CommandMenuBar final : public QMenuBar {
     static CommandMenuBar* of(const QWidget* window);
 
   private:
+    void showNames();
     void showState();
 
     Commands& commands_;
     const Texts& texts_;
     const CommandScope window_;
-    std::vector<std::pair<QAction*, Command>> actions_;
+    std::vector<std::pair<QAction*, Command>> actions_;  // by menu
+    bool isStale_ = false;
+    Subscription captionsChanged_;
+    Subscription changed_;
 };
 
 // The text with an ampersand before its mnemonic: a letter that none of `taken` uses, the first of

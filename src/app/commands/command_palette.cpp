@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "app/commands/command_rows.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
@@ -35,6 +36,7 @@ CommandPalette::CommandPalette(QWidget* window, Commands& commands, CommandScope
     nameControl(search_, texts, "commandFindCommandSearch");
     search_->setPlaceholderText(search_->accessibleName());
     search_->installEventFilter(this);
+    tellRows(rows_);
     content()->addWidget(search_);
     content()->addWidget(rows_, 1);
     content()->addWidget(nothing_);
@@ -54,7 +56,7 @@ void CommandPalette::addRows(CommandScope scope) {
         if (!isOffered(row, scope) || row.id == Command::findCommand ||
             row.id == Command::contextMenu || row.id == Command::openMenu)
             continue;
-        const QString name = qtext(texts().text(row.textKey));
+        const QString name = qtext(commands_.name(row.id, texts()));
         const QString menu = qtext(texts().text(menuTextKey(row.menu)));
         const QString help = qtext(texts().text(row.helpKey));
         auto* item = new QTreeWidgetItem(

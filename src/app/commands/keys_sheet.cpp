@@ -4,17 +4,19 @@
 
 #include "app/commands/command_rows.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/qt_text.h"
 #include "core/commands/key_list.h"
 
 namespace tembrix {
 
-KeysSheet::KeysSheet(QWidget* window, const CommandKeys& keys, CommandScope scope,
+KeysSheet::KeysSheet(QWidget* window, const Commands& commands, CommandScope scope,
                      const Texts& texts)
     : Sheet(window, texts, "commandShowKeys") {
     QTreeWidget* rows = makeCommandRows(texts, "keysTitle");
     rows->setMinimumHeight(420);
-    for (const KeySection& section : keySections(keys, texts, scope)) {
+    tellRows(rows, {.pressed = false});
+    for (const KeySection& section : keySections(commands, texts, scope)) {
         auto* title = new QTreeWidgetItem(rows, {qtext(section.title)});
         title->setFont(0, theme::font(theme::textSize, QFont::DemiBold));
         title->setFirstColumnSpanned(true);

@@ -3,8 +3,8 @@
 #include "ports/texts.h"
 
 #include "app/widgets/sheet.h"
-#include "core/commands/command_keys.h"
 #include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 
 namespace tembrix {
 
@@ -12,7 +12,7 @@ namespace tembrix {
 class KeysSheet final : public Sheet {
     Q_OBJECT
   public:
-    KeysSheet(QWidget* window, const CommandKeys& keys, CommandScope scope, const Texts& texts);
+    KeysSheet(QWidget* window, const Commands& commands, CommandScope scope, const Texts& texts);
 };
 
 }  // namespace tembrix

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPixmap>
+#include <cmath>
 
 #include "app/theme/theme.h"
 
@@ -19,11 +20,18 @@ QPixmap FlatIconEngine::pixmap(const QSize& size, QIcon::Mode mode, QIcon::State
     return scaledPixmap(size, mode, state, 1);
 }
 
-QPixmap FlatIconEngine::scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal) {
+// At a whole scale the drawing for the size in points is enlarged, because drawings for larger
+// sizes have thinner lines and wider margins. At other scales it would be blurred.
+QPixmap FlatIconEngine::scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State,
+                                     qreal scale) {
     QPixmap image(size);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    shape_.paint(&painter, image.rect());
+    const qreal whole = std::floor(scale);
+    if (whole > 1)
+        painter.drawPixmap(image.rect(), shape_.pixmap(size / whole, whole));
+    else
+        shape_.paint(&painter, image.rect());
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(image.rect(), mode == QIcon::Disabled ? disabledText : color_);
     return image;

@@ -25,10 +25,10 @@ QPushButton:hover { background: @hovered; }
 QPushButton:pressed { background: @line; }
 QPushButton:focus { border-color: @accent; }
 QPushButton:disabled { color: @disabledText; }
-QPushButton:checked { background: @accent; border-color: @accent; color: @onAccent; }
+QPushButton:checked { background: @accentFill; border-color: @accentFill; color: @onAccent; }
 QPushButton:checked:focus { border-color: @text; }
 QPushButton[look="accented"] {
-    background: @accent; border-color: @accent; color: @onAccent; font-weight: 600;
+    background: @accentFill; border-color: @accentFill; color: @onAccent; font-weight: 600;
 }
 QPushButton[look="accented"]:hover { background: @accentPressed; }
 QPushButton[look="accented"]:focus { border-color: @text; }
@@ -51,9 +51,16 @@ QToolButton {
 QToolButton:hover { background: @hovered; }
 QToolButton:pressed { background: @line; }
 QToolButton:focus { border-color: @accent; }
-QToolButton:checked { background: @accent; color: @onAccent; }
+QToolButton:checked { background: @accentFill; color: @onAccent; }
 QToolButton:checked:focus { border-color: @text; }
 QToolButton:disabled { color: @disabledText; }
+QToolButton[look="field"] {
+    background: @raised; border: 1px solid @line; padding: 2px 8px; min-height: 18px;
+    text-align: left;
+}
+QToolButton[look="field"]:hover { background: @hovered; }
+QToolButton[look="field"]:focus { border-color: @accent; }
+QToolButton[look="field"][doubtful="true"] { color: @warning; border-color: @warning; }
 QToolButton[popupMode="2"] { padding-right: 16px; }
 QToolButton::menu-indicator {
     subcontrol-origin: padding; subcontrol-position: center right; right: 3px;
@@ -66,12 +73,12 @@ QToolButton[segment="first"], QToolButton[segment="middle"], QToolButton[segment
 }
 QToolButton[segment="first"], QToolButton[segment="middle"] { border-right: none; }
 QToolButton[segment]:hover { background: @hovered; }
-QToolButton[segment]:checked { background: @accent; color: @onAccent; }
+QToolButton[segment]:checked { background: @accentFill; color: @onAccent; }
 QToolButton[segment]:focus { border: 1px solid @text; }
 
 QLineEdit, QPlainTextEdit, QTextEdit, QAbstractSpinBox {
     color: @text; background: @background; border: 1px solid @line; border-radius: @corner;
-    padding: 0 8px; selection-background-color: @accent; selection-color: @onAccent;
+    padding: 0 8px; selection-background-color: @accentFill; selection-color: @onAccent;
 }
 QLineEdit, QAbstractSpinBox { min-height: 26px; }
 QAbstractSpinBox { padding-right: 20px; }
@@ -105,12 +112,12 @@ QComboBox:disabled { color: @disabledText; }
 QComboBox::drop-down { border: none; width: 22px; }
 QComboBox QAbstractItemView {
     color: @text; background: @raised; border: 1px solid @line; outline: none;
-    selection-background-color: @accent; selection-color: @onAccent;
+    selection-background-color: @accentFill; selection-color: @onAccent;
 }
 
 QMenu { color: @text; background: @raised; border: 1px solid @line; padding: 4px; }
 QMenu::item { padding: 5px 20px 5px 12px; border-radius: 4px; }
-QMenu::item:selected { background: @accent; color: @onAccent; }
+QMenu::item:selected { background: @accentFill; color: @onAccent; }
 QMenu::item:disabled { color: @disabledText; background: transparent; }
 QMenu#stampMenu::item:disabled { color: @secondaryText; }
 QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
@@ -124,6 +131,11 @@ QListView, QTreeView, QTableView {
     selection-background-color: @selection; selection-color: @text;
 }
 QListView:focus, QTreeView:focus, QTableView:focus { border-color: @accent; }
+QListView#settingsPages { border: none; border-radius: 0; padding: 8px; }
+QListView#settingsPages::item { color: @text; padding: 8px 10px; border-radius: @corner; }
+QListView#settingsPages::item:hover { background: @hovered; }
+QListView#settingsPages::item:selected { background: @line; }
+QListView#settingsPages::item:selected:focus { background: @accent; color: @onAccent; }
 QHeaderView::section {
     color: @secondaryText; background: @panel; border: none; border-bottom: 1px solid @line;
     padding: 4px 8px;
@@ -175,6 +187,7 @@ QSplitter::handle:horizontal { width: 1px; }
 QSplitter::handle:vertical { height: 1px; }
 
 QDialog[look="message"], QFileDialog { background: @panel; border: 1px solid @edge; }
+QFrame[look="drop"] { background: @selection; border: 2px solid @accent; }
 QFrame[look="panel"] { background: @panel; border: none; }
 QFrame[look="card"] { background: @raised; border: 1px solid @line; border-radius: @corner; }
 QFrame[look="separator"] { background: @line; border: none; }
@@ -203,6 +216,7 @@ QString styleSheet() {
         {"@secondaryText", hex(secondaryText)},
         {"@disabledText", hex(disabledText)},
         {"@accentPressed", hex(accentPressed)},
+        {"@accentFill", hex(accentFill)},
         {"@accent", hex(accent)},
         {"@onAccent", hex(onAccent)},
         {"@destructive", hex(destructive)},

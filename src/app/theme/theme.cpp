@@ -81,8 +81,9 @@ QColor toQColor(const Color& color) {
 }
 
 QColor textOn(const QColor& ground) {
-    const bool dark = isDarkColor({ground.redF(), ground.greenF(), ground.blueF(), 1});
-    return dark ? QColor(Qt::white) : QColor(Qt::black);
+    const Color color{ground.redF(), ground.greenF(), ground.blueF(), 1};
+    const bool white = contrast(color, {1, 1, 1, 1}) > contrast(color, {0, 0, 0, 1});
+    return white ? QColor(Qt::white) : QColor(Qt::black);
 }
 
 }  // namespace tembrix::theme

@@ -24,6 +24,7 @@ inline constexpr QColor text{0xF2, 0xF2, 0xF7};
 inline constexpr QColor secondaryText{0xAE, 0xAE, 0xB2};
 inline constexpr QColor disabledText{0x6C, 0x6C, 0x70};
 inline constexpr QColor accent{0x0A, 0x84, 0xFF};
+inline constexpr QColor accentFill{0x00, 0x70, 0xE0};  // under a text
 inline constexpr QColor accentPressed{0x06, 0x6A, 0xD1};
 inline constexpr QColor onAccent{0xFF, 0xFF, 0xFF};
 inline constexpr QColor playhead{0xFF, 0x45, 0x3A};
@@ -41,6 +42,7 @@ inline constexpr int corner = 6;
 inline constexpr int margin = 12;
 inline constexpr int spacing = 8;
 inline constexpr int controlHeight = 28;
+inline constexpr int nameFieldWidth = 320;  // of a field for a name
 inline constexpr int iconSize = 16;
 inline constexpr int captionSize = 11;  // text sizes in pixels
 inline constexpr int textSize = 13;

@@ -9,7 +9,9 @@
 #include <QVBoxLayout>
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 namespace {
@@ -26,7 +28,8 @@ void setLookProperty(QWidget* widget, const char* look) {
 
 QPushButton* makeButton(const Texts& texts, std::string_view key, ButtonLook look,
                         QWidget* parent) {
-    auto* button = new QPushButton(qtext(texts.text(key)), parent);
+    auto* button = new QPushButton(parent);
+    showText(button, texts, key, &QAbstractButton::text, &QAbstractButton::setText);
     button->setAutoDefault(false);
     nameControl(button, texts, key);
     setLook(button, look);
@@ -36,25 +39,31 @@ QPushButton* makeButton(const Texts& texts, std::string_view key, ButtonLook loo
 QToolButton* makeIconButton(const Texts& texts, std::string_view key, const QString& icon,
                             QWidget* parent) {
     auto* button = new QToolButton(parent);
-    button->setIcon(theme::icon(icon));
-    button->setIconSize({theme::iconSize, theme::iconSize});
-    button->setToolTip(qtext(texts.text(key)));
-    button->setFocusPolicy(Qt::StrongFocus);
-    nameControl(button, texts, key);
+    showIcon(button, texts, key, icon);
     return button;
 }
 
+void showIcon(QToolButton* button, const Texts& texts, std::string_view key, const QString& icon) {
+    button->setIcon(theme::icon(icon));
+    button->setIconSize({theme::iconSize, theme::iconSize});
+    showText(button, texts, key, &QWidget::toolTip, &QWidget::setToolTip);
+    button->setFocusPolicy(Qt::TabFocus);  // a click leaves the focus where it is
+    nameControl(button, texts, key);
+}
+
 QCheckBox* makeCheckBox(const Texts& texts, std::string_view key, QWidget* parent) {
-    auto* box = new QCheckBox(qtext(texts.text(key)), parent);
+    auto* box = new QCheckBox(parent);
+    showText(box, texts, key, &QAbstractButton::text, &QAbstractButton::setText);
     nameControl(box, texts, key);
     return box;
 }
 
 QLabel* makeLabel(const Texts& texts, std::string_view key, LabelLook look, QWidget* parent) {
-    auto* label = new QLabel(qtext(texts.text(key)), parent);
+    auto* label = new QLabel(parent);
     label->setTextFormat(Qt::PlainText);
+    showText(label, texts, key, &QLabel::text, &QLabel::setText);
     label->setWordWrap(true);
-    nameControl(label, texts, key);
+    label->setObjectName(qtext(key));  // screen readers read the text, which may change
     setLook(label, look);
     return label;
 }
@@ -87,8 +96,26 @@ void setLook(QLabel* label, LabelLook look) {
     }
 }
 
+void leaveFocus(QWidget* control) {
+    QWidget* focus = control->window()->focusWidget();
+    if (!focus || (focus != control && !control->isAncestorOf(focus)))
+        return;
+    // The content of a project window can have the focus itself.
+    for (QWidget* parent = control->parentWidget(); parent; parent = parent->parentWidget())
+        if (parent->focusPolicy() == Qt::ClickFocus)
+            return parent->setFocus();
+    focus->clearFocus();
+}
+
+void setUsable(QWidget* control, bool usable) {
+    if (!usable)
+        leaveFocus(control);
+    control->setEnabled(usable);
+}
+
 void nameControl(QWidget* control, const Texts& texts, std::string_view key) {
-    nameControl(control, key, qtext(texts.text(key)));
+    control->setObjectName(qtext(key));
+    showText(control, texts, key, &QWidget::accessibleName, &QWidget::setAccessibleName);
 }
 
 void nameControl(QWidget* control, std::string_view objectName, const QString& accessibleName) {
@@ -101,8 +128,9 @@ QWidget* labeled(const Texts& texts, std::string_view key, QWidget* control) {
     auto* column = new QVBoxLayout(box);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(theme::unit);
-    auto* caption = new QLabel(qtext(texts.text(key)), box);
+    auto* caption = new QLabel(box);
     caption->setTextFormat(Qt::PlainText);
+    showText(caption, texts, key, &QLabel::text, &QLabel::setText);
     caption->setBuddy(control);
     setLook(caption, LabelLook::caption);
     column->addWidget(caption);
@@ -114,6 +142,7 @@ QWidget* labeled(const Texts& texts, std::string_view key, QWidget* control) {
 QFrame* makeSeparator(Qt::Orientation orientation, QWidget* parent) {
     auto* line = new QFrame(parent);
     line->setProperty("look", "separator");
+    tellRole(line, QAccessible::Separator);
     if (orientation == Qt::Vertical)
         line->setFixedWidth(1);
     else

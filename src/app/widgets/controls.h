@@ -16,7 +16,7 @@ class QWidget;
 namespace tembrix {
 
 // Creates standard controls. The text key becomes the object name, which tests use, and the text
-// the accessible name, which screen readers use.
+// the accessible name, which screen readers use. Texts follow the language.
 
 enum class ButtonLook { quiet, accented, destructive, plain };
 enum class LabelLook { body, secondary, caption, title, warning };
@@ -29,6 +29,9 @@ QPushButton* makeButton(const Texts& texts, std::string_view key,
 QToolButton* makeIconButton(const Texts& texts, std::string_view key, const QString& icon,
                             QWidget* parent = nullptr);
 
+// Makes such a button of a tool button of another class.
+void showIcon(QToolButton* button, const Texts& texts, std::string_view key, const QString& icon);
+
 QCheckBox* makeCheckBox(const Texts& texts, std::string_view key, QWidget* parent = nullptr);
 
 // A label wraps its text if it is too long.
@@ -37,6 +40,12 @@ QLabel* makeLabel(const Texts& texts, std::string_view key, LabelLook look = Lab
 
 void setLook(QPushButton* button, ButtonLook look);
 void setLook(QLabel* label, LabelLook look);
+
+// Enables or disables a control. The focus of a control that is disabled does not jump to the next
+// one, where a further press would do something else, but rests on the content of the window.
+void setUsable(QWidget* control, bool usable);
+// Before a control is hidden.
+void leaveFocus(QWidget* control);
 
 // Names any other control.
 void nameControl(QWidget* control, const Texts& texts, std::string_view key);

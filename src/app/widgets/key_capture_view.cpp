@@ -3,11 +3,14 @@
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <string>
 #include <utility>
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
@@ -55,17 +58,18 @@ KeyModifiers heldAfter(const QKeyEvent& event, KeyModifiers told) {
 
 KeyCaptureView::KeyCaptureView(KeyCapture& capture, Translate translate, const Texts& texts,
                                std::string_view key, QWidget* parent)
-    : QWidget(parent),
-      capture_(capture),
-      translate_(std::move(translate)),
-      prompt_(qtext(texts.text(key))) {
+    : QWidget(parent), capture_(capture), translate_(std::move(translate)) {
     nameControl(this, texts, key);
+    tellRole(this, QAccessible::HotkeyField);
     setFixedHeight(theme::controlHeight);
     setFocusPolicy(Qt::StrongFocus);
     captured_ = capture_.keyString.observe([this](const auto&) { showHotkey(); });
     capturing_ = capture_.isCapturing.observe([this](bool capturing) { follow(capturing); });
     follow(*capture_.isCapturing);
-    showHotkey();
+    followLanguage(this, texts, [this, &texts, key = std::string(key)] {
+        prompt_ = qtext(texts.text(key));
+        showHotkey();
+    });
 }
 
 QString KeyCaptureView::shownText() const {

@@ -29,6 +29,7 @@ class KeyCaptureView final : public QWidget {
                    std::string_view key, QWidget* parent = nullptr);
 
     QString shownText() const;
+    bool isCapturing() const { return *capture_.isCapturing; }
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 

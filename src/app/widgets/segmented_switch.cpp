@@ -5,7 +5,7 @@
 #include <QToolButton>
 
 #include "app/widgets/controls.h"
-#include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
@@ -19,9 +19,9 @@ SegmentedSwitch::SegmentedSwitch(const Texts& texts, std::initializer_list<std::
     for (const auto key : keys) {
         const int index = static_cast<int>(group_->buttons().size());
         auto* button = new QToolButton(this);
-        button->setText(qtext(texts.text(key)));
+        showText(button, texts, key, &QAbstractButton::text, &QAbstractButton::setText);
         button->setCheckable(true);
-        button->setFocusPolicy(Qt::StrongFocus);
+        button->setFocusPolicy(Qt::TabFocus);
         button->setProperty("segment", index == 0 ? "first" : index == last ? "last" : "middle");
         nameControl(button, texts, key);
         group_->addButton(button, index);

@@ -1,5 +1,6 @@
 #include "app/widgets/sheet.h"
 
+#include <QApplication>
 #include <QBitmap>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -8,24 +9,29 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <algorithm>
+#include <string>
+#include <utility>
 
 #include "app/theme/theme.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
 namespace {
 constexpr double cardCorner = 2.0 * theme::corner;
-}
+
+Sheet* closing = nullptr;  // the sheet whose answer is being handled
+}  // namespace
 
 Sheet::Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), texts_(texts) {
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowModality(Qt::WindowModal);
-    nameControl(this, texts, titleKey);
+    setObjectName(qtext(titleKey));
 
     auto* column = new QVBoxLayout(this);
-    const int edge = 2 * theme::spacing + theme::unit;
     column->setContentsMargins(edge, edge, edge, edge);
     column->setSpacing(theme::margin);
     title_ = new QLabel(this);
@@ -41,11 +47,19 @@ Sheet::Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey)
     buttons_->setSpacing(theme::spacing);
     buttons_->addStretch(1);
     column->addLayout(buttons_);
-    setTitle(qtext(texts.text(titleKey)));
+    followLanguage(this, texts, [this, key = std::string(titleKey)] {
+        if (!hasOwnTitle_)
+            showTitle(qtext(texts_.text(key)));
+    });
     setMinimumWidth(320);
 }
 
 void Sheet::setTitle(const QString& title) {
+    hasOwnTitle_ = true;
+    showTitle(title);
+}
+
+void Sheet::showTitle(const QString& title) {
     title_->setText(title);
     title_->setVisible(!title.isEmpty());
     setWindowTitle(title);
@@ -79,10 +93,52 @@ QPushButton* Sheet::addSideButton(std::string_view key, ButtonLook look) {
 
 void Sheet::present() {
     setAttribute(Qt::WA_DeleteOnClose);
-    // The window gets the focus back at once, because the next press may be a hot key.
-    if (QWidget* owner = parentWidget())
-        connect(this, &QDialog::finished, owner->window(), &QWidget::activateWindow);
+    if (closing) {
+        closing->isFollowed_ = true;
+        windowBefore_ = closing->windowBefore_;
+        focusBefore_ = closing->focusBefore_;
+    } else if (QWidget* window = QApplication::activeWindow()) {
+        windowBefore_ = window;
+        focusBefore_ = window->focusWidget();
+    }
+    if (keepsOverWindow_ && parentWidget())
+        moveOverWindow();
     open();
+}
+
+// In the middle of the window, within its width. A sheet that is too high goes on below it.
+void Sheet::moveOverWindow() {
+    adjustSize();
+    const QRect area = parentWidget()->window()->geometry();
+    const QPoint room(area.width() - width(), area.height() - height());
+    move(area.topLeft() + QPoint(room.x() / 2, std::max(room.y() / 2, 0)));
+}
+
+void Sheet::done(int result) {
+    const QPointer<Sheet> self(this);
+    Sheet* const outer = std::exchange(closing, this);
+    QDialog::done(result);
+    closing = outer;
+    if (!self)
+        return;
+    scope_.reset();
+    if (!isFollowed_)
+        giveFocusBack();
+}
+
+// At once, because the next press may be a hot key.
+void Sheet::giveFocusBack() {
+    QWidget* window = windowBefore_;
+    while (window && !window->isVisible())
+        window = window->parentWidget() ? window->parentWidget()->window() : nullptr;
+    if (!window && parentWidget())
+        window = parentWidget()->window();
+    if (!window)
+        return;
+    window->activateWindow();
+    if (focusBefore_ && focusBefore_->window() == window && focusBefore_->isVisible() &&
+        focusBefore_->isEnabled())
+        focusBefore_->setFocus();
 }
 
 void Sheet::paintEvent(QPaintEvent*) {
@@ -99,9 +155,10 @@ void Sheet::resizeEvent(QResizeEvent* event) {
     QBitmap shape(size());
     shape.fill(Qt::color0);
     QPainter painter(&shape);
-    painter.setPen(Qt::color1);
+    painter.setPen(Qt::NoPen);
     painter.setBrush(Qt::color1);
-    painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), cardCorner, cardCorner);
+    // A little larger than the card: the mask has no smooth edges.
+    painter.drawRoundedRect(QRectF(rect()), cardCorner - 1, cardCorner - 1);
     painter.end();
     setMask(shape);
 }

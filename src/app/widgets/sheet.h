@@ -1,7 +1,11 @@
 #pragma once
 
 #include <QDialog>
+#include <QPointer>
 #include <string_view>
+#include <utility>
+
+#include "base/signal.h"
 
 #include "ports/texts.h"
 
@@ -27,6 +31,8 @@ namespace tembrix {
 class Sheet : public QDialog {
     Q_OBJECT
   public:
+    static constexpr int edge = 20;  // between the border and the content
+
     // The text of the title key names the sheet as well.
     Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey);
 
@@ -51,8 +57,16 @@ class Sheet : public QDialog {
     Hotkeys hotkeys() const { return hotkeys_; }
     bool keepsHotkeys() const { return hotkeys_ == Hotkeys::ofWindow; }
 
-    // Shows the sheet. It is deleted after it has been closed.
+    // Keeps the sheet over its window rather than over the windows beside it.
+    void keepOverWindow() { keepsOverWindow_ = true; }
+
+    // Ends when the sheet is closed, such as a pause of the video.
+    void holdWhileOpen(Subscription scope) { scope_ = std::move(scope); }
+
+    // Shows the sheet. It is deleted after it has been closed. The keyboard focus is then where it
+    // was before, or in a sheet that was presented in answer to this one.
     void present();
+    void done(int result) override;
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -62,12 +76,22 @@ class Sheet : public QDialog {
     const Texts& texts() const { return texts_; }
 
   private:
+    void showTitle(const QString& title);
+    void moveOverWindow();
+    void giveFocusBack();
+
     const Texts& texts_;
+    bool hasOwnTitle_ = false;
     QLabel* title_;
     QVBoxLayout* content_;
     QHBoxLayout* buttons_;
     int sideButtons_ = 0;
     Hotkeys hotkeys_ = Hotkeys::none;
+    bool keepsOverWindow_ = false;
+    Subscription scope_;
+    QPointer<QWidget> windowBefore_;
+    QPointer<QWidget> focusBefore_;
+    bool isFollowed_ = false;  // by another sheet
 };
 
 }  // namespace tembrix

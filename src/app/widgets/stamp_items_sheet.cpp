@@ -9,6 +9,7 @@
 #include "base/shortened.h"
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
 #include "app/widgets/qt_text.h"
@@ -27,6 +28,7 @@ const char* titleKey(StampEditSheetType type) {
 }  // namespace
 
 StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditSheetType type,
+                                 std::string_view acceptKey,
                                  std::unique_ptr<StampItemsSelection> selection)
     : Sheet(parent, texts, titleKey(type)), selection_(std::move(selection)) {
     setHotkeys(Hotkeys::ofLabels);
@@ -41,12 +43,13 @@ StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditS
     // The background of the sheet is visible behind the sections.
     scroll->viewport()->setAutoFillBackground(false);
     sections->setAutoFillBackground(false);
-    scroll->setMinimumSize(sheetSize.width(), std::min(sections->heightForWidth(sheetSize.width()),
-                                                       sheetSize.height()));
+    // A sheet of the tag panel is not wider than the panel, so that it does not cover the video.
+    const int width = std::min(sheetSize.width(), parent->window()->width() - 2 * Sheet::edge - 2);
+    scroll->setMinimumSize(width, std::min(sections->heightForWidth(width), sheetSize.height()));
     content()->addWidget(scroll, 1);
 
     addCancelButton("collectionsButtonCancel");
-    addAcceptButton("collectionsButtonAdd");
+    addAcceptButton(acceptKey);
     selected_ = selection_->selectedItems.observe(
         [this](const std::set<std::string>&) { showSelection(); });
     showSelection();
@@ -68,6 +71,7 @@ QWidget* StampItemsSheet::makeSections() {
             column->addWidget(title);
         }
         auto* items = new QWidget(page);
+        items->setAccessibleName(qtext(shortened(section.title)));
         auto* flow = new FlowLayout(theme::spacing, items);
         for (const auto& item : section.items) {
             QString text = qtext(shortened(item.name));
@@ -77,6 +81,8 @@ QWidget* StampItemsSheet::makeSections() {
             button->setCheckable(true);
             button->setAutoDefault(false);
             nameControl(button, item.id, qtext(shortened(item.name)));
+            if (item.hotkey)
+                tellKey(button, qtext(hotkeyCaption(shortened(*item.hotkey))));
             connect(button, &QPushButton::clicked, this,
                     [this, id = item.id] { selection_->toggle(id); });
             buttons_.emplace(item.id, button);

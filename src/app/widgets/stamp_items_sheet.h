@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ports/texts.h"
@@ -20,8 +21,9 @@ namespace tembrix {
 class StampItemsSheet final : public Sheet {
     Q_OBJECT
   public:
+    // The accept key is the text of the button that takes the choice.
     StampItemsSheet(QWidget* parent, const Texts& texts, StampEditSheetType type,
-                    std::unique_ptr<StampItemsSelection> selection);
+                    std::string_view acceptKey, std::unique_ptr<StampItemsSelection> selection);
     ~StampItemsSheet() override;
 
     std::vector<std::string> ids() const { return selection_->ids(); }

@@ -43,7 +43,6 @@ void TabularLabel::setText(const QString& text) {
     if (text == text_)
         return;
     text_ = text;
-    setAccessibleName(text);
     const double width = tabularWidth(QFontMetricsF(font()), text);
     if (width > widest_) {
         widest_ = width;

@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+#include "core/settings/settings.h"
+
 namespace tembrix {
 
 // Every action of the program. A new one is a value here, a row of the table, its texts, and a
@@ -16,7 +18,9 @@ enum class Command {
     toggleFavorite,
     rebindVideo,
     deleteVideo,
+    takeBackDeletion,
     showData,
+    settings,
     closeProject,
     quit,
     undo,
@@ -25,6 +29,7 @@ enum class Command {
     editLabels,
     editTimeEvents,
     searchVideos,
+    clearSearch,
     playPause,
     seekBackward3,
     seekForward3,
@@ -35,6 +40,12 @@ enum class Command {
     slower,
     faster,
     normalSpeed,
+    mute,
+    louder,
+    quieter,
+    chooseLine,
+    previousLine,
+    nextLine,
     addLine,
     renameLine,
     deleteLine,
@@ -42,6 +53,7 @@ enum class Command {
     tagBasedMode,
     zoomIn,
     zoomOut,
+    compactTags,
     exportTimeline,
     exportAll,
     exportDrawings,
@@ -74,6 +86,8 @@ struct CommandRow {
     std::array<const char*, 2> keys{};
     // A key that another part handles already, shown with the command but never looked up here.
     const char* fixedKey = nullptr;
+    // The setting that its name contains, such as the seconds of a seek.
+    double SettingsValues::*amount = nullptr;
     bool repeats = false;        // while its key is held down
     bool worksInSheets = false;  // also while a sheet or a panel is open
     bool startsGroup = false;    // the menu has a separator above it

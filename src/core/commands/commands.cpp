@@ -4,6 +4,39 @@
 
 namespace tembrix {
 
+namespace {
+
+std::vector<double> amounts(const SettingsValues& values) {
+    std::vector<double> all;
+    for (const CommandRow& row : commandTable())
+        if (row.amount)
+            all.push_back(values.*row.amount);
+    return all;
+}
+
+}  // namespace
+
+Commands::Commands(CommandKeys& keys, const Settings& settings)
+    : keys_(keys), settings_(settings), shownAmounts_(amounts(*settings.values)) {
+    keysChanged_ = keys.changed.observe([this] { captionsChanged.emit(); });
+    settingsChanged_ = settings.values.observe([this](const SettingsValues& values) {
+        auto now = amounts(values);
+        if (std::exchange(shownAmounts_, std::move(now)) != shownAmounts_)
+            captionsChanged.emit();
+    });
+}
+
+std::string Commands::name(Command command, const Texts& texts) const {
+    const char* key = commandRow(command).textKey;
+    const auto number = amount(command);
+    return number ? texts.format(key, {numberText(*number, texts)}) : texts.text(key);
+}
+
+std::optional<double> Commands::amount(Command command) const {
+    const auto member = commandRow(command).amount;
+    return member ? std::optional((*settings_.values).*member) : std::nullopt;
+}
+
 Subscription Commands::bind(Command command, Action action) {
     const int id = ++lastId_;
     bindings_[command].push_back({id, std::move(action)});

@@ -3,12 +3,16 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "base/signal.h"
 
+#include "ports/texts.h"
+
 #include "core/commands/command_keys.h"
 #include "core/commands/command_table.h"
+#include "core/settings/settings.h"
 
 namespace tembrix {
 
@@ -23,9 +27,14 @@ class Commands {
         std::function<bool()> checked = {};  // for a command that is on or off
     };
 
-    explicit Commands(CommandKeys& keys) : keys_(keys) {}
+    Commands(CommandKeys& keys, const Settings& settings);
 
     CommandKeys& keys() const { return keys_; }
+
+    // The name in menus, buttons and the search.
+    std::string name(Command command, const Texts& texts) const;
+    // The number in its name, such as the seconds of a seek.
+    std::optional<double> amount(Command command) const;
 
     // Binds the command until the subscription ends. The latest binding is the one in force.
     Subscription bind(Command command, Action action);
@@ -39,6 +48,8 @@ class Commands {
     // command call refresh() when what its rule depends on has changed.
     void refresh() const { changed.emit(); }
     Signal<> changed;
+    // Keys or numbers in names changed.
+    Signal<> captionsChanged;
 
   private:
     struct Binding {
@@ -48,8 +59,12 @@ class Commands {
     const Action* actionOf(Command command) const;
 
     CommandKeys& keys_;
+    const Settings& settings_;
     std::map<Command, std::vector<Binding>> bindings_;
     int lastId_ = 0;
+    std::vector<double> shownAmounts_;
+    Subscription keysChanged_;
+    Subscription settingsChanged_;
 };
 
 }  // namespace tembrix

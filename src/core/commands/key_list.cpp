@@ -2,6 +2,7 @@
 
 #include "base/utf8_text.h"
 
+#include "core/commands/command_keys.h"
 #include "core/commands/fixed_keys.h"
 
 namespace tembrix {
@@ -24,19 +25,19 @@ bool isListed(CommandScope scope, CommandScope window) {
 
 }  // namespace
 
-std::vector<KeySection> keySections(const CommandKeys& keys, const Texts& texts,
+std::vector<KeySection> keySections(const Commands& commands, const Texts& texts,
                                     CommandScope window) {
     std::vector<KeySection> sections;
     const char* menu = nullptr;
     for (const CommandRow& row : commandTable()) {
-        const auto shown = allKeys(keys, row);
+        const auto shown = allKeys(commands.keys(), row);
         if (shown.empty() || !isListed(row.scope, window))
             continue;
         if (const char* title = menuTextKey(row.menu); title != menu) {
             menu = title;
             sections.push_back({texts.text(title), {}});
         }
-        sections.back().lines.push_back({shown, texts.text(row.textKey)});
+        sections.back().lines.push_back({shown, commands.name(row.id, texts)});
     }
     KeySection controls{texts.text("keysOfControls"), {}};
     for (const FixedKey& key : fixedKeys())

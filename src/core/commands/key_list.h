@@ -5,8 +5,8 @@
 
 #include "ports/texts.h"
 
-#include "core/commands/command_keys.h"
 #include "core/commands/command_table.h"
+#include "core/commands/commands.h"
 
 namespace tembrix {
 
@@ -23,7 +23,7 @@ struct KeySection {
 
 // All keys of a window of the given scope, or of the whole program: commands by menu, then the keys
 // of its controls.
-std::vector<KeySection> keySections(const CommandKeys& keys, const Texts& texts,
+std::vector<KeySection> keySections(const Commands& commands, const Texts& texts,
                                     CommandScope window = CommandScope::everywhere);
 
 }  // namespace tembrix

@@ -47,7 +47,7 @@ bool isTextKey(const KeyPress& press) {
 }
 
 KeyRouter::Decision KeyRouter::decide(const KeyPress& press, const KeySituation& at) const {
-    if (at.menuOpen)
+    if (at.menuOpen || at.records)
         return {};
     HotKeyManager* hotkeys = hotkeys_();
     const bool sheet = at.sheet != KeySituation::Sheet::none;
@@ -56,6 +56,9 @@ KeyRouter::Decision KeyRouter::decide(const KeyPress& press, const KeySituation&
         return {Meaning::hotKey, {}};
     if (at.textField && isTextKey(press))
         return {};
+    // Where the player does not take it, a focused button does not get it either.
+    if (press.code == key::space && at.window == CommandScope::project && !sheet)
+        return {Meaning::nothing, {}};
     // Windows without a scope have the commands of all windows, such as quitting.
     const auto command =
         commands_.keys().commandFor(keyString(press), at.window.value_or(CommandScope::everywhere));

@@ -22,6 +22,7 @@ struct KeySituation {
     bool menuOpen = false;      // or another popup
     bool textField = false;
     bool repeated = false;  // the key is held down
+    bool records = false;   // a field waits for the key that the user wants to assign
 };
 
 // The one place that decides what a key press does. First come menus, sheets and text fields, which

@@ -22,8 +22,12 @@ std::optional<Value> find(const std::map<std::string, Value>& registered, const 
 }  // namespace
 
 HotKeyManager::HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
-                             KeyTransport& transport)
-    : events_(events), scheduler_(scheduler), focus_(focus), transport_(transport) {
+                             KeyTransport& transport, const Settings& settings)
+    : events_(events),
+      scheduler_(scheduler),
+      focus_(focus),
+      transport_(transport),
+      settings_(settings) {
     const auto on = [&]<class Event>(std::function<void(const Event&)> handler) {
         subscriptions_.push_back(events_.observe<Event>(std::move(handler)));
     };
@@ -132,12 +136,14 @@ HotKeyManager::Meaning HotKeyManager::lookUp(const KeyPress& press) {
     if (press.modifiers.shift && press.code == key::right) {
         if (viewerMode)
             return [this] { events_.post(events::SeekViewerPlayerForward{}); };
-        return [this] { transport_.seek(transport_.transportTime() + seekStep); };
+        return
+            [this] { transport_.seek(transport_.transportTime() + settings_.values->keySeekStep); };
     }
     if (press.modifiers.shift && press.code == key::left) {
         if (viewerMode)
             return [this] { events_.post(events::SeekViewerPlayerBackward{}); };
-        return [this] { transport_.seek(transport_.transportTime() - seekStep); };
+        return
+            [this] { transport_.seek(transport_.transportTime() - settings_.values->keySeekStep); };
     }
     if (*isLabelHotkeyMode) {
         const auto label = labelFor(press);

@@ -19,6 +19,7 @@
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
 #include "core/records/annotation_records.h"
+#include "core/settings/settings.h"
 
 namespace tembrix {
 
@@ -27,8 +28,6 @@ namespace tembrix {
 // It belongs to the project, including all state that blocks or redirects keys. Main thread only.
 class HotKeyManager final : public HotkeyRegistry {
   public:
-    static constexpr double seekStep = 3.0;  // seconds
-
     struct LabelHotkey {
         std::string labelId;
         std::string tagId;
@@ -36,7 +35,7 @@ class HotKeyManager final : public HotkeyRegistry {
     };
 
     HotKeyManager(EventBus& events, Scheduler& scheduler, FocusStateManager& focus,
-                  KeyTransport& transport);
+                  KeyTransport& transport, const Settings& settings);
 
     void setKeyWindows(const KeyWindows* windows) { windows_ = windows; }
 
@@ -79,6 +78,7 @@ class HotKeyManager final : public HotkeyRegistry {
     Scheduler& scheduler_;
     FocusStateManager& focus_;
     KeyTransport& transport_;
+    const Settings& settings_;
     const KeyWindows* windows_ = nullptr;
     bool isEditorModeActive_ = false;
     bool isEditingTextBox_ = false;

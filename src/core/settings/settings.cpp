@@ -31,16 +31,18 @@ struct Setting {
 };
 
 using enum SettingsPage;
-constexpr double leastStep = 0.1, mostStep = 600;  // seconds
 
 constexpr std::tuple settings{
     Setting<std::string>{"language", general, &SettingsValues::language},
     Setting<int>{"interfaceScale", general, &SettingsValues::interfaceScale, 75, 200},
     Setting<bool>{"compactTags", general, &SettingsValues::compactTags},
     Setting<bool>{"playsOnOpening", playback, &SettingsValues::playsOnOpening},
-    Setting<double>{"keySeekStep", playback, &SettingsValues::keySeekStep, leastStep, mostStep},
-    Setting<double>{"smallSeekStep", playback, &SettingsValues::smallSeekStep, leastStep, mostStep},
-    Setting<double>{"largeSeekStep", playback, &SettingsValues::largeSeekStep, leastStep, mostStep},
+    Setting<double>{"keySeekStep", playback, &SettingsValues::keySeekStep, leastSeekStep,
+                    mostSeekStep},
+    Setting<double>{"smallSeekStep", playback, &SettingsValues::smallSeekStep, leastSeekStep,
+                    mostSeekStep},
+    Setting<double>{"largeSeekStep", playback, &SettingsValues::largeSeekStep, leastSeekStep,
+                    mostSeekStep},
     Setting<int>{"volume", playback, &SettingsValues::volume, 0, 100},
     Setting<bool>{"muted", playback, &SettingsValues::muted},
     Setting<std::string>{"exportFolder", files, &SettingsValues::exportFolder},
@@ -94,33 +96,41 @@ void limit(SettingsValues&, const Setting<std::string>&) {}
 
 }  // namespace
 
-Settings::Settings(UserDefaults& defaults, Log& log) : defaults_(defaults), log_(log) {
-    load();
+std::string numberText(double number, const Texts& texts) {
+    std::string text = textOf(number);
+    if (const auto point = text.find('.'); point != std::string::npos)
+        text.replace(point, 1, texts.text("decimalSeparator"));
+    return text;
 }
 
-// A value that cannot be read becomes its default; the others are kept.
-void Settings::load() {
-    const auto data = defaults_.data(layout::settingsKey);
-    if (!data)
-        return;
-    const auto stored = decodeJson<StoredSettings>(*data);
+SettingsValues decodeSettings(BytesView data, Log& log) {
+    SettingsValues values;
+    const auto stored = decodeJson<StoredSettings>(data);
     if (!stored) {
-        log_.line("⚠️ Settings: The stored settings cannot be read: " + stored.error().text);
-        return;
+        log.line("⚠️ Settings: The stored settings cannot be read: " + stored.error().text);
+        return values;
     }
-    SettingsValues loaded;
     forEachSetting([&](const auto& setting) {
         const auto found = stored->find(setting.name);
         if (found == stored->end())
             return;
-        auto value = loaded.*setting.member;
+        auto value = values.*setting.member;
         if (read(found->second, value))
-            loaded.*setting.member = std::move(value);
+            values.*setting.member = std::move(value);
         else
-            log_.line(std::string("⚠️ Settings: Unreadable value of ") + setting.name);
-        limit(loaded, setting);
+            log.line(std::string("⚠️ Settings: Unreadable value of ") + setting.name);
+        limit(values, setting);
     });
-    values.set(std::move(loaded));
+    return values;
+}
+
+Settings::Settings(UserDefaults& defaults, Log& log) : defaults_(defaults), log_(log) {
+    load();
+}
+
+void Settings::load() {
+    if (const auto data = defaults_.data(layout::settingsKey))
+        values.set(decodeSettings(*data, log_));
 }
 
 void Settings::set(SettingsValues changed) {

@@ -2,12 +2,17 @@
 
 #include <string>
 
+#include "base/bytes.h"
 #include "base/log.h"
 #include "base/published.h"
 
+#include "ports/texts.h"
 #include "ports/user_defaults.h"
 
 namespace tembrix {
+
+// The range of the seek steps, in seconds.
+inline constexpr double leastSeekStep = 0.1, mostSeekStep = 600;
 
 // What the user chose in the settings window and its counterparts in other windows, such as the
 // volume. The initial values are the defaults.
@@ -19,7 +24,7 @@ struct SettingsValues {
 
     // Playback
     bool playsOnOpening = true;
-    double keySeekStep = 3;     // seconds, of Shift with the arrow keys; 0.1 to 600, as the others
+    double keySeekStep = 3;     // seconds, of Shift with the arrow keys
     double smallSeekStep = 5;   // seconds, of the inner buttons beside play
     double largeSeekStep = 10;  // seconds, of the outer buttons
     int volume = 100;           // percent, 0 to 100
@@ -34,6 +39,12 @@ struct SettingsValues {
 };
 
 enum class SettingsPage { general, playback, files };
+
+// A number for a text, such as "2.5", with the decimal separator of the language.
+std::string numberText(double number, const Texts& texts);
+
+// Reads stored settings. A value that cannot be read becomes its default; the others are kept.
+SettingsValues decodeSettings(BytesView stored, Log& log);
 
 // The settings of the process, stored in the user defaults at each change. Main thread only.
 class Settings {

@@ -68,6 +68,19 @@ TEST(FileTexts, GivesTheTextOrTheKey) {
     EXPECT_EQ(log.lines().size(), 2U);
 }
 
+TEST(FileTexts, AnotherLanguageReplacesAllTexts) {
+    TempFolder folder;
+    CapturedLog log;
+    folder.write("en.json", R"({"hello": "Hello", "only": "here"})");
+    folder.write("ru.json", R"({"hello": "Привет"})");
+    FileTexts texts(folder.path(), "en", log);
+    std::vector<std::string> seen;
+    const auto follow = texts.changed.observe([&] { seen.push_back(texts.text("hello")); });
+    texts.setLanguage("ru");
+    EXPECT_EQ(seen, std::vector<std::string>{"Привет"});
+    EXPECT_EQ(texts.text("only"), "only");
+}
+
 TEST(FileTexts, TheProgramSpeaksBothLanguages) {
     CapturedLog log;
     for (const char* language : {"en", "ru"})

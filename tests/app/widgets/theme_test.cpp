@@ -64,7 +64,7 @@ TEST(Theme, ControlsAreStyled) {
         return button.grab().toImage().pixelColor(6, button.height() / 2).rgb();
     };
     EXPECT_EQ(at(plain), theme::raised.rgb());
-    EXPECT_EQ(at(accented), theme::accent.rgb());
+    EXPECT_EQ(at(accented), theme::accentFill.rgb());
     EXPECT_EQ(plain.height(), theme::controlHeight);
     accented.setEnabled(false);
     EXPECT_EQ(at(accented), theme::raised.rgb());
@@ -74,6 +74,18 @@ TEST(Theme, TextOnDataColorsIsReadable) {
     EXPECT_EQ(theme::textOn(Qt::yellow), QColor(Qt::black));
     EXPECT_EQ(theme::textOn(QColor(0x10, 0x30, 0x80)), QColor(Qt::white));
     EXPECT_EQ(theme::toQColor({2, -1, 0.5, 1}).name(), "#ff0080");
+    EXPECT_GE(contrast({theme::accentFill.redF(), theme::accentFill.greenF(),
+                        theme::accentFill.blueF(), 1},
+                       {1, 1, 1, 1}),
+              4.5);
+    for (int rgb = 0; rgb < 0x1000000; rgb += 0x10101 / 3) {
+        const QColor ground((rgb >> 16) & 255, (rgb >> 8) & 255, rgb & 255);
+        const QColor ink = theme::textOn(ground);
+        EXPECT_GE(contrast({ground.redF(), ground.greenF(), ground.blueF(), 1},
+                           {ink.redF(), ink.greenF(), ink.blueF(), 1}),
+                  4.5)
+            << ground.name().toStdString();
+    }
 }
 
 }  // namespace

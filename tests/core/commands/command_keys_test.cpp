@@ -60,7 +60,8 @@ TEST_F(CommandKeysTest, AConflictIsOneThatAWindowWouldSee) {
 }
 
 TEST_F(CommandKeysTest, TheLatestBindingIsInForceAndARuleDecides) {
-    Commands commands(keys);
+    Settings settings(defaults, log);
+    Commands commands(keys, settings);
     EXPECT_FALSE(commands.run(Command::undo)) << "nobody can carry it out";
     int first = 0, second = 0, changes = 0;
     bool allowed = true;

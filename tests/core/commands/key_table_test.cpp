@@ -46,13 +46,14 @@ struct KeyTableTest : testing::Test {
     MemoryUserDefaults defaults;
     CapturedLog log;
     CommandKeys keys{defaults, log};
-    Commands commands{keys};
+    const Settings settings{defaults, log};
+    Commands commands{keys, settings};
     EventBus events;
     VirtualScheduler scheduler;
     FocusStateManager focus;
     NoPlayer player;
     Windows windows;
-    HotKeyManager hotkeys{events, scheduler, focus, player};
+    HotKeyManager hotkeys{events, scheduler, focus, player, settings};
     KeyRouter router{commands, [this] { return windows.project ? &hotkeys : nullptr; }};
     std::vector<Subscription> bound;
 
@@ -118,8 +119,8 @@ KeyPress press(int code, KeyModifiers modifiers = {}) {
 
 // What each key does in each place. This table is the agreement; the router follows it.
 TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
-    constexpr int a = 0, b = 11, f = 3, k = 40, o = 31, q = 12, t = 17, f1 = 122, f2 = 120, f6 = 97,
-                  del = 117;
+    constexpr int a = 0, b = 11, f = 3, k = 40, o = 31, q = 12, t = 17, comma = 43, f1 = 122,
+                  f2 = 120, f6 = 97, del = 117;
     struct Row {
         const char* name;
         KeyPress press;
@@ -135,7 +136,7 @@ TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
                                         {"view",        "view",        "view",    "hot key",    "hot key",    "view",        "view",    "hot key",  "view",    "view",       "view"}},
         {"Return", press(key::returnKey),
                                         {"view",        "view",        "view",    "view",       "view",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
-        {"Ctrl+Z", press(key::z, ctrl), {"view",        "view",        "view",    "undo",       "undo",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
+        {"Ctrl+Z", press(key::z, ctrl), {"takeBackDeletion","view",        "view",    "undo",       "undo",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
         {"Ctrl+Shift+Z", press(key::z, ctrlShift),
                                         {"view",        "view",        "view",    "redo",       "redo",       "view",        "view",    "view",     "view",    "hot key",    "view"}},
         {"Ctrl+T", press(t, ctrl),      {"view",        "view",        "view",    "hot key",    "hot key",    "addLine",     "hot key", "view",     "view",    "addLine",    "view"}},
@@ -143,6 +144,7 @@ TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
         {"Ctrl+F", press(f, ctrl),      {"searchVideos","searchVideos","view",    "view",       "view",       "view",        "view",    "view",     "view",    "view",       "view"}},
         {"Ctrl+O", press(o, ctrl),      {"addVideo",    "addVideo",    "view",    "addVideo",   "addVideo",   "addVideo",    "view",    "view",     "view",    "addVideo",   "view"}},
         {"Ctrl+K", press(k, ctrl),      {"findCommand", "findCommand", "view",    "findCommand","findCommand","findCommand", "view",    "view",     "view",    "findCommand","view"}},
+        {"Ctrl+,", press(comma, ctrl),  {"settings",    "settings",    "view",    "settings",   "settings",   "settings",    "view",    "view",     "view",    "settings",   "view"}},
         {"Ctrl+Q", press(q, ctrl),      {"quit",        "quit",        "quit",    "quit",       "quit",       "quit",        "quit",    "quit",     "quit",    "quit",       "view"}},
         {"F1",     press(f1),           {"showKeys",    "showKeys",    "view",    "showKeys",   "showKeys",   "showKeys",    "view",    "view",     "view",    "showKeys",   "view"}},
         {"F2",     press(f2),           {"renameVideo", "renameVideo", "view",    "renameLine", "renameLine", "renameLine",  "view",    "view",     "view",    "renameLine", "view"}},
@@ -156,6 +158,24 @@ TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
         for (std::size_t place = 0; place < row.meanings.size(); ++place)
             EXPECT_EQ(meaning(static_cast<Place>(place), row.press), row.meanings[place])
                 << row.name << " at place " << place;
+}
+
+TEST_F(KeyTableTest, AFieldThatRecordsAKeyGetsThemAll) {
+    KeySituation at{.window = CommandScope::everywhere};
+    EXPECT_EQ(router.decide(press(12, ctrl), at).command, Command::quit);
+    EXPECT_EQ(router.decide(press(key::z, ctrl), at).command, std::nullopt);
+    at.records = true;
+    EXPECT_EQ(router.decide(press(12, ctrl), at).meaning, KeyRouter::Meaning::view);
+}
+
+TEST_F(KeyTableTest, AFocusedButtonOfAProjectNeverTakesTheSpaceKey) {
+    const KeySituation at{.window = CommandScope::project};
+    windows.project = true;
+    events.post(events::AddLineSheetAppeared{});  // over another window
+    EXPECT_EQ(router.decide(press(key::space), at).meaning, KeyRouter::Meaning::nothing);
+    EXPECT_EQ(router.decide(press(key::space, ctrl), at).meaning, KeyRouter::Meaning::nothing);
+    EXPECT_EQ(router.decide(press(key::space), {.window = CommandScope::list}).meaning,
+              KeyRouter::Meaning::view);
 }
 
 TEST_F(KeyTableTest, AHeldKeyRepeatsOnlyWhatIsMeantToRepeat) {

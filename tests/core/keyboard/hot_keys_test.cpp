@@ -33,7 +33,8 @@ struct HotKeys : CollectionsFixture {
     Transport transport;
     Windows windows;
     FocusStateManager focus;
-    HotKeyManager hotkeys{events, scheduler, focus, transport};
+    Settings settings{defaults, log};
+    HotKeyManager hotkeys{events, scheduler, focus, transport, settings};
     std::shared_ptr<std::vector<events::ShowLabelSheet>> sheets = record<events::ShowLabelSheet>();
 
     HotKeys() { hotkeys.setKeyWindows(&windows); }
@@ -210,6 +211,9 @@ TEST_F(HotKeys, TransportKeysServeThePlayerOrTheViewer) {
     EXPECT_TRUE(hotkeys.handleKeyDown(press(key::left, {.option = true, .shift = true})));
     EXPECT_FALSE(hotkeys.handleKeyDown(press(key::right)));
     EXPECT_EQ(transport.seeks, (std::vector<double>{13, 7}));
+    settings.change([](SettingsValues& values) { values.keySeekStep = 2.5; });
+    hotkeys.handleKeyDown(press(key::right, shift));
+    EXPECT_EQ(transport.seeks.back(), 12.5);
     windows.controlOrLibrary = windows.project = false;
     windows.viewer = true;
     const auto toggles = record<events::ToggleViewerPlayer>();
