@@ -67,6 +67,19 @@ bool isDarkColor(const Color& color) {
     return 0.2126 * color.red + 0.7152 * color.green + 0.0722 * color.blue < 0.5;
 }
 
+double contrast(const Color& a, const Color& b) {
+    const auto luminance = [](const Color& color) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) +
+               0.0722 * linear(color.blue);
+    };
+    const double first = luminance(a), second = luminance(b);
+    const auto [dark, light] = std::minmax(first, second);
+    return (light + 0.05) / (dark + 0.05);
+}
+
 bool isDarkHexColor(std::string_view text) {
     if (characterCount(text) != 6)
         return false;

@@ -28,4 +28,8 @@ bool isDarkColor(const Color& color);
 // The same for a text of six digits, by perceived brightness. A text of another length is not dark.
 bool isDarkHexColor(std::string_view text);
 
+// The ratio of the relative luminances, from 1 to 21; texts are readable from 4.5. Alpha is
+// ignored.
+double contrast(const Color& a, const Color& b);
+
 }  // namespace tembrix

@@ -122,6 +122,14 @@ Result<Bytes> readFile(const std::filesystem::path& path) {
     return content;
 }
 
+bool fileContains(const std::filesystem::path& path, BytesView content) {
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) != content.size() || error)
+        return false;
+    const auto present = readFile(path);
+    return present && std::equal(present->begin(), present->end(), content.begin(), content.end());
+}
+
 Result<void> replaceFile(const std::filesystem::path& path, BytesView content) {
     return replaceThrough(path, [&](int descriptor) { return writeAll(descriptor, content); });
 }
@@ -204,6 +212,11 @@ Result<void> makeFolder(const std::filesystem::path& path) {
     if (!std::filesystem::is_directory(path, error))
         return fileError(ENOTDIR, path);
     return {};
+}
+
+bool isWritableFolder(const std::filesystem::path& path) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored) && ::access(path.c_str(), W_OK | X_OK) == 0;
 }
 
 std::optional<Date> creationDate(const std::filesystem::path& path) {

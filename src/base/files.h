@@ -15,6 +15,9 @@ namespace tembrix {
 // Reads a whole file. Errors: domain "file", code = errno.
 Result<Bytes> readFile(const std::filesystem::path& path);
 
+// Whether a file has exactly this content.
+bool fileContains(const std::filesystem::path& path, BytesView content);
+
 // Replaces a file atomically: writes a new file next to it, syncs and renames it, so that a reader
 // or a killed process sees either the old or the new content. Missing parent folders are not
 // created. On failure the old file is kept and the new one removed. Errors: domain "file", code =
@@ -47,6 +50,9 @@ bool isFileName(std::string_view name);
 
 // Creates a folder and its parents. It is not an error if it exists.
 Result<void> makeFolder(const std::filesystem::path& path);
+
+// Whether files can be created in the folder, as far as its permissions say.
+bool isWritableFolder(const std::filesystem::path& path);
 
 // When the file or folder was created; absent if the file system does not record it.
 std::optional<Date> creationDate(const std::filesystem::path& path);

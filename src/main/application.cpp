@@ -1,12 +1,14 @@
 #include "main/application.h"
 
 #include <QApplication>
+#include <QByteArray>
 #include <QEventLoopLocker>
 #include <QFile>
 #include <QIcon>
 #include <QKeyEvent>
 #include <QMenuBar>
 #include <QVBoxLayout>
+#include <chrono>
 #include <cstdlib>
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -15,6 +17,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/exit_deadline.h"
 #include "base/files.h"
 #include "base/log.h"
 #include "base/signal.h"
@@ -38,20 +41,26 @@
 #include "adapters/qt/qt_process_runner.h"
 #include "adapters/qt/qt_scheduler.h"
 #include "adapters/sqlite/sqlite_user_defaults.h"
+#include "adapters/sqlite/stored_value.h"
 #include "app/commands/command_menu_bar.h"
+#include "app/export/saved_product_bar.h"
 #include "app/library/videos_view.h"
 #include "app/shell/key_monitor.h"
 #include "app/shell/project_windows.h"
 #include "app/shell/shell_commands.h"
 #include "app/shell/window_factory.h"
+#include "app/shell/window_place.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/safety_banner.h"
 #include "core/commands/command_table.h"
 #include "core/commands/key_router.h"
 #include "core/composition/core_services.h"
 #include "core/export/unsaved_products.h"
 #include "core/keyboard/hot_key_codes.h"
+#include "core/settings/settings.h"
 #include "core/shell/project.h"
+#include "core/shell/user_guide.h"
 #include "core/shell/videos_view_model.h"
 #include "core/storage/data_layout.h"
 
@@ -60,6 +69,9 @@ namespace tembrix {
 namespace {
 
 constexpr double quitPatience = 2.0;  // seconds to wait for file writes
+// For all of the end, in which a player or a thread may hang on a dead drive. Everything has a
+// working copy by then.
+constexpr std::chrono::seconds exitPatience{8};
 constexpr QSize listSize{1080, 720};
 
 KeyPress keyPress(const QKeyEvent& event) {
@@ -74,7 +86,7 @@ struct Machine {
     explicit Machine(const std::filesystem::path& folder) : resources(folder) {}
 
     const std::filesystem::path resources;
-    const std::string language = systemLanguage();
+    std::string language = systemLanguage();  // of the texts
     StandardLog log;
     QtScheduler scheduler;
     const Directories directories = qtDirectories();
@@ -122,28 +134,32 @@ struct Machine {
 struct Application::Parts {
     explicit Parts(const std::filesystem::path& resources) : machine(resources) {
         windowFactory.setMakers(
-            windowMakers(core,
-                         [this](QWidget* parent) { return machine.players.makeSurface(parent); }),
+            windowMakers(
+                core, [this](QWidget* parent) { return machine.players.makeSurface(parent); },
+                &keyPress),
             {.menuBar =
-                 [this](QWidget* parent) {
-                     return new CommandMenuBar(core.commands, machine.texts, CommandScope::project,
-                                               parent);
+                 [this](QWidget* parent, CommandScope commands) {
+                     return new CommandMenuBar(core.commands, machine.texts, commands, parent);
                  },
              .banner =
                  [this](QWidget* parent) {
                      return new SafetyBanner(core.health, machine.texts, parent);
                  }});
+        followLanguage();
         stayForProducts();
         core.start();
     }
     ~Parts();
 
     void makeListWindow();
+    // Puts the texts into the language of the settings, now and after each change of it.
+    void followLanguage();
+    void useLanguage(const std::string& chosen);
     // Closing the last window must not end the program while a product can still be saved.
     void stayForProducts();
 
     Machine machine;
-    QtWindowFactory windowFactory;
+    QtWindowFactory windowFactory{&machine.defaults};
     CoreServices core{machine.platform, windowFactory};
     KeyRouter keyRouter{core.commands, [this] {
                             Project* open = core.windows.project();
@@ -157,19 +173,41 @@ struct Application::Parts {
                                 }};
     std::optional<VideosViewModel> videos;
     std::unique_ptr<QWidget> listWindow;
+    std::optional<WindowPlace> listPlace;
     std::optional<QEventLoopLocker> staying;
     Subscription anyProducts;
+    Subscription settingsChanged;
 };
 
 Application::Parts::~Parts() {
-    core.windows.closeAll();
+    core.storage.applicationWillTerminate();
+    core.windows.closeEverything();
+    listPlace.reset();
     listWindow.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    core.storage.applicationWillTerminate();
-    // The working copy has been stored. Work that does not end in time must not keep the process
-    // alive.
-    if (!machine.scheduler.drain(quitPatience))
-        std::_Exit(0);
+    core.storage.applicationWillTerminate();  // what was changed by closing
+    // Work that does not end in time must not keep the process alive.
+    if (!machine.scheduler.drain(quitPatience)) {
+        machine.defaults.makeDurable();
+        std::_Exit(EXIT_SUCCESS);
+    }
+}
+
+void Application::Parts::followLanguage() {
+    installDialogTexts(*qApp, machine.language);
+    useLanguage(core.settings.values->language);
+    settingsChanged = core.settings.values.observe(
+        [this](const SettingsValues& values) { useLanguage(values.language); });
+}
+
+void Application::Parts::useLanguage(const std::string& chosen) {
+    const std::string language = chosen.empty() ? systemLanguage() : chosen;
+    if (language == machine.language)
+        return;
+    machine.language = language;
+    machine.locale.setLanguage(language);
+    installDialogTexts(*qApp, language);
+    machine.texts.setLanguage(language);
 }
 
 void Application::Parts::stayForProducts() {
@@ -182,8 +220,12 @@ void Application::Parts::stayForProducts() {
 }
 
 void Application::Parts::makeListWindow() {
-    videos.emplace(core.library, core.previews, core.windows, machine.panels, machine.scheduler,
-                   machine.texts, machine.locale, machine.resources / "guides");
+    videos.emplace(core.library, core.previews, core.windows, core.panels, machine.scheduler,
+                   machine.texts, machine.locale, [this] {
+                       return writeGuide(machine.resources / "guides",
+                                         machine.directories.temporary / "guide", machine.locale,
+                                         core.commands, machine.texts);
+                   });
     videos->setWhenReady(
         [this](std::function<void()> task) { core.startUp.whenReady(std::move(task)); });
     listWindow = std::make_unique<QWidget>();
@@ -195,11 +237,15 @@ void Application::Parts::makeListWindow() {
     layout->setSpacing(0);
     layout->setMenuBar(
         new CommandMenuBar(core.commands, machine.texts, CommandScope::list, listWindow.get()));
-    layout->addWidget(new VideosView(*videos,
-                                     {machine.texts, machine.locale, core.focus, core.commands,
-                                      machine.panels, machine.scheduler},
-                                     core.dataSync));
+    layout->addWidget(new VideosView(
+        *videos,
+        {machine.texts, machine.locale, core.focus, core.commands, core.panels, machine.scheduler},
+        core.dataSync));
+    new SavedProductBar(core.products, machine.panels, machine.texts, UnsavedProducts::homeWindow,
+                        listWindow.get());
     listWindow->resize(listSize);
+    listPlace.emplace(*listWindow, &machine.defaults, UnsavedProducts::homeWindow);
+    listPlace->begin();
 }
 
 void Application::prepare() {
@@ -212,14 +258,17 @@ void Application::prepare() {
 
 Application::Application(std::filesystem::path resources) : resources_(std::move(resources)) {}
 
-Application::~Application() = default;
+Application::~Application() {
+    const ExitDeadline deadline(exitPatience);
+    parts_.reset();
+}
 
 void Application::start() {
+    installAccessibility();
     parts_ = std::make_unique<Parts>(resources_);
     theme::applyTheme(*qApp);
     QApplication::setWindowIcon(
         QIcon(QFile::decodeName((resources_ / "tembrix-stat.svg").c_str())));
-    installDialogTexts(*qApp, parts_->machine.language);
     parts_->makeListWindow();
     parts_->listWindow->show();
 }
@@ -238,6 +287,31 @@ QWidget& Application::listWindow() {
 
 CoreServices& Application::core() const {
     return parts_->core;
+}
+
+namespace {
+constexpr const char* scaleVariable = "QT_SCALE_FACTOR";
+}
+
+InterfaceScale::InterfaceScale() {
+    if (qEnvironmentVariableIsSet(scaleVariable))
+        before_ = qgetenv(scaleVariable).toStdString();
+    StandardLog log;
+    const auto stored =
+        readStoredValue(programDataFolder() / layout::defaultsFile, layout::settingsKey);
+    const int percent = stored ? decodeSettings(*stored, log).interfaceScale : 100;
+    if (percent == 100)
+        return;
+    bool isNumber = false;
+    const double factor = qgetenv(scaleVariable).toDouble(&isNumber);
+    qputenv(scaleVariable, QByteArray::number((isNumber ? factor : 1.0) * percent / 100));
+}
+
+void InterfaceScale::restore() const {
+    if (before_)
+        qputenv(scaleVariable, QByteArray::fromStdString(*before_));
+    else
+        qunsetenv(scaleVariable);
 }
 
 std::filesystem::path findResources() {

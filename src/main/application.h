@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 class QWidget;
 
@@ -33,6 +35,18 @@ class Application {
     struct Parts;
     std::filesystem::path resources_;
     std::unique_ptr<Parts> parts_;
+};
+
+// Scales the user interface as the settings say. Made before the QApplication, because Qt reads the
+// scale only then.
+class InterfaceScale {
+  public:
+    InterfaceScale();
+    // Called once the QApplication exists: programs that this one starts keep their own scale.
+    void restore() const;
+
+  private:
+    std::optional<std::string> before_;
 };
 
 // The resources of the installed program, or those of the source tree in which it was built.

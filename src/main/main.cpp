@@ -8,7 +8,9 @@
 
 int main(int argc, char** argv) {
     tembrix::Application::prepare();
+    const tembrix::InterfaceScale scale;
     QApplication qt(argc, argv);
+    scale.restore();
     QApplication::setApplicationName(QStringLiteral("tembrix-stat"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tembrix Stat"));
     QApplication::setDesktopFileName(QStringLiteral("tembrix-stat"));

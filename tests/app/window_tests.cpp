@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 
 namespace tembrix {
 
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     tembrix::theme::applyTheme(application);
+    tembrix::installAccessibility();
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

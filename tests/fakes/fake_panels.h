@@ -41,8 +41,16 @@ class FakePanels final : public Panels {
                  const std::string& confirmText, std::function<void(bool)> answer) override {
         confirms.push_back({{title, message, confirmText}, std::move(answer)});
     }
-    void reveal(const std::filesystem::path& folder) override { revealed.push_back(folder); }
-    void browse(const std::string& url) override { browsed.push_back(url); }
+    void reveal(const std::filesystem::path& folder, std::function<void()> failed) override {
+        revealed.push_back(folder);
+        if (nothingOpens && failed)
+            failed();
+    }
+    void browse(const std::string& url, std::function<void()> failed) override {
+        browsed.push_back(url);
+        if (nothingOpens && failed)
+            failed();
+    }
 
     void answerOpen(std::vector<std::filesystem::path> files) {
         take(opens).answer(std::move(files));
@@ -71,6 +79,7 @@ class FakePanels final : public Panels {
     std::vector<Question<Message, std::function<void()>>> alerts;
     std::vector<Question<Message, std::function<void(bool)>>> confirms;
 
+    bool nothingOpens = false;  // the desktop has no program for anything
     std::vector<std::filesystem::path> revealed;
     std::vector<std::string> browsed;
 

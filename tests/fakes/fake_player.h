@@ -135,6 +135,13 @@ class FakePlayer final : public Player {
             tick(time_);
     }
 
+    void setVolume(double volume, bool muted) override {
+        volume_ = std::clamp(volume, 0.0, 1.0);
+        muted_ = muted;
+    }
+    double volume() const override { return volume_; }
+    bool isMuted() const override { return muted_; }
+
     void seek(double seconds, std::function<void(bool finished)> completion) override {
         seeks.push_back(seconds);
         if (openFailure_)
@@ -189,6 +196,8 @@ class FakePlayer final : public Player {
     bool openFailureReported_ = false;
     double time_ = 0;
     double rate_ = 0;
+    double volume_ = 1;
+    bool muted_ = false;
     PlayerStatus status_ = PlayerStatus::paused;
     std::optional<std::pair<double, std::function<void(bool)>>> pendingSeek_;
     std::shared_ptr<std::map<int, Ticker>> tickers_ = std::make_shared<std::map<int, Ticker>>();

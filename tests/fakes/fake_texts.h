@@ -17,13 +17,19 @@ class FakeTexts final : public Texts {
   public:
     std::string text(std::string_view key) const override {
         const auto found = texts_.find(key);
-        return found == texts_.end() ? std::string(key) : found->second;
+        return prefix_ + (found == texts_.end() ? std::string(key) : found->second);
     }
     void set(std::string key, std::string text) {
         texts_.insert_or_assign(std::move(key), std::move(text));
     }
+    // Speaks another language, in which all texts begin with the prefix.
+    void speak(std::string prefix) {
+        prefix_ = std::move(prefix);
+        changed.emit();
+    }
 
   private:
+    std::string prefix_;
     std::map<std::string, std::string, std::less<>> texts_;
 };
 
@@ -42,6 +48,9 @@ class FakeLocale final : public Locale {
             return written(t, "%d/%m/%Y");
         return std::to_string(t.tm_mon + 1) + "/" + std::to_string(t.tm_mday) + "/" +
                written(t, "%y");
+    }
+    std::string dateAndTime(Date date) const override {
+        return written(parts(date), "%-d %B %Y, %H:%M");
     }
     std::string fileStamp(Date date) const override {
         return written(parts(date), "%Y-%m-%d_%H-%M");

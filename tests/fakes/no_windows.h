@@ -8,7 +8,8 @@ namespace tembrix {
 class NoWindows final : public WindowFactory {
   public:
     struct Window final : ProjectWindow {
-        void setFrame(const Rect&) override {}
+        void setTitle(const std::string&) override {}
+        void setFirstFrame(const Rect&) override {}
         void show() override {}
         void detach() override {}
     };

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "app/commands/command_menu_bar.h"
+#include "app/widgets/key_capture_view.h"
 #include "app/widgets/sheet.h"
 
 namespace tembrix {
@@ -34,6 +35,8 @@ KeySituation situation(bool repeated) {
     now.repeated = repeated;
     now.menuOpen = QApplication::activePopupWidget() != nullptr;
     now.textField = isTextField(QApplication::focusWidget());
+    const auto* recorder = qobject_cast<const KeyCaptureView*>(QApplication::focusWidget());
+    now.records = recorder && recorder->isCapturing();
     for (const QWidget* widget = QApplication::activeWindow(); widget;
          widget = widget->parentWidget()) {
         const QWidget* window = widget->window();
@@ -51,16 +54,25 @@ KeySituation situation(bool repeated) {
     return now;
 }
 
+bool isReturn(const QKeyEvent& event) {
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
+// A Return that is held down answers neither the sheet that it opened nor what has the focus then.
+bool isHeldReturn(const QKeyEvent& event) {
+    const QWidget* focus = QApplication::focusWidget();
+    return isReturn(event) && event.isAutoRepeat() && !qobject_cast<const QTextEdit*>(focus) &&
+           !qobject_cast<const QPlainTextEdit*>(focus);
+}
+
 // The space key controls the player in project windows, so Return presses the focused button there.
-// Sheets have their own default button. Auto-repeat is ignored.
+// Sheets have their own default button.
 bool pressFocusedButton(const QKeyEvent& event) {
-    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter)
+    if (!isReturn(event))
         return false;
     auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
     if (!button || !button->isEnabled() || qobject_cast<QDialog*>(button->window()))
         return false;
-    if (event.isAutoRepeat())
-        return true;
     auto* tool = qobject_cast<QToolButton*>(button);
     if (tool && tool->menu())
         tool->menu()->popup(tool->mapToGlobal(tool->rect().bottomLeft()));
@@ -83,6 +95,10 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     if ((!asksForShortcuts && event->type() != QEvent::KeyPress) || !watched->isWindowType())
         return false;
     const auto& native = static_cast<const QKeyEvent&>(*event);
+    if (isHeldReturn(native)) {
+        event->accept();
+        return true;
+    }
     const KeyPress press = translate_(native);
     const KeySituation now = situation(native.isAutoRepeat());
     if (asksForShortcuts) {
@@ -95,7 +111,7 @@ bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
     }
     if (router_.handle(press, now))
         return true;
-    return !now.menuOpen && pressFocusedButton(native);
+    return !now.menuOpen && !now.records && pressFocusedButton(native);
 }
 
 }  // namespace tembrix

@@ -9,6 +9,7 @@
 #include "app/commands/command_menu_bar.h"
 #include "app/commands/command_palette.h"
 #include "app/commands/keys_sheet.h"
+#include "app/shell/joined_windows.h"
 #include "core/commands/command_table.h"
 #include "core/keyboard/text_focus.h"
 
@@ -34,6 +35,8 @@ ShellCommands::ShellCommands(Commands& commands, FocusStateManager& focus, const
     const auto bind = [&](Command command, std::function<void()> run) {
         subscriptions_.push_back(commands.bind(command, {std::move(run), {}, {}}));
     };
+    QObject::connect(qApp, &QApplication::focusChanged, &focusObserver_,
+                     [this] { asked_.clear(); });
     bind(Command::quit, &quitProgram);
     bind(Command::nextWindow, [this] { walk(+1); });
     bind(Command::previousWindow, [this] { walk(-1); });
@@ -51,14 +54,15 @@ void ShellCommands::walk(int step) {
     if (windows.empty())
         return;
     const auto count = static_cast<int>(windows.size());
-    const auto active = std::find(windows.begin(), windows.end(), QApplication::activeWindow());
+    // Some displays refuse to activate a window. The next press goes past it.
+    const auto active = std::find_if(windows.begin(), windows.end(), [this](const QWidget* window) {
+        return asked_ ? window == asked_ : hasKeyboard(*window);
+    });
     const int from = active == windows.end() ? (step > 0 ? count - 1 : 0)
                                              : static_cast<int>(active - windows.begin());
     QWidget* next = windows[static_cast<std::size_t>((from + step + count) % count)];
-    next->setWindowState(next->windowState() & ~Qt::WindowMinimized);
-    next->show();
-    next->raise();
-    next->activateWindow();
+    asked_ = next;
+    bringForward(*next);
 }
 
 void ShellCommands::find() {
@@ -70,7 +74,7 @@ void ShellCommands::find() {
 void ShellCommands::showKeys() {
     QWidget* window = QApplication::activeWindow();
     if (const CommandMenuBar* menus = CommandMenuBar::of(window))
-        (new KeysSheet(window, commands_.keys(), menus->scope(), texts_))->present();
+        (new KeysSheet(window, commands_, menus->scope(), texts_))->present();
 }
 
 void quitProgram() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <vector>
@@ -34,6 +36,8 @@ class ShellCommands {
     const Texts& texts_;
     Windows windows_;
     std::vector<Subscription> subscriptions_;
+    QPointer<QWidget> asked_;  // the target of a walk while the focus has not moved since
+    QObject focusObserver_;
 };
 
 // Ends sheets and panels, then the program. Never asks, and nothing can refuse.

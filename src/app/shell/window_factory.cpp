@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QScreen>
-#include <QShowEvent>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -12,21 +11,15 @@
 #include <optional>
 #include <utility>
 
+#include "ports/user_defaults.h"
+
+#include "app/shell/joined_windows.h"
+#include "app/shell/window_place.h"
 #include "app/widgets/sheet.h"
 
 namespace tembrix {
 
 namespace {
-
-// The window decoration to expect for a window that is not shown yet: that of any visible window.
-QMargins usualDecoration() {
-    for (const QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && window->windowType() == Qt::Window && window->windowHandle() &&
-            !window->windowFlags().testFlag(Qt::FramelessWindowHint))
-            return window->windowHandle()->frameMargins();
-    }
-    return {};
-}
 
 // What the hot keys of a window can do while this sheet or panel over it has the focus.
 KeyState keysUnder(const QWidget& window) {
@@ -47,9 +40,15 @@ KeyState keysUnder(const QWidget& window) {
 // A top-level window. It notifies the orchestration through its callbacks only.
 class QtWindowFactory::Shell final : public QWidget {
   public:
-    explicit Shell(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
+    Shell(Callbacks callbacks, UserDefaults* defaults, const std::string& name)
+        : callbacks_(std::move(callbacks)), place_(*this, defaults, name) {}
 
     void detach() { callbacks_ = {}; }
+
+    void setTitle(const std::string& title) {
+        setWindowTitle(QString::fromStdString(title));
+        setAccessibleName(windowTitle());
+    }
 
     // Destroys the content and its sheets. They use the project, which may be destroyed right after
     // this window is closed. The empty window itself is deleted later.
@@ -64,29 +63,9 @@ class QtWindowFactory::Shell final : public QWidget {
             call(state);
     }
 
-    // Places the window including its decoration. The size of the decoration is known only some
-    // time after the window is shown; until then the contents are resized whenever it changes.
-    void place(const QRect& frame) {
-        frame_ = frame;
-        fitted_.reset();
-        fit(isVisible() ? windowHandle()->frameMargins() : usualDecoration());
-    }
+    void beginAt(const QRect& first) { place_.begin(first); }
 
   protected:
-    void showEvent(QShowEvent* event) override {
-        QWidget::showEvent(event);
-        windowHandle()->installEventFilter(this);
-        QTimer::singleShot(settlingTime, this, [this] { frame_.reset(); });
-    }
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::Expose || event->type() == QEvent::Move ||
-            event->type() == QEvent::Resize)
-            QTimer::singleShot(0, this, [this] {
-                if (isVisible())
-                    fit(windowHandle()->frameMargins());
-            });
-        return false;
-    }
     void closeEvent(QCloseEvent* event) override {
         if (callbacks_.shouldClose && !callbacks_.shouldClose()) {
             event->ignore();
@@ -100,18 +79,8 @@ class QtWindowFactory::Shell final : public QWidget {
     }
 
   private:
-    static constexpr int settlingTime = 2000;  // milliseconds after the window is shown
-
-    void fit(const QMargins& decoration) {
-        if (!frame_ || fitted_ == decoration)
-            return;
-        fitted_ = decoration;
-        setGeometry(frame_->marginsRemoved(decoration));
-    }
-
     Callbacks callbacks_;
-    std::optional<QRect> frame_;      // the area to fill, including the decoration
-    std::optional<QMargins> fitted_;  // the decoration for which the contents were last resized
+    WindowPlace place_;
 };
 
 class QtWindowFactory::Handle final : public ProjectWindow {
@@ -124,57 +93,86 @@ class QtWindowFactory::Handle final : public ProjectWindow {
             return;
         shell_->detach();
         shell_->close();
+        if (auto* joined = joinedAround())
+            joined->remove(shell_);
         shell_->clear();
         shell_->deleteLater();
     }
 
-    void setFrame(const Rect& frame) override {
-        shell_->place(QRect(QPoint(qRound(frame.x), qRound(frame.y)),
-                            QPoint(qRound(frame.right()) - 1, qRound(frame.bottom()) - 1)));
+    void setTitle(const std::string& title) override { shell_->setTitle(title); }
+
+    void setFirstFrame(const Rect& frame) override {
+        const QRect area(QPoint(qRound(frame.x), qRound(frame.y)),
+                         QPoint(qRound(frame.right()) - 1, qRound(frame.bottom()) - 1));
+        if (auto* joined = joinedAround())
+            joined->setFrame(shell_, area);
+        else
+            shell_->beginAt(area);
     }
 
     void show() override {
         shell_->show();
-        comeForward(shell_);
+        bringForward(*shell_);
         // The second press of a double click in the list would raise the list over the window that
         // the first press opened.
         QTimer::singleShot(QApplication::doubleClickInterval(), shell_, [shell = shell_] {
-            if (!dynamic_cast<Shell*>(QApplication::activeWindow()))
-                comeForward(shell);
+            if (!shellOf(QApplication::activeWindow()))
+                bringForward(*shell);
         });
     }
 
     void detach() override { shell_->detach(); }
 
   private:
-    static void comeForward(QWidget* window) {
-        window->raise();
-        window->activateWindow();
-    }
+    JoinedWindows* joinedAround() const { return qobject_cast<JoinedWindows*>(shell_->window()); }
 
     QPointer<Shell> shell_;
 };
 
-QtWindowFactory::QtWindowFactory() {
+QtWindowFactory::QtWindowFactory(UserDefaults* places)
+    : places_(places), joins_(JoinedWindows::areNeeded()) {
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &QtWindowFactory::followKeyboard);
 }
 
 std::unique_ptr<ProjectWindow> QtWindowFactory::make(const WindowRow& row, const std::string& title,
                                                      Callbacks callbacks) {
-    auto* shell = new Shell(std::move(callbacks));
+    auto* shell = new Shell(std::move(callbacks), places_, row.titleKey);
     shell->setObjectName(QString::fromLatin1(row.titleKey));
-    shell->setWindowTitle(QString::fromStdString(title));
-    shell->setAccessibleName(shell->windowTitle());
+    shell->setTitle(title);
     auto* layout = new QVBoxLayout(shell);
     layout->setContentsMargins(0, 0, 0, 0);
-    if (frame_.menuBar)
-        layout->setMenuBar(frame_.menuBar(shell));
-    if (frame_.banner)
-        layout->addWidget(frame_.banner(shell));
+    if (joins_ && row.closesProject)
+        joined()->add(shell);
+    else
+        addFrame(shell, row.commands);
     layout->addWidget(makers_.at(row.kind)(shell), 1);
     std::erase_if(shells_, [](const QPointer<Shell>& open) { return open.isNull(); });
     shells_.emplace_back(shell);
     return std::make_unique<Handle>(shell);
+}
+
+void QtWindowFactory::addFrame(QWidget* window, CommandScope commands) {
+    auto* layout = static_cast<QVBoxLayout*>(window->layout());
+    if (frame_.menuBar)
+        layout->setMenuBar(frame_.menuBar(window, commands));
+    if (frame_.banner)
+        layout->addWidget(frame_.banner(window));
+}
+
+JoinedWindows* QtWindowFactory::joined() {
+    if (!joined_ || joined_->isClosing()) {
+        joined_ = new JoinedWindows;
+        addFrame(joined_, CommandScope::project);
+        connect(joined_, &JoinedWindows::currentChanged, this,
+                [this] { followKeyboard(QGuiApplication::focusWindow()); });
+    }
+    return joined_;
+}
+
+QtWindowFactory::Shell* QtWindowFactory::shellOf(QWidget* window) {
+    if (const auto* joined = qobject_cast<JoinedWindows*>(window))
+        window = joined->current();
+    return dynamic_cast<Shell*>(window);
 }
 
 std::vector<QWidget*> QtWindowFactory::windows() const {
@@ -202,7 +200,7 @@ void QtWindowFactory::followKeyboard(QWindow* focused) {
             continue;
         state = KeyState::window;
         for (QWidget* widget = top; widget && !shell; widget = widget->parentWidget()) {
-            shell = dynamic_cast<Shell*>(widget->window());
+            shell = shellOf(widget->window());
             if (!shell)
                 state = std::max(state, keysUnder(*widget->window()));
         }

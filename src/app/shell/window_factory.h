@@ -9,6 +9,7 @@
 
 #include "base/geometry.h"
 
+#include "core/commands/command_table.h"
 #include "core/shell/window_table.h"
 #include "core/shell/windows_manager.h"
 
@@ -16,6 +17,9 @@ class QWidget;
 class QWindow;
 
 namespace tembrix {
+
+class JoinedWindows;
+class UserDefaults;
 
 // Creates top-level windows and tracks which of them has the keyboard focus.
 class QtWindowFactory final : public QObject, public WindowFactory {
@@ -25,11 +29,12 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     using Maker = std::function<QWidget*(QWidget* parent)>;
     using Makers = std::map<WindowKind, Maker>;
 
-    QtWindowFactory();
+    // Windows open where they were closed, if there are defaults to remember that.
+    explicit QtWindowFactory(UserDefaults* places = nullptr);
 
     // What every window shows above its content, each optional.
     struct Frame {
-        Maker menuBar = {};
+        std::function<QWidget*(QWidget* parent, CommandScope commands)> menuBar = {};
         Maker banner = {};
     };
     // Called once, before the first window is created.
@@ -37,6 +42,9 @@ class QtWindowFactory final : public QObject, public WindowFactory {
         makers_ = std::move(makers);
         frame_ = std::move(frame);
     }
+
+    // Whether the windows of a project are panes of one window. Called before a project is opened.
+    void setJoined(bool joined) { joins_ = joined; }
 
     // The open windows, in the order in which they were opened.
     std::vector<QWidget*> windows() const;
@@ -49,11 +57,17 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     class Shell;
     class Handle;
     void followKeyboard(QWindow* focused);
+    void addFrame(QWidget* window, CommandScope commands);
+    JoinedWindows* joined();
+    static Shell* shellOf(QWidget* window);
 
+    UserDefaults* places_;
     Makers makers_;
     Frame frame_;
     std::vector<QPointer<Shell>> shells_;
     QPointer<Shell> keyShell_;
+    bool joins_;
+    QPointer<JoinedWindows> joined_;
 };
 
 }  // namespace tembrix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/signal.h"
+
 #include "ports/platform.h"
 
 #include "core/collections/collections_bookmarks_manager.h"
@@ -10,6 +12,7 @@
 #include "core/export/unsaved_products.h"
 #include "core/keyboard/text_focus.h"
 #include "core/notifications/event_bus.h"
+#include "core/playback/pausing_panels.h"
 #include "core/safety/data_sync_manager.h"
 #include "core/settings/settings.h"
 #include "core/shell/project.h"
@@ -36,7 +39,8 @@ class CoreServices {
     // Starts the program in the stages of StartUp. Called once.
     void start();
 
-    const Platform platform;
+    PausingPanels panels;
+    const Platform platform;  // with these panels
     EventBus events;
     Settings settings;
     FocusStateManager focus;
@@ -54,6 +58,10 @@ class CoreServices {
     const ProjectServices projectServices;
     WindowsManager windows;
     StartUp startUp;
+
+  private:
+    Subscription languageChanged_;
+    Subscription incidents_;
 };
 
 }  // namespace tembrix

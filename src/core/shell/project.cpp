@@ -11,7 +11,8 @@ Project::Project(const ProjectServices& s, const KeyWindows& windows, FieldMapQu
       timeline(s.storage, s.library, s.tagLibrary, markupModes, s.events, s.platform.texts),
       history(timeline),
       player(s.platform.players, s.platform.log),
-      hotkeys(s.events, s.platform.scheduler, s.focus, player),
+      position(player, s.platform.defaults, s.platform.scheduler),
+      hotkeys(s.events, s.platform.scheduler, s.focus, player, s.settings),
       marking(timeline, s.tagLibrary, markupModes, s.collections, player, fieldMap,
               s.platform.scheduler, s.events),
       exports{player,
@@ -28,12 +29,15 @@ Project::Project(const ProjectServices& s, const KeyWindows& windows, FieldMapQu
               s.platform.texts,
               s.platform.log,
               s.products},
-      playbackCommands(s.commands, player) {
+      playbackCommands(s.commands, player),
+      sound(s.commands, player, s.settings) {
     hotkeys.setKeyWindows(&windows);
     s.tagLibrary.setHotkeyRegistry(&hotkeys);
 }
 
 Project::~Project() {
+    if (!services.library.findById(videoId_))
+        position.forget();
     services.tagLibrary.setHotkeyRegistry(nullptr);
 }
 
@@ -43,7 +47,8 @@ void Project::open(const VideosData& video, const std::filesystem::path& file) {
     services.platform.defaults.setText(layout::editingLineKey, "");
     services.platform.defaults.setText(layout::editingStampKey, "");
     timeline.openTimeline(video.bookmark, std::move(loaded), video.id);
-    player.open(file);
+    player.open(file, services.settings.values->playsOnOpening);
+    position.begin(video.id);
 }
 
 }  // namespace tembrix

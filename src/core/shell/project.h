@@ -17,6 +17,8 @@
 #include "core/marking/marking_flow.h"
 #include "core/notifications/event_bus.h"
 #include "core/playback/playback_commands.h"
+#include "core/playback/playback_sound.h"
+#include "core/playback/position_memory.h"
 #include "core/playback/video_player_manager.h"
 #include "core/records/video_records.h"
 #include "core/settings/settings.h"
@@ -61,10 +63,12 @@ class Project {
     TimelineDataManager timeline;
     TimelineHistory history;
     VideoPlayerManager player;
+    PositionMemory position;
     HotKeyManager hotkeys;
     MarkingFlow marking;
     ExportServices exports;
     PlaybackCommands playbackCommands;
+    PlaybackSound sound;
 
   private:
     std::string videoId_;

@@ -25,7 +25,14 @@ Rect videoFrame(const Rect& screen) {
     return {left.right(), left.y, 2 * left.width, left.height};
 }
 
-constexpr std::array<WindowRow, 3> table{{
+// In the middle of the screen, as large as its pages need if there is room.
+Rect settingsFrame(const Rect& screen) {
+    const double width = std::min(920.0, screen.width), height = std::min(680.0, screen.height);
+    return {screen.x + (screen.width - width) / 2, screen.y + (screen.height - height) / 2, width,
+            height};
+}
+
+constexpr std::array<WindowRow, 4> table{{
     {.kind = WindowKind::video,
      .titleKey = "video",
      .frame = &videoFrame,
@@ -53,6 +60,16 @@ constexpr std::array<WindowRow, 3> table{{
      .single = true,
      .takesTagKeys = true,
      .spaceAlwaysPlays = true},
+    {.kind = WindowKind::settings,
+     .titleKey = "settings",
+     .commands = CommandScope::everywhere,
+     .frame = &settingsFrame,
+     .opensWithProject = false,
+     .belongsToProject = false,
+     .closesProject = false,
+     .single = true,
+     .takesTagKeys = false,
+     .spaceAlwaysPlays = false},
 }};
 
 }  // namespace

@@ -4,15 +4,18 @@
 
 #include "base/geometry.h"
 
+#include "core/commands/command_table.h"
+
 namespace tembrix {
 
 // The windows other than the list window. A new window needs a kind, a row in the table and a maker
 // for its content.
-enum class WindowKind { video, control, tagLibrary };
+enum class WindowKind { video, control, tagLibrary, settings };
 
 struct WindowRow {
     WindowKind kind;
-    const char* titleKey;  // also the name that tests and tools use
+    const char* titleKey;                           // also the name that tests and tools use
+    CommandScope commands = CommandScope::project;  // those that its menus and keys offer
     // Computes the initial frame from the frame of the screen. If null, the window chooses its
     // size.
     Rect (*frame)(const Rect& screen);

@@ -10,10 +10,13 @@
 namespace tembrix {
 
 WindowsManager::WindowsManager(const ProjectServices& services, WindowFactory& factory)
-    : services_(services), factory_(factory) {}
+    : services_(services), factory_(factory) {
+    settingsCommand_ = services_.commands.bind(Command::settings,
+                                               {[this] { open(WindowKind::settings); }, {}, {}});
+}
 
 WindowsManager::~WindowsManager() {
-    closeAll();
+    closeEverything();
 }
 
 void WindowsManager::openProject(const std::string& videoId) {
@@ -39,6 +42,23 @@ void WindowsManager::openProject(const std::string& videoId) {
             open.window->show();
 }
 
+void WindowsManager::open(WindowKind kind) {
+    const WindowRow& row = windowRow(kind);
+    openWindow(row);
+    for (const OpenWindow& open : windows_)
+        if (open.row == &row)
+            open.window->show();
+}
+
+std::string WindowsManager::titleOf(const WindowRow& row) const {
+    return services_.platform.texts.text(row.titleKey);
+}
+
+void WindowsManager::retitle() {
+    for (const OpenWindow& open : windows_)
+        open.window->setTitle(titleOf(*open.row));
+}
+
 void WindowsManager::openWindow(const WindowRow& row) {
     const auto known = std::find_if(windows_.begin(), windows_.end(),
                                     [&](const OpenWindow& open) { return open.row == &row; });
@@ -51,10 +71,9 @@ void WindowsManager::openWindow(const WindowRow& row) {
     callbacks.shouldClose = [this, &row] { return mayClose(row); };
     callbacks.willClose = [this, id] { windowWillClose(id); };
     callbacks.keyChanged = [this, id](KeyState state) { keyChanged(id, state); };
-    auto window =
-        factory_.make(row, services_.platform.texts.text(row.titleKey), std::move(callbacks));
+    auto window = factory_.make(row, titleOf(row), std::move(callbacks));
     if (const auto screen = factory_.mainScreenFrame(); screen && row.frame)
-        window->setFrame(row.frame(*screen));
+        window->setFirstFrame(row.frame(*screen));
     windows_.push_back({id, &row, std::move(window)});
 }
 
@@ -91,6 +110,11 @@ void WindowsManager::closeAll() {
     closing->marking.disappear();
     services_.events.post(events::StopViewerPlayer{});
     closeWindows([](const OpenWindow& open) { return open.row->belongsToProject; });
+}
+
+void WindowsManager::closeEverything() {
+    closeAll();
+    closeWindows([](const OpenWindow&) { return true; });
 }
 
 void WindowsManager::closeWindows(const std::function<bool(const OpenWindow&)>& which) {

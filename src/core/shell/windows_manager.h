@@ -29,9 +29,12 @@ enum class KeyState { none, window, labelSheet, sheet };
 class ProjectWindow {
   public:
     virtual ~ProjectWindow() = default;
-    virtual void setFrame(const Rect& frame) = 0;  // screen points, origin top left
-    virtual void show() = 0;                       // also brings it to the front
-    virtual void detach() = 0;                     // none of its callbacks is called afterwards
+    virtual void setTitle(const std::string& title) = 0;
+    // Before show(): the frame of a first opening, in screen points with the origin at the top
+    // left. A window that remembers another frame uses that.
+    virtual void setFirstFrame(const Rect& frame) = 0;
+    virtual void show() = 0;    // also brings it to the front
+    virtual void detach() = 0;  // none of its callbacks is called afterwards
 };
 
 // Creates windows. A window's callbacks are not called after it was destroyed.
@@ -57,7 +60,13 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     ~WindowsManager() override;
 
     void openProject(const std::string& videoId);
+    // Opens a window that belongs to no project, or brings it to the front.
+    void open(WindowKind kind);
     void closeAll();
+    // Closes the project and all other windows, at the end of the program.
+    void closeEverything();
+    // Titles the windows in the present language.
+    void retitle();
     // Closes the project as the close button of its video window does: an open drawing editor is
     // closed first and alone.
     void closeByCommand();
@@ -87,6 +96,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     };
 
     void openWindow(const WindowRow& row);
+    std::string titleOf(const WindowRow& row) const;
     bool mayClose(const WindowRow& row);
     void windowWillClose(int id);
     void keyChanged(int id, KeyState state);
@@ -101,6 +111,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     int lastId_ = 0;
     std::optional<int> activeWindow_;
     KeyState keyState_ = KeyState::none;
+    Subscription settingsCommand_;
     Subscription closeCommand_;
     Lifetime lifetime_;
 };

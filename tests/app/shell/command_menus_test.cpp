@@ -21,7 +21,8 @@ struct CommandMenusTest : testing::Test {
     MemoryUserDefaults defaults;
     CapturedLog log;
     CommandKeys stored{defaults, log};
-    Commands commands{stored};
+    Settings settings{defaults, log};
+    Commands commands{stored, settings};
     FakeTexts texts;
     FocusStateManager focus;
     QWidget first, second;

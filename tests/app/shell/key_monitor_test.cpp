@@ -42,11 +42,12 @@ struct KeyMonitorTest : testing::Test {
     EventBus events;
     VirtualScheduler scheduler;
     FocusStateManager focus;
-    HotKeyManager hotkeys{events, scheduler, focus, player};
     MemoryUserDefaults defaults;
     CapturedLog log;
+    Settings settings{defaults, log};
+    HotKeyManager hotkeys{events, scheduler, focus, player, settings};
     CommandKeys stored{defaults, log};
-    Commands commands{stored};
+    Commands commands{stored, settings};
     FakeTexts texts;
     WindowKeys keys{commands, focus, texts, [this] { return &hotkeys; }};
     QWidget window;
@@ -125,6 +126,19 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     EXPECT_FALSE(box->isChecked());
     hotkeys.endLabelChoice(choice);
     sheet.close();
+
+    // A key that is held down does not answer the sheet that it has opened.
+    QDialog question(&window);
+    auto* yes = new QPushButton("Yes", &question);
+    yes->setDefault(true);
+    int answers = 0;
+    QObject::connect(yes, &QPushButton::clicked, &question, [&] { ++answers; });
+    show(question);
+    QApplication::sendEvent(question.windowHandle(), &held);
+    EXPECT_EQ(answers, 0);
+    strike(question, Qt::Key_Return);
+    EXPECT_EQ(answers, 1);
+    question.close();
 
     QMenu menu(&window);
     menu.addAction("Action");

@@ -15,6 +15,7 @@
 
 #include "app/window_keys.h"
 #include "app/window_tests.h"
+#include "core/storage/data_layout.h"
 #include "fakes/core_project.h"
 
 namespace tembrix {
@@ -31,11 +32,11 @@ struct ProjectWindowsTest : testing::Test {
 
     ProjectWindowsTest() {
         factory.setMakers(
-            windowMakers(program.core,
-                         [](QWidget* parent) -> QWidget* { return new QLabel(parent); }),
-            {.menuBar = [this](QWidget* parent) {
-                return new CommandMenuBar(program.core.commands, program.texts,
-                                          CommandScope::project, parent);
+            windowMakers(
+                program.core, [](QWidget* parent) -> QWidget* { return new QLabel(parent); },
+                &WindowKeys::translate),
+            {.menuBar = [this](QWidget* parent, CommandScope scope) {
+                return new CommandMenuBar(program.core.commands, program.texts, scope, parent);
             }});
     }
     static QWidget* window(const char* name) {
@@ -58,6 +59,12 @@ struct ProjectWindowsTest : testing::Test {
         windows.openProject(video);
         ASSERT_TRUE(windows.project());
         ASSERT_TRUE(activate(*window("timelines")));
+    }
+    Tag tagThatAsks() {
+        const auto& tags = program.tagLibrary.active->tags;
+        return *std::find_if(tags.begin(), tags.end(), [&](const Tag& tag) {
+            return windows.project()->marking.asksForLabels(tag) && !tag.isInterval.value_or(false);
+        });
     }
     // Presses the key of a tag without labels. Returns whether it made a stamp.
     bool marks() {
@@ -106,16 +113,125 @@ TEST_F(ProjectWindowsTest, AProjectThatIsClosedUnderASheetLeavesTheNextOneItsKey
     }
 }
 
+TEST_F(ProjectWindowsTest, AMarkWithoutATimelineGoesOnWhenOneIsAdded) {
+    open();
+    auto& project = *windows.project();
+    const Tag tag = tagThatAsks();
+    const auto begin = [&] {
+        ASSERT_TRUE(activate(*window("video")));
+        project.player.play();
+        project.marking.handleTagHotkey(tag);
+        ASSERT_TRUE(child(*sheet(), "tagLibraryNoTimeline"));
+        ASSERT_TRUE(activate(*sheet()));
+        QTest::keyClick(sheet(), Qt::Key_Return);
+        settle();
+        ASSERT_TRUE(sheet());
+        ASSERT_TRUE(child(*sheet(), "timelineName"));
+        ASSERT_TRUE(activate(*sheet()));
+    };
+    const auto isActive = [](const char* name) {
+        return QTest::qWaitFor([name] { return window(name)->isActiveWindow(); });
+    };
+    begin();
+    QTest::keyClick(sheet(), Qt::Key_Escape);
+    QTest::qWait(1);
+    settle();
+    EXPECT_FALSE(sheet());
+    EXPECT_EQ(*project.player.status, PlayerStatus::playing);
+    EXPECT_TRUE(isActive("video"));
+
+    begin();
+    QTest::keyClicks(child<QLineEdit>(*sheet(), "timelineName"), "Moments");
+    QTest::keyClick(sheet(), Qt::Key_Return);
+    QTest::qWait(1);
+    settle();
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(*project.player.status, PlayerStatus::paused);
+    ASSERT_TRUE(child(*sheet(), "collectionsButtonAdd"));
+    ASSERT_TRUE(activate(*sheet()));
+    QTest::keyClick(sheet(), Qt::Key_Return);
+    settle();
+    const TimelineLine& line = *project.timeline.lines->back();
+    EXPECT_EQ(line.name, "Moments");
+    ASSERT_EQ(line.stamps.size(), 1u);
+    EXPECT_EQ(line.stamps[0]->idTag, tag.id);
+    EXPECT_EQ(*project.player.status, PlayerStatus::playing);
+    EXPECT_TRUE(isActive("video"));
+    windows.closeAll();
+}
+
+TEST_F(ProjectWindowsTest, TheVideoWaitsWhileAPanelAsks) {
+    open();
+    VideoPlayerManager& player = windows.project()->player;
+    player.play();
+    bool deleted = false;
+    program.core.panels.confirm("Delete?", "", "Delete", [&](bool yes) { deleted = yes; });
+    EXPECT_EQ(*player.status, PlayerStatus::paused);
+    program.panels.answerConfirm(true);
+    EXPECT_TRUE(deleted);
+    EXPECT_EQ(*player.status, PlayerStatus::playing);
+
+    // The project may be closed before the answer.
+    program.core.panels.confirm("Delete?", "", "Delete", [](bool) {});
+    windows.closeAll();
+    open();
+    windows.project()->player.pause();
+    program.panels.answerConfirm(true);
+    EXPECT_EQ(*windows.project()->player.status, PlayerStatus::paused);
+    windows.closeAll();
+}
+
+TEST_F(ProjectWindowsTest, AReopenedMatchContinuesWhereItWasLeft) {
+    const std::string key = layout::positionKey(video);
+    const auto player = [this]() -> FakePlayer& { return *program.players.player(); };
+    const auto reopenedAt = [&] {
+        window("video")->close();
+        settle();
+        open();
+        return player().currentTime();
+    };
+    open();
+    EXPECT_EQ(player().currentTime(), 0);
+    player().advanceTo(30);
+    program.scheduler.advance(PositionMemory::storeInterval);
+    EXPECT_EQ(program.defaults.text(key), "30") << "stored while the project is open";
+    player().advanceTo(40);
+    EXPECT_EQ(reopenedAt(), 40);
+    EXPECT_EQ(player().status(), PlayerStatus::playing);
+    player().advanceTo(97);
+    EXPECT_EQ(reopenedAt(), 0) << "seen to the end";
+
+    // A window that closes at once, and a file that cannot be opened, change nothing.
+    player().advanceTo(50);
+    EXPECT_EQ(reopenedAt(), 50);
+    EXPECT_EQ(reopenedAt(), 50);
+    program.players.failure = Error{"player", 2, "no video"};
+    reopenedAt();
+    program.players.failure.reset();
+    EXPECT_EQ(reopenedAt(), 50);
+
+    // The entry is bound to a shorter file, and its value is damaged.
+    program.players.duration = 45;
+    EXPECT_EQ(reopenedAt(), 0);
+    for (const char* damaged : {"", "fifty", "-3", "inf", "1e999", "20 "}) {
+        windows.closeAll();
+        program.defaults.setText(key, damaged);
+        open();
+        EXPECT_EQ(player().currentTime(), 0) << damaged;
+    }
+
+    player().advanceTo(20);
+    EXPECT_TRUE(program.library.deleteVideo(program.library.files().front()).ok());
+    windows.libraryChanged();
+    EXPECT_FALSE(windows.project());
+    EXPECT_FALSE(program.defaults.text(key));
+}
+
 TEST_F(ProjectWindowsTest, OnlyTheLabelSheetHasTheKeysOfItsLabels) {
     open();
     auto& project = *windows.project();
     project.timeline.addLine("Moments");
-    const auto& tags = program.tagLibrary.active->tags;
-    const auto asks = std::find_if(tags.begin(), tags.end(), [&](const Tag& tag) {
-        return project.marking.asksForLabels(tag) && !tag.isInterval.value_or(false);
-    });
-    ASSERT_NE(asks, tags.end());
-    Tag tag = *asks;
+    Tag tag = tagThatAsks();
     const auto& group = *std::find_if(
         program.tagLibrary.active->labelGroups.begin(),
         program.tagLibrary.active->labelGroups.end(),

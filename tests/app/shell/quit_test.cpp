@@ -32,7 +32,8 @@ TEST(Quit, ItsKeyEndsSheetsAndTheProgramFromAnyWindowAndNothingRefuses) {
     MemoryUserDefaults defaults;
     CapturedLog log;
     CommandKeys stored(defaults, log);
-    Commands commands(stored);
+    const Settings settings(defaults, log);
+    Commands commands(stored, settings);
     FakeTexts texts;
     FocusStateManager focus;
     const WindowKeys keys(commands, focus, texts);

@@ -48,6 +48,12 @@ TEST(SafetyBanner, EveryProjectWindowSaysThatMarksAreNotSafeUntilTheyAre) {
     defaults.makeDurable();
     scheduler.run();
     EXPECT_TRUE(shown().empty());
+    health.noteDocuments(false);
+    scheduler.run();
+    EXPECT_EQ(shown(), std::vector<QString>(3, qtext(texts.text("marksNotInDocuments"))));
+    health.noteDocuments(true);
+    scheduler.run();
+    EXPECT_TRUE(shown().empty());
 }
 
 }  // namespace

@@ -16,14 +16,15 @@ class FakeWindows final : public WindowFactory {
     struct Window {
         WindowKind kind;
         Callbacks callbacks;
+        std::string title;
         Rect frame;
         bool detached = false;
     };
 
-    std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string&,
+    std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                         Callbacks callbacks) override {
         const WindowKind kind = row.kind;
-        auto window = std::make_shared<Window>(Window{kind, std::move(callbacks), {}});
+        auto window = std::make_shared<Window>(Window{kind, std::move(callbacks), title, {}});
         open[kind] = window;
         made.push_back(kind);
         return std::make_unique<Handle>(*this, window);
@@ -48,7 +49,8 @@ class FakeWindows final : public WindowFactory {
     struct Handle final : ProjectWindow {
         Handle(FakeWindows& o, std::shared_ptr<Window> w) : owner(o), window(std::move(w)) {}
         ~Handle() override { owner.open.erase(window->kind); }
-        void setFrame(const Rect& frame) override { window->frame = frame; }
+        void setTitle(const std::string& title) override { window->title = title; }
+        void setFirstFrame(const Rect& frame) override { window->frame = frame; }
         void show() override { owner.shown.push_back(window->kind); }
         void detach() override { window->detached = true; }
         FakeWindows& owner;
@@ -168,14 +170,14 @@ TEST_F(WindowsManagerTest, AnEarlierStateThatIsBroughtBackIsNotUndoneByTheOpenPr
     const auto lineCount = [&] { return project.storage.loadTimeline(id).size(); };
     windows.openProject(id);
     open().timeline.addLine("Worth a season");
-    project.core.dataSync.backUpNow();
-    project.core.dataSync.restoreFromBackup();
+    (void)project.core.dataSync.backUpNow();
+    (void)project.core.dataSync.restoreFromBackup();
     project.scheduler.run();
     const auto bringBack = [&] {
         project.scheduler.advance(5);  // a state is named by its second
         project.scheduler.background(Priority::utility, [&] {
             auto& sync = project.core.dataSync;
-            sync.bringBack(sync.replacedStates().front().name);
+            (void)sync.bringBack(sync.replacedStates().front().name);
         });
         project.scheduler.advance(5);
     };
