@@ -353,15 +353,15 @@ bool VideosView::keyInList(const QKeyEvent& press) {
 }
 
 bool VideosView::eventFilter(QObject* watched, QEvent* event) {
-    const QModelIndex current = list_->currentIndex();
     if (event->type() == QEvent::KeyPress) {
         const auto& press = *static_cast<QKeyEvent*>(event);
         if (watched == search_ ? keyInSearch(press.key()) : keyInList(press))
             return true;
     }
-    if (watched == list_ && event->type() == QEvent::ContextMenu && current.isValid() &&
+    if (watched == list_ && event->type() == QEvent::ContextMenu &&
         static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
-        openMenu(current, list_->viewport()->mapToGlobal(list_->visualRect(current).center()));
+        if (const QModelIndex current = list_->currentIndex(); current.isValid())
+            openMenu(current, list_->viewport()->mapToGlobal(list_->visualRect(current).center()));
         return true;
     }
     return QWidget::eventFilter(watched, event);
