@@ -20,6 +20,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/commands/command_table.h"
 #include "core/control/playhead_follow.h"
 #include "core/control/timeline_axis.h"
@@ -169,7 +170,7 @@ void TimelinesArea::makeHint() {
     column->addStretch(1);
     connect(canvas_, &TimelineCanvas::rowCountChanged, this, &TimelinesArea::showHint);
     subscriptions_.push_back(model_.markupMode.observe([this](const MarkupMode&) { showHint(); }));
-    showHint();
+    followLanguage(this, services_.texts, [this] { showHint(); });
 }
 
 void TimelinesArea::showHint() {

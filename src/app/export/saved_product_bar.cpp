@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPointer>
 #include <QPushButton>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -63,8 +64,10 @@ void SavedProductBar::open(bool folder) {
 }
 
 void SavedProductBar::sayName(std::string_view key) {
-    const std::string name = shortened(sanitizedUtf8(pathText(file_.filename())));
-    say(qtext(texts_.format(key, {name})));
+    say([this, key = std::string(key),
+         name = shortened(sanitizedUtf8(pathText(file_.filename())))] {
+        return qtext(texts_.format(key, {name}));
+    });
 }
 
 void SavedProductBar::place() {

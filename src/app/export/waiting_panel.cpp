@@ -17,6 +17,7 @@
 #include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
@@ -125,8 +126,10 @@ WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
     column->setContentsMargins(edge, edge, edge, edge);
     column->setSpacing(gap);
     column->addWidget(ring_, 0, Qt::AlignHCenter);
-    step_ = makeLabel(texts, "exportPreparing", LabelLook::body, this);
+    step_ = new QLabel(this);
     step_->setObjectName("exportStep");
+    step_->setWordWrap(true);
+    setLook(step_, LabelLook::body);
     left_ = new QLabel(this);
     left_->setObjectName("exportLeft");
     setLook(left_, LabelLook::secondary);
@@ -146,6 +149,7 @@ WaitingPanel::WaitingPanel(const Texts& texts, QWidget* host)
             hide();
     });
     host->installEventFilter(this);
+    followLanguage(this, texts, [this] { showWords(); });
     hide();
 }
 
@@ -161,13 +165,18 @@ void WaitingPanel::vanish() {
 }
 
 void WaitingPanel::showStatus(const ExportStatus& status) {
+    status_ = status;
     ring_->setProgress(static_cast<double>(status.progress));
+    showWords();
+}
+
+void WaitingPanel::showWords() {
     const auto put = [](QLabel* label, const std::string& text) {
         label->setText(qtext(text));
         label->setAccessibleName(label->text());
     };
-    put(step_, stepText(status, texts_));
-    put(left_, leftText(status.secondsLeft, texts_));
+    put(step_, stepText(status_, texts_));
+    put(left_, leftText(status_.secondsLeft, texts_));
 }
 
 void WaitingPanel::fade(double to) {

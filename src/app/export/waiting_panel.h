@@ -35,7 +35,10 @@ class WaitingPanel final : public QWidget {
     void fade(double to);
     void center();
 
+    void showWords();
+
     const Texts& texts_;
+    ExportStatus status_;
     Ring* ring_;
     QLabel* step_;  // what is done now
     QLabel* left_;  // the time left

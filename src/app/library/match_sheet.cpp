@@ -20,6 +20,7 @@
 #include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
+#include "app/widgets/translated.h"
 
 namespace tembrix {
 
@@ -64,15 +65,20 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale
     : Sheet(parent, texts, "videosViewTitleMatchInfo"),
       locale_(locale),
       fileName_(qtext(shortened(sanitizedUtf8(pathText(file.filename()))))) {
-    auto* fileLabel =
-        new ElidedLabel(qtext(texts.format("matchSheetFile", {utf8Text(fileName_)})), this);
+    auto* fileLabel = new ElidedLabel({}, this);
     fileLabel->setObjectName(QStringLiteral("matchSheetFile"));
+    followLanguage(this, texts, [this, fileLabel] {
+        fileLabel->setFullText(
+            qtext(this->texts().format("matchSheetFile", {utf8Text(fileName_)})));
+    });
     setLook(fileLabel, LabelLook::secondary);
     content()->addWidget(fileLabel);
     if (waiting > 0) {
         auto* more = makeLabel(texts, "matchSheetWaiting", LabelLook::secondary);
-        more->setText(qtext(texts.counted("matchSheetWaiting", static_cast<int>(waiting))));
-        more->setAccessibleName(more->text());
+        followLanguage(this, texts, [this, more, count = static_cast<int>(waiting)] {
+            more->setText(qtext(this->texts().counted("matchSheetWaiting", count)));
+            more->setAccessibleName(more->text());
+        });
         content()->addWidget(more);
     }
     team1_ = addField(focus, "videosViewFieldTeam1", "enterTeam1Name", initial.team1);
@@ -102,7 +108,7 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale
     connect(date_, &QDateTimeEdit::dateTimeChanged, this, &MatchSheet::showName);
     for (const auto* field : {team1_, team2_, score_})
         connect(field, &QLineEdit::textChanged, this, &MatchSheet::showName);
-    showName();
+    followLanguage(this, texts, [this] { showName(); });
 
     if (waiting > 0)
         connect(addSideButton("matchSheetAddAll"), &QPushButton::clicked, this, [this] {
@@ -127,7 +133,7 @@ void MatchSheet::showName() {
 FocusAwareLineEdit* MatchSheet::addField(FocusStateManager& focus, const char* key,
                                          const char* prompt, const std::string& value) {
     auto* field = new FocusAwareLineEdit(focus);
-    field->setPlaceholderText(qtext(texts().text(prompt)));
+    showText(field, texts(), prompt, &QLineEdit::placeholderText, &QLineEdit::setPlaceholderText);
     field->setText(qtext(value));
     field->setMinimumWidth(fieldWidth);
     content()->addWidget(labeled(texts(), key, field));

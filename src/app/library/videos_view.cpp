@@ -225,8 +225,9 @@ void VideosView::showDeletion(const VideosState& state) {
         return;
     shownDeletion_ = state.deleted;
     if (shownDeletion_)
-        deletion_->say(
-            qtext(services_.texts.format("videoDeleted", {shortened(shownDeletion_->title)})));
+        deletion_->say([this, title = shortened(shownDeletion_->title)] {
+            return qtext(services_.texts.format("videoDeleted", {title}));
+        });
     else
         deletion_->hide();
 }

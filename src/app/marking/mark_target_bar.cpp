@@ -18,6 +18,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
 #include "core/control/timeline_texts.h"
@@ -60,11 +61,13 @@ MarkTargetBar::MarkTargetBar(const TagPanelServices& services, MarkingFlow& flow
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(theme::spacing);
-    auto* caption = new QLabel(qtext(services.texts.text("markTarget")), this);
+    auto* caption = new QLabel(this);
+    showText(caption, services.texts, "markTarget", &QLabel::text, &QLabel::setText);
     setLook(caption, LabelLook::caption);
     row->addWidget(caption);
     nameControl(button_, services.texts, "markTarget");
-    nameControl(menu_, "markTargetMenu", qtext(services.texts.text("markTarget")));
+    nameControl(menu_, services.texts, "markTarget");
+    menu_->setObjectName("markTargetMenu");
     button_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button_->setIconSize({dotSize, dotSize});
     button_->setPopupMode(QToolButton::InstantPopup);
@@ -80,7 +83,7 @@ MarkTargetBar::MarkTargetBar(const TagPanelServices& services, MarkingFlow& flow
     subscriptions_.push_back(services.timeline.selectedLineID.observe(show));
     subscriptions_.push_back(flow.markupMode.observe(show));
     bindCommands();
-    showTarget();
+    followLanguage(this, services.texts, [this] { showTarget(); });
 }
 
 void MarkTargetBar::bindCommands() {

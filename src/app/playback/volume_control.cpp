@@ -10,7 +10,7 @@
 #include "app/commands/command_button.h"
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
-#include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/commands/command_table.h"
 #include "core/playback/playback_sound.h"
 #include "core/settings/settings.h"
@@ -41,7 +41,8 @@ VolumeControl::VolumeControl(const PlayerServices& services, QWidget* parent)
     slider_->setPageStep(PlaybackSound::step);
     slider_->setFixedWidth(sliderWidth);
     slider_->setFocusPolicy(Qt::TabFocus);
-    slider_->setToolTip(qtext(services.texts.text("videoControlVolume")));
+    showText(slider_, services.texts, "videoControlVolume", &QWidget::toolTip,
+             &QWidget::setToolTip);
     nameControl(slider_, services.texts, "videoControlVolume");
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);

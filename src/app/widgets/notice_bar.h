@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFrame>
+#include <functional>
 #include <string_view>
 
 #include "ports/texts.h"
@@ -22,14 +23,18 @@ class NoticeBar : public QFrame {
               QWidget* parent = nullptr);
 
     void addButton(QPushButton* button);  // left of the one that hides the bar
-    void say(const QString& message);     // shows the bar
+    // Shows the bar with the message, which is made again in a new language.
+    void say(std::function<QString()> message);
 
   Q_SIGNALS:
     void hiddenByUser();
 
   private:
+    void showMessage();
+
     QHBoxLayout* row_;
-    ElidedLabel* message_;
+    ElidedLabel* label_;
+    std::function<QString()> message_;
 };
 
 }  // namespace tembrix

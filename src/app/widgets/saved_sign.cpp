@@ -10,6 +10,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
+#include "app/widgets/translated.h"
 #include "core/storage/storage_health.h"
 
 namespace tembrix {
@@ -33,17 +34,19 @@ SavedSign::SavedSign(StorageHealth& health, const Texts& texts, QWidget* parent)
     setTextFormat(Qt::PlainText);
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     setContentsMargins(theme::margin, 0, theme::margin, 0);
-    // The sign keeps its place while its text changes.
-    int widest = 0;
-    for (const bool stored : {true, false})
-        for (const bool synced : {true, false}) {
-            const DefaultsStatus status{stored, {}, StorageFault::other, synced};
-            const char* key = textKeys(status).first;
-            widest = std::max(widest, fontMetrics().horizontalAdvance(qtext(texts.text(key))));
-        }
-    setMinimumWidth(widest + 2 * theme::margin);
     subscription_ = health_.observe([this](const DefaultsStatus&) { showStatus(); });
-    showStatus();
+    followLanguage(this, texts, [this] {
+        // The sign keeps its place while its text changes.
+        int widest = 0;
+        for (const bool stored : {true, false})
+            for (const bool synced : {true, false}) {
+                const DefaultsStatus status{stored, {}, StorageFault::other, synced};
+                const char* key = textKeys(status).first;
+                widest = std::max(widest, fontMetrics().horizontalAdvance(qtext(texts_.text(key))));
+            }
+        setMinimumWidth(widest + 2 * theme::margin);
+        showStatus();
+    });
 }
 
 void SavedSign::showStatus() {
