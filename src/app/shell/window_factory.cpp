@@ -116,8 +116,11 @@ class QtWindowFactory::Handle final : public ProjectWindow {
         // The second press of a double click in the list would raise the list over the window that
         // the first press opened.
         QTimer::singleShot(QApplication::doubleClickInterval(), shell_, [shell = shell_] {
-            if (!shellOf(QApplication::activeWindow()))
-                bringForward(*shell);
+            for (const QWidget* active = QApplication::activeWindow(); active;
+                 active = active->parentWidget())
+                if (shellOf(active->window()))
+                    return;  // also a sheet that was opened meanwhile
+            bringForward(*shell);
         });
     }
 
