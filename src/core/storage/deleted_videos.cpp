@@ -51,10 +51,12 @@ void DeletedVideos::removeData(const std::string& videoId) {
     for (const auto& key : layout::keysOfVideo(videoId))
         storage_.userDefaults().remove(key);
     storage_.deleteTimelineFile(videoId);
+    storage_.userDefaults().setBoolean(layout::deletedVideoKey(videoId), false);
 }
 
 void DeletedVideos::restoreData(const std::string& videoId) {
     UserDefaults& defaults = storage_.userDefaults();
+    defaults.setBoolean(layout::deletedVideoKey(videoId), true);
     for (const auto& key : layout::keysOfVideo(videoId))
         if (!copyValue(defaults, layout::deletedKey(key), key))
             defaults.remove(key);
@@ -81,11 +83,12 @@ void DeletedVideos::finish(const std::vector<VideosData>& list) {
     const std::string prefix = layout::deletedVideoKey({});
     for (const auto& key : defaults.keys(prefix)) {
         const std::string id = key.substr(prefix.size());
-        if (!isInList(list, id))
-            removeData(id);
-        // An older copy of the list brought the entry back.
-        else if (!defaults.data(layout::timelineKey(id)))
-            restoreData(id);
+        if (!isInList(list, id)) {
+            if (defaults.boolean(key))
+                removeData(id);
+        } else if (!defaults.data(layout::timelineKey(id))) {
+            restoreData(id);  // an older copy of the list brought the entry back
+        }
         removeKept(id);
     }
 }

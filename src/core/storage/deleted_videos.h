@@ -29,7 +29,8 @@ class DeletedVideos {
     const std::vector<Entry>& entries() const { return entries_; }  // the latest is the last
 
     // A deletion calls keep(), stores the list without the entry, and calls removeData(). If the
-    // process is killed in between, finish() completes or undoes the deletion at the next start.
+    // process is killed in between, finish() completes or undoes the deletion at the next start. A
+    // document that a restore brings back after a complete deletion stays.
     void keep(Entry entry);
     void removeData(const std::string& videoId);
     // Taking a deletion back calls restoreData(), stores the list with the entry, and calls

@@ -157,6 +157,7 @@ TYPED_TEST(UserDefaultsContract, ARefusedValueIsKeptAndStoredOnceThatIsPossible)
     UserDefaults& defaults = this->shared;
     defaults.setText("removed", "old");
     defaults.setText("text", "old");
+    defaults.makeDurable();
     EXPECT_EQ(defaults.status(), DefaultsStatus{});
     std::atomic<int> changes = 0;
     defaults.setStatusChanged([&] { ++changes; });

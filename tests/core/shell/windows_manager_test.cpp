@@ -169,8 +169,8 @@ TEST_F(WindowsManagerTest, AnEarlierStateThatIsBroughtBackIsNotUndoneByTheOpenPr
     const auto id = project.addVideo();
     const auto lineCount = [&] { return project.storage.loadTimeline(id).size(); };
     windows.openProject(id);
-    open().timeline.addLine("Worth a season");
     (void)project.core.dataSync.backUpNow();
+    open().timeline.addLine("Worth a season");
     (void)project.core.dataSync.restoreFromBackup();
     project.scheduler.run();
     const auto bringBack = [&] {
