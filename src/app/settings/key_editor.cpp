@@ -20,6 +20,7 @@
 #include "core/collections/tag_library_manager.h"
 #include "core/commands/command_keys.h"
 #include "core/commands/commands.h"
+#include "core/keyboard/hot_key_codes.h"
 
 namespace tembrix {
 
@@ -73,7 +74,10 @@ KeyEditor::KeyEditor(const SettingsServices& services, QWidget* parent)
     keys_ = new QHBoxLayout(keysBox_);
     keys_->setContentsMargins(0, 0, 0, 0);
     keys_->setSpacing(theme::spacing);
-    field_ = new KeyCaptureView(capture_, services.translate, texts, "keyEditorPress", this);
+    const auto translate = [&services](const QKeyEvent& event) {
+        return byLetter(services.translate(event));
+    };
+    field_ = new KeyCaptureView(capture_, translate, texts, "keyEditorPress", this);
     add_ = makeButton(texts, "keyEditorAdd", ButtonLook::quiet, this);
     reset_ = makeButton(texts, "keyEditorReset", ButtonLook::quiet, this);
     row->addWidget(keysBox_);

@@ -15,7 +15,8 @@
 namespace tembrix {
 
 // The keys of the commands: the defaults of the table and what the user changed, which is stored in
-// the user defaults. Keys are in the form in which hot keys are looked up, such as "shift+cmd+z".
+// the user defaults. Keys are in the form in which hot keys are looked up, such as "shift+cmd+z",
+// and are those of byLetter().
 // Main thread only.
 class CommandKeys {
   public:

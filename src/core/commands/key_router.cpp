@@ -54,14 +54,15 @@ KeyRouter::Decision KeyRouter::decide(const KeyPress& press, const KeySituation&
     if (!(sheet && belongsToSheet(press, hotkeys && *hotkeys->isLabelHotkeyMode)) && hotkeys &&
         hotkeys->takes(press))
         return {Meaning::hotKey, {}};
-    if (at.textField && isTextKey(press))
+    const KeyPress named = byLetter(press);
+    if (at.textField && isTextKey(named))
         return {};
     // Where the player does not take it, a focused button does not get it either.
     if (press.code == key::space && at.window == CommandScope::project && !sheet)
         return {Meaning::nothing, {}};
     // Windows without a scope have the commands of all windows, such as quitting.
     const auto command =
-        commands_.keys().commandFor(keyString(press), at.window.value_or(CommandScope::everywhere));
+        commands_.keys().commandFor(keyString(named), at.window.value_or(CommandScope::everywhere));
     if (!command || !commands_.isEnabled(*command))
         return {};
     const CommandRow& row = commandRow(*command);

@@ -27,7 +27,8 @@ struct KeySituation {
 
 // The one place that decides what a key press does. First come menus, sheets and text fields, which
 // keep the keys that they use; then the hot keys with their rules (HotKeyManager); then the keys of
-// the commands. What remains belongs to the focused control. Main thread only.
+// the commands. Hot keys go by the place of a key, the others by its letter (byLetter). What
+// remains belongs to the focused control. Main thread only.
 class KeyRouter {
   public:
     enum class Meaning { view, hotKey, command, nothing };
@@ -49,7 +50,7 @@ class KeyRouter {
     std::function<HotKeyManager*()> hotkeys_;
 };
 
-// Whether a text field uses the press for typing or editing.
+// Whether a text field uses the press, by its letter, for typing or editing.
 bool isTextKey(const KeyPress& press);
 
 }  // namespace tembrix

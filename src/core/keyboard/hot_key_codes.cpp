@@ -236,6 +236,18 @@ std::string keyString(const KeyPress& press) {
     return press.code < 0 ? std::string() : lookupForm(press.modifiers, lookupKey(press.code));
 }
 
+KeyPress byLetter(const KeyPress& press) {
+    KeyPress named = press;
+    const auto typed = lowerCased(press.characters);
+    // The keys beside those of the table type some of their characters too.
+    if (!textOf(lookupKeys, press.code))
+        return named;
+    for (const auto& entry : lookupKeys)
+        if (entry.text == typed)
+            named.code = entry.code;
+    return named;
+}
+
 std::string capturedModifiers(const KeyModifiers& modifiers) {
     std::vector<std::string> parts;
     if (modifiers.command)

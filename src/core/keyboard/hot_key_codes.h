@@ -36,6 +36,11 @@ struct KeyPress {
 // e.g. "shift+a". Empty for a key without a code.
 std::string keyString(const KeyPress& press);
 
+// The press in terms of the keys of commands and of text fields, which go by what the keyboard
+// layout prints on a key: if a key types what names another key of the tables, it counts as that
+// one. A key that types nothing of the kind, such as a Russian letter, keeps its place.
+KeyPress byLetter(const KeyPress& press);
+
 // The form in which a hot key is recorded, e.g. "⌘+A". Empty if the press cannot be recorded.
 std::string capturedForm(const KeyPress& press);
 std::string capturedModifiers(const KeyModifiers& modifiers);

@@ -160,6 +160,43 @@ TEST_F(KeyTableTest, EachKeyDoesWhatTheTableSays) {
                 << row.name << " at place " << place;
 }
 
+// A press on another layout: the place of the key and what it types.
+KeyPress typed(int code, const char* characters, KeyModifiers modifiers = {}) {
+    return {code, modifiers, characters};
+}
+
+TEST_F(KeyTableTest, CommandsGoByTheLetterAndHotKeysByThePlace) {
+    constexpr int a = 0, q = 12, w = 13, y = 16, m = 46, slash = 44, num0 = 82;
+    struct Row {
+        const char* name;
+        KeyPress press;
+        Place place;
+        const char* meaning;
+    };
+    const std::vector<Row> table{
+        {"French Ctrl+Z", typed(w, "z", ctrl), video, "undo"},
+        {"French Ctrl+Shift+Z", typed(w, "Z", ctrlShift), video, "redo"},
+        {"French Ctrl+W", typed(key::z, "w", ctrl), video, "closeProject"},
+        {"French Ctrl+A in a field", typed(q, "a", ctrl), searchField, "view"},
+        {"French Ctrl+Q in a field", typed(a, "q", ctrl), searchField, "quit"},
+        {"French Ctrl+,", typed(m, ",", ctrl), video, "settings"},
+        {"French Ctrl+à, the place of the digit", typed(29, "à", ctrl), video, "normalSpeed"},
+        {"French Q", typed(a, "q"), video, "hot key"},
+        {"German Ctrl+Z", typed(y, "z", ctrl), video, "undo"},
+        {"German Ctrl+Z in a field", typed(y, "z", ctrl), panelField, "view"},
+        {"German Ctrl+Y", typed(key::z, "y", ctrl), video, "redo"},
+        {"German Ctrl+-", typed(slash, "-", ctrl), video, "zoomOut"},
+        {"German Ctrl+<", typed(key::besideLeftShift, "<", ctrl), video, "view"},
+        {"Russian Ctrl+Z", typed(key::z, "я", ctrl), video, "undo"},
+        {"Russian Ctrl+A in a field", typed(a, "ф", ctrl), searchField, "view"},
+        {"Russian Ctrl+Q", typed(q, "й", ctrl), video, "quit"},
+        {"Russian A", typed(a, "ф"), video, "hot key"},
+        {"Ctrl+0 of the keypad", typed(num0, "0", ctrl), video, "view"},
+    };
+    for (const Row& row : table)
+        EXPECT_EQ(meaning(row.place, row.press), row.meaning) << row.name;
+}
+
 TEST_F(KeyTableTest, AFieldThatRecordsAKeyGetsThemAll) {
     KeySituation at{.window = CommandScope::everywhere};
     EXPECT_EQ(router.decide(press(12, ctrl), at).command, Command::quit);
