@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QProcess>
 #include <QPushButton>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QUrl>
@@ -65,13 +66,14 @@ QFileDialog* makeFileDialog(const std::string& title, const std::string& message
     dialog->setObjectName(name);
     dialog->setOption(QFileDialog::DontUseNativeDialog,
                       QApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
-    dialog->resize(fileDialogSize);
+    const QSize frame(20, 50);
+    dialog->resize(fileDialogSize.boundedTo(dialog->screen()->availableSize() - frame));
     fitColumns(*dialog);
     // The folder of the last choice, but not the working directory at the start.
-    if (dialog->directory() == QDir::current())
-        dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
-    if (!dialog->directory().exists())
-        dialog->setDirectory(QDir::home());
+    if (dialog->directory() == QDir::current() || !dialog->directory().exists()) {
+        const QDir movies(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
+        dialog->setDirectory(movies.exists() ? movies : QDir::home());
+    }
     return dialog;
 }
 
@@ -124,7 +126,9 @@ void QtPanels::save(const SavePanelRequest& request,
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     if (!request.extension.empty()) {
-        dialog->setNameFilter(filterText({}, {request.extension}));
+        const QString kind = qtext(request.extension).toUpper();
+        dialog->setOption(QFileDialog::HideNameFilterDetails);
+        dialog->setNameFilter(filterText(kind.toStdString(), {request.extension}));
         dialog->setDefaultSuffix(qtext(request.extension));
     }
     std::error_code ignored;

@@ -67,6 +67,7 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale
       fileName_(qtext(shortened(sanitizedUtf8(pathText(file.filename()))))) {
     auto* fileLabel = new ElidedLabel({}, this);
     fileLabel->setObjectName(QStringLiteral("matchSheetFile"));
+    fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // the fields are as wide
     followLanguage(this, texts, [this, fileLabel] {
         fileLabel->setFullText(
             qtext(this->texts().format("matchSheetFile", {utf8Text(fileName_)})));
@@ -95,12 +96,10 @@ MatchSheet::MatchSheet(QWidget* parent, const Texts& texts, const Locale& locale
     underFileName_ = makeCheckBox(texts, "matchSheetUnderFileName");
     content()->addWidget(underFileName_);
     name_ = new ElidedLabel;
+    name_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     content()->addWidget(labeled(texts, "matchSheetName", name_));
-    empty_ = makeLabel(texts, "matchSheetEmpty", LabelLook::secondary);
-    QSizePolicy kept = empty_->sizePolicy();
-    kept.setRetainSizeWhenHidden(true);  // the sheet does not jump while the user types
-    empty_->setSizePolicy(kept);
-    content()->addWidget(empty_);
+    note_ = makeLabel(texts, "matchSheetEmpty", LabelLook::secondary);
+    content()->addWidget(note_);
     connect(underFileName_, &QCheckBox::clicked, this, [this](bool checked) {
         wantsFileName_ = checked;
         showName();
@@ -125,9 +124,11 @@ void MatchSheet::showName() {
     const bool nothing = title.empty();
     underFileName_->setEnabled(!nothing);
     underFileName_->setChecked(nothing || wantsFileName_);
-    empty_->setVisible(nothing);
-    name_->setFullText(underFileName() ? fileName_
-                                       : qtext(title + ", " + locale_.dateAndTime(date())));
+    name_->setFullText(underFileName() ? fileName_ : qtext(title));
+    QString note = qtext(texts().text("matchSheetEmpty"));
+    if (!nothing)
+        note = underFileName() ? QString(QChar::Nbsp) : qtext(locale_.dateAndTime(date()));
+    note_->setText(note);  // always one line, so that the sheet does not jump while the user types
 }
 
 FocusAwareLineEdit* MatchSheet::addField(FocusStateManager& focus, const char* key,

@@ -54,7 +54,7 @@ class MatchSheet final : public Sheet {
     QCheckBox* underFileName_;
     bool wantsFileName_ = false;  // the user's choice; without teams and score there is none
     ElidedLabel* name_;
-    QLabel* empty_;
+    QLabel* note_;  // its date, or that nothing is entered
 };
 
 // Asks for a new name of a video.

@@ -10,7 +10,7 @@ namespace tembrix {
 
 namespace {
 
-constexpr int captionHeight = 52;
+constexpr int captionHeight = 68;  // three lines
 constexpr int markSize = 44;
 constexpr int noteHeight = 24;
 
@@ -116,14 +116,15 @@ void VideoCardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                       painter->fontMetrics().elidedText(name, Qt::ElideRight, nameLine.width()));
     painter->setFont(theme::font(theme::captionSize));
     painter->setPen(theme::secondaryText);
-    QRect dates = nameLine.translated(0, 20);
-    const QString used = index.data(VideosListModel::dateRole).toString();
-    const QString moment = index.data(VideosListModel::momentRole).toString();
-    const int side = moment.isEmpty() ? Qt::AlignLeft : Qt::AlignRight;
-    painter->drawText(dates, side | Qt::AlignVCenter, used);
-    dates.setRight(dates.right() - painter->fontMetrics().horizontalAdvance(used) - gap / 2);
-    painter->drawText(dates, Qt::AlignLeft | Qt::AlignVCenter,
-                      painter->fontMetrics().elidedText(moment, Qt::ElideRight, dates.width()));
+    QRect line = nameLine.translated(0, 20);
+    for (const int role : {VideosListModel::momentRole, VideosListModel::dateRole}) {
+        const QString date = index.data(role).toString();
+        if (date.isEmpty())
+            continue;
+        painter->drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
+                          painter->fontMetrics().elidedText(date, Qt::ElideRight, line.width()));
+        line.translate(0, 16);
+    }
     painter->restore();
 }
 

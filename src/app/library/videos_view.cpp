@@ -138,7 +138,7 @@ QWidget* VideosView::makeTopBar() {
     showText(search_, texts, "searchVideos", &QLineEdit::placeholderText,
              &QLineEdit::setPlaceholderText);
     search_->setClearButtonEnabled(true);
-    search_->setMinimumWidth(180);
+    search_->setMinimumWidth(120);
     search_->setMaximumWidth(360);
     nameControl(search_, texts, "searchVideos");
     search_->installEventFilter(this);

@@ -57,8 +57,6 @@ KeysPage::KeysPage(const SettingsServices& services, QWidget* parent)
     rows_->setMinimumHeight(200);
     rows_->setStyleSheet("QTreeView::item { padding: 3px 4px; }");
     rows_->header()->setStretchLastSection(true);
-    rows_->header()->setSectionResizeMode(nameColumn, QHeaderView::ResizeToContents);
-    rows_->header()->setSectionResizeMode(keysColumn, QHeaderView::ResizeToContents);
     column->addWidget(rows_, 1);
     column->addWidget(nothing_);
     column->addWidget(editor_);
@@ -108,6 +106,16 @@ void KeysPage::showRows() {
         for (int j = 0; j < menu->childCount(); ++j)
             showRow(menu->child(j),
                     static_cast<Command>(menu->child(j)->data(nameColumn, commandRole).toInt()));
+    }
+    // As wide as the widest row, also while a search hides it.
+    const QFontMetrics letters(theme::font(theme::textSize, QFont::DemiBold));
+    for (const int column : {nameColumn, keysColumn}) {
+        int widest = 0;
+        for (int i = 0; i < rows_->topLevelItemCount(); ++i)
+            for (int j = 0; j < rows_->topLevelItem(i)->childCount(); ++j)
+                widest = std::max(widest, letters.horizontalAdvance(
+                                              rows_->topLevelItem(i)->child(j)->text(column)));
+        rows_->setColumnWidth(column, widest + 3 * theme::margin);
     }
     filter();
 }

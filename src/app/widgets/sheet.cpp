@@ -116,9 +116,13 @@ void Sheet::moveOverWindow() {
 
 void Sheet::done(int result) {
     const QPointer<Sheet> self(this);
+    const QWidget* before = windowBefore_ ? windowBefore_->focusWidget() : nullptr;
     Sheet* const outer = std::exchange(closing, this);
     QDialog::done(result);
     closing = outer;
+    // The answer may have chosen another place for it, such as a new entry of a list.
+    if (self && windowBefore_ && windowBefore_->focusWidget() != before)
+        focusBefore_ = windowBefore_->focusWidget();
     if (!self)
         return;
     scope_.reset();

@@ -18,15 +18,14 @@ std::string allKeys(const CommandKeys& keys, const CommandRow& row) {
     return joined(captions, ", ");
 }
 
-bool isListed(CommandScope scope, CommandScope window) {
-    return window == CommandScope::everywhere || scope == CommandScope::everywhere ||
-           scope == window;
+bool isListed(CommandScope scope, std::optional<CommandScope> window) {
+    return !window || scope == CommandScope::everywhere || scope == window;
 }
 
 }  // namespace
 
 std::vector<KeySection> keySections(const Commands& commands, const Texts& texts,
-                                    CommandScope window) {
+                                    std::optional<CommandScope> window) {
     std::vector<KeySection> sections;
     const char* menu = nullptr;
     for (const CommandRow& row : commandTable()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,6 @@ struct KeySection {
 // All keys of a window of the given scope, or of the whole program: commands by menu, then the keys
 // of its controls.
 std::vector<KeySection> keySections(const Commands& commands, const Texts& texts,
-                                    CommandScope window = CommandScope::everywhere);
+                                    std::optional<CommandScope> window = {});
 
 }  // namespace tembrix

@@ -45,6 +45,20 @@ TEST_F(SettingsWindowTest, ItsKeyOpensOneWindowAndEscapeClosesIt) {
     EXPECT_TRUE(windows.project());
 }
 
+TEST_F(SettingsWindowTest, ItsPageOfKeysListsWhatWorksInIt) {
+    open(0);
+    strike(Qt::Key_F1);
+    QWidget* sheet = QApplication::activeModalWidget();
+    ASSERT_TRUE(sheet);
+    const auto* rows = child<QTreeWidget>(*sheet, "keysTitle");
+    const auto lists = [&](const char* command) {
+        return !rows->findItems(command, Qt::MatchContains).isEmpty();
+    };
+    EXPECT_TRUE(lists("commandFindCommand"));
+    EXPECT_FALSE(lists("commandDeleteVideo"));
+    EXPECT_FALSE(lists("videoControlPlayPause"));
+}
+
 TEST_F(SettingsWindowTest, ValuesAreStoredAtOnceAndAPageIsReset) {
     QWidget& shown = open(1);
     child<QCheckBox>(shown, "settingsPlaysOnOpening")->click();
