@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <memory>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -45,6 +46,18 @@ StorageFault faultOf(int code) {
     }
 }
 
+// SQLite creates the log beside the file itself. The file need not exist.
+std::filesystem::path withoutLinks(std::filesystem::path file) {
+    std::error_code error;
+    for (int links = 0; links < 40 && std::filesystem::is_symlink(file, error); ++links) {
+        const auto target = std::filesystem::read_symlink(file, error);
+        if (error)
+            break;
+        file = file.parent_path() / target;
+    }
+    return file;
+}
+
 // The caller's list of pieces is copied, so that the change can be kept.
 void ownPieces(PendingChange& change) {
     if (auto* pieces = change.value ? std::get_if<SharedPieces>(&*change.value) : nullptr)
@@ -61,11 +74,11 @@ Bytes bytesOf(const StoredValue& value) {
 
 }  // namespace
 
-DefaultsState::DefaultsState(std::filesystem::path file, Log& log,
+DefaultsState::DefaultsState(const std::filesystem::path& file, Log& log,
                              std::vector<std::filesystem::path> recoveryFolders)
-    : file_(std::move(file)), log_(log), folders_(std::move(recoveryFolders)) {
-    folders_.insert(folders_.begin(), file_.parent_path());
-    (void)makeFolder(file_.parent_path());
+    : file_(withoutLinks(file)), log_(log), folders_(std::move(recoveryFolders)) {
+    folders_.insert(folders_.begin(), file.parent_path());
+    (void)makeFolder(file.parent_path());
     open();
     takeInRecoveryFiles();
 }
@@ -140,10 +153,22 @@ bool DefaultsState::change(std::string_view key, PendingChange change) {
     // failing disk.
     const bool open = checkpointer_ && pending_.empty();
     if (open)
-        code = attempt(
-            [&](ValueStore& store) { return checkpointer_ ? store.apply(key, change) : refusal_; });
-    if (code == SQLITE_DONE && checkpointer_)
+        code = attempt([&](ValueStore& store) {
+            if (!checkpointer_)
+                return refusal_;
+            if (const auto unknown = unknown_.find(key); unknown != unknown_.end()) {
+                change.base = unknown->second;
+                const int kept = keepUnknown(store, unknown->first, change);
+                if (kept != SQLITE_DONE)
+                    return kept;
+            }
+            return store.apply(key, change);
+        });
+    if (code == SQLITE_DONE && checkpointer_) {
+        if (const auto unknown = unknown_.find(key); unknown != unknown_.end())
+            unknown_.erase(unknown);
         return true;
+    }
     if (open)
         refused(code);
     ownPieces(change);
@@ -153,10 +178,12 @@ bool DefaultsState::change(std::string_view key, PendingChange change) {
     return false;
 }
 
-// The number of the value in the file, as far as it is known.
+// The number of the value in the file that the program knows.
 std::uint64_t DefaultsState::storedNumber(std::string_view key) const {
     if (const auto repaired = repairs_.find(key); repaired != repairs_.end())
         return repaired->second.base;
+    if (const auto unknown = unknown_.find(key); unknown != unknown_.end())
+        return unknown->second;
     std::uint64_t number = 0;
     (void)store_->number(key, number);
     return number;
@@ -184,11 +211,32 @@ void DefaultsState::adoptRepairs() {
     }
 }
 
+// The file can be used again. What the program has read meanwhile, such as the open project, may be
+// older than the values of the file, and will be stored as a whole with its next change.
+void DefaultsState::noteUnknown(ValueStore& memory) {
+    std::vector<std::string> keys;
+    (void)store_->list({}, keys);
+    for (const auto& key : keys) {
+        std::uint64_t known = 0;
+        std::uint64_t number = 0;
+        if (const auto repaired = repairs_.find(key); repaired != repairs_.end())
+            known = repaired->second.base;
+        else
+            (void)memory.number(key, known);
+        if (!failed(store_->number(key, number)) && number != known)
+            unknown_.try_emplace(key, known);
+    }
+}
+
 void DefaultsState::storePending() {
     if (!checkpointer_) {
         std::string reason;
-        if (const int code = openOrReplace(reason); code != SQLITE_OK)
+        auto memory = std::move(store_);
+        if (const int code = openOrReplace(reason); code != SQLITE_OK) {
+            store_ = std::move(memory);
             return refused(code);
+        }
+        noteUnknown(*memory);
         // The file may have another identity and higher numbers than assumed so far.
         for (auto& [key, change] : pending_)
             change.number = ++lastNumber_;
@@ -205,6 +253,7 @@ void DefaultsState::storePending() {
         });
         if (code != SQLITE_DONE || !checkpointer_)
             return refused(code);
+        unknown_.erase(first->first);
         pending_.erase(first);
     }
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -24,7 +25,7 @@ namespace tembrix::sqlite {
 // database refused them. Thread-safe.
 class DefaultsState {
   public:
-    DefaultsState(std::filesystem::path file, Log& log,
+    DefaultsState(const std::filesystem::path& file, Log& log,
                   std::vector<std::filesystem::path> recoveryFolders);
 
     std::optional<StoredValue> read(std::string_view key) const;
@@ -56,6 +57,7 @@ class DefaultsState {
     void tendLog() const;
     void repair(std::string_view key, PendingChange change);
     void adoptRepairs();
+    void noteUnknown(ValueStore& memory);
     std::uint64_t storedNumber(std::string_view key) const;
     void storePending();
     int keepUnknown(ValueStore& store, const std::string& key, const PendingChange& change);
@@ -69,7 +71,7 @@ class DefaultsState {
     // If the log could not be read, it may have contained higher change numbers than the database.
     static constexpr std::uint64_t unreadNumbers = std::uint64_t{1} << 32;
 
-    const std::filesystem::path file_;
+    const std::filesystem::path file_;  // not a link to it: its log and copies are beside it
     Log& log_;
     std::vector<std::filesystem::path> folders_;
 
@@ -78,7 +80,10 @@ class DefaultsState {
     mutable std::unique_ptr<Checkpointer> checkpointer_;  // null without a file
     mutable int logPages_ = 0;  // pages in the log after the last write; 0 if there was none
     PendingChanges pending_;
-    PendingChanges repairs_;           // in the store in memory, while there is no file
+    PendingChanges repairs_;  // in the store in memory, while there is no file
+    // The keys whose values in the file the program may not have seen, because the file was out of
+    // reach, with the numbers of the values that it has seen. Until the first change of each.
+    std::map<std::string, std::uint64_t, std::less<>> unknown_;
     std::uint64_t changes_ = 0;        // counts changes
     std::uint64_t synced_ = 0;         // of which the disk has so many
     mutable int refusal_ = SQLITE_OK;  // the error code of the last refused change

@@ -142,6 +142,34 @@ TEST_F(WholeProgram, ACutLogMakesNothingOlder) {
     }
 }
 
+// The list of videos is as it was before two videos were added. There was no backup since.
+TEST_F(WholeProgram, ALostLogLosesNoVideos) {
+    const fs::path earlier = folder.path() / "earlier";
+    end();
+    fs::copy(disk, earlier);
+    start();
+    std::string second;
+    for (const char* name : {"Second", "Third"}) {
+        bookmarks.add(folder.path() / (std::string(name) + ".mp4"));
+        second =
+            program->core.library.addVideoNamed(folder.path() / (std::string(name) + ".mp4"), name)
+                ->videoData.id;
+    }
+    program->core.storage.saveTimeline(linesOf(3), second);
+    program->scheduler.advance(1);
+    program->core.storage.flushNow();
+    end();
+    fs::remove_all(disk);
+    fs::copy(earlier, disk);
+    for (int i = 0; i < 2; ++i) {
+        start();
+        EXPECT_EQ(program->notified(SafetyNotice::newerCopiesUsed), i == 0);
+        EXPECT_EQ(program->core.library.videosData().size(), 3U);
+        EXPECT_EQ(program->core.storage.loadTimeline(second), linesOf(3));
+        program->flushAndBackUp();
+    }
+}
+
 // Its disk is missing during one run, and so is the second copy. The backup is older than both.
 TEST_F(WholeProgram, AnUnreachableDatabaseComesBackWithItsOwnValues) {
     for (const bool inTheSameRun : {false, true}) {
@@ -171,6 +199,38 @@ TEST_F(WholeProgram, AnUnreachableDatabaseComesBackWithItsOwnValues) {
         work("First", 1);
         program->flushAndBackUp();
     }
+}
+
+// It comes back while the library and a project are open with older values.
+TEST_F(WholeProgram, AnOlderStateInMemoryDoesNotReplaceValuesThatCameBack) {
+    work("Later", 4);
+    const auto list = *defaults->data(layout::videosDataKey);
+    end();
+    fs::rename(disk, unplugged);
+    fs::remove(folder.path() / "Application Support/tembrix-stat/second-copy.plist");
+    start();
+    EXPECT_EQ(program->core.storage.loadTimeline(video), linesOf(1));
+    fs::rename(unplugged, disk);
+    program->flushAndBackUp();
+    ASSERT_TRUE(defaults->isDurable());
+    EXPECT_TRUE(defaults->keys(layout::damagedPrefix).empty());
+    for (std::size_t lines = 2; lines < 4; ++lines) {
+        program->core.storage.saveTimeline(linesOf(lines), video);
+        program->core.library.renameVideo(program->core.library.files().front(), "Mine");
+        program->scheduler.run();
+        EXPECT_EQ(defaults->data(layout::damagedKey(layout::timelineKey(video))),
+                  encode(linesOf(4)).value());
+        EXPECT_EQ(defaults->data(layout::damagedKey(layout::videosDataKey)), list);
+        EXPECT_EQ(defaults->keys(layout::damagedPrefix).size(), 2U);
+    }
+    EXPECT_TRUE(program->notified(SafetyNotice::laterChangesUsed));
+    EXPECT_EQ(program->core.storage.loadTimeline(video), linesOf(3));
+}
+
+TEST_F(WholeProgram, TheLogOfALinkedDatabaseIsSynced) {
+    work("Second", 3);
+    defaults->makeDurable();
+    EXPECT_TRUE(defaults->status().synced);
 }
 
 // A repair that was made while the file could only be read is stored when it can be written.
