@@ -180,6 +180,7 @@ struct Application::Parts {
 };
 
 Application::Parts::~Parts() {
+    core.products.leaveForNextStart();
     core.storage.applicationWillTerminate();
     core.windows.closeEverything();
     listPlace.reset();

@@ -26,6 +26,9 @@ class Bookmarks {
     // Whether two bookmarks were made of the same file, under any name. On a file system that
     // cannot tell files apart by numbers, only bookmarks of one path are.
     virtual bool areOfOneFile(BytesView first, BytesView second) const = 0;
+    // The bookmark with the content of the file that it finds, if it has none. Absent if it has, or
+    // if it cannot be told that the file is the bookmarked one.
+    virtual std::optional<Bytes> withContent(BytesView) const { return std::nullopt; }
 };
 
 }  // namespace tembrix

@@ -101,14 +101,29 @@ std::optional<Bytes> FileBookmarks::make(const fs::path& file) const {
     const auto path = fs::absolute(file, error).lexically_normal();
     if (error || file.empty() || !fs::exists(path, error))
         return std::nullopt;
-    const auto identity = identityOf_(path).value_or(FileIdentity{});
-    const auto content = fileContent(path);
+    return encode({identityOf_(path).value_or(FileIdentity{}), fileContent(path), path});
+}
+
+Bytes FileBookmarks::encode(const Parts& parts) {
+    const auto& [identity, content, path] = parts;
     std::string text(content ? mark : markWithoutContent);
     text += std::to_string(identity.number) + " " + std::to_string(identity.birthTime);
     if (content)
         text += " " + std::to_string(content->size) + " " + std::to_string(content->written) + " " +
                 std::to_string(content->head) + " " + std::to_string(content->tail);
     return toBytes(text + "\n" + path.string());
+}
+
+// Without an identity, the first file that is found at the path is taken for the bookmarked one.
+std::optional<Bytes> FileBookmarks::withContent(BytesView bookmark) const {
+    auto parts = parse(bookmark);
+    if (!parts || parts->content)
+        return std::nullopt;
+    const auto found = resolve(bookmark);
+    if (!found || found->replaced)
+        return std::nullopt;
+    parts->content = fileContent(found->path);
+    return parts->content ? std::optional(encode(*parts)) : std::nullopt;
 }
 
 std::optional<Bookmarks::Resolved> FileBookmarks::resolve(BytesView bookmark) const {

@@ -32,11 +32,13 @@ class FileBookmarks final : public Bookmarks {
     std::optional<Bytes> make(const std::filesystem::path& file) const override;
     std::optional<Resolved> resolve(BytesView bookmark) const override;
     bool areOfOneFile(BytesView first, BytesView second) const override;
+    std::optional<Bytes> withContent(BytesView bookmark) const override;
 
   private:
     struct Parts;
 
     static std::optional<Parts> parse(BytesView bookmark);
+    static Bytes encode(const Parts& parts);
     bool isBookmarked(const std::filesystem::path& file, const Parts& parts) const;
     std::optional<std::filesystem::path> findRenamed(const Parts& parts) const;
 

@@ -23,6 +23,8 @@ const char* textKey(SafetyNotice notice) {
     switch (notice) {
         case SafetyNotice::videoListRepaired:
             return "safetyVideoListRepaired";
+        case SafetyNotice::videoListLost:
+            return "safetyVideoListLost";
         case SafetyNotice::videoListDoubtful:
             return "safetyVideoListDoubtful";
         case SafetyNotice::videoListUnreadable:

@@ -7,7 +7,6 @@
 #include "ports/texts.h"
 #include "ports/user_defaults.h"
 
-#include "core/export/run_folder.h"
 #include "core/notifications/events.h"
 
 namespace tembrix {
@@ -90,9 +89,7 @@ CoreServices::~CoreServices() {
 
 void CoreServices::start() {
     startUp.run();
-    platform.scheduler.background(Priority::utility, [temporary = platform.directories.temporary] {
-        removeAbandonedRunFolders(temporary);
-    });
+    products.resume(platform.directories.temporary);
 }
 
 }  // namespace tembrix

@@ -1,7 +1,6 @@
 #include "core/export/export_run.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -15,7 +14,6 @@
 #include "core/export/archive.h"
 #include "core/export/drawings_archive.h"
 #include "core/export/export_errors.h"
-#include "core/export/product_saving.h"
 #include "core/export/unsaved_products.h"
 #include "core/playback/video_player_manager.h"
 
@@ -207,26 +205,11 @@ void ExportRun::exportDrawings(std::vector<ExportDrawing> drawings,
 
 void ExportRun::save(const fs::path& product) {
     enter(ExportState::saving);
-    const auto& texts = services_.texts;
-    const fs::path folder = folder_->path();
-    const auto copy =
-        copyOf(product, texts.text("exportErrorProductMissing"),
-               [folder](const fs::path& unfinished) { noteUnfinishedCopy(folder, unfinished); });
-    Product finished{
-        [copy, folder](const fs::path& target, const Product::GoOn& goOn) -> Result<void> {
-            // The run's own folder is removed at its end, so nothing can be saved
-            // there.
-            std::error_code ignored;
-            if (fs::equivalent(target.parent_path(), folder, ignored))
-                return Error{"file", EACCES, pathText(target)};
-            auto saved = copy(target, goOn);
-            forgetUnfinishedCopy(folder);
-            return saved;
-        },
-        {words_.panelTitle, words_.defaultName, words_.extension, window_},
-        [prefix = words_.savingFailed](const std::string& reason) { return prefix + reason; }};
     product_ = services_.products.add(
-        {std::move(finished), std::move(folder_), source_, words_.saved},
+        {{std::move(folder_), product, source_},
+         {words_.panelTitle, words_.defaultName, words_.extension, window_},
+         words_.savingFailed,
+         words_.saved},
         work_.guard([this](const Result<std::optional<fs::path>>& place) {
             product_.reset();
             end(place ? std::nullopt

@@ -52,6 +52,7 @@ class ProductSaving {
     void begin(Product product, Completion completion);
     // Stops the writing and asks again. Only closing the panel gives the product up.
     void stopWriting();
+    bool isWriting() const { return writing_.has_value(); }
     // Asks over another window, because the present one closes.
     void moveTo(const std::string& window);
 

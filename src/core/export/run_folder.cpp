@@ -1,7 +1,10 @@
 #include "core/export/run_folder.h"
 
 #include <cerrno>
+#include <optional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -17,6 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* lockExtension = ".lock";
 constexpr const char* unfinishedNote = ".unfinished";
+constexpr const char* unsavedNote = ".unsaved";
 
 // The folder of all run folders.
 fs::path runsFolder(const fs::path& temporary) {
@@ -74,7 +78,40 @@ void forgetUnfinishedCopy(const fs::path& runFolder) {
     fs::remove(runFolder / unfinishedNote, ignored);
 }
 
-void removeAbandonedRunFolders(const fs::path& temporary) {
+// Two lines: the name of the product in the folder, and the path of its source, which may be empty.
+void noteUnsavedProduct(const UnsavedProduct& product) {
+    const std::string source = product.source ? pathText(*product.source) : std::string();
+    (void)replaceFile(product.folder->path() / unsavedNote,
+                      toBytes(pathText(product.file.filename()) + "\n" + source));
+}
+
+void forgetUnsavedProduct(const fs::path& runFolder) {
+    std::error_code ignored;
+    fs::remove(runFolder / unsavedNote, ignored);
+}
+
+struct AbandonedRuns {
+    static std::optional<UnsavedProduct> unsavedIn(const fs::path& folder, FileLock& lock) {
+        const auto note = readFile(folder / unsavedNote);
+        const auto text = note ? asText(*note) : std::string_view();
+        const auto end = text.find('\n');
+        if (end == std::string_view::npos)
+            return std::nullopt;
+        UnsavedProduct product;
+        product.file = folder / pathFromText(text.substr(0, end)).filename();
+        std::error_code ignored;
+        if (!fs::is_regular_file(product.file, ignored))
+            return std::nullopt;
+        if (text.size() > end + 1)
+            product.source = pathFromText(text.substr(end + 1));
+        product.folder = std::shared_ptr<RunFolder>(new RunFolder(folder, std::move(lock)));
+        product.folder->keep();
+        return product;
+    }
+};
+
+std::vector<UnsavedProduct> removeAbandonedRunFolders(const fs::path& temporary) {
+    std::vector<UnsavedProduct> unsaved;
     std::set<fs::path> folders;
     std::error_code failure;
     for (fs::directory_iterator entry(runsFolder(temporary), failure), end;
@@ -86,15 +123,21 @@ void removeAbandonedRunFolders(const fs::path& temporary) {
             folders.insert(std::move(folder));
     }
     for (const auto& folder : folders) {
-        const auto lock = FileLock::tryLock(lockFile(folder));
+        auto lock = FileLock::tryLock(lockFile(folder));
         if (!lock)
             continue;
         if (const auto note = readFile(folder / unfinishedNote))
             removeUnfinishedReplacement(pathFromText(asText(*note)));
+        if (auto product = AbandonedRuns::unsavedIn(folder, *lock)) {
+            forgetUnfinishedCopy(folder);
+            unsaved.push_back(std::move(*product));
+            continue;
+        }
         std::error_code ignored;
         fs::remove_all(folder, ignored);
         fs::remove(lockFile(folder), ignored);
     }
+    return unsaved;
 }
 
 }  // namespace tembrix

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "base/file_lock.h"
 #include "base/result.h"
@@ -23,9 +24,10 @@ class RunFolder {
 
     const std::filesystem::path& path() const { return path_; }
     // Keeps the files until the next start of the program.
-    void keep() { kept_ = true; }
+    void keep(bool kept = true) { kept_ = kept; }
 
   private:
+    friend struct AbandonedRuns;
     RunFolder(std::filesystem::path path, FileLock lock);
 
     const std::filesystem::path path_;
@@ -38,8 +40,20 @@ class RunFolder {
 void noteUnfinishedCopy(const std::filesystem::path& runFolder, const std::filesystem::path& file);
 void forgetUnfinishedCopy(const std::filesystem::path& runFolder);
 
+// A finished product that no run has saved yet.
+struct UnsavedProduct {
+    std::shared_ptr<RunFolder> folder;  // kept
+    std::filesystem::path file;
+    std::optional<std::filesystem::path> source;  // the video that it was made from
+};
+
+// Notes in a run's folder that its product has yet to be saved, so that a later start offers it.
+void noteUnsavedProduct(const UnsavedProduct& product);
+void forgetUnsavedProduct(const std::filesystem::path& runFolder);
+
 // Removes the folders of runs that have ended or whose process was killed. Folders of running
-// exports, in this or another process, are kept.
-void removeAbandonedRunFolders(const std::filesystem::path& temporary);
+// exports, in this or another process, are kept, and so are those with unsaved products, which are
+// returned.
+std::vector<UnsavedProduct> removeAbandonedRunFolders(const std::filesystem::path& temporary);
 
 }  // namespace tembrix

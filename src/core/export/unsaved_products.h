@@ -14,6 +14,7 @@
 #include "ports/scheduler.h"
 #include "ports/texts.h"
 
+#include "core/background/background_work.h"
 #include "core/export/product_saving.h"
 #include "core/export/run_folder.h"
 #include "core/settings/settings.h"
@@ -37,10 +38,10 @@ class UnsavedProducts final {
     static constexpr const char* homeWindow = "list";
 
     struct Finished {
-        Product product;
-        std::shared_ptr<RunFolder> folder;            // released in the end
-        std::optional<std::filesystem::path> source;  // the video that it was made from
-        std::string savedText;                        // log text, followed by the path
+        UnsavedProduct product;
+        SavePanelRequest panel;
+        std::string savingFailed;  // followed by the reason
+        std::string savedText;     // log text, followed by the path
     };
 
     UnsavedProducts(Panels& panels, Scheduler& scheduler, const Texts& texts, Log& log,
@@ -56,6 +57,11 @@ class UnsavedProducts final {
     int add(Finished finished, ProductSaving::Completion completion);
     void stopWriting(int id);
     void leaveWindow(int id);
+    // Removes what earlier runs left in the temporary folder, except products that were not saved
+    // before the program ended: asks for them again.
+    void resume(const std::filesystem::path& temporary);
+    // The program ends: what waits for an answer is offered again by the next start.
+    void leaveForNextStart();
 
   private:
     struct Waiting {
@@ -66,7 +72,9 @@ class UnsavedProducts final {
         std::string window;
     };
 
+    Product productOf(const Finished& finished) const;
     void ended(int id, Result<std::optional<std::filesystem::path>> result);
+    void noteWhetherAny();
     bool isVideo(const std::filesystem::path& target,
                  const std::optional<std::filesystem::path>& source) const;
 
@@ -78,6 +86,9 @@ class UnsavedProducts final {
     const Settings& settings_;
     int lastId_ = 0;
     std::map<int, std::unique_ptr<Waiting>> waiting_;
+    int messages_ = 0;  // open ones about lost products
+    bool leaving_ = false;
+    BackgroundWork work_;
 };
 
 }  // namespace tembrix

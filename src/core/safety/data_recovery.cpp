@@ -77,7 +77,7 @@ void DataSyncManager::repairAtLaunch() {
     const RepairScope scope;
     const auto repair = secondCopy_.repairDefaults();
     if (repair.listReplaced)
-        notify(SafetyNotice::videoListRepaired);
+        notify(repair.listWasLost ? SafetyNotice::videoListLost : SafetyNotice::videoListRepaired);
     if (repair.lostChanges)
         services_.storage.noteLostChanges();
     if (repair.indexIsOlder)
@@ -108,20 +108,31 @@ void DataSyncManager::repairVideoList() {
     const auto stored = services_.defaults.data(layout::videosDataKey);
     const auto check = services_.defaults.text(layout::videosCheckKey);
     const bool canBeRead = stored && isVideoList(*stored);
+    if (const auto doubt = services_.defaults.text(layout::videosDoubtKey)) {
+        if (stored && checkOf(*stored) == *doubt)
+            notify(SafetyNotice::videoListDoubtful);
+        else
+            services_.defaults.remove(layout::videosDoubtKey);
+    }
     if (canBeRead ? matchesCheck(check, *stored)
                   : !stored && !services_.defaults.date(layout::lastSyncDateKey))
         return;
     const auto saved = savedVideoList();
     if (canBeRead && saved == stored)
         return storeVideoList(services_.defaults, *stored);
-    if (canBeRead && (!saved || !matchesCheck(check, *saved)))
+    if (canBeRead && (!saved || !matchesCheck(check, *saved))) {
+        services_.defaults.setText(layout::videosDoubtKey, checkOf(*stored));
+        // The backup's list may be the better one.
+        if (saved)
+            services_.defaults.setBoolean(layout::unreadableKey(layout::videosDataKey), true);
         return notify(SafetyNotice::videoListDoubtful);
+    }
     if (stored)
         setAside(services_.defaults, services_.log, layout::videosDataKey, *stored);
     if (saved) {
         storeVideoList(services_.defaults, *saved);
-        log("⚠️ DataSync: The list of videos was damaged, the backup's is used");
-        notify(SafetyNotice::videoListRepaired);
+        log("⚠️ DataSync: The list of videos was lost or damaged, the backup's is used");
+        notify(stored ? SafetyNotice::videoListRepaired : SafetyNotice::videoListLost);
     } else if (stored) {
         services_.defaults.setBoolean(layout::unreadableKey(layout::videosDataKey), true);
         notify(SafetyNotice::videoListUnreadable);

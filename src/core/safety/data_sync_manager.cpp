@@ -155,6 +155,7 @@ void DataSyncManager::notify(SafetyNotice notice) {
 }
 
 void DataSyncManager::dismissNotices() {
+    services_.defaults.remove(layout::videosDoubtKey);
     notices_.clear();
     noticesChanged_.emit();
 }

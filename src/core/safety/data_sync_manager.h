@@ -52,6 +52,7 @@ struct DataSyncServices {
 // A problem with the user's data and its solution.
 enum class SafetyNotice {
     videoListRepaired,    // the list was damaged; a copy is used
+    videoListLost,        // there was no list; a copy is used
     videoListDoubtful,    // the list does not match its checksum, and no copy does
     videoListUnreadable,  // the list was damaged, and there is no copy
     newerCopiesUsed,      // the defaults lost their latest changes; newer copies are used

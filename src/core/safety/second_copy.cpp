@@ -147,8 +147,10 @@ SecondCopy::Repair SecondCopy::repairDefaults() {
         }
     }
     if (const Bytes* list = find(*values, layout::videosDataKey);
-        list && (defaults_.data(layout::videosDataKey) || mayBeLost[layout::videosDataKey]))
+        list && (defaults_.data(layout::videosDataKey) || mayBeLost[layout::videosDataKey])) {
+        repair.listWasLost = !defaults_.data(layout::videosDataKey);
         repair.listReplaced = repairVideoList(*list, isNewer[layout::videosDataKey]);
+    }
     const auto written = std::max(numberOf(*values, defaults_, layout::collectionsSecondCopyKey),
                                   defaults_.changeNumber(layout::collectionsSecondCopyKey));
     repair.indexIsOlder = defaults_.data(layout::collectionsUnsavedKey) &&

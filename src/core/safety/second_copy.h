@@ -22,6 +22,7 @@ class SecondCopy {
   public:
     struct Repair {
         bool listReplaced = false;  // the list of videos was damaged or lost
+        bool listWasLost = false;   // there was none
         bool lostChanges = false;   // the defaults had older values than the copy
         bool indexIsOlder = false;  // than its last write: the stored unsaved change
     };

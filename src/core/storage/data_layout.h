@@ -13,6 +13,8 @@ namespace tembrix::layout {
 // Keys of the user defaults.
 inline constexpr const char* videosDataKey = "videosData";
 inline constexpr const char* videosCheckKey = "videosDataCheck";  // checksums of the list of videos
+// The checksum of a list of videos that may be damaged, until the user knows.
+inline constexpr const char* videosDoubtKey = "videosDataDoubt";
 inline constexpr const char* videosCleanupDoneKey = "videosDataDuplicationCleanupDone_v1";
 inline constexpr const char* timelinePrefix = "timeline_";
 inline constexpr const char* collectionPrefix = "collection_";

@@ -114,10 +114,19 @@ bool VideoFilesManager::loadVideosData() {
         if (!video.isFavorite)
             video.isFavorite = false;
     }
+    renewBookmarks(list);
     videosData_ = cleaned(list);
     if (videosData_ != *decoded)
         saveVideosData();
     return true;
+}
+
+// Bookmarks of earlier versions do not contain the content. A new recording under the old name
+// would get the marks of the old one.
+void VideoFilesManager::renewBookmarks(std::vector<VideosData>& list) const {
+    for (auto& video : list)
+        if (auto renewed = bookmarks_.withContent(video.bookmark))
+            video.bookmark = std::move(*renewed);
 }
 
 void VideoFilesManager::migrate(const std::vector<VideosDataOldFormat>& old) {
@@ -176,6 +185,10 @@ void VideoFilesManager::saveVideosData() {
         videosData_ = std::move(unique);
         rebuildFiles();
     }
+    storeList();
+}
+
+void VideoFilesManager::storeList() {
     const auto encoded = encode(videosData_);
     if (!encoded) {
         log_.line(texts_.text("videosDataSaveError") + " " + encoded.error().text);
@@ -339,7 +352,7 @@ bool VideoFilesManager::change(const Matches& matches, const Change& edit) {
     if (!changeEntries(videosData_, matches, edit))
         return false;
     changeEntries(files_, matches, edit);
-    saveVideosData();
+    storeList();  // makes no duplicates, so the files need not be examined
     publish();
     return true;
 }

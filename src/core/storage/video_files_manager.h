@@ -96,6 +96,8 @@ class VideoFilesManager {
 
   private:
     bool loadVideosData();  // returns false if the stored list cannot be read
+    void storeList();
+    void renewBookmarks(std::vector<VideosData>& list) const;
     void migrate(const std::vector<VideosDataOldFormat>& old);
     std::vector<VideosData> withoutDuplicates(const std::vector<VideosData>& list) const;
     void rebuildFiles();

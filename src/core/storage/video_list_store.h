@@ -33,12 +33,17 @@ inline bool matchesCheck(const std::optional<std::string>& check, BytesView list
 }
 
 // Stores the encoded list of videos after its checksum, which is followed by the checksum of the
-// list that it replaces: if the process is killed in between, that list still matches.
+// list that it replaces: if the process is killed in between, that list still matches. A damaged
+// list is not made to match.
 inline void storeVideoList(UserDefaults& defaults, BytesView list) {
-    const auto before = defaults.text(layout::videosCheckKey);
-    const std::string check = checkOf(list);
-    defaults.setText(layout::videosCheckKey,
-                     before ? check + " " + before->substr(0, before->find(' ')) : check);
+    std::string check = checkOf(list);
+    if (const auto known = defaults.text(layout::videosCheckKey)) {
+        const auto before = defaults.data(layout::videosDataKey);
+        check +=
+            " " + (before && matchesCheck(known, *before) ? checkOf(*before)
+                                                          : known->substr(0, known->find(' ')));
+    }
+    defaults.setText(layout::videosCheckKey, check);
     defaults.setData(layout::videosDataKey, list);
 }
 

@@ -5,9 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include "base/bytes.h"
+
 #include "adapters/qt/file_bookmarks.h"
 #include "core/records/codec.h"
 #include "core/storage/video_files_manager.h"
+#include "core/storage/video_list_store.h"
 #include "fakes/captured_log.h"
 #include "fakes/fake_texts.h"
 #include "fakes/memory_user_defaults.h"
@@ -61,6 +64,24 @@ struct ReusedNames : testing::TestWithParam<bool> {
     }
 };
 INSTANTIATE_TEST_SUITE_P(FileSystems, ReusedNames, testing::Bool());
+
+// Entries of earlier versions, whose bookmarks do not contain the content.
+TEST_P(ReusedNames, ARecordingWrittenOverTheFileOfAnOldEntryIsAnotherVideo) {
+    const auto id = record("recording.mp4");
+    auto list = library->videosData();
+    std::string old(asText(list.front().bookmark));
+    const auto identityEnd = old.find(' ', old.find(' ', 5) + 1);
+    old = "TSB1 " + old.substr(5, identityEnd - 5) + old.substr(old.find('\n'));
+    list.front().bookmark = toBytes(old);
+    storeVideoList(defaults, encode(list).value());
+    library = launched();
+    ASSERT_EQ(fileOf(id), at("recording.mp4"));
+    std::ofstream(at("recording.mp4"), std::ios::trunc) << "another match";
+    EXPECT_EQ(fileOf(id), std::nullopt) << "opened under the marks of another match";
+    EXPECT_NE(library->addVideo(at("recording.mp4"))->videoData.id, id);
+    library = launched();
+    EXPECT_EQ(library->videosData().size(), 2U);
+}
 
 TEST_P(ReusedNames, ANewRecordingUnderAnOldNameIsAnotherVideo) {
     const auto first = record("recording.mp4");

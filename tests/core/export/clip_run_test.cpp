@@ -40,7 +40,7 @@ TEST_F(ClipRun, RendersTwoAtATimeAndPacksThemInTheirOrder) {
                 ElementsAre("-j", (folder / "export_playlist.zip").string(),
                             (folder / clipNames[2]).string(), (folder / clipNames[0]).string(),
                             (folder / clipNames[1]).string()));
-    EXPECT_THAT(leftovers(), ElementsAre("export_playlist.zip"));
+    EXPECT_THAT(leftovers(), ElementsAre(".unsaved", "export_playlist.zip"));
     ASSERT_EQ(project.panels.saves.size(), 1U);
     EXPECT_EQ(project.panels.saves[0].request.defaultName, "export_playlist.zip");
     EXPECT_EQ(project.panels.saves[0].request.extension, "zip");

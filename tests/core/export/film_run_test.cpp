@@ -228,6 +228,34 @@ TEST_F(FilmRun, DestroyingTheHelperEndsItsRun) {
     EXPECT_EQ(completions, 0);
 }
 
+TEST_F(FilmRun, AFilmThatIsNotSavedWhenTheProgramEndsIsOfferedByTheNextStart) {
+    start(cuts::CurrentTimeline{});
+    succeed();
+    project.core.products.leaveForNextStart();
+    helper.reset();
+    answerSave(std::nullopt);  // the panel is closed with its window
+    UnsavedProducts next(project.panels, project.scheduler, project.texts, project.log,
+                         project.library, project.core.settings);
+    next.resume(temporary);
+    project.scheduler.run();
+    EXPECT_TRUE(*next.any);
+    ASSERT_EQ(project.panels.saves.size(), 1U);
+    EXPECT_EQ(project.panels.saves[0].request.window, "list");
+    EXPECT_EQ(project.panels.saves[0].request.defaultName, "First_video.mp4");
+    answerSave(source);
+    EXPECT_THAT(closeAlert(), testing::HasSubstr("exportSaveOverVideo"));
+    answerSave(std::nullopt);
+    EXPECT_FALSE(*next.any);
+
+    // Given up by the user, it is not offered again.
+    UnsavedProducts last(project.panels, project.scheduler, project.texts, project.log,
+                         project.library, project.core.settings);
+    last.resume(temporary);
+    project.scheduler.run();
+    EXPECT_THAT(project.panels.saves, IsEmpty());
+    EXPECT_THAT(leftovers(), IsEmpty());
+}
+
 TEST_F(FilmRun, AFinishedFilmIsStillOfferedWhenItsWindowIsClosed) {
     const auto& any = project.core.products.any;
     helper = std::make_unique<ExportHelper>(services, "timelines");
@@ -267,7 +295,9 @@ TEST_F(FilmRun, AFinishedFilmIsStillOfferedWhenItsWindowIsClosed) {
     answerSave(std::nullopt);
     fs::remove(session(2).job.target);
     answerSave(saved / "third.mp4");
+    EXPECT_TRUE(*any) << "the program does not end before the message is read";
     EXPECT_EQ(closeAlert(), "exportErrorProductMissing");
+    EXPECT_FALSE(*any);
 }
 
 TEST_F(FilmRun, NoVideoOfTheLibraryIsReplacedByAFilm) {

@@ -89,6 +89,7 @@ TEST_F(DamagedData, AGoodListOfVideosStaysWhateverItsCheckSays) {
     machine.defaults->setText(layout::videosCheckKey, "damaged");
     fs::remove(machine.secondCopy());
     EXPECT_EQ(noticesOfNextStart(), std::vector{SafetyNotice::videoListDoubtful});
+    program->sync.dismissNotices();
     machine.defaults->remove(layout::videosCheckKey);
     EXPECT_EQ(noticesOfNextStart(), none);
 
@@ -98,6 +99,34 @@ TEST_F(DamagedData, AGoodListOfVideosStaysWhateverItsCheckSays) {
     fs::remove(machine.secondCopy());
     machine.defaults->setData(layout::videosDataKey, newer);
     EXPECT_EQ(noticesOfNextStart(), none);
+}
+
+// The second copy is damaged, and the backup is older by two changes.
+TEST_F(DamagedData, ADoubtfulListOfVideosDoesNotReplaceTheBackupsForGood) {
+    const auto name = [&] { return program->library.videosData().front().customName; };
+    const auto saved = name();
+    for (const char* newer : {"Newer", "Newest"})
+        program->library.renameVideo(program->library.files().front(), newer);
+    program->scheduler.run();
+    program.reset();
+    fs::remove(machine.secondCopy());
+    std::string damaged(asText(*machine.defaults->data(layout::videosDataKey)));
+    damaged.replace(damaged.find("Newest"), 1, "M");
+    machine.defaults->setData(layout::videosDataKey, toBytes(damaged));
+    for (int starts = 0; starts < 3; ++starts) {
+        restart();
+        EXPECT_EQ(name(), "Mewest");
+        EXPECT_TRUE(notified(SafetyNotice::videoListDoubtful)) << "until the user knows";
+        EXPECT_TRUE(program->sync.backUpNow());
+    }
+    program->sync.dismissNotices();
+    restart();
+    EXPECT_FALSE(notified(SafetyNotice::videoListDoubtful));
+    const auto states = program->sync.replacedStates();
+    ASSERT_EQ(states.size(), 1U);
+    EXPECT_TRUE(program->sync.bringBack(states.front().name));
+    program->scheduler.run();
+    EXPECT_EQ(name(), saved);
 }
 
 TEST_F(DamagedData, AnUnreadableListOfVideosIsTakenFromTheBackupWhichStaysGood) {
