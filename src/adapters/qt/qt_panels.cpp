@@ -161,8 +161,10 @@ void QtPanels::confirm(const std::string& title, const std::string& message,
     auto* panel = new MessagePanel(QApplication::activeWindow(), "confirmPanel", title, message);
     auto* cancel = panel->addButton("cancelButtonTitle", texts_.text("cancelButtonTitle"), "quiet");
     QObject::connect(cancel, &QPushButton::clicked, panel, &QDialog::reject);
-    auto* yes = panel->addButton("confirmButton", confirmText, "accented");
-    yes->setDefault(true);
+    auto* yes = panel->addButton("confirmButton", confirmText, "destructive");
+    // What is confirmed cannot be undone, so Return alone does not do it.
+    cancel->setDefault(true);
+    cancel->setFocus();
     const auto confirmed = std::make_shared<bool>(false);
     QObject::connect(yes, &QPushButton::clicked, panel, [panel, confirmed] {
         *confirmed = true;

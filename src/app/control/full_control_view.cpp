@@ -33,6 +33,7 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
       services_(services),
       model_(services.timeline, services.tagLibrary, services.markupModes, services.player,
              services.focus, services.defaults, services.scheduler, services.events),
+      sheets_(services.commands, *this),
       toolbar_(new ControlToolbar(services, model_, this)),
       area_(new TimelinesArea(services, model_, this)),
       status_(new ElidedLabel({}, this)) {
@@ -114,8 +115,8 @@ void FullControlView::bindCommands() {
             return model_.timelinesEnabled() &&
                    *model_.timelineScale > TimelineEditingModel::smallestScale;
         });
-    bind(
-        Command::addLine, [this] { openAddLine(); }, [this] { return model_.canAddLine(); });
+    subscriptions_.push_back(sheets_.bind(
+        Command::addLine, {[this] { openAddLine(); }, [this] { return model_.canAddLine(); }, {}}));
     for (const auto& [command, mode] : {std::pair(Command::standardMode, MarkupMode::standard),
                                         std::pair(Command::tagBasedMode, MarkupMode::tagBased)})
         bind(
@@ -134,17 +135,19 @@ void FullControlView::bindCommands() {
 }
 
 void FullControlView::bindLineCommands() {
-    const auto bind = [this](Command command, LineMenuAction action,
-                             std::function<void(const Uuid&)> run) {
-        subscriptions_.push_back(services_.commands.bind(
-            command, {[this, run = std::move(run)] { run(*chosenLine()); },
-                      [this, action] { return chosenLine() && mayEdit(*chosenLine(), action); },
-                      {}}));
+    const auto onLine = [this](LineMenuAction action, std::function<void(const Uuid&)> run) {
+        return Commands::Action{
+            [this, run = std::move(run)] { run(*chosenLine()); },
+            [this, action] { return chosenLine() && mayEdit(*chosenLine(), action); },
+            {}};
     };
-    bind(Command::renameLine, LineMenuAction::editName,
-         [this](const Uuid& line) { openEditName(line); });
-    bind(Command::deleteLine, LineMenuAction::deleteTimeline,
-         [this](const Uuid& line) { services_.timeline.deleteLine(line); });
+    subscriptions_.push_back(sheets_.bind(
+        Command::renameLine,
+        onLine(LineMenuAction::editName, [this](const Uuid& line) { openEditName(line); })));
+    subscriptions_.push_back(services_.commands.bind(
+        Command::deleteLine, onLine(LineMenuAction::deleteTimeline, [this](const Uuid& line) {
+            services_.timeline.deleteLine(line);
+        })));
 }
 
 bool FullControlView::mayEdit(const Uuid& line, LineMenuAction action) const {
@@ -170,7 +173,7 @@ void FullControlView::bindStampCommands() {
             model_.editing.request(model_.rows()[hit->row].line->id, stamp, type);
     };
     const auto bind = [&](Command command, std::function<void()> run) {
-        subscriptions_.push_back(services_.commands.bind(command, {std::move(run), chosen, {}}));
+        subscriptions_.push_back(sheets_.bind(command, {std::move(run), chosen, {}}));
     };
     bind(Command::editLabels, [edit] { edit(StampEditSheetType::lables); });
     bind(Command::editTimeEvents, [edit] { edit(StampEditSheetType::timeEvents); });
@@ -217,7 +220,11 @@ void FullControlView::openEditName(const Uuid& line) {
 }
 
 void FullControlView::openStampEdit(StampEditSheetType type) {
-    auto arguments = model_.editing.arguments(type);
+    // Another sheet may have opened since the request.
+    if (sheets_.areBlocked())
+        return model_.editing.cancel();
+    const auto edit = model_.editing.requested(type);
+    auto arguments = edit ? model_.editing.arguments(*edit) : std::nullopt;
     if (!arguments) {
         auto* sheet = new Sheet(window(), services_.texts, "fullControlExportErrorStampNotFound");
         sheet->addAcceptButton("okButtonTitle");
@@ -230,7 +237,7 @@ void FullControlView::openStampEdit(StampEditSheetType type) {
         std::make_unique<StampItemsSelection>(std::move(*arguments), services_.tagLibrary,
                                               services_.hotkeys, services_.events));
     connect(sheet, &QDialog::accepted, this,
-            [this, sheet] { model_.editing.finish(sheet->ids()); });
+            [this, sheet, edit = *edit] { model_.editing.finish(edit, sheet->ids()); });
     connect(sheet, &QDialog::rejected, this, [this] { model_.editing.cancel(); });
     present(sheet);
 }

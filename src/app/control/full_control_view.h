@@ -6,6 +6,7 @@
 
 #include "base/uuid.h"
 
+#include "app/commands/sheet_commands.h"
 #include "app/control/control_services.h"
 #include "core/control/timeline_editing_model.h"
 #include "core/control/timeline_texts.h"
@@ -47,6 +48,7 @@ class FullControlView final : public QWidget {
 
     const ControlServices services_;
     TimelineEditingModel model_;
+    const SheetCommands sheets_;
     ControlToolbar* toolbar_;
     TimelinesArea* area_;
     ElidedLabel* status_;

@@ -220,10 +220,12 @@ void TimelineCanvas::redraw(std::size_t row, const QRectF& part) {
     update(part.toAlignedRect());
 }
 
-// Whole points of the row that contain all stamps within the span, with shadows and grips: short
-// stamps are painted longer, and none is painted beyond the ends of the axis.
+// Whole points of the row that contain all stamps within the span, with shadows and grips. A short
+// stamp is painted longer, on either side of its times, and has its grips beside that; none is
+// painted beyond the ends of the axis.
 QRectF TimelineCanvas::areaOf(const TimeSpan& span, std::size_t row) const {
-    constexpr double around = StampSprites::margin + TimelineMetrics::gripWidth;
+    constexpr double around =
+        StampSprites::margin + TimelineMetrics::gripWidth + TimelineMetrics::smallestStampWidth;
     const double from = axis_.x(span.start);
     const double width = std::max(axis_.x(span.finish) - from, TimelineMetrics::smallestStampWidth);
     const double left = std::min(std::max(from, 0.0), axis_.width - width);

@@ -32,6 +32,7 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
     : QObject(window),
       services_(services),
       window_(window),
+      sheets_(services.commands, *window),
       exportHelper_(services.exports, utf8Text(window->window()->objectName())),
       waiting_(new WaitingPanel(services.texts, window)) {
     progress_ = exportHelper_.status.observe(
@@ -42,7 +43,7 @@ ExportController::ExportController(const ExportWindowServices& services, QWidget
             [this] { exportHelper_.cancelCurrentExport(); });
     const auto bind = [this](Command command, void (ExportController::*start)()) {
         // One run at a time.
-        commands_.push_back(services_.commands.bind(
+        commands_.push_back(sheets_.bind(
             command, {[this, start] { (this->*start)(); }, [this] { return !isExporting_; }, {}}));
     };
     bind(Command::exportTimeline, &ExportController::exportTimeline);
@@ -132,26 +133,24 @@ void ExportController::exportEvents() {
 }
 
 void ExportController::exportScreenshots() {
-    selectedExportType_ = cuts::Screenshots{};
-    run(ExportMode::playlist);
+    run(cuts::Screenshots{}, ExportMode::playlist);
 }
 
-void ExportController::askMode(CutsExportType type) {
-    selectedExportType_ = std::move(type);
+void ExportController::askMode(const CutsExportType& type) {
     auto* sheet = new ExportModeSelectionSheet(window_, services_.texts, exportWithDrawings_,
                                                services_.exports.drawings != nullptr);
     connect(sheet, &QDialog::finished, this,
             [this, sheet] { exportWithDrawings_ = sheet->exportWithDrawings(); });
-    sheet->onSelect = [this](ExportMode mode) { run(mode); };
+    sheet->onSelect = [this, type](ExportMode mode) { run(type, mode); };
     present(sheet);
 }
 
-void ExportController::run(ExportMode mode) {
+void ExportController::run(const CutsExportType& type, ExportMode mode) {
     if (isExporting_)
         return;
     setExporting(true);
     exportHelper_.startExport(
-        selectedExportType_, mode == ExportMode::playlist, exportWithDrawings_,
+        type, mode == ExportMode::playlist, exportWithDrawings_,
         [this](const std::optional<Error>& error) {
             setExporting(false);
             if (error)

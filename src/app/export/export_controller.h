@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "app/commands/sheet_commands.h"
 #include "app/export/export_window_services.h"
 #include "core/export/cut_records.h"
 #include "core/export/export_helper.h"
@@ -48,16 +49,16 @@ class ExportController final : public QObject {
   private:
     void askLabels(const Tag& tag);
     void askTags(const Label& label);
-    void askMode(CutsExportType type);
-    void run(ExportMode mode);
+    void askMode(const CutsExportType& type);
+    void run(const CutsExportType& type, ExportMode mode);
     void present(Sheet* sheet);
     void setExporting(bool exporting);
 
     const ExportWindowServices services_;
     QWidget* window_;
+    const SheetCommands sheets_;
     ExportHelper exportHelper_;
     WaitingPanel* waiting_;
-    std::optional<CutsExportType> selectedExportType_;
     bool exportWithDrawings_ = false;
     bool isExporting_ = false;
     Subscription progress_;

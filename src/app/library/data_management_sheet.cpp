@@ -187,12 +187,8 @@ void DataManagementSheet::confirm(const char* titleKey, const char* messageKey,
                                   std::function<void()> confirmed) {
     auto* question = new Sheet(this, texts(), titleKey);
     question->content()->addWidget(makeLabel(texts(), messageKey, LabelLook::secondary));
-    auto* cancel = question->addCancelButton("cancelButtonTitle");
+    question->addCancelButton("cancelButtonTitle");
     question->addAcceptButton(buttonKey, look);
-    if (look == ButtonLook::destructive) {
-        cancel->setDefault(true);
-        cancel->setFocus();
-    }
     connect(question, &QDialog::accepted, this,
             [confirmed = std::move(confirmed)] { confirmed(); });
     question->present();

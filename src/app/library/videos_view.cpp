@@ -58,7 +58,8 @@ VideosView::VideosView(VideosViewModel& viewModel, const ListServices& services,
       services_(services),
       dataSync_(dataSync),
       model_(new VideosListModel(viewModel, services.locale, services.texts, this)),
-      cards_(new VideoCardDelegate(this)) {
+      cards_(new VideoCardDelegate(this)),
+      sheets_(services.commands, *this) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -88,7 +89,8 @@ void VideosView::bindCommands() {
     const auto bind = [this](Command command, std::function<void()> run) {
         commands_.push_back(services_.commands.bind(command, {std::move(run), {}, {}}));
     };
-    bind(Command::addVideo, [this] { viewModel_.send(videos::OpenFiles{}); });
+    commands_.push_back(sheets_.bind(Command::addVideo,
+                                     {[this] { viewModel_.send(videos::OpenFiles{}); }, {}, {}}));
     bind(Command::openGuide, [this] { viewModel_.send(videos::OpenGuide{}); });
     bind(Command::showData,
          [this] { (new DataManagementSheet(this, services_, dataSync_))->present(); });

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/commands/sheet_commands.h"
 #include "app/library/list_services.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
@@ -101,6 +102,7 @@ class VideosView final : public QWidget {
     QPointer<Sheet> sheet_;  // the open sheet; one at a time
     Subscription state_;
     Subscription goTo_;
+    const SheetCommands sheets_;
     std::vector<Subscription> commands_;
 };
 

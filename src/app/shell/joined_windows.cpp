@@ -82,7 +82,8 @@ class PaneBox final : public QWidget {
         QWidget* stop = tabStop(this, focusWidget() ? focusWidget() : this, next);
         if (stop)
             stop->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-        return stop != nullptr;
+        // The only control keeps the focus. One that is disabled gives it up.
+        return stop || (focusWidget() && focusWidget()->isEnabled());
     }
 };
 
@@ -101,6 +102,11 @@ bool JoinedWindows::areNeeded() {
     return QGuiApplication::platformName().startsWith("wayland");
 }
 
+void JoinedWindows::setName(const QString& name) {
+    setWindowTitle(name);
+    setAccessibleName(name);
+}
+
 void JoinedWindows::add(QWidget* pane) {
     auto* box = new PaneBox(this);
     auto* column = new QVBoxLayout(box);
@@ -108,14 +114,6 @@ void JoinedWindows::add(QWidget* pane) {
     column->setSpacing(0);
     column->addWidget(new PaneHeader(pane, this, box));
     column->addWidget(pane, 1);
-    if (panes_.empty()) {
-        const auto name = [this](const QString& title) {
-            setWindowTitle(title);
-            setAccessibleName(title);
-        };
-        name(pane->windowTitle());
-        connect(pane, &QWidget::windowTitleChanged, this, name);
-    }
     panes_.push_back({box, pane, {}});
 }
 

@@ -20,8 +20,8 @@ class JoinedWindows final : public QWidget {
     // Whether this display places all windows itself.
     static bool areNeeded();
 
-    // Each pane has a header with its window title. The title of the first one names the whole
-    // window.
+    void setName(const QString& name);
+    // Each pane has a header with its window title.
     void add(QWidget* pane);
     // Before show(): where the pane would be on the screen as a window. Panes with the same upper
     // edge share a row, and all keep their proportions.

@@ -165,11 +165,18 @@ void QtWindowFactory::addFrame(QWidget* window, CommandScope commands) {
 JoinedWindows* QtWindowFactory::joined() {
     if (!joined_ || joined_->isClosing()) {
         joined_ = new JoinedWindows;
+        joined_->setName(projectName_);
         addFrame(joined_, CommandScope::project);
         connect(joined_, &JoinedWindows::currentChanged, this,
                 [this] { followKeyboard(QGuiApplication::focusWindow()); });
     }
     return joined_;
+}
+
+void QtWindowFactory::nameProject(const std::string& name) {
+    projectName_ = QString::fromStdString(name);
+    if (joined_)
+        joined_->setName(projectName_);
 }
 
 QtWindowFactory::Shell* QtWindowFactory::shellOf(QWidget* window) {

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QString>
 #include <functional>
 #include <map>
 #include <utility>
@@ -51,6 +52,7 @@ class QtWindowFactory final : public QObject, public WindowFactory {
 
     std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                         Callbacks callbacks) override;
+    void nameProject(const std::string& name) override;
     std::optional<Rect> mainScreenFrame() const override;
 
   private:
@@ -68,6 +70,7 @@ class QtWindowFactory final : public QObject, public WindowFactory {
     QPointer<Shell> keyShell_;
     bool joins_;
     QPointer<JoinedWindows> joined_;
+    QString projectName_;  // the title of joined windows
 };
 
 }  // namespace tembrix

@@ -125,9 +125,11 @@ void WindowPlace::remember() {
     if (!defaults_ || !window_.isVisible() || window_.isMinimized() || !window_.windowHandle())
         return;
     const bool large = window_.isMaximized() || window_.isFullScreen();
-    const QRect frame =
-        large ? window_.normalGeometry().marginsAdded(window_.windowHandle()->frameMargins())
-              : window_.frameGeometry();
+    // A large window may have another decoration.
+    if (!large && !frame_)
+        fitted_ = window_.windowHandle()->frameMargins();
+    const QRect frame = large ? window_.normalGeometry().marginsAdded(fitted_.value_or(QMargins()))
+                              : window_.frameGeometry();
     if (!large && frame == first_) {
         if (defaults_->text(key_))
             defaults_->remove(key_);
@@ -147,6 +149,8 @@ void WindowPlace::remember() {
 }
 
 bool WindowPlace::eventFilter(QObject* watched, QEvent* event) {
+    if (!window_.isWindow())
+        return false;  // a pane of joined windows
     switch (event->type()) {
         case QEvent::Show:
             if (watched == &window_) {

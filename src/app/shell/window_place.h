@@ -37,8 +37,9 @@ class WindowPlace final : public QObject {
     UserDefaults* defaults_;
     const std::string key_;
     std::optional<QRect> first_;
-    std::optional<QRect> frame_;      // the area to fill while the window appears
-    std::optional<QMargins> fitted_;  // the decoration for which the contents were last resized
+    std::optional<QRect> frame_;  // the area to fill while the window appears
+    std::optional<QMargins>
+        fitted_;  // the decoration that the contents of this size leave room for
     QTimer settled_;
     QTimer changed_;  // runs after a change until the place is stored
 };

@@ -23,6 +23,12 @@ namespace {
 constexpr double cardCorner = 2.0 * theme::corner;
 
 Sheet* closing = nullptr;  // the sheet whose answer is being handled
+
+// The window that a sheet last gave the focus to. It becomes active only after a while.
+QPointer<QWidget>& nextActive() {
+    static QPointer<QWidget> window;
+    return window;
+}
 }  // namespace
 
 Sheet::Sheet(QWidget* parent, const Texts& texts, std::string_view titleKey)
@@ -73,6 +79,8 @@ QPushButton* Sheet::addAcceptButton(std::string_view key, ButtonLook look, bool 
     if (closes)
         connect(button, &QPushButton::clicked, this, &QDialog::accept);
     buttons_->addWidget(button);
+    destroys_ = look == ButtonLook::destructive;
+    preferCancel();
     return button;
 }
 
@@ -81,7 +89,17 @@ QPushButton* Sheet::addCancelButton(std::string_view key) {
     button->setAutoDefault(true);
     connect(button, &QPushButton::clicked, this, &QDialog::reject);
     buttons_->addWidget(button);
+    cancel_ = button;
+    preferCancel();
     return button;
+}
+
+// Return, pressed once too often, must not destroy anything.
+void Sheet::preferCancel() {
+    if (!destroys_ || !cancel_)
+        return;
+    cancel_->setDefault(true);
+    cancel_->setFocus();
 }
 
 QPushButton* Sheet::addSideButton(std::string_view key, ButtonLook look) {
@@ -97,7 +115,8 @@ void Sheet::present() {
         closing->isFollowed_ = true;
         windowBefore_ = closing->windowBefore_;
         focusBefore_ = closing->focusBefore_;
-    } else if (QWidget* window = QApplication::activeWindow()) {
+    } else if (QWidget* window = QApplication::activeWindow() ? QApplication::activeWindow()
+                                                              : nextActive().data()) {
         windowBefore_ = window;
         focusBefore_ = window->focusWidget();
     }
@@ -139,6 +158,7 @@ void Sheet::giveFocusBack() {
         window = parentWidget()->window();
     if (!window)
         return;
+    nextActive() = window;
     window->activateWindow();
     if (focusBefore_ && focusBefore_->window() == window && focusBefore_->isVisible() &&
         focusBefore_->isEnabled())

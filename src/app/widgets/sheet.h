@@ -42,7 +42,8 @@ class Sheet : public QDialog {
     QVBoxLayout* content() const { return content_; }
 
     // Buttons are added to a row at the lower right, in the order of the calls. The accept button
-    // is the default button. If `closes` is false, the owner calls accept() once the answer is
+    // is the default button, unless it destroys something: then the cancel button is, and has the
+    // focus. If `closes` is false, the owner calls accept() once the answer is
     // valid.
     QPushButton* addAcceptButton(std::string_view key, ButtonLook look = ButtonLook::accented,
                                  bool closes = true);
@@ -77,6 +78,7 @@ class Sheet : public QDialog {
 
   private:
     void showTitle(const QString& title);
+    void preferCancel();
     void moveOverWindow();
     void giveFocusBack();
 
@@ -85,6 +87,8 @@ class Sheet : public QDialog {
     QLabel* title_;
     QVBoxLayout* content_;
     QHBoxLayout* buttons_;
+    QPushButton* cancel_ = nullptr;
+    bool destroys_ = false;
     int sideButtons_ = 0;
     Hotkeys hotkeys_ = Hotkeys::none;
     bool keepsOverWindow_ = false;

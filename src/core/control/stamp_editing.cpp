@@ -15,50 +15,49 @@ void StampEditing::request(const Uuid& line, const Uuid& stamp, StampEditSheetTy
     timer_ = scheduler_.after(sheetDelay, [this, type] { sheetType.set(type); });
 }
 
-std::optional<StampEditing::Target> StampEditing::target() const {
-    const auto line = Uuid::parse(defaults_.text(layout::editingLineKey).value_or(""));
-    const auto stamp = Uuid::parse(defaults_.text(layout::editingStampKey).value_or(""));
-    if (!line || !stamp)
-        return {};
-    const TimelineLine* found = timeline_.findLine(*line);
+const TimelineStamp* StampEditing::find(const Uuid& line, const Uuid& stamp) const {
+    const TimelineLine* found = timeline_.findLine(line);
     if (!found)
-        return {};
+        return nullptr;
     const auto at =
         std::find_if(found->stamps.begin(), found->stamps.end(),
-                     [&](const Cow<TimelineStamp>& candidate) { return candidate->id == *stamp; });
-    if (at == found->stamps.end())
-        return {};
-    return Target{*line, &**at};
+                     [&](const Cow<TimelineStamp>& candidate) { return candidate->id == stamp; });
+    return at == found->stamps.end() ? nullptr : &**at;
 }
 
-std::optional<StampItemsSelection::Arguments> StampEditing::arguments(
-    StampEditSheetType type) const {
-    const auto found = target();
+std::optional<StampEdit> StampEditing::requested(StampEditSheetType type) const {
+    const auto line = Uuid::parse(defaults_.text(layout::editingLineKey).value_or(""));
+    const auto stamp = Uuid::parse(defaults_.text(layout::editingStampKey).value_or(""));
+    if (!line || !stamp || !find(*line, *stamp))
+        return {};
+    return StampEdit{*line, *stamp, type};
+}
+
+std::optional<StampItemsSelection::Arguments> StampEditing::arguments(const StampEdit& edit) const {
+    const TimelineStamp* found = find(edit.line, edit.stamp);
     if (!found)
         return {};
-    const TimelineStamp& stamp = *found->stamp;
+    const TimelineStamp& stamp = *found;
     StampItemsSelection::Arguments arguments;
-    arguments.sheetType = type;
+    arguments.sheetType = edit.type;
     if (const Tag* tag = tagLibrary_.presentTagById(stamp.idTag)) {
         arguments.stampName = tag->name;
         arguments.tag = *tag;
     } else {
         arguments.stampName = stamp.label;
     }
-    arguments.initialIds = type == StampEditSheetType::lables ? stamp.labels : stamp.timeEvents;
+    arguments.initialIds =
+        edit.type == StampEditSheetType::lables ? stamp.labels : stamp.timeEvents;
     arguments.timeEvents = tagLibrary_.active->timeEvents;
     return arguments;
 }
 
-void StampEditing::finish(std::vector<std::string> ids) {
-    const auto type = *sheetType;
-    const auto found = target();
-    if (type && found) {
-        const Uuid stamp = found->stamp->id;
-        if (*type == StampEditSheetType::lables)
-            timeline_.setStampLabels(found->line, stamp, std::move(ids));
+void StampEditing::finish(const StampEdit& edit, std::vector<std::string> ids) {
+    if (find(edit.line, edit.stamp)) {
+        if (edit.type == StampEditSheetType::lables)
+            timeline_.setStampLabels(edit.line, edit.stamp, std::move(ids));
         else
-            timeline_.setStampTimeEvents(found->line, stamp, std::move(ids));
+            timeline_.setStampTimeEvents(edit.line, edit.stamp, std::move(ids));
     }
     sheetType.set({});
 }

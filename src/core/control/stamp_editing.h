@@ -18,6 +18,13 @@
 
 namespace tembrix {
 
+// What an edit sheet edits.
+struct StampEdit {
+    Uuid line;
+    Uuid stamp;
+    StampEditSheetType type;
+};
+
 // Edits the labels or the time events of a stamp from its context menu. The ids of the stamp and
 // its line are kept in the user defaults, where the edit sheet reads them.
 class StampEditing {
@@ -36,17 +43,17 @@ class StampEditing {
 
     void request(const Uuid& line, const Uuid& stamp, StampEditSheetType type);
 
+    // What was requested last. The sheet keeps it: the ids in the defaults may change meanwhile.
+    // Absent if the stamp cannot be found.
+    std::optional<StampEdit> requested(StampEditSheetType type) const;
     // The arguments of the selection sheet; absent if the stamp cannot be found.
-    std::optional<StampItemsSelection::Arguments> arguments(StampEditSheetType type) const;
-    void finish(std::vector<std::string> ids);
+    std::optional<StampItemsSelection::Arguments> arguments(const StampEdit& edit) const;
+    // The sheet of the edit has ended.
+    void finish(const StampEdit& edit, std::vector<std::string> ids);
     void cancel() { sheetType.set({}); }
 
   private:
-    struct Target {
-        Uuid line;
-        const TimelineStamp* stamp;
-    };
-    std::optional<Target> target() const;
+    const TimelineStamp* find(const Uuid& line, const Uuid& stamp) const;
 
     TimelineDataManager& timeline_;
     const TagLibraryManager& tagLibrary_;

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/shortened.h"
+
 #include "core/commands/command_table.h"
 #include "core/notifications/events.h"
 #include "core/records/video_records.h"
+#include "core/storage/video_files_manager.h"
 
 namespace tembrix {
 
@@ -34,6 +37,7 @@ void WindowsManager::openProject(const std::string& videoId) {
         Command::closeProject, {[this] {
             services_.platform.scheduler.onMain(lifetime_.guard([this] { closeByCommand(); }));
         }});
+    factory_.nameProject(matchName());
     for (const WindowRow& row : windowTable())
         if (row.opensWithProject)
             openWindow(row);
@@ -51,10 +55,19 @@ void WindowsManager::open(WindowKind kind) {
 }
 
 std::string WindowsManager::titleOf(const WindowRow& row) const {
-    return services_.platform.texts.text(row.titleKey);
+    const std::string title = services_.platform.texts.text(row.titleKey);
+    return row.belongsToProject ? title + " — " + matchName() : title;
+}
+
+std::string WindowsManager::matchName() const {
+    for (const FilesFile& file : services_.library.files())
+        if (project_ && file.videoData.id == project_->videoId())
+            return shortened(services_.library.title(file).name);
+    return {};
 }
 
 void WindowsManager::retitle() {
+    factory_.nameProject(matchName());
     for (const OpenWindow& open : windows_)
         open.window->setTitle(titleOf(*open.row));
 }
@@ -139,8 +152,10 @@ void WindowsManager::libraryChanged() {
     if (!video)
         return closeAll();
     const auto& bookmark = project_->timeline.currentBookmark.get();
-    if (bookmark && services_.platform.bookmarks.areOfOneFile(*bookmark, video->bookmark))
-        return project_->timeline.setBookmark(video->bookmark);
+    if (bookmark && services_.platform.bookmarks.areOfOneFile(*bookmark, video->bookmark)) {
+        project_->timeline.setBookmark(video->bookmark);
+        return retitle();
+    }
     // The player shows the old file. What is marked on it must not be stored for the new one.
     closeAll();
     services_.platform.scheduler.onMain(lifetime_.guard([this, id] {

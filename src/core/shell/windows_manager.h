@@ -48,6 +48,8 @@ class WindowFactory {
     virtual ~WindowFactory() = default;
     virtual std::unique_ptr<ProjectWindow> make(const WindowRow& row, const std::string& title,
                                                 Callbacks callbacks) = 0;
+    // Names what all windows of the project share, for a display that joins them.
+    virtual void nameProject(const std::string&) {}
     // The frame of the main screen; absent without a screen.
     virtual std::optional<Rect> mainScreenFrame() const = 0;
 };
@@ -65,7 +67,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
     void closeAll();
     // Closes the project and all other windows, at the end of the program.
     void closeEverything();
-    // Titles the windows in the present language.
+    // Titles the windows in the present language. Those of the project name the match.
     void retitle();
     // Closes the project as the close button of its video window does: an open drawing editor is
     // closed first and alone.
@@ -97,6 +99,7 @@ class WindowsManager final : public KeyWindows, public FieldMapQuestion {
 
     void openWindow(const WindowRow& row);
     std::string titleOf(const WindowRow& row) const;
+    std::string matchName() const;
     bool mayClose(const WindowRow& row);
     void windowWillClose(int id);
     void keyChanged(int id, KeyState state);

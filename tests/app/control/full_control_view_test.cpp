@@ -125,6 +125,45 @@ TEST_F(FullControlViewTest, TheStampMenuDeletesAndEdits) {
     EXPECT_FALSE(app.timeline.selectedStampID->has_value());
 }
 
+TEST_F(FullControlViewTest, WhileASheetIsOpenNoCommandOpensAnother) {
+    Commands& commands = app.core.commands;
+    const Uuid id = addStamp(a, 40, 60);
+    app.timeline.selectStamp(id);
+    const std::vector<Command> opening{Command::editLabels, Command::editTimeEvents,
+                                       Command::addLine,    Command::renameLine,
+                                       Command::exportAll,  Command::exportTags};
+    for (const Command command : opening)
+        EXPECT_TRUE(commands.isEnabled(command)) << commandRow(command).name;
+    ASSERT_TRUE(commands.run(Command::editLabels));
+    app.settle(0.2);
+    auto* labels = sheet<StampItemsSheet>();
+    ASSERT_TRUE(labels);
+    // As from another window of the project, which the sheet does not block.
+    for (const Command command : opening)
+        EXPECT_FALSE(commands.run(command)) << commandRow(command).name;
+    EXPECT_TRUE(commands.isEnabled(Command::zoomIn));
+    commands.refresh();
+    EXPECT_FALSE(find("fullControlButtonAddTimeline")->isEnabled());
+    const std::string label = app.tagLibrary.active->labelGroups.front().lables.front();
+    press(label.c_str(), labels);
+    press("saveButtonTitle", labels);
+    app.settle();
+    EXPECT_THAT(stamp(id)->labels, ElementsAre(label));
+    EXPECT_THAT(stamp(id)->timeEvents, testing::IsEmpty());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return find("fullControlButtonAddTimeline")->isEnabled(); }));
+
+    // A sheet that opens between a request and its sheet.
+    ASSERT_TRUE(commands.run(Command::editTimeEvents));
+    ASSERT_TRUE(commands.run(Command::addLine));
+    app.settle(0.2);
+    EXPECT_FALSE(sheet<StampItemsSheet>());
+    QTest::keyClick(sheet<Sheet>(), Qt::Key_Escape);
+    ASSERT_TRUE(commands.run(Command::editTimeEvents));
+    app.settle(0.2);
+    ASSERT_TRUE(sheet<StampItemsSheet>());
+    QTest::keyClick(sheet<Sheet>(), Qt::Key_Escape);
+}
+
 TEST_F(FullControlViewTest, LinesAreAddedRenamedAndDeletedWhileHotKeysRest) {
     press("fullControlButtonAddTimeline");
     auto* add = sheet<Sheet>();

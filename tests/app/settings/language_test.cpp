@@ -65,7 +65,7 @@ TEST_F(Language, ChangesInAllWindowsAtOnceAndTheProjectStaysAsItIs) {
 
     for (const char* name : {"video", "timelines", "tagLibrary", "settings"}) {
         EXPECT_EQ(keysLeft(*window(name)).join("\n").toStdString(), "") << name;
-        EXPECT_EQ(window(name)->windowTitle().toStdString(), std::string("ru:") + name);
+        EXPECT_TRUE(window(name)->windowTitle().startsWith(QString("ru:") + name)) << name;
     }
     EXPECT_EQ(windows.project(), project);
     EXPECT_EQ(surface, window("video")->findChild<QLabel*>("videoPlayerPicture"));

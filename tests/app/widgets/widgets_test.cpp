@@ -81,6 +81,18 @@ TEST_F(SheetTest, EscapeRejects) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return sheet.isNull(); }));
 }
 
+TEST_F(SheetTest, ReturnDestroysNothing) {
+    sheet->reject();
+    sheet = new Sheet(&window, texts, "deleteVideoTitle");
+    sheet->addCancelButton("cancelButtonTitle");
+    accept = sheet->addAcceptButton("deleteButtonTitle", ButtonLook::destructive);
+    QObject::connect(sheet, &QDialog::finished, [this](int result) { ends.push_back(result); });
+    sheet->present();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(sheet.data()));
+    QTest::keyClick(sheet->windowHandle(), Qt::Key_Return);
+    EXPECT_EQ(ends, std::vector<int>(2, QDialog::Rejected));
+}
+
 class FlowLayoutTest : public testing::Test {
   protected:
     QWidget box;

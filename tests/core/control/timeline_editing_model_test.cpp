@@ -396,18 +396,22 @@ TEST_F(TimelineEditingModelTest, EditingUsesTheStoredIdsAfterADelay) {
     EXPECT_FALSE(model.editing.sheetType->has_value());
     project.scheduler.advance(0.1);
     EXPECT_EQ(*model.editing.sheetType, StampEditSheetType::lables);
-    const auto arguments = model.editing.arguments(StampEditSheetType::lables);
+    const auto labels = model.editing.requested(StampEditSheetType::lables);
+    ASSERT_TRUE(labels);
+    const auto arguments = model.editing.arguments(*labels);
     ASSERT_TRUE(arguments);
     EXPECT_EQ(arguments->stampName, "Shot");
     EXPECT_FALSE(arguments->tag);
     EXPECT_THAT(arguments->initialIds, ElementsAre("l1"));
-    model.editing.finish({"l2", "l3"});
-    EXPECT_THAT(stamp(id).labels, ElementsAre("l2", "l3"));
-    EXPECT_FALSE(model.editing.sheetType->has_value());
 
+    // The next request does not change what the sheet of this one stores.
     model.editing.request(line, id, StampEditSheetType::timeEvents);
     project.scheduler.advance(0.1);
-    model.editing.finish({"e1"});
+    model.editing.finish(*labels, {"l2", "l3"});
+    EXPECT_THAT(stamp(id).labels, ElementsAre("l2", "l3"));
+    EXPECT_THAT(stamp(id).timeEvents, testing::IsEmpty());
+    EXPECT_FALSE(model.editing.sheetType->has_value());
+    model.editing.finish({line, id, StampEditSheetType::timeEvents}, {"e1"});
     EXPECT_THAT(stamp(id).timeEvents, ElementsAre("e1"));
     EXPECT_THAT(stamp(id).labels, ElementsAre("l2", "l3"));
 
@@ -420,15 +424,15 @@ TEST_F(TimelineEditingModelTest, EditingUsesTheStoredIdsAfterADelay) {
     changed.tags[0].lablesGroup = {"team"};
     project.storage.saveCollection(changed);
     project.events.post(events::CollectionDataChanged{"Mine"});
-    EXPECT_THAT(model.editing.arguments(StampEditSheetType::lables)->tag->lablesGroup,
-                ElementsAre("team"));
+    EXPECT_THAT(model.editing.arguments(*labels)->tag->lablesGroup, ElementsAre("team"));
 
     // A missing stamp gives no arguments, for any reason.
     project.timeline.removeStamp(line, id);
-    EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));
+    EXPECT_FALSE(model.editing.arguments(*labels));
+    EXPECT_FALSE(model.editing.requested(StampEditSheetType::lables));
     for (const char* text : {"", "no id"}) {
         project.defaults.setText(layout::editingLineKey, text);
-        EXPECT_FALSE(model.editing.arguments(StampEditSheetType::lables));
+        EXPECT_FALSE(model.editing.requested(StampEditSheetType::lables));
     }
 }
 

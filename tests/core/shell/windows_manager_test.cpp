@@ -29,6 +29,7 @@ class FakeWindows final : public WindowFactory {
         made.push_back(kind);
         return std::make_unique<Handle>(*this, window);
     }
+    void nameProject(const std::string& name) override { projectName = name; }
     std::optional<Rect> mainScreenFrame() const override { return screen; }
 
     // Closes the window as its close button does. The callbacks may destroy it.
@@ -40,6 +41,7 @@ class FakeWindows final : public WindowFactory {
         return true;
     }
 
+    std::string projectName;
     std::optional<Rect> screen = Rect{0, 0, 1500, 1000};
     std::map<WindowKind, std::shared_ptr<Window>> open;
     std::vector<WindowKind> made;
@@ -83,6 +85,25 @@ TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     ASSERT_FALSE(open().timeline.lines->empty());
     EXPECT_EQ(open().timeline.lines->front()->id, drawingsLineId());
     EXPECT_FALSE(open().hotkeys.registeredHotkeys().empty());
+}
+
+TEST_F(WindowsManagerTest, TheWindowsOfAProjectNameTheMatch) {
+    const auto id = project.addVideo("final.mp4");
+    project.library.setUpdateFiles([&](const auto&) { windows.libraryChanged(); });
+    windows.openProject(id);
+    windows.open(WindowKind::settings);
+    const auto title = [&](WindowKind kind) { return fake.open.at(kind)->title; };
+    const std::string name = project.library.title(project.library.files().front()).name;
+    EXPECT_EQ(title(WindowKind::control), "timelines — " + name);
+    EXPECT_EQ(title(WindowKind::settings), "settings");
+    EXPECT_EQ(fake.projectName, name);
+
+    project.library.renameVideo(project.library.files().front(), "Cup final");
+    EXPECT_EQ(title(WindowKind::video), "video — Cup final");
+    EXPECT_EQ(fake.projectName, "Cup final");
+    project.texts.set("tagLibrary", "Tags");
+    windows.retitle();
+    EXPECT_EQ(title(WindowKind::tagLibrary), "Tags — Cup final");
 }
 
 TEST_F(WindowsManagerTest, RefusesASecondProjectAndAMissingVideo) {
