@@ -35,6 +35,7 @@ NoticeBar::NoticeBar(const Texts& texts, std::string_view name, std::string_view
 
 void NoticeBar::addButton(QPushButton* button) {
     row_->insertWidget(row_->count() - 1, button);
+    setTabOrder(button, row_->itemAt(row_->count() - 1)->widget());
 }
 
 void NoticeBar::say(std::function<QString()> message) {
