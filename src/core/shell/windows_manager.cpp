@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/shortened.h"
+
 #include "core/commands/command_table.h"
 #include "core/notifications/events.h"
 #include "core/records/video_records.h"
@@ -51,7 +53,13 @@ void WindowsManager::open(WindowKind kind) {
 }
 
 std::string WindowsManager::titleOf(const WindowRow& row) const {
-    return services_.platform.texts.text(row.titleKey);
+    std::string title = services_.platform.texts.text(row.titleKey);
+    const VideosData* video = row.belongsToProject && project_
+                                  ? services_.library.findById(project_->videoId())
+                                  : nullptr;
+    if (video)  // a window of the project also says which match is open
+        title += " — " + shortened(services_.library.title({*video, nullptr}).name);
+    return title;
 }
 
 void WindowsManager::retitle() {
@@ -139,8 +147,10 @@ void WindowsManager::libraryChanged() {
     if (!video)
         return closeAll();
     const auto& bookmark = project_->timeline.currentBookmark.get();
-    if (bookmark && services_.platform.bookmarks.areOfOneFile(*bookmark, video->bookmark))
-        return project_->timeline.setBookmark(video->bookmark);
+    if (bookmark && services_.platform.bookmarks.areOfOneFile(*bookmark, video->bookmark)) {
+        project_->timeline.setBookmark(video->bookmark);
+        return retitle();
+    }
     // The player shows the old file. What is marked on it must not be stored for the new one.
     closeAll();
     services_.platform.scheduler.onMain(lifetime_.guard([this, id] {
