@@ -3,7 +3,9 @@
 #include <QAction>
 #include <QMenu>
 #include <QTimer>
+#include <QToolButton>
 
+#include "app/theme/theme.h"
 #include "app/widgets/announcements.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/translated.h"
@@ -65,6 +67,9 @@ CommandMenuBar::CommandMenuBar(Commands& commands, const Texts& texts, CommandSc
                 [this, command = row.id] { commands_.run(command); });
         actions_.emplace_back(action, row.id);
     }
+    // The toolkit's arrow to the menus that do not fit is black.
+    if (auto* more = findChild<QToolButton*>("qt_menubar_ext_button"))
+        more->setIcon(theme::icon("arrow-down"));
     followLanguage(this, texts, [this] { showNames(); });
     captionsChanged_ = commands_.captionsChanged.observe([this] { showNames(); });
     showState();

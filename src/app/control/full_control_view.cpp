@@ -14,6 +14,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
+#include "app/widgets/focus_rest.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/saved_sign.h"
 #include "app/widgets/sheet.h"
@@ -38,9 +39,7 @@ FullControlView::FullControlView(const ControlServices& services, QWidget* paren
       area_(new TimelinesArea(services, model_, this)),
       status_(new ElidedLabel({}, this)) {
     nameControl(this, services.texts, "timelines");
-    // Has the focus while no control does.
-    setFocusPolicy(Qt::ClickFocus);
-    setFocus();
+    restFocusOn(this);
     nameControl(status_, services.texts, "timelineHoverText");
     status_->setContentsMargins(theme::margin, theme::unit, theme::margin, theme::unit);
     status_->setFixedHeight(theme::controlHeight - theme::unit);

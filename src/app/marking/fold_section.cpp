@@ -14,6 +14,7 @@ namespace tembrix {
 namespace {
 
 constexpr int gap = theme::unit;
+constexpr int compactArrow = 10;
 
 // The space key plays and pauses in this window, so Return folds the section.
 class Header final : public QToolButton {
@@ -31,17 +32,14 @@ class Header final : public QToolButton {
 
 }  // namespace
 
-FoldSection::FoldSection(const QString& objectName, const QString& title, bool compact,
+FoldSection::FoldSection(const QString& objectName, const QString& title, FlowLayout* shared,
                          QWidget* parent)
     : QWidget(parent),
-      header_(new Header(this)),
-      body_(new QWidget(this)),
-      flow_(new FlowLayout(compact ? gap / 2 : gap, body_)),
-      compact_(compact) {
+      body_(shared ? shared->parentWidget() : new QWidget(this)),
+      flow_(shared ? shared : new FlowLayout(gap, body_)),
+      compact_(shared != nullptr) {
+    header_ = new Header(compact_ ? body_ : this);
     nameControl(this, utf8Text(objectName), title);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
     header_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     header_->setIconSize({theme::iconSize - theme::unit, theme::iconSize - theme::unit});
     header_->setText(QString(title).replace('&', "&&"));
@@ -50,19 +48,32 @@ FoldSection::FoldSection(const QString& objectName, const QString& title, bool c
     header_->setFocusPolicy(Qt::TabFocus);
     nameControl(header_, utf8Text(objectName) + ".header", title);
     connect(header_, &QToolButton::clicked, this, &FoldSection::headerPressed);
-    if (compact)
+    if (compact_) {
+        header_->setFont(theme::font(theme::captionSize, QFont::DemiBold));
+        header_->setIconSize({compactArrow, compactArrow});
+        header_->setStyleSheet("QToolButton { padding: 0 2px 0 0; }");
         flow_->addWidget(header_);
-    else
+        hide();
+    } else {
+        auto* column = new QVBoxLayout(this);
+        column->setContentsMargins(0, 0, 0, 0);
+        column->setSpacing(2);
         column->addWidget(header_, 0, Qt::AlignLeft);
-    column->addWidget(body_);
+        column->addWidget(body_);
+    }
     setExpanded(true);
+}
+
+void FoldSection::add(QWidget* button) {
+    flow_->addWidget(button);
+    buttons_.push_back(button);
 }
 
 void FoldSection::setExpanded(bool expanded) {
     expanded_ = expanded;
     if (compact_) {
-        for (int i = 1; i < flow_->count(); ++i)  // after the header
-            flow_->itemAt(i)->widget()->setVisible(expanded);
+        for (QWidget* button : buttons_)
+            button->setVisible(expanded);
     } else {
         body_->setVisible(expanded);
     }

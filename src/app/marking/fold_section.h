@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <vector>
 
 class QToolButton;
 
@@ -8,17 +9,18 @@ namespace tembrix {
 
 class FlowLayout;
 
-// A titled section of the panel. Its buttons are laid out in rows, and its header folds it. In a
-// compact section the header is in the first row.
+// A titled section of the panel. Its buttons are laid out in rows, and its header folds it. Compact
+// sections share rows: each adds its header and its buttons to the same layout.
 class FoldSection final : public QWidget {
     Q_OBJECT
   public:
-    FoldSection(const QString& objectName, const QString& title, bool compact,
+    // `shared` are the rows of a compact section, or null.
+    FoldSection(const QString& objectName, const QString& title, FlowLayout* shared,
                 QWidget* parent = nullptr);
 
-    // The parent widget of the buttons, and the layout that they are added to.
+    // The parent widget of the buttons.
     QWidget* body() const { return body_; }
-    FlowLayout* flow() const { return flow_; }
+    void add(QWidget* button);
 
     bool isExpanded() const { return expanded_; }
     void setExpanded(bool expanded);
@@ -31,6 +33,7 @@ class FoldSection final : public QWidget {
     QWidget* body_;
     FlowLayout* flow_;
     bool compact_;
+    std::vector<QWidget*> buttons_;
     bool expanded_ = true;
 };
 

@@ -9,6 +9,7 @@
 #include <QToolButton>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/color.h"
 #include "base/shortened.h"
@@ -56,15 +57,15 @@ MarkTargetBar::MarkTargetBar(const TagPanelServices& services, MarkingFlow& flow
     : QWidget(parent),
       services_(services),
       flow_(flow),
+      caption_(makeLabel(services.texts, "markTarget", LabelLook::caption, this)),
       button_(new QToolButton(this)),
       menu_(new QMenu(button_)) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(theme::spacing);
-    auto* caption = new QLabel(this);
-    showText(caption, services.texts, "markTarget", &QLabel::text, &QLabel::setText);
-    setLook(caption, LabelLook::caption);
-    row->addWidget(caption);
+    caption_->setWordWrap(false);
+    caption_->setObjectName("markTargetCaption");
+    row->addWidget(caption_);
     nameControl(button_, services.texts, "markTarget");
     nameControl(menu_, services.texts, "markTarget");
     menu_->setObjectName("markTargetMenu");
@@ -83,7 +84,14 @@ MarkTargetBar::MarkTargetBar(const TagPanelServices& services, MarkingFlow& flow
     subscriptions_.push_back(services.timeline.selectedLineID.observe(show));
     subscriptions_.push_back(flow.markupMode.observe(show));
     bindCommands();
-    followLanguage(this, services.texts, [this] { showTarget(); });
+    followLanguage(this, services.texts, [this] {
+        shown_ = {};
+        showTarget();
+    });
+}
+
+void MarkTargetBar::setCompact(bool compact) {
+    caption_->setVisible(!compact);
 }
 
 void MarkTargetBar::bindCommands() {
@@ -127,21 +135,24 @@ void MarkTargetBar::showTarget() {
     const std::string color =
         target.line ? lineColorHex(*target.line, services_.tagLibrary) : std::string();
     const bool doubtful = target.isDoubtful();
+    Shown now{qtext(text), color, doubtful};
+    if (now == shown_)  // as after nearly every mark
+        return;
+    shown_ = std::move(now);
     if (button_->property("doubtful").toBool() != doubtful) {
         button_->setProperty("doubtful", doubtful);
         button_->style()->unpolish(button_);
         button_->style()->polish(button_);
     }
     button_->setIcon(doubtful ? theme::icon("data-warning", theme::warning) : dot(color));
-    text_ = qtext(text);
-    button_->setToolTip(text_);
-    button_->setAccessibleDescription(text_);
+    button_->setToolTip(qtext(texts.text("markTarget")) + ": " + shown_.text);
+    button_->setAccessibleDescription(shown_.text);
     elide();
 }
 
 void MarkTargetBar::elide() {
     button_->setText(button_->fontMetrics()
-                         .elidedText(text_, Qt::ElideRight, button_->width() - buttonPadding)
+                         .elidedText(shown_.text, Qt::ElideRight, button_->width() - buttonPadding)
                          .replace('&', "&&"));
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
+#include <string>
 #include <vector>
 
 #include "base/signal.h"
 
 #include "app/marking/tag_panel_services.h"
 
+class QLabel;
 class QMenu;
 class QToolButton;
 
@@ -21,10 +24,20 @@ class MarkTargetBar final : public QWidget {
   public:
     MarkTargetBar(const TagPanelServices& services, MarkingFlow& flow, QWidget* parent = nullptr);
 
+    // Without the caption.
+    void setCompact(bool compact);
+
   protected:
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    struct Shown {
+        QString text;
+        std::string color;
+        bool doubtful = false;
+        bool operator==(const Shown&) const = default;
+    };
+
     void bindCommands();
     void showTarget();
     void elide();
@@ -33,9 +46,10 @@ class MarkTargetBar final : public QWidget {
 
     const TagPanelServices services_;
     MarkingFlow& flow_;
+    QLabel* caption_;
     QToolButton* button_;
     QMenu* menu_;
-    QString text_;
+    Shown shown_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -20,11 +20,10 @@
 namespace tembrix {
 namespace {
 
-constexpr int padding = theme::unit + 2;
+constexpr int capPadding = 6;  // of the hot key and of the count
 constexpr int ringWidth = 2;
 constexpr int smallHeight = 15;  // of the hot key and of the count
 constexpr int smallSize = 10;
-constexpr int countEdge = 3;  // distance from the count to the edges of the button
 constexpr int idleMark = 8;
 
 const QFont& smallFont() {
@@ -33,11 +32,7 @@ const QFont& smallFont() {
 }
 
 int widthOfCount(const QString& count) {
-    return std::max(QFontMetrics(smallFont()).horizontalAdvance(count) + padding, smallHeight);
-}
-
-int countRoomFor(const QString& count) {
-    return theme::unit + widthOfCount(count) + countEdge;
+    return std::max(QFontMetrics(smallFont()).horizontalAdvance(count) + capPadding, smallHeight);
 }
 
 // The width of an interval's running time.
@@ -52,17 +47,22 @@ int timeWidth() {
 // The measures of a density.
 struct TagButton::Density {
     int height;
+    int padding;    // at the left edge
+    int gap;        // between the hot key, the name and the count
+    int countEdge;  // distance from the count to the edges of the button
     int smallestWidth;
     int largestNameWidth;
     QFont nameFont;
-    int countRoom;  // reserved, so that the layout does not change as the count grows
+    int digits;  // of a count whose room is reserved, so that the layout does not change with it
+
+    int countRoom() const { return gap + widthOfCount(QString(digits, u'0')) + countEdge; }
 };
 
 const TagButton::Density& TagButton::density(bool compact) {
-    static const Density usual{30, 64, 200, theme::font(theme::textSize, QFont::Medium),
-                               countRoomFor(QStringLiteral("000"))};
-    static const Density dense{22, 32, 120, theme::font(theme::captionSize, QFont::Medium),
-                               countRoomFor(QStringLiteral("0"))};
+    static const Density usual{30, 6, 4, 3, 64, 200, theme::font(theme::textSize, QFont::Medium),
+                               3};
+    static const Density dense{20, 4, 2, 1, 32, 110, theme::font(theme::captionSize, QFont::Medium),
+                               1};
     return compact ? dense : usual;
 }
 
@@ -75,7 +75,7 @@ TagButton::TagButton(const Tag& tag, bool compact, QWidget* parent)
     setText(qtext(shortened(tag.name)));
     if (!cap_.isEmpty())
         capWidth_ =
-            std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + padding, smallHeight);
+            std::max(QFontMetrics(smallFont()).horizontalAdvance(cap_) + capPadding, smallHeight);
     nameControl(this, tag.id, text());
     tellKey(this, cap_);
     setCheckable(isInterval());
@@ -106,9 +106,10 @@ void TagButton::setRunningTime(std::optional<double> seconds) {
 }
 
 QSize TagButton::sizeHint() const {
-    int width = padding + std::min(nameWidth_, density_.largestNameWidth) + density_.countRoom;
+    int width =
+        density_.padding + std::min(nameWidth_, density_.largestNameWidth) + density_.countRoom();
     if (!cap_.isEmpty())
-        width += capWidth_ + theme::unit + ringWidth;
+        width += capWidth_ + density_.gap + ringWidth;
     if (isInterval())
         width += timeWidth() + theme::unit;
     return {std::max(width, density_.smallestWidth), density_.height};
@@ -162,7 +163,7 @@ void TagButton::paintEvent(QPaintEvent*) {
     QColor shade(white ? Qt::black : Qt::white);
     shade.setAlphaF(0.25F);
     const int middle = rect().height() / 2;
-    int left = padding;
+    int left = density_.padding;
     if (!cap_.isEmpty()) {
         const QRect cap(left, middle - smallHeight / 2, capWidth_, smallHeight);
         painter.setBrush(shade);
@@ -170,22 +171,23 @@ void TagButton::paintEvent(QPaintEvent*) {
         painter.setPen(ink);
         painter.setFont(smallFont());
         painter.drawText(cap, Qt::AlignCenter, cap_);
-        left = cap.right() + 1 + theme::unit + ringWidth;
+        left = cap.right() + 1 + density_.gap + ringWidth;
     }
 
-    int right = width() - density_.countRoom;
+    int right = width() - density_.countRoom();
     painter.setPen(ink);
     if (count_.value_or(0) > 0) {
         const QString count = QString::number(*count_);
         const int wide = widthOfCount(count);
-        const QRect pill(width() - wide - countEdge, countEdge, wide, smallHeight);
+        const QRect pill(width() - wide - density_.countEdge, density_.countEdge, wide,
+                         smallHeight);
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme::background);
         painter.drawRoundedRect(pill, smallHeight / 2.0, smallHeight / 2.0);
         painter.setPen(theme::text);
         painter.setFont(smallFont());
         painter.drawText(pill, Qt::AlignCenter, count);
-        right = std::min(right, pill.left() - theme::unit);
+        right = std::min(right, pill.left() - density_.gap);
     }
     if (isInterval()) {
         right -= timeWidth();

@@ -17,6 +17,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
+#include "app/widgets/focus_rest.h"
 #include "app/widgets/qt_text.h"
 #include "core/commands/command_table.h"
 #include "core/commands/commands.h"
@@ -41,21 +42,20 @@ bool looksTheSame(const CollectionLists& a, const CollectionLists& b) {
 TagLibraryView::TagLibraryView(const TagPanelServices& services, MarkingFlow& flow, QWidget* parent)
     : QWidget(parent), services_(services), flow_(flow), open_(new QWidget(this)) {
     nameControl(this, services.texts, "tagLibrary");
-    // Has the focus while no control does.
-    setFocusPolicy(Qt::ClickFocus);
-    setFocus();
+    restFocusOn(this);
     setMinimumSize(320, 240);
     flow_.appear();
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    auto* top = new QVBoxLayout;
-    top->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
-    top->setSpacing(theme::unit);
-    top->addWidget(new CollectionChooser(services, flow, this));
-    top->addWidget(new MarkTargetBar(services, flow, this));
-    column->addLayout(top);
+    top_ = new QVBoxLayout;
+    top_->setContentsMargins(theme::margin, theme::spacing, theme::margin, theme::spacing);
+    top_->setSpacing(theme::unit);
+    top_->addWidget(new CollectionChooser(services, flow, this), 1);
+    target_ = new MarkTargetBar(services, flow, this);
+    top_->addWidget(target_, 1);
+    column->addLayout(top_);
     column->addWidget(makeSeparator(Qt::Horizontal, this));
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
@@ -132,10 +132,19 @@ void TagLibraryView::rebuild() {
     buttons_.clear();
     chips_.clear();
     shown_ = *services_.tagLibrary.active;
+    // Compact, all sections share rows.
+    top_->setDirection(compact_ ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    target_->setCompact(compact_);
     content_ = new QWidget;
     auto* column = new QVBoxLayout(content_);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(compact_ ? theme::unit / 2 : theme::unit + 2);
+    column->setSpacing(theme::unit + 2);
+    rows_ = nullptr;
+    if (compact_) {
+        auto* rows = new QWidget(content_);
+        rows_ = new FlowLayout(theme::unit / 2, rows);
+        column->addWidget(rows);
+    }
     addTimeEvents(column);
     for (const auto& group : shown_.tagGroups)
         addGroup(column, group);
@@ -159,8 +168,7 @@ void TagLibraryView::addTimeEvents(QVBoxLayout* column) {
         return;
     auto* section =
         new FoldSection("tagLibraryTimeEvents", qtext(services_.texts.text("tagLibraryTimeEvents")),
-                        compact_, content_);
-    section->setExpanded(eventsExpanded_);
+                        rows_, content_);
     connect(section, &FoldSection::headerPressed, this, [this, section] {
         eventsExpanded_ = !eventsExpanded_;
         section->setExpanded(eventsExpanded_);
@@ -169,10 +177,12 @@ void TagLibraryView::addTimeEvents(QVBoxLayout* column) {
         auto* chip = new TimeEventChip(event, compact_, section->body());
         connect(chip, &QAbstractButton::clicked, this,
                 [this, id = event.id] { flow_.handleTimeEventTap(id); });
-        section->flow()->addWidget(chip);
+        section->add(chip);
         chips_.emplace(event.id, chip);
     }
-    column->addWidget(section);
+    section->setExpanded(eventsExpanded_);
+    if (!compact_)
+        column->addWidget(section);
 }
 
 void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
@@ -185,14 +195,14 @@ void TagLibraryView::addGroup(QVBoxLayout* column, const TagGroup& group) {
     }
     if (tags.empty())
         return;
-    auto* section =
-        new FoldSection(qtext(group.id), qtext(shortened(group.name)), compact_, content_);
+    auto* section = new FoldSection(qtext(group.id), qtext(shortened(group.name)), rows_, content_);
     connect(section, &FoldSection::headerPressed, this,
             [this, id = group.id] { flow_.toggleGroup(id); });
     for (const Tag* tag : tags)
-        section->flow()->addWidget(makeTagButton(*tag, section->body()));
+        section->add(makeTagButton(*tag, section->body()));
     groups_.emplace(group.id, section);
-    column->addWidget(section);
+    if (!compact_)
+        column->addWidget(section);
 }
 
 TagButton* TagLibraryView::makeTagButton(const Tag& tag, QWidget* parent) {

@@ -17,6 +17,7 @@ namespace tembrix {
 class FlowLayout;
 class FoldSection;
 class MarkingFlow;
+class MarkTargetBar;
 class TagButton;
 class TimeEventChip;
 
@@ -46,12 +47,15 @@ class TagLibraryView final : public QWidget {
     CollectionLists shown_;
     bool eventsExpanded_ = true;
     bool compact_ = false;
+    QVBoxLayout* top_;
+    MarkTargetBar* target_;
     QVBoxLayout* body_;
     // The open intervals are repeated below the scrolled groups, where they are always visible.
     QWidget* open_;
     FlowLayout* openFlow_;
     std::vector<TagButton*> openButtons_;
     QWidget* content_ = nullptr;
+    FlowLayout* rows_ = nullptr;  // of the content, if it is compact
     // A tag can be in two groups. In damaged collections the other ids can repeat as well.
     std::multimap<std::string, FoldSection*> groups_;
     std::multimap<std::string, TagButton*> buttons_;

@@ -15,19 +15,19 @@ namespace {
 constexpr int chipHeight = 24;
 constexpr int compactHeight = 20;
 constexpr int mark = 14;
+constexpr int compactMark = 12;
 constexpr int padding = theme::unit + 2;
 constexpr int room = 2;  // space at both ends into which an armed chip grows
 constexpr double armedScale = 1.02;
 constexpr int animationTime = 200;  // milliseconds
 
-QFont chipFont() {
-    return theme::font(theme::textSize - 1);
-}
-
 }  // namespace
 
 TimeEventChip::TimeEventChip(const TimeEvent& event, bool compact, QWidget* parent)
-    : QAbstractButton(parent), height_(compact ? compactHeight : chipHeight) {
+    : QAbstractButton(parent),
+      height_(compact ? compactHeight : chipHeight),
+      mark_(compact ? compactMark : mark) {
+    setFont(theme::font(compact ? theme::captionSize : theme::textSize - 1));
     setText(qtext(shortened(event.name)));
     nameControl(this, event.id, text());
     setCheckable(true);
@@ -51,8 +51,7 @@ void TimeEventChip::setArmed(bool armed) {
 }
 
 QSize TimeEventChip::sizeHint() const {
-    return {QFontMetrics(chipFont()).horizontalAdvance(text()) + mark + 2 * padding + theme::unit +
-                2 * room,
+    return {fontMetrics().horizontalAdvance(text()) + mark_ + 2 * padding + theme::unit + 2 * room,
             height_};
 }
 
@@ -82,7 +81,7 @@ void TimeEventChip::paintEvent(QPaintEvent*) {
     painter.setBrush(armed ? theme::accentFill : underMouse() ? theme::hovered : theme::raised);
     painter.drawRoundedRect(body, body.height() / 2, body.height() / 2);
 
-    const QRectF disc(body.left() + padding - 1, body.center().y() - mark / 2.0, mark, mark);
+    const QRectF disc(body.left() + padding - 1, body.center().y() - mark_ / 2.0, mark_, mark_);
     if (armed) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme::onAccent);
@@ -97,8 +96,8 @@ void TimeEventChip::paintEvent(QPaintEvent*) {
         painter.drawEllipse(disc.adjusted(1, 1, -1, -1));
     }
     painter.setPen(armed ? theme::onAccent : theme::text);
-    painter.setFont(chipFont());
-    painter.drawText(body.adjusted(padding + mark + theme::unit, 0, 0, 0), Qt::AlignVCenter,
+    painter.setFont(font());
+    painter.drawText(body.adjusted(padding + mark_ + theme::unit, 0, 0, 0), Qt::AlignVCenter,
                      text());
 }
 

@@ -25,6 +25,7 @@ class TimeEventChip final : public QAbstractButton {
   private:
     QVariantAnimation scale_;
     int height_;
+    int mark_;
 };
 
 }  // namespace tembrix

@@ -12,6 +12,7 @@
 #include "app/theme/theme.h"
 #include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
+#include "app/widgets/focus_rest.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/translated.h"
 #include "core/playback/video_player_manager.h"
@@ -34,9 +35,7 @@ const char* textKey(const Error& error) {
 
 VideoPlayerView::VideoPlayerView(const PlayerServices& services, QWidget* parent)
     : QWidget(parent), services_(services), failure_(new QLabel(this)) {
-    // Has the focus while no control does.
-    setFocusPolicy(Qt::ClickFocus);
-    setFocus();
+    restFocusOn(this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

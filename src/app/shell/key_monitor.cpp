@@ -58,13 +58,6 @@ bool isReturn(const QKeyEvent& event) {
     return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
 
-// A Return that is held down answers neither the sheet that it opened nor what has the focus then.
-bool isHeldReturn(const QKeyEvent& event) {
-    const QWidget* focus = QApplication::focusWidget();
-    return isReturn(event) && event.isAutoRepeat() && !qobject_cast<const QTextEdit*>(focus) &&
-           !qobject_cast<const QPlainTextEdit*>(focus);
-}
-
 // The space key controls the player in project windows, so Return presses the focused button there.
 // Sheets have their own default button.
 bool pressFocusedButton(const QKeyEvent& event) {
@@ -88,7 +81,21 @@ KeyMonitor::KeyMonitor(KeyRouter& router, Translate translate)
     qApp->installEventFilter(this);
 }
 
+// A Return that is held down answers neither the sheet that it opened nor what has the focus then.
+// The toolkit does not notice each repetition: under X11 it is a release and a press at one time,
+// and other events can come between them when windows open and close.
+bool KeyMonitor::isHeldReturn(const QKeyEvent& press) const {
+    const QWidget* focus = QApplication::focusWidget();
+    const bool repeats =
+        press.isAutoRepeat() || (press.timestamp() != 0 && press.timestamp() == returnReleased_);
+    return isReturn(press) && repeats && !qobject_cast<const QTextEdit*>(focus) &&
+           !qobject_cast<const QPlainTextEdit*>(focus);
+}
+
 bool KeyMonitor::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyRelease && watched->isWindowType())
+        if (const auto& release = static_cast<const QKeyEvent&>(*event); isReturn(release))
+            returnReleased_ = release.timestamp();
     // The native window receives a key press before its widgets do; only that first event is
     // handled.
     const bool asksForShortcuts = event->type() == QEvent::ShortcutOverride;

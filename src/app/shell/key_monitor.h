@@ -25,8 +25,11 @@ class KeyMonitor final : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    bool isHeldReturn(const QKeyEvent& press) const;
+
     KeyRouter& router_;
     Translate translate_;
+    quint64 returnReleased_ = 0;  // the time of its last release
 };
 
 }  // namespace tembrix

@@ -121,7 +121,7 @@ QMenu::item:selected { background: @accentFill; color: @onAccent; }
 QMenu::item:disabled { color: @disabledText; background: transparent; }
 QMenu#stampMenu::item:disabled { color: @secondaryText; }
 QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
-QMenuBar { color: @text; background: @background; }
+QMenuBar { color: @text; background: @background; spacing: 0; }
 QMenuBar::item { padding: 4px 8px; background: transparent; border-radius: 4px; }
 QMenuBar::item:selected { background: @hovered; }
 

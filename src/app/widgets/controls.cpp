@@ -10,6 +10,7 @@
 
 #include "app/theme/theme.h"
 #include "app/widgets/accessible.h"
+#include "app/widgets/focus_rest.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/translated.h"
 
@@ -100,11 +101,10 @@ void leaveFocus(QWidget* control) {
     QWidget* focus = control->window()->focusWidget();
     if (!focus || (focus != control && !control->isAncestorOf(focus)))
         return;
-    // The content of a project window can have the focus itself.
-    for (QWidget* parent = control->parentWidget(); parent; parent = parent->parentWidget())
-        if (parent->focusPolicy() == Qt::ClickFocus)
-            return parent->setFocus();
-    focus->clearFocus();
+    if (QWidget* content = focusRest(control))
+        content->setFocus();
+    else
+        focus->clearFocus();
 }
 
 void setUsable(QWidget* control, bool usable) {

@@ -45,7 +45,8 @@ StampItemsSheet::StampItemsSheet(QWidget* parent, const Texts& texts, StampEditS
     sections->setAutoFillBackground(false);
     // A sheet of the tag panel is not wider than the panel, so that it does not cover the video.
     const int width = std::min(sheetSize.width(), parent->window()->width() - 2 * Sheet::edge - 2);
-    scroll->setMinimumSize(width, std::min(sections->heightForWidth(width), sheetSize.height()));
+    scroll->setMinimumWidth(width);
+    scroll->setFixedHeight(std::min(sections->heightForWidth(width), sheetSize.height()));
     content()->addWidget(scroll, 1);
 
     addCancelButton("collectionsButtonCancel");

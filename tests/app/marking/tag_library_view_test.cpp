@@ -176,7 +176,7 @@ TEST_F(TagLibraryViewTest, ThePanelSaysWhereTheNextMarkGoesAndChangesIt) {
     EXPECT_EQ(target->text(), "Moments");
     EXPECT_FALSE(target->property("doubtful").toBool());
     app->timeline.selectLine(drawingsLineId());
-    EXPECT_EQ(target->accessibleDescription(), "drawings: not meant for tags");
+    EXPECT_EQ(target->accessibleDescription(), "Drawings: not meant for tags");
     EXPECT_TRUE(target->property("doubtful").toBool());
     picture(*view, "panel-drawings");
 

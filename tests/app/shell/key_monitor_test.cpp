@@ -105,6 +105,13 @@ TEST_F(KeyMonitorTest, ReturnPressesAButtonAndSheetsAndMenusKeepTheirKeys) {
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, {}, "\r", true);
     QApplication::sendEvent(window.windowHandle(), &held);
     EXPECT_EQ(clicked, 1);
+    // A repetition that arrives as a release and a press of one moment.
+    for (const auto type : {QEvent::KeyRelease, QEvent::KeyPress}) {
+        QKeyEvent half(type, Qt::Key_Return, {}, "\r");
+        half.setTimestamp(1000);
+        QApplication::sendEvent(window.windowHandle(), &half);
+    }
+    EXPECT_EQ(clicked, 1);
 
     QDialog sheet(&window);
     auto* box = new QCheckBox("Box", &sheet);

@@ -76,6 +76,8 @@ TEST_F(WindowsManagerTest, OpensThreeWindowsInTheStatedProportionsAndOrder) {
     const std::vector order{WindowKind::video, WindowKind::control, WindowKind::tagLibrary};
     EXPECT_EQ(fake.made, order);
     EXPECT_EQ(fake.shown, order);
+    for (const auto& [kind, window] : fake.open)
+        EXPECT_TRUE(window->title.ends_with(" — match.mp4")) << window->title;
     EXPECT_EQ(fake.open.at(WindowKind::control)->frame, (Rect{0, 600, 1500, 400}));
     EXPECT_EQ(fake.open.at(WindowKind::tagLibrary)->frame, (Rect{0, 40, 500, 560}));
     EXPECT_EQ(fake.open.at(WindowKind::video)->frame, (Rect{500, 40, 1000, 560}));
