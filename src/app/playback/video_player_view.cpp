@@ -34,6 +34,7 @@ const char* textKey(const Error& error) {
 
 VideoPlayerView::VideoPlayerView(const PlayerServices& services, QWidget* parent)
     : QWidget(parent), services_(services), failure_(new QLabel(this)) {
+    nameControl(this, services.texts, "video");
     // Has the focus while no control does.
     setFocusPolicy(Qt::ClickFocus);
     setFocus();
