@@ -86,7 +86,7 @@ bool act(Node node, QString action) {
     auto* actions = node ? node->actionInterface() : nullptr;
     if (action.isEmpty())
         action = QAccessibleActionInterface::pressAction();
-    if (!actions || !actions->actionNames().contains(action))
+    if (!actions || node->state().disabled || !actions->actionNames().contains(action))
         return false;
     actions->doAction(action);
     QApplication::processEvents();
@@ -122,7 +122,8 @@ QStringList faults(Node window) {
         // The toolkit's own parts of a field, a number or a list to choose from.
         if (isPartOf(node, {EditableText, SpinBox, ComboBox}) || isPartOf(node, {ScrollBar}))
             continue;
-        if (role == NoRole || (state.focusable && (role == Client || role == Grouping)))
+        if (role == NoRole || (role == Client && state.focusable) ||
+            (role == Grouping && name(node).isEmpty()))
             found << "no role: " + described(node);
         if (!controls.contains(role))
             continue;

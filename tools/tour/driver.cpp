@@ -12,6 +12,8 @@
 #include <QWindow>
 #include <cstdio>
 
+#include "app/shell/joined_windows.h"
+
 namespace tembrix::tour {
 
 namespace {
@@ -160,9 +162,10 @@ void Driver::noSheet() const {
 QWidget* Driver::window(const QString& name) const {
     QWidget* found = nullptr;
     waitFor("the window " + name, [&] {
-        for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (top->objectName() == name && top->isVisible())
-                found = top;
+        for (QWidget* candidate : QApplication::allWidgets()) {
+            const bool outermost = !found || candidate->isAncestorOf(found);
+            if (candidate->objectName() == name && candidate->isVisible() && outermost)
+                found = candidate;
         }
         return found != nullptr;
     });
@@ -171,9 +174,8 @@ QWidget* Driver::window(const QString& name) const {
 
 void Driver::activate(const QString& name) const {
     QWidget* top = window(name);
-    top->raise();
-    top->activateWindow();
-    waitFor(name + " to be active", [&] { return QApplication::activeWindow() == top; });
+    bringForward(*top);
+    waitFor(name + " to be active", [&] { return hasKeyboard(*top); });
 }
 
 void Driver::picture(const QString& name, QWidget* window) const {
@@ -181,7 +183,13 @@ void Driver::picture(const QString& name, QWidget* window) const {
     const QString file = QString::fromStdString(
         (output_ / (std::to_string(++pictures_) + "-" + name.toStdString() + ".png")).string());
     // Taken from the screen, so that the surface of the video is included.
-    window->screen()->grabWindow(window->winId()).save(file);
+    QWidget* top = window->window();
+    QPixmap shown = top->screen()->grabWindow(top->winId());
+    if (shown.isNull())  // not every display shows a program its windows
+        shown = top->grab();
+    if (window != top)
+        shown = shown.copy(QRect(window->mapTo(top, QPoint()), window->size()));
+    shown.save(file);
     say("picture: " + name);
 }
 

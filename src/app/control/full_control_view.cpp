@@ -127,6 +127,8 @@ void FullControlView::bindCommands() {
     const auto refresh = [this](const auto&) { services_.commands.refresh(); };
     subscriptions_.push_back(services_.history.canUndo.observe(refresh));
     subscriptions_.push_back(services_.history.canRedo.observe(refresh));
+    subscriptions_.push_back(services_.timeline.selectedLineID.observe(refresh));
+    subscriptions_.push_back(services_.timeline.selectedStampID.observe(refresh));
     subscriptions_.push_back(model_.markupMode.observe(refresh));
     subscriptions_.push_back(model_.isEditorModeActive.observe(refresh));
     subscriptions_.push_back(model_.isScreenshotDisplayActive.observe(refresh));

@@ -102,6 +102,20 @@ QString selectAction() {
     return QStringLiteral("Select");
 }
 
+// What the keys with Alt and Ctrl do to the stamp under the cursor.
+struct StampChange {
+    const char* name;
+    void (*apply)(TimelineEditingModel& model);
+};
+constexpr StampChange stampChanges[] = {
+    {"StartEarlier", [](auto& model) { model.nudgeCursor(ResizeEdge::left, -1); }},
+    {"StartLater", [](auto& model) { model.nudgeCursor(ResizeEdge::left, +1); }},
+    {"EndEarlier", [](auto& model) { model.nudgeCursor(ResizeEdge::right, -1); }},
+    {"EndLater", [](auto& model) { model.nudgeCursor(ResizeEdge::right, +1); }},
+    {"MoveToLineAbove", [](auto& model) { model.moveCursorStamp(-1); }},
+    {"MoveToLineBelow", [](auto& model) { model.moveCursorStamp(+1); }},
+};
+
 class StampAccessible final : public TimelinePart {
   public:
     using TimelinePart::TimelinePart;
@@ -125,8 +139,18 @@ class StampAccessible final : public TimelinePart {
     }
     bool isCursor() const override { return canvas_ && model().cursor->stamp == id_; }
     bool isSelected() const override { return canvas_ && canvas_->selectedStamp() == id_; }
-    QStringList furtherActions() const override { return {selectAction(), showMenuAction()}; }
+    QStringList furtherActions() const override {
+        QStringList names{selectAction(), showMenuAction()};
+        for (const auto& change : stampChanges)
+            names << QLatin1String(change.name);
+        return names;
+    }
     void act(const QString& action) override {
+        for (const auto& change : stampChanges)
+            if (action == QLatin1String(change.name)) {
+                model().goTo({row().line->id, id_});
+                return change.apply(model());
+            }
         if (action == pressAction())
             model().clickStamp(row().line->id, id_);
         else if (action == selectAction())
@@ -295,13 +319,14 @@ void announceTimelineSelection(TimelineCanvas& canvas, const std::optional<Uuid>
                                const std::optional<Uuid>& now) {
     if (!announcementsAreHeard())
         return;
-    QAccessible::State changed;
-    changed.selected = true;
-    for (const auto& id : {before, now})
+    const auto tell = [&](const std::optional<Uuid>& id, QAccessible::Event change) {
         if (QAccessibleInterface* part = id ? accessibleOf(&canvas)->partOf(*id) : nullptr) {
-            QAccessibleStateChangeEvent event(part, changed);
+            QAccessibleEvent event(part, change);
             announce(event);
         }
+    };
+    tell(before, QAccessible::SelectionRemove);
+    tell(now, QAccessible::SelectionAdd);
 }
 
 void announceTimelineRow(TimelineCanvas& canvas, std::size_t row) {

@@ -172,8 +172,11 @@ void WaitingPanel::showStatus(const ExportStatus& status) {
 
 void WaitingPanel::showWords() {
     const auto put = [](QLabel* label, const std::string& text) {
-        label->setText(qtext(text));
-        label->setAccessibleName(label->text());
+        const QString words = qtext(text);
+        if (words == label->accessibleName())
+            return;  // a name is announced each time it is set
+        label->setText(words);
+        label->setAccessibleName(words);
     };
     put(step_, stepText(status_, texts_));
     put(left_, leftText(status_.secondsLeft, texts_));

@@ -105,8 +105,8 @@ QVariant VideosListModel::data(const QModelIndex& index, int role) const {
                 text += QStringLiteral(", ") + card.moment;
             text += QStringLiteral(", ") + usedText(card);
             if (card.file.videoData.isFavorite == true)
-                text += QStringLiteral(", ") +
-                        QString::fromStdString(texts_.text("videosFilterFavorites"));
+                text +=
+                    QStringLiteral(", ") + QString::fromStdString(texts_.text("videoCardFavorite"));
             if (!card.available)
                 text += QStringLiteral(", ") + index.data(noteRole).toString();
             return text;

@@ -20,6 +20,7 @@ class TagButton final : public QAbstractButton {
     bool setCount(int count);  // returns whether the shown count has changed
     // Seconds since the interval was opened; absent while it is closed.
     void setRunningTime(std::optional<double> seconds);
+    const QString& runningTime() const { return runningTime_; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

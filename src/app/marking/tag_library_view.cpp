@@ -15,6 +15,7 @@
 #include "app/marking/tag_button.h"
 #include "app/marking/time_event_chip.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/flow_layout.h"
 #include "app/widgets/focus_rest.h"
@@ -264,8 +265,13 @@ void TagLibraryView::showIntervals() {
         const auto found = std::find_if(open.begin(), open.end(), [&](const auto& entry) {
             return entry.tag.id == button->tag().id;
         });
+        const QString before = button->runningTime();
         button->setRunningTime(found == open.end() ? std::nullopt
                                                    : std::optional(now - found->startTime));
+        if (const QString& time = button->runningTime(); time != before)
+            tellFigure(button, time.isEmpty() ? QString()
+                                              : qtext(services_.texts.format(
+                                                    "tagLibraryRunningTime", {utf8Text(time)})));
     };
     for (const auto& [id, button] : buttons_)
         if (button->isCheckable())

@@ -35,6 +35,7 @@ const char* textKey(const Error& error) {
 
 VideoPlayerView::VideoPlayerView(const PlayerServices& services, QWidget* parent)
     : QWidget(parent), services_(services), failure_(new QLabel(this)) {
+    nameControl(this, services.texts, "video");
     restFocusOn(this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

@@ -14,6 +14,7 @@
 #include "app/settings/keys_page.h"
 #include "app/settings/settings_pages.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/translated.h"
 #include "core/commands/command_keys.h"
@@ -36,6 +37,7 @@ SettingsView::SettingsView(const SettingsServices& services, QWidget* parent)
       pages_(new QStackedWidget(this)) {
     nameControl(this, services.texts, "settings");
     nameControl(names_, services.texts, "settingsPages");
+    tellRows(names_);
     names_->setFixedWidth(namesWidth);
     names_->setFrameShape(QFrame::NoFrame);
     auto* row = new QHBoxLayout(this);

@@ -90,6 +90,10 @@ void tellExpanded(QWidget* button, bool expanded) {
     tell(button, accessibleExpandedProperty, expanded, changed);
 }
 
+void tellFigure(QWidget* button, const QString& figure) {
+    button->setProperty(accessibleFigureProperty, figure);
+}
+
 AccessibleValue::AccessibleValue(QWidget* widget, QAccessible::Role role,
                                  std::function<Reading()> read, std::function<void(double)> set)
     : QObject(widget), role_(role), read_(std::move(read)), set_(std::move(set)) {}

@@ -27,6 +27,10 @@ void tellKey(QWidget* button, const QString& caption);
 void tellChecked(QWidget* button, bool checked);
 void tellExpanded(QWidget* button, bool expanded);
 
+// A text that changes often, such as a running time. It is read after the description of the
+// button, and its changes are not announced.
+void tellFigure(QWidget* button, const QString& figure);
+
 // The rows of the list can be pressed, which does what a click does.
 struct AccessibleRows {
     bool pressed = true;    // false: the rows only tell something

@@ -34,8 +34,6 @@ QString plainText(const QString& text) {
 }  // namespace
 
 void forgetAccessible(QWidget* widget) {
-    if (!QAccessible::isActive())
-        return;
     if (QAccessibleInterface* known = QAccessible::queryAccessibleInterface(widget))
         QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(known));
 }
@@ -188,10 +186,15 @@ QString AccessibleButton::text(QAccessible::Text kind) const {
     if (kind == QAccessible::Accelerator)
         return button()->property(accessibleKeyProperty).toString();
     const QString told = AccessibleControl::text(kind);
-    // Without a description the toolkit takes the tooltip, which begins with the name.
-    if (kind == QAccessible::Description && button()->accessibleDescription().isEmpty() &&
-        told.startsWith(text(QAccessible::Name)))
-        return {};
+    if (kind == QAccessible::Description) {
+        const QString figure = button()->property(accessibleFigureProperty).toString();
+        // Without a description the toolkit takes the tooltip, which begins with the name.
+        const bool repeats =
+            button()->accessibleDescription().isEmpty() && told.startsWith(text(QAccessible::Name));
+        if (repeats || told.isEmpty())
+            return figure;
+        return figure.isEmpty() ? told : told + QStringLiteral(", ") + figure;
+    }
     if (kind != QAccessible::Name || !told.isEmpty())
         return told;
     const QString shown = plainText(button()->text());

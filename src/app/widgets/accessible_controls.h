@@ -16,6 +16,7 @@ constexpr const char* accessibleRoleProperty = "accessibleRole";
 constexpr const char* accessibleKeyProperty = "accessibleKey";
 constexpr const char* accessibleCheckedProperty = "accessibleChecked";
 constexpr const char* accessibleExpandedProperty = "accessibleExpanded";
+constexpr const char* accessibleFigureProperty = "accessibleFigure";
 
 // Makes the toolkit ask again who represents the widget. It may have asked before all was told.
 void forgetAccessible(QWidget* widget);

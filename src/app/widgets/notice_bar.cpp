@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/theme/theme.h"
+#include "app/widgets/announcements.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/elided_label.h"
 #include "app/widgets/qt_text.h"
@@ -42,8 +43,10 @@ void NoticeBar::say(std::function<QString()> message) {
     message_ = std::move(message);
     showMessage();
     show();
+    if (!announcementsAreHeard())
+        return;
     QAccessibleEvent said(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&said);
+    announce(said);
 }
 
 void NoticeBar::showMessage() {

@@ -51,7 +51,9 @@ void SafetyBanner::showStatus() {
     else if (!health_.documentsWritten())
         warning = qtext(texts_.text("marksNotInDocuments"));
     setText(warning);
-    setAccessibleName(warning);
+    // Unlike the text, the name is announced each time it is set.
+    if (warning != accessibleName())
+        setAccessibleName(warning);
     setVisible(!warning.isEmpty());
 }
 

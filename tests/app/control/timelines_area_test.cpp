@@ -300,7 +300,7 @@ TEST_F(TimelinesAreaTest, ScreenReadersFollowTheSelectionAndPressStamps) {
     EXPECT_EQ(*app.timeline.selectedLineID, a);
     EXPECT_EQ(told(list), QStringList("Attack"));
     EXPECT_EQ(told(lines), QStringList("Attack, tags: 1"));
-    EXPECT_TRUE(announced.contains(QAccessible::StateChanged, "Attack"));
+    EXPECT_TRUE(announced.contains(QAccessible::SelectionAdd, "Attack"));
 
     const auto stamp = list->child(1)->child(0);
     const QString name = "Shot, 00:40 – 01:00";
@@ -309,7 +309,7 @@ TEST_F(TimelinesAreaTest, ScreenReadersFollowTheSelectionAndPressStamps) {
     EXPECT_TRUE(tree::act(stamp, "Select"));
     EXPECT_TRUE(stamp->state().selected);
     EXPECT_EQ(*app.player.status, PlayerStatus::paused);
-    EXPECT_TRUE(announced.contains(QAccessible::StateChanged, name));
+    EXPECT_TRUE(announced.contains(QAccessible::SelectionAdd, name));
     EXPECT_TRUE(tree::act(stamp, QAccessibleActionInterface::setFocusAction()));
     EXPECT_TRUE(stamp->state().focused);
     EXPECT_TRUE(announced.contains(QAccessible::Focus, name));

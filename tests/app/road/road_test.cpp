@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QTest>
 #include <QWidget>
+#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -20,7 +21,7 @@ namespace {
 using enum QAccessible::Role;
 using tree::Node;
 
-constexpr int patience = 20'000;  // milliseconds
+constexpr int patience = 8'000;  // milliseconds
 
 class Road : public testing::Test {
   protected:
@@ -42,16 +43,24 @@ class Road : public testing::Test {
                         return widget->isActiveWindow();
                     }));
     }
+    static Node seek(QAccessible::Role role, const QString& name, Node in) {
+        for (Node window : in ? std::vector<Node>{in} : tree::windows())
+            if (Node found = tree::find(window, role, name))
+                return found;
+        return nullptr;
+    }
+    // Acts as soon as that is offered. The node is sought each time, because a list forgets its
+    // rows when they change.
+    static void act(const std::function<Node()>& node, const QString& name,
+                    const QString& action = {}) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return tree::act(node(), action); }, patience))
+            << "offers no action: " << name.toStdString() << "\n"
+            << shown();
+    }
     Node await(QAccessible::Role role, const QString& name, Node in = nullptr) {
         Node found = nullptr;
-        const bool there = QTest::qWaitFor(
-            [&] {
-                for (Node window : in ? std::vector<Node>{in} : tree::windows())
-                    if ((found = tree::find(window, role, name)))
-                        return true;
-                return false;
-            },
-            patience);
+        const bool there =
+            QTest::qWaitFor([&] { return (found = seek(role, name, in)); }, patience);
         EXPECT_TRUE(there) << "not there: " << name.toStdString() << "\n" << shown();
         examine();
         return found;
@@ -89,8 +98,7 @@ class Road : public testing::Test {
             << shown();
     }
     void press(QAccessible::Role role, const QString& name, Node in = nullptr) {
-        const Node node = await(role, name, in);
-        EXPECT_TRUE(tree::act(node)) << "cannot be pressed: " << name.toStdString();
+        act([&] { return seek(role, name, in); }, name);
     }
     void type(const QString& field, const QString& text, Node in) {
         EXPECT_TRUE(tree::type(await(EditableText, field, in), text)) << field.toStdString();
@@ -102,11 +110,17 @@ class Road : public testing::Test {
         press(Button, accept, panel);
         awaitNoSheet();
     }
+    // As soon as the entry is enabled.
+    void choose(Node window, const char* menu, const char* command) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return tree::choose(window, text(menu), text(command)); },
+                                    patience))
+            << command;
+    }
     // Runs a command from the menus of a window, examines the sheet that it shows and closes that.
     void glance(Node window, const char* menu, const char* command) {
         SCOPED_TRACE(command);
         activate(window);
-        ASSERT_TRUE(tree::choose(window, text(menu), text(command)));
+        choose(window, menu, command);
         const Node sheet = awaitSheet();
         ASSERT_TRUE(sheet);
         qobject_cast<QWidget*>(sheet->object())->close();
@@ -140,6 +154,7 @@ class Road : public testing::Test {
     TempFolder folder;
     MatchVideo match;
     std::filesystem::path video = folder.path() / "match.mp4";
+    Announcements heard;  // the program tells what changes
     tembrix::Application application{TEMBRIX_RESOURCES};
     std::set<std::string> faults;
 };
@@ -156,15 +171,15 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
     press(Button, text("saveButtonTitle"), matchSheet);
     awaitNoSheet();
 
-    Node card = nullptr;
-    ASSERT_TRUE(QTest::qWaitFor([&] {
+    const auto card = [&]() -> Node {
         for (Node node : tree::all(list))
             if (node->role() == ListItem && tree::name(node).contains("Lions"))
-                card = node;
-        return card != nullptr;
-    })) << shown();
-    EXPECT_TRUE(card->state().selected);
-    EXPECT_TRUE(tree::act(card));
+                return node;
+        return nullptr;
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return card() && card()->state().selected; }, patience))
+        << shown();
+    act(card, "the card");
 
     const Node control = awaitWindow(Window, text("timelines"));
     const Node panel = awaitWindow(Window, text("tagLibrary"));
@@ -206,11 +221,25 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
     EXPECT_EQ(tree::description(line->child(1)), "Labels: Goal");
     EXPECT_TRUE(tree::description(await(Button, "Shot", panel)).contains("1"));
 
+    // An interval, which tells how long it is open.
+    press(CheckBox, "Our possession", panel);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            const Node interval = seek(CheckBox, "Our possession", panel);
+            return interval->state().checked && tree::description(interval).contains("open for");
+        },
+        patience));
+    const Node picture = await(Graphic, text("videoPlayerPicture"));
+    EXPECT_TRUE(picture);
+    press(Button, "End Our possession", panel);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return line->childCount() == 3; }, patience));
+
     press(ButtonMenu, text("fullControlExport"), control);
     press(MenuItem, text("fullControlButtonExportTimeline"), control);
     const Node mode = awaitSheet();
     ASSERT_TRUE(mode);
     press(Button, text("exportModeFilm"), mode);
+    await(ProgressBar, text("exportProgress"), control);
     const auto film = folder.path() / "film.mp4";
     chooseFile(film, "Save");
     FfmpegMedia media;
@@ -225,6 +254,8 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
         },
         patience));
     EXPECT_GT(length, 5);
+    await(Button, text("savedProductPlay"), control);
+    press(Button, text("savedProductHide"), control);
 
     // The other sheets.
     for (const char* command : {"commandFindCommand", "commandShowKeys"}) {
@@ -239,7 +270,7 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
     glance(control, "menuEdit", "timelineButtonEditLabels");
     glance(control, "menuEdit", "timelineButtonEditTimeEvents");
     glance(control, "menuTimelines", "commandRenameLine");
-    EXPECT_TRUE(tree::choose(control, text("menuTimelines"), text("timelineButtonDeleteTimeline")));
+    choose(control, "menuTimelines", "timelineButtonDeleteTimeline");
     press(Button, "Note", panel);
     const Node message = awaitSheet();
     ASSERT_TRUE(message);
@@ -248,6 +279,26 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
     for (const char* command :
          {"dataManagementTitle", "commandRenameVideo", "rebindVideo", "commandDeleteVideo"})
         glance(list, "menuFile", command);
+
+    choose(list, "menuFile", "commandSettings");
+    const Node settings = awaitWindow(Window, text("settings"));
+    ASSERT_TRUE(settings);
+    for (const char* page : {"settingsPlayback", "settingsFiles", "settingsKeys"}) {
+        press(ListItem, text(page), settings);
+        await(StaticText, text(page), settings);
+    }
+    qobject_cast<QWidget*>(settings->object())->close();
+
+    choose(control, "menuFile", "commandCloseProject");
+    ASSERT_TRUE(QTest::qWaitFor([] { return tree::windows().size() == 1; }, patience)) << shown();
+    activate(list);
+    choose(list, "menuFile", "commandDeleteVideo");
+    const Node question = awaitSheet();
+    ASSERT_TRUE(question);
+    press(Button, text("deleteButtonTitle"), question);
+    awaitNoSheet();
+    press(Button, text("undoDeletion"), list);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return card() != nullptr; }, patience));
 }
 
 }  // namespace
