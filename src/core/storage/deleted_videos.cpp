@@ -1,13 +1,19 @@
 #include "core/storage/deleted_videos.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "base/files.h"
 
 #include "ports/user_defaults.h"
 
+#include "core/records/codec.h"
+#include "core/records/timeline_records.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/deleted_timeline.h"
+#include "core/storage/set_aside.h"
 
 namespace tembrix {
 
@@ -31,19 +37,51 @@ bool isInList(const std::vector<VideosData>& list, const std::string& videoId) {
                        [&](const VideosData& video) { return video.id == videoId; });
 }
 
+bool isStored(const UserDefaults& defaults, const std::string& key) {
+    const auto keys = defaults.keys(key);
+    return !keys.empty() && keys.front() == key;
+}
+
+// The entry is in the list although it was deleted. What is there was stored after the deletion and
+// stays in force. Only what is missing is taken from what the deletion kept.
+void fillMissing(InMemoryStorageManager& storage, const std::string& videoId) {
+    UserDefaults& defaults = storage.userDefaults();
+    const std::string key = layout::timelineKey(videoId);
+    const auto present = storage.loadTimeline(videoId);
+    const auto working = defaults.data(key);
+    if (working && decode<TimelineLines>(*working)) {
+        const auto kept = deletedTimeline(defaults, videoId);
+        const auto document = kept && *kept != present ? encode(*kept).optional() : std::nullopt;
+        if (document)
+            setAside(defaults, key, *document);
+    } else {
+        copyValue(defaults, layout::deletedKey(key), key);
+    }
+    for (const auto& each : layout::keysOfVideo(videoId))
+        if (!isStored(defaults, each))
+            copyValue(defaults, layout::deletedKey(each), each);
+    std::error_code error;
+    const auto file = storage.timelineFile(videoId);
+    if (const auto document = defaults.data(layout::deletedDocumentKey(videoId));
+        document && !std::filesystem::exists(file, error) && !error)
+        (void)replaceFile(file, *document);
+    storage.scheduleSaveToDisk();
+}
+
 }  // namespace
 
+// The mark of the entry is there whenever one of the other keys is, so that finish() finds them.
 void DeletedVideos::keep(Entry entry) {
     UserDefaults& defaults = storage_.userDefaults();
     const std::string id = entry.video.id;
     removeKept(id);
+    defaults.setBoolean(layout::deletedVideoKey(id), true);
     for (const auto& key : layout::keysOfVideo(id))
         copyValue(defaults, key, layout::deletedKey(key));
     // The document is written again from the working copy, unless that cannot be read.
     const auto document = readFile(storage_.timelineFile(id));
     if (document && document.value() != defaults.data(layout::timelineKey(id)))
         defaults.setData(layout::deletedDocumentKey(id), *document);
-    defaults.setBoolean(layout::deletedVideoKey(id), true);
     entries_.push_back(std::move(entry));
 }
 
@@ -72,10 +110,10 @@ void DeletedVideos::forget(const std::string& videoId) {
 
 void DeletedVideos::removeKept(const std::string& videoId) {
     UserDefaults& defaults = storage_.userDefaults();
-    defaults.remove(layout::deletedVideoKey(videoId));
     for (const auto& key : layout::keysOfVideo(videoId))
         defaults.remove(layout::deletedKey(key));
     defaults.remove(layout::deletedDocumentKey(videoId));
+    defaults.remove(layout::deletedVideoKey(videoId));
 }
 
 void DeletedVideos::finish(const std::vector<VideosData>& list) {
@@ -83,12 +121,10 @@ void DeletedVideos::finish(const std::vector<VideosData>& list) {
     const std::string prefix = layout::deletedVideoKey({});
     for (const auto& key : defaults.keys(prefix)) {
         const std::string id = key.substr(prefix.size());
-        if (!isInList(list, id)) {
-            if (defaults.boolean(key))
-                removeData(id);
-        } else if (!defaults.data(layout::timelineKey(id))) {
-            restoreData(id);  // an older copy of the list brought the entry back
-        }
+        if (isInList(list, id))
+            fillMissing(storage_, id);
+        else if (defaults.boolean(key))
+            removeData(id);
         removeKept(id);
     }
 }
@@ -99,8 +135,7 @@ void DeletedVideos::listReplaced(const std::vector<VideosData>& list) {
         if (isInList(list, entry.video.id))
             there.push_back(entry.video.id);
     for (const auto& id : there) {
-        if (!storage_.userDefaults().data(layout::timelineKey(id)))
-            restoreData(id);
+        fillMissing(storage_, id);
         forget(id);
     }
 }

@@ -74,6 +74,27 @@ TEST_F(LostChanges, TheNewerCopyIsUsedAtTheStartAndFromThenOn) {
     }
 }
 
+TEST_F(LostChanges, ADeletionThatWasTakenBackDoesNotReplaceLaterMarks) {
+    ASSERT_TRUE(program->library.deleteVideo(program->library.files().front()));
+    const auto deleted = machine.defaults->moment();
+    ASSERT_TRUE(program->library.takeBackDeletion());
+    openVideo();
+    mark(500);
+    const TimelineLines newest = *program->timeline.lines;
+    program->scheduler.advance(31);
+    killAndGoBackTo(deleted);
+    for (int start = 0; start < 2; ++start) {
+        ASSERT_EQ(program->library.videosData().size(), 1U);
+        EXPECT_EQ(program->storage.loadTimeline(video), newest);
+        EXPECT_EQ(machine.defaults->data(layout::damagedKey(layout::timelineKey(video))),
+                  encode(marked).value());
+        EXPECT_TRUE(machine.defaults->keys(layout::deletedPrefix).empty());
+        program->scheduler.advance(31);
+        EXPECT_TRUE(program->sync.backUpNow());
+        restart();
+    }
+}
+
 TEST_F(LostChanges, AnIndexThatDiffersInOneByteIsTheNewerOne) {
     const auto before = machine.defaults->moment();
     program->index.addOrUpdateCollection(hockey.id, "Hockez");

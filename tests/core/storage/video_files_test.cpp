@@ -237,6 +237,90 @@ TEST_F(VideoFiles, AKilledProcessLeavesNoHalfDeletedVideo) {
     EXPECT_FALSE(std::filesystem::exists(storage->timelineFile(id)));
 }
 
+struct Killed {};
+
+// The user defaults of a process that is killed instead of making its n-th change.
+struct DefaultsUntilKilled final : UserDefaults {
+    explicit DefaultsUntilKilled(UserDefaults& stored) : to(stored) {}
+
+    UserDefaults& change() {
+        if (left-- == 0)
+            throw Killed();
+        return to;
+    }
+    std::optional<Bytes> data(std::string_view key) const override { return to.data(key); }
+    std::optional<std::string> text(std::string_view key) const override { return to.text(key); }
+    std::optional<Date> date(std::string_view key) const override { return to.date(key); }
+    bool boolean(std::string_view key) const override { return to.boolean(key); }
+    void setData(std::string_view key, BytesView value) override { change().setData(key, value); }
+    void setPieces(std::string_view key, const ValuePieces& value) override {
+        change().setPieces(key, value);
+    }
+    void setText(std::string_view key, std::string_view value) override {
+        change().setText(key, value);
+    }
+    void setDate(std::string_view key, Date value) override { change().setDate(key, value); }
+    void setBoolean(std::string_view key, bool value) override { change().setBoolean(key, value); }
+    void remove(std::string_view key) override { change().remove(key); }
+    std::vector<std::string> keys(std::string_view prefix) const override {
+        return to.keys(prefix);
+    }
+    std::uint64_t changeNumber(std::string_view key) const override { return to.changeNumber(key); }
+    std::string identity() const override { return to.identity(); }
+    void continueNumbers(std::string_view, std::uint64_t) override {}
+    void makeDurable() override {}
+    DefaultsStatus status() const override { return {}; }
+    void setStatusChanged(std::function<void()>) override {}
+
+    UserDefaults& to;
+    int left = 1'000'000;
+};
+
+TEST_F(VideoFiles, ADeletionAndItsUndoCanBeInterruptedAnywhere) {
+    const TimelineLines marks = lines();
+    const auto deletion = [](VideoFilesManager& manager) {
+        (void)manager.deleteVideo(manager.files().front());
+    };
+    const auto undo = [](VideoFilesManager& manager) { (void)manager.takeBackDeletion(); };
+    const auto olderList = [this](VideoFilesManager& manager) {
+        store({{bookmarks.add("/videos/a.mp4"), "A", {}, false}});
+        manager.reloadFiles();
+    };
+    const std::function<void(VideoFilesManager&)> ways[] = {deletion, undo, olderList};
+    for (const auto& way : ways) {
+        bool wasKilled = true;
+        for (int change = 0; wasKilled; ++change) {
+            SCOPED_TRACE(testing::Message() << "way " << &way - ways << ", change " << change);
+            store({{bookmarks.add("/videos/a.mp4"), "A", {}, false}});
+            defaults.setText(layout::positionKey("A"), "5");
+            defaults.setData(layout::matchKey("A"), toBytes("{}"));
+            storage->saveTimeline(marks, "A");
+            {
+                DefaultsUntilKilled killed(defaults);
+                InMemoryStorageManager run(killed, scheduler, folder.directories(), log);
+                VideoFilesManager manager(run, bookmarks, folder.directories(), texts, log);
+                manager.start();
+                if (&way != ways)
+                    deletion(manager);
+                killed.left = change;
+                try {
+                    way(manager);
+                    wasKilled = false;
+                } catch (const Killed&) {
+                }
+            }
+            storage = makeStorage();
+            VideoFilesManager next(*storage, bookmarks, folder.directories(), texts, log);
+            next.start();
+            const bool listed = !next.videosData().empty();
+            EXPECT_TRUE(defaults.keys(layout::deletedPrefix).empty());
+            EXPECT_EQ(storage->loadTimeline("A"), listed ? marks : TimelineLines());
+            EXPECT_EQ(defaults.text(layout::positionKey("A")).has_value(), listed);
+            EXPECT_EQ(defaults.data(layout::matchKey("A")).has_value(), listed);
+        }
+    }
+}
+
 TEST_F(VideoFiles, AnOlderListBringsADeletedVideoBackWithItsTimeline) {
     library.start();
     const auto marked = *library.addVideo(video("a.mp4"));
