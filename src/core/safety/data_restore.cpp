@@ -1,8 +1,10 @@
 // Restores the working data from the backup or from data that an earlier restore replaced, and
 // deletes all data.
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -11,6 +13,8 @@
 #include "base/bytes.h"
 #include "base/files.h"
 #include "base/result.h"
+
+#include "ports/user_defaults.h"
 
 #include "core/records/annotation_records.h"
 #include "core/records/codec.h"
@@ -22,6 +26,7 @@
 #include "core/safety/unfinished_restore.h"
 #include "core/storage/collection_files.h"
 #include "core/storage/data_layout.h"
+#include "core/storage/deleted_timeline.h"
 #include "core/storage/set_aside.h"
 #include "core/storage/video_list_store.h"
 
@@ -62,6 +67,43 @@ Result<void> replaceFolder(const fs::path& target, const fs::path& kept, const F
         fs::remove_all(staging, ignored);
     }
     return outcome;
+}
+
+bool isInLibrary(const UserDefaults& defaults, const std::string& videoId) {
+    const auto stored = defaults.data(layout::videosDataKey);
+    const auto list = stored ? decode<std::vector<VideosData>>(*stored).optional() : std::nullopt;
+    return list && std::any_of(list->begin(), list->end(),
+                               [&](const VideosData& video) { return video.id == videoId; });
+}
+
+// A deleted video has no working copy. Its newest marks are those that the deletion kept, or those
+// of its record in the backup, which the first backup replaces when the video is listed again. They
+// are added to the kept state. If that has others, they are set aside.
+Result<void> keepDeleted(const DataSyncServices& services, const std::string& videoId,
+                         const TimelineLines& replacement, const fs::path& record,
+                         const fs::path& kept) {
+    std::vector<std::optional<TimelineLines>> copies{deletedTimeline(services.defaults, videoId)};
+    if (!isInLibrary(services.defaults, videoId))
+        copies.push_back(readTimelineDocument(record).optional());
+    for (const auto& copy : copies) {
+        if (!copy || *copy == replacement)
+            continue;
+        const auto document = encode(*copy);
+        if (!document)
+            return document.error();
+        if (isThere(kept)) {
+            const auto present = readTimelineDocument(kept);
+            if (!present || *present != *copy)
+                setAside(services.defaults, services.log, layout::timelineKey(videoId), *document);
+            continue;
+        }
+        auto done = makeFolder(kept.parent_path());
+        if (done)
+            done = replaceFile(kept, *document);
+        if (!done)
+            return done;
+    }
+    return {};
 }
 
 }  // namespace
@@ -346,7 +388,8 @@ Result<void> DataSyncManager::putTimelineInForce(const fs::path& document, const
         });
     }
     (void)services_.storage.loadTimeline(id);
-    return {};
+    return keepDeleted(services_, id, *lines, backupTimelinesFolder() / document.filename(),
+                       kept / layout::timelinesFolder / document.filename());
 }
 
 Result<void> DataSyncManager::putCollectionInForce(const std::string& id, const fs::path& folder,
@@ -396,9 +439,10 @@ Result<void> DataSyncManager::deleteAllData() {
         for (const char* key : {layout::videosDataKey, layout::videosCheckKey,
                                 layout::collectionsBookmarksKey, layout::lastSyncDateKey})
             services_.defaults.remove(key);
-        for (const char* prefix : {layout::lastOpenedPrefix, layout::positionPrefix})
-            for (const auto& key : services_.defaults.keys(prefix))
-                services_.defaults.remove(key);
+        for (const auto& prefix : layout::keysOfVideo({}))
+            if (prefix != layout::timelinePrefix)
+                for (const auto& key : services_.defaults.keys(prefix))
+                    services_.defaults.remove(key);
         log("✅ DataSync: UserDefaults cleared");
         (void)services_.index.replaceIndexFile([&]() -> Result<void> {
             if (fs::remove(services_.index.indexFile(), ignored))

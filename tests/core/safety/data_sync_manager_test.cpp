@@ -145,9 +145,13 @@ TEST_F(DataSyncTest, ACollectionThatLeftTheIndexLeavesTheBackupAndAMissingFolder
 TEST_F(DataSyncTest, DeletingAllRemovesBothStoresAndTheNextBackupMakesTheFoldersAgain) {
     const auto id = project.addVideo();
     project.storage.saveTimeline(oneLine("Attack"), id);
+    project.defaults.setData(layout::matchKey(id), toBytes("{}"));
+    project.defaults.setText(layout::positionKey(id), "5");
     addCollection("C1", "Hockey");
     EXPECT_TRUE(sync.backUpNow());
     EXPECT_TRUE(sync.deleteAllData());
+    EXPECT_TRUE(project.defaults.keys(layout::matchPrefix).empty());
+    EXPECT_TRUE(project.defaults.keys(layout::positionPrefix).empty());
     sync.deleteBackupTimelines();
     EXPECT_FALSE(fs::exists(sync.backupRoot()));
     EXPECT_FALSE(fs::exists(documents() / layout::collectionsFolder));

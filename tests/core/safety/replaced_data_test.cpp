@@ -27,6 +27,26 @@ struct Replaced : Season {
     fs::path folderOf(const std::string& state) {
         return machine.documents() / layout::replacedFolder / state;
     }
+    // A state from before the newest marks brings a deleted match back.
+    void bringBackDeleted(bool afterRestart) {
+        program->library.renameVideo(program->library.files().front(), "Later");
+        restoreAfterMarking(500);
+        const std::string before = newest();
+        markAndFlush(700);
+        const TimelineLines late = timeline();
+        ASSERT_TRUE(program->library.deleteVideo(program->library.files().front()));
+        program->scheduler.run();
+        if (afterRestart)
+            restart();
+        EXPECT_TRUE(program->sync.bringBack(before));
+        program->scheduler.run();
+        ASSERT_EQ(program->library.videosData().size(), 1U);
+        EXPECT_NE(timeline(), late);
+        EXPECT_TRUE(program->sync.backUpNow());
+        EXPECT_TRUE(program->sync.bringBack(newest()));
+        program->scheduler.run();
+        EXPECT_EQ(timeline(), late);
+    }
     std::string newest() { return program->sync.replacedStates().front().name; }
 };
 
@@ -91,6 +111,14 @@ TEST_F(Replaced, MarksMadeSinceAreKeptWhenAnEarlierStateIsBroughtBack) {
     EXPECT_TRUE(program->sync.bringBack(newest()));
     program->scheduler.run();
     EXPECT_EQ(timeline(), late);
+}
+
+TEST_F(Replaced, MarksOfADeletedMatchAreKeptWhenAnEarlierStateBringsItBack) {
+    bringBackDeleted(false);
+}
+
+TEST_F(Replaced, MarksOfAMatchDeletedInAnEarlierRunAreKeptAsWell) {
+    bringBackDeleted(true);
 }
 
 TEST_F(Replaced, TheLastFiveStatesAreKeptAndAKilledRestoreLosesNone) {
