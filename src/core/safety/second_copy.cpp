@@ -64,6 +64,10 @@ const Bytes* find(const Values& values, const std::string& key) {
     return found == values.end() ? nullptr : &found->second;
 }
 
+bool isStored(const UserDefaults& defaults, const std::string& key) {
+    return defaults.data(key) || defaults.date(key);
+}
+
 // The number of the copied change; 0 if it is unknown or belongs to another store.
 std::uint64_t numberOf(const Values& values, const UserDefaults& defaults, const char* key) {
     const Bytes* identity = find(values, identityKey);
@@ -126,13 +130,16 @@ SecondCopy::Repair SecondCopy::repairDefaults() {
         return {};
     Repair repair;
     // Whether the value in the file is newer than that of the defaults, or at least not older: a
-    // value that was removed later is not lost.
+    // value that was removed later is not lost. One that is there without a number lost that
+    // through damage to the database and cannot be compared.
     std::map<std::string, bool> isNewer, mayBeLost;
     std::uint64_t last = 0;
     for (const char* key : allKeys) {
         const auto number = numberOf(*values, defaults_, key);
-        isNewer[key] = find(*values, key) && number > defaults_.changeNumber(key);
-        mayBeLost[key] = number >= defaults_.changeNumber(key);
+        const auto present = defaults_.changeNumber(key);
+        isNewer[key] =
+            find(*values, key) && number > present && (present > 0 || !isStored(defaults_, key));
+        mayBeLost[key] = number >= present;
         repair.lostChanges = repair.lostChanges || isNewer[key];
         last = std::max(last, number);
     }
@@ -153,8 +160,9 @@ SecondCopy::Repair SecondCopy::repairDefaults() {
     }
     const auto written = std::max(numberOf(*values, defaults_, layout::collectionsSecondCopyKey),
                                   defaults_.changeNumber(layout::collectionsSecondCopyKey));
-    repair.indexIsOlder = defaults_.data(layout::collectionsUnsavedKey) &&
-                          defaults_.changeNumber(layout::collectionsUnsavedKey) < written;
+    const auto unsaved = defaults_.changeNumber(layout::collectionsUnsavedKey);
+    repair.indexIsOlder =
+        defaults_.data(layout::collectionsUnsavedKey) && unsaved > 0 && unsaved < written;
     if (isNewer[layout::collectionsSecondCopyKey])
         defaults_.setData(layout::collectionsSecondCopyKey,
                           *find(*values, layout::collectionsSecondCopyKey));

@@ -50,6 +50,16 @@ std::uint64_t hashOf(const CollectionData& collection) {
     return record ? contentHash(*record) : 0;
 }
 
+// The content of a timeline's document, or the record in a collection's files.
+std::optional<Bytes> documentOf(const DocumentWriter& writer, const std::string& key) {
+    if (const auto id = idIn(key, layout::timelinePrefix))
+        return readFile(writer.timelineFile(*id)).optional();
+    const auto id = idIn(key, layout::collectionPrefix);
+    const CollectionFiles files(writer.collectionsFolder() / pathFromText(id.value_or("")));
+    const auto collection = id && files.isWhole() ? files.collection(*id) : std::nullopt;
+    return collection ? encode(*collection).optional() : std::nullopt;
+}
+
 }  // namespace
 
 DocumentWriter::DocumentWriter(std::filesystem::path dataFolder, UserDefaults& defaults, Log& log)
@@ -79,14 +89,24 @@ std::filesystem::path DocumentWriter::timelineFile(const std::string& videoId) c
 }
 
 // A removed value needs no document. A document that was replaced by hand or by a restore says
-// nothing about the value.
+// nothing about the value. Damage to the database can take the number of a value that is intact.
+// Such a value may be the newer one: it gets a new number, and the document is set aside.
 void DocumentWriter::dropOutdatedWorkingCopies() {
     const RepairScope repair;
     for (const auto& [key, entry] : atStart_) {
-        if (!isOutdated(key, defaults_.changeNumber(key)))
+        const auto number = defaults_.changeNumber(key);
+        if (!isOutdated(key, number))
             continue;
-        noteLostChanges();
         const auto value = defaults_.data(key);
+        if (value && number == 0) {
+            log_.line("⚠️ Storage: Working copy " + key + " has lost its number and is used");
+            const auto document = documentOf(*this, key);
+            if (document && *document != *value)
+                setAside(defaults_, log_, key, *document);
+            defaults_.setData(key, *value);
+            continue;
+        }
+        noteLostChanges();
         if (!value)
             continue;
         log_.line("⚠️ Storage: Working copy " + key + " is older than its document, dropped");
@@ -102,16 +122,10 @@ bool DocumentWriter::isOutdated(const std::string& key, std::uint64_t number) co
     return entry && entry->number > number && entry->hash != 0 && documentHash(key) == entry->hash;
 }
 
-// The hash of a timeline's document or of the record in a collection's files; 0 if they cannot be
-// read.
+// 0 if it cannot be read.
 std::uint64_t DocumentWriter::documentHash(const std::string& key) const {
-    if (const auto id = idIn(key, layout::timelinePrefix)) {
-        const auto document = readFile(timelineFile(*id));
-        return document ? contentHash(*document) : 0;
-    }
-    const auto id = idIn(key, layout::collectionPrefix);
-    const auto collection = id ? readCollection(*id) : std::nullopt;
-    return collection ? hashOf(*collection) : 0;
+    const auto document = documentOf(*this, key);
+    return document ? contentHash(*document) : 0;
 }
 
 std::optional<CollectionData> DocumentWriter::readCollection(const std::string& id) const {

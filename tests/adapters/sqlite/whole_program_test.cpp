@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
 #include <vector>
 
+#include "base/files.h"
 #include "base/uuid.h"
 
 #include "adapters/sqlite/sqlite_user_defaults.h"
@@ -119,6 +121,21 @@ struct WholeProgram : testing::Test {
         ASSERT_EQ(sqlite3_open((disk / "defaults.db").c_str(), &handle), SQLITE_OK);
         EXPECT_EQ(sqlite3_exec(handle, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
         sqlite3_close(handle);
+    }
+    void damageTable(const std::string& table) {
+        sqlite3* handle = nullptr;
+        ASSERT_EQ(sqlite3_open((disk / "defaults.db").c_str(), &handle), SQLITE_OK);
+        sqlite3_exec(handle, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
+        sqlite3_stmt* find = nullptr;
+        const std::string sql = "SELECT rootpage FROM sqlite_schema WHERE name='" + table + "'";
+        sqlite3_prepare_v2(handle, sql.c_str(), -1, &find, nullptr);
+        ASSERT_EQ(sqlite3_step(find), SQLITE_ROW);
+        const auto page = sqlite3_column_int(find, 0);
+        sqlite3_finalize(find);
+        sqlite3_close(handle);
+        std::fstream stream(disk / "defaults.db", std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekp((page - 1) * 4096);
+        stream << std::string(64, '\x5A');
     }
 };
 
@@ -268,6 +285,31 @@ TEST_F(WholeProgram, ADamagedDatabaseIsReplacedAndTheUserIsTold) {
     program->core.dataSync.dismissNotices();
     program->flushAndBackUp();
     EXPECT_EQ(program->core.dataSync.notices(), std::vector<SafetyNotice>());
+}
+
+// The values are intact, but it is not known which of them are newer than their copies.
+TEST_F(WholeProgram, ValuesThatLostTheirChangeNumbersAreNotReplacedByOlderCopies) {
+    const fs::path copy = folder.path() / "Application Support/tembrix-stat/second-copy.plist";
+    const fs::path earlier = folder.path() / "earlier";
+    fs::copy_file(copy, earlier);
+    work("Second", 3);
+    end();  // before the documents are written
+    fs::copy_file(earlier, copy, fs::copy_options::overwrite_existing);
+    damageTable("change");
+    start();
+    EXPECT_TRUE(program->notified(SafetyNotice::databaseReplaced));
+    EXPECT_FALSE(program->notified(SafetyNotice::newerCopiesUsed));
+    for (int i = 0; i < 2; ++i) {
+        expectWork("Second", 3);
+        EXPECT_EQ(defaults->data(layout::damagedKey(layout::timelineKey(video))),
+                  encode(linesOf(1)).value());
+        program->flushAndBackUp();
+        const auto document = readFile(program->core.storage.timelineFile(video));
+        ASSERT_TRUE(document.ok());
+        EXPECT_EQ(*document, encode(linesOf(3)).value());
+        start();
+        EXPECT_FALSE(program->notified(SafetyNotice::newerCopiesUsed));
+    }
 }
 
 TEST_F(WholeProgram, AChangedBitInASmallValueIsNoticed) {
