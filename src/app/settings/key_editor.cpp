@@ -162,7 +162,6 @@ void KeyEditor::showKeys() {
     for (const std::string& key : own) {
         const QString caption = qtext(commandKeyCaption(key));
         auto* remove = new QPushButton(QString(caption).replace('&', "&&"));
-        remove->setAutoDefault(false);
         remove->setIcon(theme::icon("window-close"));
         remove->setLayoutDirection(Qt::RightToLeft);  // the cross is behind the key
         nameControl(remove, "keyEditorRemove." + key,

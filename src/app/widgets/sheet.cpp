@@ -123,6 +123,11 @@ void Sheet::present() {
     if (keepsOverWindow_ && parentWidget())
         moveOverWindow();
     open();
+    // Now that the default button is set, Return presses whichever other button has the focus. In
+    // buttons that are ticked it accepts the sheet.
+    for (auto* button : findChildren<QPushButton*>())
+        if (!button->isCheckable())
+            button->setAutoDefault(true);
 }
 
 // In the middle of the window, within its width. A sheet that is too high goes on below it.

@@ -103,6 +103,16 @@ TEST_F(ExportFlow, AFilmIsMadeByKeyboardAlone) {
     EXPECT_FALSE(exports->isExporting());
 }
 
+TEST_F(ExportFlow, ReturnChoosesTheFocusedMode) {
+    choose("fullControlButtonExportTimeline");
+    ASSERT_EQ(title(), "exportAs");
+    key(Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), "exportModePlaylist");
+    key(Qt::Key_Return);
+    project.scheduler.run();
+    EXPECT_EQ(project.renderer.sessions.size(), 2U) << "a clip for each cut";
+}
+
 TEST_F(ExportFlow, ASavedFilmCanBePlayedAndShownInItsFolder) {
     const auto* bar = child(window, "savedProduct");
     EXPECT_FALSE(bar->isVisible());
