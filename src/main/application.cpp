@@ -43,6 +43,7 @@
 #include "adapters/sqlite/sqlite_user_defaults.h"
 #include "adapters/sqlite/stored_value.h"
 #include "app/commands/command_menu_bar.h"
+#include "app/export/product_questions.h"
 #include "app/export/saved_product_bar.h"
 #include "app/library/videos_view.h"
 #include "app/shell/key_monitor.h"
@@ -100,6 +101,7 @@ struct Machine {
     FileTexts texts{resources / "texts", language, log};
     QtLocale locale{language};
     QtPanels panels{texts};
+    ProductQuestions questions{panels, texts, UnsavedProducts::homeWindow};
     QtProcessRunner processes;
     FfmpegMedia media;
     MpvPlayerFactory players{media};
@@ -118,7 +120,7 @@ struct Machine {
         .propertyLists = propertyLists,
         .texts = texts,
         .locale = locale,
-        .panels = panels,
+        .panels = questions,
         .processes = processes,
         .players = players,
         .media = media,
@@ -221,6 +223,10 @@ void Application::Parts::stayForProducts() {
 }
 
 void Application::Parts::makeListWindow() {
+    machine.questions.pauseVideo = [this] {
+        Project* open = core.windows.project();
+        return open ? open->player.pauseMeanwhile() : Subscription();
+    };
     videos.emplace(core.library, core.previews, core.windows, core.panels, machine.scheduler,
                    machine.texts, machine.locale, [this] {
                        return writeGuide(machine.resources / "guides",

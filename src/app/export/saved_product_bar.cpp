@@ -1,6 +1,5 @@
 #include "app/export/saved_product_bar.h"
 
-#include <QEvent>
 #include <QPointer>
 #include <QPushButton>
 #include <string>
@@ -12,19 +11,14 @@
 #include "base/shortened.h"
 #include "base/utf8_text.h"
 
-#include "app/theme/theme.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 
 namespace tembrix {
 
-namespace {
-constexpr int widest = 720;
-}
-
 SavedProductBar::SavedProductBar(const UnsavedProducts& products, Panels& panels,
                                  const Texts& texts, std::string window, QWidget* host)
-    : NoticeBar(texts, "savedProduct", "savedProductHide", host),
+    : LowerBar(texts, "savedProduct", "savedProductHide", host),
       panels_(panels),
       texts_(texts),
       window_(std::move(window)),
@@ -34,7 +28,6 @@ SavedProductBar::SavedProductBar(const UnsavedProducts& products, Panels& panels
     addButton(folder);
     connect(play_, &QPushButton::clicked, this, [this] { open(false); });
     connect(folder, &QPushButton::clicked, this, [this] { open(true); });
-    host->installEventFilter(this);
     saved_ = products.saved.observe([this](const std::optional<SavedProduct>& product) {
         if (product && product->window == window_)
             showSaved(*product);
@@ -46,7 +39,6 @@ void SavedProductBar::showSaved(const SavedProduct& product) {
     play_->setVisible(file_.extension() != ".zip");
     sayName("savedProduct");
     place();
-    raise();
 }
 
 void SavedProductBar::open(bool folder) {
@@ -68,19 +60,6 @@ void SavedProductBar::sayName(std::string_view key) {
          name = shortened(sanitizedUtf8(pathText(file_.filename())))] {
         return qtext(texts_.format(key, {name}));
     });
-}
-
-void SavedProductBar::place() {
-    const QSize host = parentWidget()->size();
-    const int width = qMin(widest, host.width() - 2 * theme::margin);
-    const int height = sizeHint().height();
-    setGeometry((host.width() - width) / 2, host.height() - height - theme::margin, width, height);
-}
-
-bool SavedProductBar::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Resize && isVisible())
-        place();
-    return NoticeBar::eventFilter(watched, event);
 }
 
 }  // namespace tembrix

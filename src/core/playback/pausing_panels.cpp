@@ -29,7 +29,8 @@ void PausingPanels::open(const OpenPanelRequest& request,
 
 void PausingPanels::save(const SavePanelRequest& request,
                          std::function<void(std::optional<std::filesystem::path>)> answer) {
-    panels_.save(request, pausing(std::move(answer)));
+    // A panel that belongs to a window may have to wait for the user; whoever opens it pauses then.
+    panels_.save(request, request.window.empty() ? pausing(std::move(answer)) : std::move(answer));
 }
 
 void PausingPanels::alert(const std::string& title, const std::string& message,
