@@ -352,6 +352,25 @@ Result<void> DataSyncManager::putInForce(const fs::path& source, const fs::path&
                            return note(putCollectionInForce(pathText(entry.path().filename()),
                                                             entry.path(), kept));
                        });
+    // A deleted video that the state lists without a timeline keeps that of its record.
+    const auto values = savedDefaults(source).value_or(std::map<std::string, Bytes>());
+    const auto found = values.find(layout::videosDataKey);
+    const auto list = found != values.end()
+                          ? decode<std::vector<VideosData>>(found->second).optional()
+                          : std::nullopt;
+    for (const auto& video : list.value_or(std::vector<VideosData>())) {
+        const fs::path name = pathFromText(video.id + layout::recordExtension);
+        const fs::path document = services_.storage.timelinesFolder() / name;
+        if (!isFileName(video.id) || isThere(document) || isInLibrary(services_.defaults, video.id))
+            continue;
+        const auto lines = readTimelineDocument(backupTimelinesFolder() / name);
+        const auto content = lines ? encode(*lines) : Result<Bytes>(lines.error());
+        if (!content || services_.defaults.data(layout::timelineKey(video.id)) ||
+            deletedTimeline(services_.defaults, video.id))
+            continue;
+        auto done = makeFolder(document.parent_path());
+        (void)note(done ? replaceFile(document, *content) : done);
+    }
     return outcome;
 }
 

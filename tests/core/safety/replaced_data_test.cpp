@@ -121,6 +121,22 @@ TEST_F(Replaced, MarksOfAMatchDeletedInAnEarlierRunAreKeptAsWell) {
     bringBackDeleted(true);
 }
 
+TEST_F(Replaced, AStateWithTheListAloneLeavesADeletedMatchItsMarks) {
+    program->library.renameVideo(program->library.files().front(), "Later");
+    EXPECT_TRUE(program->sync.restoreFromBackup());
+    program->scheduler.run();
+    const std::string before = newest();
+    ASSERT_FALSE(fs::exists(folderOf(before) / layout::timelinesFolder));
+    markAndFlush(700);
+    const TimelineLines late = timeline();
+    ASSERT_TRUE(program->library.deleteVideo(program->library.files().front()));
+    restart();
+    EXPECT_TRUE(program->sync.bringBack(before));
+    program->scheduler.run();
+    ASSERT_EQ(program->library.videosData().size(), 1U);
+    EXPECT_EQ(timeline(), late);
+}
+
 TEST_F(Replaced, TheLastFiveStatesAreKeptAndAKilledRestoreLosesNone) {
     EXPECT_TRUE(program->sync.restoreFromBackup());
     EXPECT_TRUE(program->sync.replacedStates().empty()) << "nothing was different";
