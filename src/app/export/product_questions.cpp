@@ -100,6 +100,7 @@ void ProductQuestions::wait(const Shared& question) {
 void ProductQuestions::showBar(const Shared& question, QWidget* host) {
     auto* bar = new LowerBar(texts_, "productReady", "productReadyDiscard", host);
     auto* button = makeButton(texts_, "productReadySave", ButtonLook::accented, bar);
+    button->setFocusPolicy(Qt::TabFocus);  // a click leaves the focus where it is
     bar->addButton(button);
     bar->say([this, name = shortened(question->request.defaultName)] {
         return qtext(texts_.format("productReady", {name}));
@@ -137,6 +138,7 @@ void ProductQuestions::removeBars(const Shared& question) {
     std::erase(waiting_, question);
     for (const auto& bar : std::exchange(question->bars, {}))
         if (bar) {
+            leaveFocus(bar);
             bar->hide();
             bar->deleteLater();
         }
