@@ -61,7 +61,7 @@ struct TagButton::Density {
 const TagButton::Density& TagButton::density(bool compact) {
     static const Density usual{30, 6, 4, 3, 64, 200, theme::font(theme::textSize, QFont::Medium),
                                3};
-    static const Density dense{20, 4, 2, 1, 32, 110, theme::font(theme::captionSize, QFont::Medium),
+    static const Density dense{19, 4, 2, 1, 32, 110, theme::font(theme::captionSize, QFont::Medium),
                                1};
     return compact ? dense : usual;
 }

@@ -13,7 +13,7 @@ namespace tembrix {
 namespace {
 
 constexpr int chipHeight = 24;
-constexpr int compactHeight = 20;
+constexpr int compactHeight = 19;
 constexpr int mark = 14;
 constexpr int compactMark = 12;
 constexpr int padding = theme::unit + 2;
