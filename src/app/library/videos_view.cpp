@@ -205,6 +205,7 @@ QWidget* VideosView::makeEmptyPage() {
     column->addSpacing(theme::margin);
     addFirst_ = makeButton(services_.texts, "addFirstVideo", ButtonLook::accented);
     bindButton(addFirst_, services_.commands, Command::addVideo, services_.texts);
+    addFirst_->installEventFilter(this);
     clear_ = makeButton(services_.texts, "commandClearSearch");
     bindButton(clear_, services_.commands, Command::clearSearch, services_.texts);
     for (QPushButton* button : {addFirst_, clear_})
@@ -293,7 +294,7 @@ void VideosView::showEmptyPage() {
     clear_->setVisible(!noVideos);
     // One button at a time stands out.
     setLook(add_, noVideos ? ButtonLook::quiet : ButtonLook::accented);
-    const bool hadFocus = list_->hasFocus();
+    const bool hadFocus = pages_->isAncestorOf(window()->focusWidget());
     pages_->setCurrentIndex(model_->rowCount() > 0 ? 0 : 1);
     if (hadFocus && noVideos)
         addFirst_->setFocus();
@@ -358,9 +359,14 @@ bool VideosView::keyInList(const QKeyEvent& press) {
 bool VideosView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         const auto& press = *static_cast<QKeyEvent*>(event);
-        if (watched == search_ ? keyInSearch(press.key()) : keyInList(press))
+        if ((watched == search_ && keyInSearch(press.key())) ||
+            (watched == list_ && keyInList(press)))
             return true;
     }
+    // While the sheet about a deletion is open, the button is disabled and cannot get the focus.
+    if (watched == addFirst_ && event->type() == QEvent::EnabledChange &&
+        window()->focusWidget() == pages_->currentWidget())
+        addFirst_->setFocus();
     if (watched == list_ && event->type() == QEvent::ContextMenu &&
         static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
         if (const QModelIndex current = list_->currentIndex(); current.isValid())

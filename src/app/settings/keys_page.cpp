@@ -11,6 +11,7 @@
 
 #include "app/settings/key_editor.h"
 #include "app/theme/theme.h"
+#include "app/widgets/accessible.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/qt_text.h"
 #include "app/widgets/text_focus.h"
@@ -49,6 +50,7 @@ KeysPage::KeysPage(const SettingsServices& services, QWidget* parent)
     column->addWidget(search_);
 
     nameControl(rows_, texts, "settingsKeysList");
+    tellRows(rows_);
     rows_->setColumnCount(3);
     rows_->setRootIsDecorated(false);
     rows_->setItemsExpandable(false);

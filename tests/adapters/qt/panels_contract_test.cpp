@@ -201,7 +201,7 @@ TEST(QtPanels, TextsAreShownAsTheyAreAndRead) {
     auto* button = box->findChild<QPushButton*>("confirmButton");
     EXPECT_EQ(button->accessibleName(), "Удалить & закрыть");
     EXPECT_EQ(button->text(), "Удалить && закрыть");
-    EXPECT_TRUE(button->isDefault());
+    EXPECT_FALSE(button->isDefault()) << "the answer may destroy something";
     box->reject();
     runUntil([] { return panel("confirmPanel") == nullptr; });
 }

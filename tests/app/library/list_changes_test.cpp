@@ -115,7 +115,8 @@ TEST_F(ListChanges, ADeletionIsNotTakenBackBesideANewEntryOfItsFile) {
     show();
     select(0);
     confirmDeletion();
-    EXPECT_EQ(QApplication::focusWidget(), child(view, "addFirstVideo"));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [this] { return QApplication::focusWidget() == child(view, "addFirstVideo"); }));
     const auto again = project.addVideo("match.mp4");
     QTest::mouseClick(child(view, "undoDeletion"), Qt::LeftButton);
     ASSERT_TRUE(sheet());

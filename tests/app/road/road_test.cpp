@@ -231,7 +231,7 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
         patience));
     const Node picture = await(Graphic, text("videoPlayerPicture"));
     EXPECT_TRUE(picture);
-    press(Button, "End Our possession", panel);
+    press(CheckBox, "End Our possession", panel);
     EXPECT_TRUE(QTest::qWaitFor([&] { return line->childCount() == 3; }, patience));
 
     press(ButtonMenu, text("fullControlExport"), control);
@@ -271,7 +271,7 @@ TEST_F(Road, FromTheEmptyLibraryToTheFilm) {
     glance(control, "menuEdit", "timelineButtonEditTimeEvents");
     glance(control, "menuTimelines", "commandRenameLine");
     choose(control, "menuTimelines", "timelineButtonDeleteTimeline");
-    press(Button, "Note", panel);
+    press(Button, "Shot", panel);
     const Node message = awaitSheet();
     ASSERT_TRUE(message);
     qobject_cast<QWidget*>(message->object())->close();
