@@ -1,6 +1,7 @@
 #include "app/export/product_questions.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -10,26 +11,36 @@
 #include "base/shortened.h"
 #include "base/utf8_text.h"
 
+#include "app/commands/command_menu_bar.h"
 #include "app/export/lower_bar.h"
 #include "app/export/waiting_panel.h"
 #include "app/widgets/controls.h"
 #include "app/widgets/notice_bar.h"
 #include "app/widgets/qt_text.h"
+#include "core/commands/command_table.h"
 
 namespace tembrix {
 namespace {
 
+// The visible window of that name, or the window around the pane of that name.
 QWidget* openWindow(const std::string& name) {
     for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->isVisible() && window->objectName() == qtext(name))
+        if (window->isVisible() && !qobject_cast<QDialog*>(window) &&
+            (window->objectName() == qtext(name) || window->findChild<QWidget*>(qtext(name))))
             return window;
     return nullptr;
 }
 
-bool isInUse(const std::string& name) {
-    const QWidget* active = QApplication::activeWindow();
-    return active && active->objectName() == qtext(name) && !QApplication::activePopupWidget() &&
-           !qobject_cast<QLineEdit*>(QApplication::focusWidget());
+// Whether the user works in that window or in another one of its project, not in a sheet, a menu or
+// a text field, which would lose keys to a panel.
+bool isInUse(const std::string& name, const std::string& home) {
+    QWidget* active = QApplication::activeWindow();
+    if (!active || qobject_cast<QDialog*>(active) || QApplication::activePopupWidget() ||
+        qobject_cast<QLineEdit*>(QApplication::focusWidget()))
+        return false;
+    const CommandMenuBar* menus = CommandMenuBar::of(active);
+    return active == openWindow(name) ||
+           (name != home && menus && menus->scope() == CommandScope::project);
 }
 
 }  // namespace
@@ -62,7 +73,7 @@ void ProductQuestions::save(const SavePanelRequest& request,
     if (request.window.empty())
         return panels_.save(request, std::move(answer));
     const Shared question(new Question{request, std::move(answer), openWindow(request.window)});
-    if (isInUse(request.window) || opensNext_)
+    if (isInUse(request.window, home_) || opensNext_)
         ask(question);
     else
         wait(question);
