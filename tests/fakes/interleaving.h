@@ -88,6 +88,10 @@ class Interleaving {
     static bool isInTask() { return current() != nullptr; }
 
   private:
+    // A thread that sleeps at that many looks in a row waits for a lock. On a busy machine a thread
+    // that was just told to run can look asleep for some milliseconds.
+    static constexpr int lockChecks = 10;
+
     enum class State { paused, running, finished };
     struct Fiber {
         explicit Fiber(Interleaving& interleaving) : owner(interleaving) {}
@@ -123,8 +127,9 @@ class Interleaving {
         mainGivesSteps_ = true;
         changed_.notify_all();
         int asleep = 0;
-        while (asleep < 3 && !changed_.wait_for(lock, std::chrono::milliseconds(2),
-                                                [&] { return chosen.state != State::running; }))
+        while (asleep < lockChecks && !changed_.wait_for(lock, std::chrono::milliseconds(2), [&] {
+            return chosen.state != State::running;
+        }))
             asleep = waitsForLock(chosen.id) ? asleep + 1 : 0;
         mainGivesSteps_ = false;
         sweep(lock);
