@@ -64,7 +64,11 @@ class Interleaving {
     // Returns false if there are no tasks.
     bool resumeOne() {
         std::unique_lock lock(mutex_);
+        // The thread of the test also sleeps while it joins threads, which is no waiting for a
+        // lock.
+        mainGivesSteps_ = true;
         const bool resumed = resume(lock);
+        mainGivesSteps_ = false;
         return resumed || !fibers_.empty();
     }
 
@@ -124,14 +128,12 @@ class Interleaving {
         Fiber& chosen = *ready[random_() % ready.size()];
         changed_.wait(lock, [&] { return chosen.id != 0; });
         chosen.state = State::running;
-        mainGivesSteps_ = true;
         changed_.notify_all();
         int asleep = 0;
         while (asleep < lockChecks && !changed_.wait_for(lock, std::chrono::milliseconds(2), [&] {
             return chosen.state != State::running;
         }))
             asleep = waitsForLock(chosen.id) ? asleep + 1 : 0;
-        mainGivesSteps_ = false;
         sweep(lock);
         return true;
     }
@@ -169,7 +171,8 @@ class Interleaving {
         std::unique_lock lock(mutex_);
         int asleep = 0;
         while (!ended_) {
-            changed_.wait_for(lock, std::chrono::milliseconds(5));
+            // Looks are that far apart, however many steps are made in between.
+            changed_.wait_for(lock, std::chrono::milliseconds(5), [&] { return ended_; });
             const bool mainWaits =
                 !fibers_.empty() && !mainGivesSteps_ && waitsForLock(mainThread_);
             asleep = mainWaits ? asleep + 1 : 0;
